@@ -1,0 +1,48 @@
+# The front door. `make demo` and `make test` do all the set-up they need on a fresh Debian machine.
+PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndfile1-dev libcli11-dev \
+           libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev clang-format
+WERROR ?= OFF
+JOBS   ?= $(shell nproc)
+
+.PHONY: build test demo bench setup format check-format asan tsan clean
+
+build: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
+	@cmake --build build --parallel $(JOBS) --target vanta
+
+test: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
+	@cmake --build build --parallel $(JOBS)
+	@cmake --build build --parallel $(JOBS) --target all_verify_interface_header_sets
+	@ctest --test-dir build --output-on-failure --parallel $(JOBS)
+
+demo: build
+	@tools/demo.sh
+
+bench: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
+	@cmake --build build --parallel $(JOBS) --target vanta_bench
+	@build/vanta_bench --benchmark_out=build/bench.json --benchmark_out_format=json
+
+asan tsan: setup
+	@cmake --preset $@ > /dev/null
+	@cmake --build --preset $@ --parallel $(JOBS)
+	@ctest --preset $@
+
+format:
+	@git ls-files '*.cpp' '*.hpp' | xargs clang-format -i
+
+check-format: setup
+	@git ls-files '*.cpp' '*.hpp' | xargs clang-format --dry-run --Werror
+
+# Installs only what is missing, so that a machine that has everything needs no network and no root.
+setup:
+	@missing=""; for p in $(PACKAGES); do \
+	   dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q "ok installed" || missing="$$missing $$p"; done; \
+	 if [ -n "$$missing" ]; then \
+	   echo "installing:$$missing"; \
+	   sudo=""; [ "$$(id -u)" = 0 ] || sudo=sudo; \
+	   $$sudo apt-get update -qq && DEBIAN_FRONTEND=noninteractive $$sudo apt-get install -y -qq --no-install-recommends $$missing > /dev/null; fi
+
+clean:
+	@rm -rf build

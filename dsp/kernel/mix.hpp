@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+
+/// Arithmetic on blocks. Buffers may be equal but must not overlap otherwise; any length and alignment.
+namespace vanta::kernel {
+
+/// out = a * gain
+void scale(const float* a, float gain, float* out, std::size_t count);
+/// out = a * b
+void multiply(const float* a, const float* b, float* out, std::size_t count);
+/// out = a * b * c
+void multiply(const float* a, const float* b, const float* c, float* out, std::size_t count);
+/// out = a + b
+void add(const float* a, const float* b, float* out, std::size_t count);
+/// out = a - b
+void subtract(const float* a, const float* b, float* out, std::size_t count);
+/// out = a + b * gain
+void addScaled(const float* a, const float* b, float gain, float* out, std::size_t count);
+/// out = a + b * c
+void multiplyAdd(const float* a, const float* b, const float* c, float* out, std::size_t count);
+/// out = |a|
+void magnitude(const float* a, float* out, std::size_t count);
+/// out = max(a, b)
+void maximum(const float* a, const float* b, float* out, std::size_t count);
+/// out = min(a, b)
+void minimum(const float* a, const float* b, float* out, std::size_t count);
+/// out = min(max(a, low), high)
+void clamp(const float* a, float low, float high, float* out, std::size_t count);
+/// out = a + (b - a) * mix
+void crossfade(const float* a, const float* b, const float* mix, float* out, std::size_t count);
+/// The largest |a|, 0 for an empty block.
+float peak(const float* a, std::size_t count);
+/// out = value
+void fill(float value, float* out, std::size_t count);
+
+}  // namespace vanta::kernel

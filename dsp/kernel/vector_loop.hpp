@@ -1,0 +1,32 @@
+// The loop that every block kernel shares. Included once per instruction set, after hwy/highway.h, hence the
+// guard that toggles with the target.
+#if defined(VANTA_VECTOR_LOOP_HPP) == defined(HWY_TARGET_TOGGLE)
+#ifdef VANTA_VECTOR_LOOP_HPP
+#undef VANTA_VECTOR_LOOP_HPP
+#else
+#define VANTA_VECTOR_LOOP_HPP
+#endif
+
+#include <cstddef>
+
+HWY_BEFORE_NAMESPACE();
+namespace vanta::kernel {
+namespace HWY_NAMESPACE {
+
+/// Calls body(tag, i) for whole vectors from i = 0 up, then for what is left sample by sample with a tag of
+/// one lane, so that no kernel reads or writes past its block.
+template <typename Body>
+HWY_INLINE void vectorLoop(std::size_t count, Body&& body) {
+    const hwy::HWY_NAMESPACE::ScalableTag<float> wide;
+    const hwy::HWY_NAMESPACE::CappedTag<float, 1> single;
+    const std::size_t lanes = hwy::HWY_NAMESPACE::Lanes(wide);
+    std::size_t i = 0;
+    for (; i + lanes <= count; i += lanes) body(wide, i);
+    for (; i < count; ++i) body(single, i);
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace vanta::kernel
+HWY_AFTER_NAMESPACE();
+
+#endif

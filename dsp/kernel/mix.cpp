@@ -99,6 +99,17 @@ float PeakImpl(const float* a, std::size_t count) {
     return result;
 }
 
+void SanitizeImpl(const float* a, float* out, std::size_t count) {
+    vectorLoop(count, [&](auto d, std::size_t i) {
+        const auto value = hn::LoadU(d, a + i);
+        const auto limit = hn::Set(d, kLargestSample);
+        const auto limited = hn::Min(hn::Max(value, hn::Neg(limit)), limit);
+        // x - x is 0 for a finite x and NaN for any other.
+        const auto finite = hn::Eq(hn::Sub(value, value), hn::Zero(d));
+        hn::StoreU(hn::IfThenElseZero(finite, limited), d, out + i);
+    });
+}
+
 void FillImpl(float value, float* out, std::size_t count) {
     vectorLoop(count, [&](auto d, std::size_t i) { hn::StoreU(hn::Set(d, value), d, out + i); });
 }
@@ -123,6 +134,7 @@ HWY_EXPORT(MinimumImpl);
 HWY_EXPORT(ClampImpl);
 HWY_EXPORT(CrossfadeImpl);
 HWY_EXPORT(PeakImpl);
+HWY_EXPORT(SanitizeImpl);
 HWY_EXPORT(FillImpl);
 
 void scale(const float* a, float gain, float* out, std::size_t count) {
@@ -162,6 +174,9 @@ void crossfade(const float* a, const float* b, const float* mix, float* out, std
     HWY_DYNAMIC_DISPATCH(CrossfadeImpl)(a, b, mix, out, count);
 }
 float peak(const float* a, std::size_t count) { return HWY_DYNAMIC_DISPATCH(PeakImpl)(a, count); }
+void sanitize(const float* a, float* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(SanitizeImpl)(a, out, count);
+}
 void fill(float value, float* out, std::size_t count) { HWY_DYNAMIC_DISPATCH(FillImpl)(value, out, count); }
 
 }  // namespace vanta::kernel

@@ -5,6 +5,9 @@
 /// Arithmetic on blocks. Buffers may be equal but must not overlap otherwise; any length and alignment.
 namespace vanta::kernel {
 
+/// 2 to the power 20, about 120 dB above full scale: no sample that a host means is larger.
+inline constexpr float kLargestSample = 1048576.0f;
+
 /// out = a * gain
 void scale(const float* a, float gain, float* out, std::size_t count);
 /// out = a * b
@@ -31,6 +34,9 @@ void clamp(const float* a, float low, float high, float* out, std::size_t count)
 void crossfade(const float* a, const float* b, const float* mix, float* out, std::size_t count);
 /// The largest |a|, 0 for an empty block.
 float peak(const float* a, std::size_t count);
+/// out = a, where a sample that is not finite counts as 0 and a magnitude above kLargestSample is limited to it.
+/// Every finite sample within the limit passes bit for bit.
+void sanitize(const float* a, float* out, std::size_t count);
 /// out = value
 void fill(float value, float* out, std::size_t count);
 

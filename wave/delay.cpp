@@ -1,0 +1,99 @@
+#include "wave/delay.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+namespace vanta::wave {
+
+namespace {
+
+void copySamples(float* out, const float* in, int count) {
+    std::memcpy(out, in, static_cast<std::size_t>(count) * sizeof(float));
+}
+
+}  // namespace
+
+Delay::Delay(Environment& owner, int maxDelay, float fill)
+    : Component(owner), fillValue_(fill), maxDelay_(maxDelay) {
+    resizeRing();
+    owner.addBlockListener(this);
+}
+
+Delay::~Delay() { environment().removeBlockListener(this); }
+
+void Delay::resizeRing() {
+    const int needed = std::max(environment().maxBlockSize() + maxDelay_, 1);
+    const int size = static_cast<int>(std::bit_ceil(static_cast<unsigned>(needed)));
+    ring_.resize(size);
+    mask_ = size - 1;
+    // A ring that has shrunk must not claim more than it holds.
+    written_ = std::min(written_, size);
+    writePosition_ &= mask_;
+}
+
+void Delay::setMaxDelay(int samples) {
+    if (samples == maxDelay_) return;
+    maxDelay_ = samples;
+    resizeRing();
+    clear();
+    delay_ = std::min(delay_, samples);
+}
+
+void Delay::write(const float* samples, int count) {
+    const int first = std::min(count, ringSize() - writePosition_);
+    copySamples(ring_.data() + writePosition_, samples, first);
+    copySamples(ring_.data(), samples + first, count - first);
+    writePosition_ = (writePosition_ + count) & mask_;
+    if (written_ < ringSize()) written_ = std::min(written_ + count, ringSize());
+}
+
+void Delay::read(int delay, float* out, int count) const {
+    const int start = (writePosition_ + ringSize() - delay - count) & mask_;
+    const int first = std::min(count, ringSize() - start);
+    if (start >= written_) {
+        std::fill(out, out + count, fillValue_);
+    } else {
+        copySamples(out, ring_.data() + start, first);
+    }
+    copySamples(out + first, ring_.data(), count - first);
+}
+
+void DelayFilterBase::produce(BasicBlock<float>* block, int samples, int flags) {
+    if (flags & Environment::kFrontRun) return;
+    const std::int64_t expected = expectedPosition_;
+    const std::int64_t position = environment().position();
+    expectedPosition_ = position + samples;
+    if (expected == environment().resetPosition() || expected != position) {
+        delay_.clear();
+        streamInterrupted();
+    }
+    const BasicBlock<float>& in = source ? source->pull(samples) : environment().silentBlock();
+    delay_.write(in.data(), samples);
+    process(in, block, samples, flags);
+}
+
+void DelayFilter::process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int) {
+    const bool constant = allConstant(in, samples);
+    if (source && (constant || delayLine().delay() == 0)) {
+        publish(*source);
+    } else {
+        delayLine().read(delayLine().delay(), out->data(), samples);
+    }
+}
+
+// A control value that stands still for longer than the delay leaves as it came in, flag and all.
+bool DelayFilter::allConstant(const BasicBlock<float>& in, int samples) {
+    if (!source || !source->isConstant()) {
+        constantRun_ = 0;
+        return false;
+    }
+    if (in[0] != constantValue_) {
+        constantRun_ = 0;
+        constantValue_ = in[0];
+    }
+    constantRun_ += samples;
+    return constantRun_ >= samples + delayLine().delay();
+}
+
+}  // namespace vanta::wave

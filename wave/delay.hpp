@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+
+#include "wave/producer.hpp"
+
+namespace vanta::wave {
+
+/// A ring of past samples. Reads of samples that were never written since the last `clear` give `fillValue`.
+class Delay final : public DynamicMaxBlockSizeListener, public Component {
+public:
+    explicit Delay(Environment& owner, int maxDelay = 0, float fill = 0.0f);
+    ~Delay() override;
+
+    VANTA_REALTIME void write(const float* samples, int count);
+    /// The `count` samples that end `delay` samples before the last one written; `delay` at most `maxDelay`
+    /// for a count of one block.
+    VANTA_REALTIME void read(int delay, float* out, int count) const;
+    /// Counts the ring as empty.
+    VANTA_REALTIME void clear() { written_ = writePosition_ = 0; }
+
+    /// Sizes the ring and clears it if the length differs. Allocates.
+    void setMaxDelay(int samples);
+    /// The length that the owner reads at, limited to the largest.
+    void setDelay(int samples) { delay_ = samples < maxDelay_ ? samples : maxDelay_; }
+    void maxBlockSizeChanged() override { resizeRing(); }
+
+    int delay() const { return delay_; }
+    int maxDelay() const { return maxDelay_; }
+    float fillValue() const { return fillValue_; }
+    /// For reads at fractional places: the ring, its mask, and how far it is filled.
+    const float* ring() const { return ring_.data(); }
+    int mask() const { return mask_; }
+    int written() const { return written_; }
+    int writePosition() const { return writePosition_; }
+    int ringSize() const { return mask_ + 1; }
+
+private:
+    void resizeRing();
+
+    AlignedBuffer<float> ring_;
+    float fillValue_;
+    int delay_ = 0;
+    int maxDelay_;
+    int mask_ = 0;
+    int written_ = 0;
+    int writePosition_ = 0;
+};
+
+/// A filter that writes its input into a ring before it computes. A block that was missed, or a reset,
+/// empties the ring.
+class DelayFilterBase : public FilterBase {
+public:
+    explicit DelayFilterBase(Environment& owner, float fill = 0.0f) : FilterBase(owner), delay_(owner, 0, fill) {}
+
+    Delay& delayLine() { return delay_; }
+    const Delay& delayLine() const { return delay_; }
+
+protected:
+    VANTA_REALTIME void produce(BasicBlock<float>* block, int samples, int flags) override;
+    /// Called when a block was missed or a reset came, before the new block is written.
+    VANTA_REALTIME virtual void streamInterrupted() {}
+
+private:
+    Delay delay_;
+    std::int64_t expectedPosition_ = 0;
+};
+
+/// A delay of whole samples that its owner sets.
+class DelayFilter final : public DelayFilterBase {
+public:
+    explicit DelayFilter(Environment& owner, float fill = 0.0f) : DelayFilterBase(owner, fill) {}
+
+    /// Allocates if the largest length changes.
+    void setMaxDelay(int samples) { delayLine().setMaxDelay(samples); }
+    void setDelay(int samples) { delayLine().setDelay(samples); }
+
+protected:
+    void process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int flags) override;
+    void streamInterrupted() override { constantRun_ = 0; }
+
+private:
+    VANTA_REALTIME bool allConstant(const BasicBlock<float>& in, int samples);
+
+    std::int64_t constantRun_ = 0;  ///< how many of the newest samples hold `constantValue_`
+    float constantValue_ = 0.0f;
+};
+
+}  // namespace vanta::wave

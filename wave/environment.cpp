@@ -1,0 +1,139 @@
+#include "wave/environment.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "foundation/numbers.hpp"
+#include "wave/basic_block.hpp"
+#include "wave/producer.hpp"
+
+namespace vanta::wave {
+
+Environment::Environment(int maxBlock) : Environment(maxBlock, maxBlock) {}
+
+Environment::Environment(int blockLimit, int silentSamples)
+    : blockLimit_(blockLimit), silentBlock_(std::make_unique<BasicBlock<float>>(*this, silentSamples)) {}
+
+Environment::~Environment() = default;
+
+void Environment::run(int samples, int flags) {
+    const int own = samples * rateFactor();
+    if (!(flags & kPositionOnly)) runProcessList(own);
+    position_ += own;
+    for (SubEnvironment* child : children_) child->run(own, flags);
+}
+
+void Environment::runProcessList(int samples) {
+    for (Producer* node : processList_) {
+        const bool front = node->scheduleGroup_ == kFrontGroup;
+        if (!front && node->stamp_ == tick_) continue;
+        node->compute(samples, front ? kFrontRun : kBackRun);
+    }
+}
+
+void Environment::advanceTick() {
+    ++tick_;
+    for (SubEnvironment* child : children_) child->advanceTick();
+}
+
+void Environment::resetGraph(ResetMode mode) {
+    discontinuityPosition_ = position_;
+    if (mode != ResetMode::MarkDiscontinuity) {
+        resetPosition_ = position_;
+        for (Producer* node : resetList_) {
+            if (mode == ResetMode::ResetAll || node->active_) node->reset();
+        }
+    }
+    if (mode == ResetMode::ResetActiveLocal) return;
+    for (SubEnvironment* child : children_) child->resetGraph(mode);
+}
+
+void Environment::setSampleRate(float rate) {
+    const float old = sampleRate_;
+    sampleRate_ = rate;
+    for (SubEnvironment* child : children_) {
+        child->setSampleRate(static_cast<float>(child->factor()) * rate);
+    }
+    if (nearlyEqual(rate, old)) return;
+    discontinuityPosition_ = resetPosition_ = position_;
+    for (Producer* node : resetList_) node->reset();
+    for (SubEnvironment* child : children_) child->resetGraph(ResetMode::ResetAll);
+    sampleRateChanged.raise(this);
+}
+
+void Environment::schedule(Producer* node, int group) {
+    if (group == kFrontGroup) {
+        processList_.insert(processList_.begin(), node);
+        ++frontCount_;
+    } else if (group == kBackGroup) {
+        processList_.insert(processList_.begin() + frontCount_, node);
+    } else {
+        processList_.push_back(node);
+    }
+}
+
+void Environment::unschedule(Producer* node) {
+    if (destroying_) return;
+    const auto found = std::find(processList_.begin(), processList_.end(), node);
+    if (found == processList_.end()) return;
+    if (node->scheduleGroup_ == kFrontGroup) --frontCount_;
+    processList_.erase(found);
+}
+
+void Environment::addResettable(Producer* node) { resetList_.push_back(node); }
+
+void Environment::removeResettable(Producer* node) {
+    if (!destroying_) std::erase(resetList_, node);
+}
+
+void Environment::setDestroying() {
+    destroying_ = true;
+    for (SubEnvironment* child : children_) child->setDestroying();
+}
+
+void Environment::setMeteringActive(bool active) {
+    meteringActive_ = active;
+    for (SubEnvironment* child : children_) child->setMeteringActive(active);
+}
+
+void Environment::registerNode() {
+    ++producerCount_;
+    // Doubling by hand keeps the growth cheap; a built graph never allocates when nodes come and go.
+    const auto needed = static_cast<std::size_t>(producerCount_);
+    if (processList_.capacity() < needed) processList_.reserve(2 * needed);
+    if (resetList_.capacity() < needed) resetList_.reserve(2 * needed);
+}
+
+// The silent block has room for the largest factor, so that it never has to grow.
+SubEnvironment::SubEnvironment(Environment& parentEnvironment)
+    : Environment(parentEnvironment.blockLimit() * kMaxFactor, parentEnvironment.blockLimit() * kMaxFactor),
+      parent_(parentEnvironment) {
+    parent_.children_.push_back(this);
+    setSampleRate(parent_.sampleRate());
+}
+
+SubEnvironment::~SubEnvironment() { std::erase(parent_.children_, this); }
+
+void SubEnvironment::addBlockListener(DynamicMaxBlockSizeListener* listener) {
+    blockListeners_.push_back(listener);
+}
+
+void SubEnvironment::removeBlockListener(DynamicMaxBlockSizeListener* listener) {
+    if (destroying()) return;
+    // Nodes mostly go in the reverse order of their making.
+    for (std::size_t i = blockListeners_.size(); i-- > 0;) {
+        if (blockListeners_[i] != listener) continue;
+        blockListeners_.erase(blockListeners_.begin() + static_cast<std::ptrdiff_t>(i));
+        return;
+    }
+}
+
+void SubEnvironment::setFactor(int factor) {
+    if (factor == factor_) return;
+    factor_ = factor;
+    for (DynamicMaxBlockSizeListener* listener : blockListeners_) listener->maxBlockSizeChanged();
+    setSampleRate(static_cast<float>(factor) * parent_.sampleRate());
+    parent_.resetGraph(ResetMode::ResetActiveLocal);
+}
+
+}  // namespace vanta::wave

@@ -1,0 +1,139 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "foundation/notify_event.hpp"
+#include "foundation/realtime.hpp"
+
+namespace vanta::wave {
+
+class Producer;
+class SubEnvironment;
+template <typename T>
+class BasicBlock;
+
+/// Hears when the largest block of its environment changes.
+class DynamicMaxBlockSizeListener {
+public:
+    virtual ~DynamicMaxBlockSizeListener() = default;
+    virtual void maxBlockSizeChanged() = 0;
+};
+
+enum class ResetMode {
+    ResetActive,        ///< nodes that are active, here and in all children
+    ResetAll,           ///< every node, here and in all children
+    MarkDiscontinuity,  ///< no node: ramps end at their next read
+    ResetActiveLocal    ///< nodes that are active, here only
+};
+
+/// What the nodes of one block graph share: the tick, the running position, the sample rate, the largest
+/// block and the lists of nodes that run or reset by themselves. One audio thread uses it.
+class Environment {
+public:
+    /// Flags of `run` and of the producers that it calls.
+    static constexpr int kPositionOnly = 1;  ///< `run`: nothing is computed, the position moves
+    static constexpr int kBackRun = 1;       ///< a back-group node that nobody has pulled
+    static constexpr int kFrontRun = 2;      ///< a front-group node, run in any case
+
+    static constexpr int kFrontGroup = 0;
+    static constexpr int kBackGroup = 1;
+
+    explicit Environment(int maxBlock);
+    virtual ~Environment();
+    Environment(const Environment&) = delete;
+    Environment& operator=(const Environment&) = delete;
+
+    /// The largest number of samples that a block of this environment holds now.
+    virtual int maxBlockSize() const { return blockLimit_; }
+    virtual void addBlockListener(DynamicMaxBlockSizeListener*) {}
+    virtual void removeBlockListener(DynamicMaxBlockSizeListener*) {}
+
+    /// One sub-block, after the outputs have been pulled: gives the nodes of the process list their turn,
+    /// advances the position, then runs the children.
+    VANTA_REALTIME void run(int samples, int flags);
+    /// Opens a new sub-block: every node computes again at its next pull.
+    VANTA_REALTIME void advanceTick();
+    void resetGraph(ResetMode mode);
+    /// Hz. A real change resets every node and raises `sampleRateChanged`.
+    void setSampleRate(float rate);
+
+    void schedule(Producer* node, int group);
+    void unschedule(Producer* node);
+    void addResettable(Producer* node);
+    void removeResettable(Producer* node);
+
+    /// Before a whole graph is torn down: nodes then skip the search in the lists.
+    void setDestroying();
+    bool destroying() const { return destroying_; }
+    void setMeteringActive(bool active);
+    bool meteringActive() const { return meteringActive_; }
+
+    float sampleRate() const { return sampleRate_; }
+    int blockLimit() const { return blockLimit_; }
+    std::uint32_t tick() const { return tick_; }
+    /// Samples processed so far.
+    std::int64_t position() const { return position_; }
+    /// The position at the last reset proper, and at the last jump of any kind.
+    std::int64_t resetPosition() const { return resetPosition_; }
+    std::int64_t discontinuityPosition() const { return discontinuityPosition_; }
+    /// All zero, never written.
+    BasicBlock<float>& silentBlock() { return *silentBlock_; }
+
+    NotifyEvent sampleRateChanged;
+
+protected:
+    Environment(int blockLimit, int silentSamples);
+
+private:
+    friend class Producer;
+    friend class SubEnvironment;
+
+    virtual int rateFactor() const { return 1; }
+    void runProcessList(int samples);
+    void registerNode();
+
+    std::vector<Producer*> processList_;
+    std::vector<Producer*> resetList_;
+    std::vector<SubEnvironment*> children_;
+    int blockLimit_;
+    int producerCount_ = 0;
+    int frontCount_ = 0;
+    std::int64_t position_ = 0;
+    std::int64_t discontinuityPosition_ = 0;
+    std::int64_t resetPosition_ = 0;
+    float sampleRate_ = 44100.0f;
+    std::uint32_t tick_ = 0;
+    bool destroying_ = false;
+    bool meteringActive_ = false;
+    std::unique_ptr<BasicBlock<float>> silentBlock_;
+};
+
+/// A child environment at an integer multiple of its parent's rate.
+class SubEnvironment final : public Environment {
+public:
+    static constexpr int kMaxFactor = 32;
+
+    explicit SubEnvironment(Environment& parentEnvironment);
+    ~SubEnvironment() override;
+
+    int maxBlockSize() const override { return parent_.blockLimit() * factor_; }
+    void addBlockListener(DynamicMaxBlockSizeListener* listener) override;
+    void removeBlockListener(DynamicMaxBlockSizeListener* listener) override;
+
+    int factor() const { return factor_; }
+    /// 1 to 32. A change resizes all blocks, resets this environment and the active nodes of the parent.
+    /// Allocates.
+    void setFactor(int factor);
+    Environment& parent() const { return parent_; }
+
+private:
+    int rateFactor() const override { return factor_; }
+
+    Environment& parent_;
+    std::vector<DynamicMaxBlockSizeListener*> blockListeners_;
+    int factor_ = 1;
+};
+
+}  // namespace vanta::wave

@@ -1,0 +1,120 @@
+#include "wave/float_parameter.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "foundation/numbers.hpp"
+
+namespace vanta {
+
+namespace {
+
+double fraction(double x) { return x - std::floor(x); }
+
+}  // namespace
+
+FloatParameter::FloatParameter(wave::Environment& owner, float initial)
+    : Component(owner),
+      period(nullptr, 0.0f),
+      slowTime(nullptr, 150.0f),
+      fastTime(nullptr, 20.0f),
+      block_(owner),
+      rampStart_(initial),
+      maximum_(std::max(initial, 1.0f)),
+      minimum_(std::min(initial, 0.0f)),
+      range_(maximum_ - minimum_),
+      target_(initial) {}
+
+FloatParameter::FloatParameter(const FloatParameter& other)
+    : ValueAssignable<float>(),
+      Component(other.environment()),
+      period(nullptr, other.period),
+      slowTime(nullptr, other.slowTime),
+      fastTime(nullptr, other.fastTime),
+      block_(other.environment()),
+      rampStart_(other.target_),
+      maximum_(other.maximum_),
+      minimum_(other.minimum_),
+      range_(other.range_),
+      target_(other.target_) {}
+
+void FloatParameter::setRange(float minimum, float maximum) {
+    minimum_ = minimum;
+    maximum_ = maximum;
+    range_ = maximum - minimum;
+}
+
+void FloatParameter::assign(float value, void*) { setValue(value, -1.0f); }
+
+// 0 if the parameter was read up to exactly this position with no jump in between.
+std::int64_t FloatParameter::unreadSamples() const {
+    if (lastPosition_ <= environment().discontinuityPosition()) return 1;
+    return environment().position() - lastPosition_;
+}
+
+void FloatParameter::setValue(float value, float timeMs) {
+    if (std::isnan(value)) return;
+    value = value < minimum_ ? minimum_ : std::min(value, maximum_);
+    if (nearlyEqual(value, target_)) return;
+
+    const bool heard = unreadSamples() == 0;
+    lastPosition_ = environment().position();
+    if (heard && rampPosition_ < rampLength_) {
+        rampStart_ += static_cast<float>(rampPosition_) * rampStep_;
+    } else {
+        rampStart_ = target_;
+    }
+    rampPosition_ = 0;
+    block_.filled = 0;
+    if (period > 0.0f) unwrapStart(value);
+    if (timeMs < 0.0f) timeMs = heard ? defaultTimeMs(value) : 0.0f;
+    rampLength_ = samplesInMs(timeMs, environment().sampleRate());
+    target_ = value;
+    rampStep_ = rampLength_ > 0 ? (value - rampStart_) / static_cast<float>(rampLength_) : 0.0f;
+}
+
+void FloatParameter::unwrapStart(float value) {
+    const double cycle = period;
+    double distance = fraction(fraction(value / cycle) - fraction(rampStart_ / cycle));
+    if (distance > 0.5) distance -= 1.0;
+    rampStart_ = std::clamp(static_cast<float>(value - cycle * distance), minimum_, maximum_);
+}
+
+float FloatParameter::defaultTimeMs(float value) const {
+    const float x = std::max(0.3f - std::abs(value - rampStart_) / range_, 0.0f) * 3.3333333f;
+    return fastTime + (slowTime - fastTime) * x * x;
+}
+
+const wave::BasicBlock<float>& FloatParameter::read(int samples, bool* constant) {
+    float* out = block_.data();
+    if (rampPosition_ >= rampLength_) {
+        *constant = true;
+        if (block_.filled < samples) {
+            std::fill(out + block_.filled, out + samples, target_);
+            block_.filled = samples;
+        }
+        return block_;
+    }
+    *constant = false;
+    const int count = std::min(rampLength_ - rampPosition_, samples);
+    double value = static_cast<double>(rampPosition_) * rampStep_ + rampStart_;
+    for (int i = 0; i < count; ++i) {
+        out[i] = static_cast<float>(value);
+        value += rampStep_;
+    }
+    rampPosition_ += count;
+    std::fill(out + count, out + samples, target_);
+    return block_;
+}
+
+const wave::BasicBlock<float>& FloatParameter::readInStream(int samples, bool* constant) {
+    const std::int64_t left = rampLength_ - rampPosition_;
+    const bool jumped = lastPosition_ <= environment().discontinuityPosition();
+    const std::int64_t unread = jumped ? left : environment().position() - lastPosition_;
+    rampPosition_ += static_cast<int>(std::clamp<std::int64_t>(unread, 0, std::max<std::int64_t>(left, 0)));
+    const auto& result = read(samples, constant);
+    lastPosition_ = environment().position() + samples;
+    return result;
+}
+
+}  // namespace vanta

@@ -1,0 +1,55 @@
+#include "wave/producer.hpp"
+
+#include <algorithm>
+
+#include "dsp/kernel/mix.hpp"
+
+namespace vanta::wave {
+
+Producer::Producer(Environment& owner, OwnBlock ownBlock)
+    : Component(owner),
+      ownBlock_(ownBlock == OwnBlock::Yes ? std::make_unique<BasicBlock<float>>(owner) : nullptr),
+      current_(&owner.silentBlock()) {
+    owner.registerNode();
+}
+
+Producer::~Producer() {
+    if (scheduled_ && active_) environment().unschedule(this);
+    if (resettable_) environment().removeResettable(this);
+}
+
+void Producer::setScheduled(int group) {
+    if (active_ && scheduled_) environment().unschedule(this);
+    scheduleGroup_ = group;
+    scheduled_ = true;
+    if (active_) environment().schedule(this, group);
+}
+
+void Producer::setActive(bool active) {
+    if (active == active_) return;
+    active_ = active;
+    if (active) {
+        if (scheduled_) environment().schedule(this, scheduleGroup_);
+        if (resettable_) reset();
+    } else if (scheduled_) {
+        environment().unschedule(this);
+    }
+}
+
+void Producer::makeResettable() {
+    if (resettable_) return;
+    resettable_ = true;
+    environment().addResettable(this);
+}
+
+void Input::produce(BasicBlock<float>* block, int samples, int) {
+    const int count = std::min(samples, remaining_);
+    if (count > 0) {
+        kernel::sanitize(readPointer_, block->data(), static_cast<std::size_t>(count));
+        readPointer_ += count;
+        remaining_ -= count;
+    }
+    std::fill(block->data() + std::max(count, 0), block->data() + samples, 0.0f);
+}
+
+}  // namespace vanta::wave

@@ -1,0 +1,181 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "foundation/realtime.hpp"
+#include "wave/basic_block.hpp"
+#include "wave/environment.hpp"
+
+namespace vanta::wave {
+
+/// Whatever lives in an environment.
+class Component {
+public:
+    explicit Component(Environment& owner) : environment_(&owner) {}
+    Component(const Component&) = delete;
+    Component& operator=(const Component&) = delete;
+
+    Environment& environment() const { return *environment_; }
+
+protected:
+    ~Component() = default;
+
+private:
+    Environment* environment_;
+};
+
+enum class OwnBlock { Yes, No };
+
+/// A node of the block graph. It computes at most once a tick, whoever pulls it; a node that changes nothing
+/// publishes the block of its source instead of a copy, so consumers read `current()` and nothing else.
+class Producer : public Component {
+public:
+    /// Bit 0 of the block flags: every sample of the current block equals its first sample.
+    static constexpr int kConstant = 1;
+
+    explicit Producer(Environment& owner, OwnBlock ownBlock = OwnBlock::Yes);
+    virtual ~Producer();
+
+    /// Computes `samples` samples unless that was done in this tick. The result is `current()`.
+    VANTA_REALTIME const BasicBlock<float>& pull(int samples) {
+        if (stamp_ != environment().tick()) compute(samples, 0);
+        return *current_;
+    }
+    /// The same as a pointer to the first sample.
+    VANTA_REALTIME const float* pullData(int samples) { return pull(samples).data(); }
+
+    /// Clears what the node remembers of the signal. Called between blocks.
+    virtual void reset() {}
+
+    const BasicBlock<float>& current() const { return *current_; }
+    int blockFlags() const { return blockFlags_; }
+    bool isConstant() const { return (blockFlags_ & kConstant) != 0; }
+
+    /// Lets the node run every block by itself, in a group of Environment.
+    void setScheduled(int group);
+    /// A node that is not active is out of the process list and of most resets. Going active resets it.
+    void setActive(bool active);
+    bool active() const { return active_; }
+    /// Enters the node in the environment's reset list, once.
+    void makeResettable();
+
+protected:
+    /// Fills `block`, which is the node's own block or null, or publishes another.
+    VANTA_REALTIME virtual void produce(BasicBlock<float>* block, int samples, int flags) = 0;
+
+    /// Hands on a block that stays valid for this tick.
+    void publish(const BasicBlock<float>& block, int flags) {
+        current_ = &block;
+        blockFlags_ = flags;
+    }
+    void publish(const Producer& other) { publish(other.current(), other.blockFlags()); }
+    void publishSilence() { publish(environment().silentBlock(), kConstant); }
+    void setConstant(bool constant) { blockFlags_ = constant ? kConstant : 0; }
+    /// Counts the node as computed for this tick, for whoever computes on its behalf.
+    void markProduced() { stamp_ = environment().tick(); }
+    BasicBlock<float>* ownBlock() const { return ownBlock_.get(); }
+
+private:
+    friend class Environment;
+
+    VANTA_REALTIME void compute(int samples, int flags) {
+        current_ = ownBlock_.get();
+        blockFlags_ = 0;
+        produce(ownBlock_.get(), samples, flags);
+        stamp_ = environment().tick();
+    }
+
+    std::unique_ptr<BasicBlock<float>> ownBlock_;
+    const BasicBlock<float>* current_;
+    std::uint32_t stamp_ = 0;
+    int blockFlags_ = 0;
+    int scheduleGroup_ = 0;
+    bool active_ = true;
+    bool scheduled_ = false;
+    bool resettable_ = false;
+};
+
+/// A producer without input.
+class Source : public Producer {
+public:
+    using Producer::Producer;
+};
+
+/// Something that reads a producer. Wiring is complete before the first block; it may change between blocks.
+class Consumer {
+public:
+    Producer* source = nullptr;
+
+protected:
+    ~Consumer() = default;
+};
+
+class FilterBase : public Producer, public Consumer {
+public:
+    using Producer::Producer;
+
+protected:
+    /// One output sample per input sample, or a publication of another block.
+    VANTA_REALTIME virtual void process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples,
+                                        int flags) = 0;
+};
+
+class Filter : public FilterBase {
+public:
+    using FilterBase::FilterBase;
+
+protected:
+    VANTA_REALTIME void produce(BasicBlock<float>* block, int samples, int flags) override {
+        process(source->pull(samples), block, samples, flags);
+    }
+    /// Hands on the input block with its flags.
+    void publishInput() { publish(*source); }
+};
+
+/// Publishes the block of its source.
+class Forwarder final : public Filter {
+public:
+    explicit Forwarder(Environment& owner) : Filter(owner, OwnBlock::No) {}
+
+protected:
+    void process(const BasicBlock<float>&, BasicBlock<float>*, int, int) override { publishInput(); }
+};
+
+/// Publishes what another consumer reads at the moment.
+class InputForwarder final : public Producer {
+public:
+    InputForwarder(Environment& owner, const Consumer& followed)
+        : Producer(owner, OwnBlock::No), consumer_(followed) {}
+
+protected:
+    void produce(BasicBlock<float>*, int samples, int) override {
+        consumer_.source->pull(samples);
+        publish(*consumer_.source);
+    }
+
+private:
+    const Consumer& consumer_;
+};
+
+/// Reads samples from memory outside of the graph, a piece with every block. This is the door for what a host
+/// hands in: a sample that is not finite counts as 0, a magnitude above 2^20 is limited to it.
+class Input : public Producer {
+public:
+    explicit Input(Environment& owner) : Producer(owner) {}
+
+    /// `samples` samples from `data` on; null, or what is read beyond the end, counts as silence.
+    void setBuffer(const float* data, int samples) {
+        readPointer_ = data;
+        remaining_ = data ? samples : 0;
+    }
+
+protected:
+    void produce(BasicBlock<float>* block, int samples, int flags) override;
+
+private:
+    const float* readPointer_ = nullptr;
+    int remaining_ = 0;
+};
+
+}  // namespace vanta::wave

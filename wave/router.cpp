@@ -1,0 +1,59 @@
+#include "wave/router.hpp"
+
+#include <cstring>
+
+#include "dsp/kernel/mix.hpp"
+#include "foundation/numbers.hpp"
+
+namespace vanta {
+
+Router::Router(wave::Environment& owner, int inputCount)
+    : Source(owner), selected(this, 0), fadeTime(this, 20.0f) {
+    for (int i = 0; i < inputCount; ++i) inputs_.push_back(std::make_unique<Input>(owner));
+}
+
+void Router::setInput(int index, wave::Producer& input) {
+    Input& entry = *inputs_[static_cast<std::size_t>(index)];
+    entry.source = &input;
+    entry.gain.setValue(index == selected ? 1.0f : 0.0f, 0.0f);
+}
+
+void Router::propertyChanged(AbstractProperty& property) {
+    if (&property != &selected) return;
+    for (int i = 0; i < inputCount(); ++i) {
+        inputs_[static_cast<std::size_t>(i)]->gain.setValue(i == selected ? 1.0f : 0.0f, fadeTime);
+    }
+}
+
+void Router::produce(wave::BasicBlock<float>* block, int samples, int) {
+    const auto count = static_cast<std::size_t>(samples);
+    const wave::Producer* remembered = nullptr;
+    bool mixed = false;
+    for (const auto& input : inputs_) {
+        bool constant = false;
+        const float* gain = input->gain.readInStream(samples, &constant).data();
+        if (!input->source || (constant && nearlyEqual(gain[0], 0.0f))) continue;
+        const float* in = input->source->pullData(samples);
+        if (!mixed && !remembered && constant && nearlyEqual(gain[0], 1.0f)) {
+            remembered = input->source;
+            continue;
+        }
+        if (!mixed) {
+            if (remembered) {
+                std::memcpy(block->data(), remembered->current().data(), count * sizeof(float));
+            } else {
+                std::memset(block->data(), 0, count * sizeof(float));
+            }
+            mixed = true;
+        }
+        kernel::multiplyAdd(block->data(), in, gain, block->data(), count);
+    }
+    if (mixed) return;
+    if (remembered) {
+        publish(*remembered);
+    } else {
+        publishSilence();
+    }
+}
+
+}  // namespace vanta

@@ -1,0 +1,40 @@
+#include "wave/volume_filter.hpp"
+
+#include "dsp/kernel/mix.hpp"
+#include "foundation/numbers.hpp"
+
+namespace vanta {
+
+void VolumeFilter::produce(wave::BasicBlock<float>* block, int samples, int flags) {
+    if (muteTest && muteTest->muted()) {
+        publishSilence();
+    } else {
+        Filter::produce(block, samples, flags);
+    }
+}
+
+void VolumeFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples, int) {
+    const auto count = static_cast<std::size_t>(samples);
+    const float* gains = gain.pullData(samples);
+    const bool constant = gain.isConstant();
+    if (constant && nearlyEqual(gains[0], 0.0f)) {
+        publishSilence();
+        return;
+    }
+    const float* second = secondGain ? secondGain->pullData(samples) : nullptr;
+    if (constant && nearlyEqual(gains[0], 1.0f)) {
+        if (second) {
+            kernel::multiply(in.data(), second, out->data(), count);
+        } else {
+            publishInput();
+        }
+    } else if (second) {
+        kernel::multiply(in.data(), gains, second, out->data(), count);
+    } else if (constant) {
+        kernel::scale(in.data(), gains[0], out->data(), count);
+    } else {
+        kernel::multiply(in.data(), gains, out->data(), count);
+    }
+}
+
+}  // namespace vanta

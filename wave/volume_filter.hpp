@@ -1,0 +1,29 @@
+#pragma once
+
+#include "wave/float_parameter_source.hpp"
+
+namespace vanta {
+
+/// Multiplies its source with one or two gains. At unity it hands on the block of its source, at zero the
+/// silent block.
+class VolumeFilter final : public wave::Filter {
+public:
+    class MuteTest {
+    public:
+        virtual ~MuteTest() = default;
+        virtual bool muted() = 0;
+    };
+
+    explicit VolumeFilter(wave::Environment& owner) : Filter(owner), gain(owner, 1.0f) {}
+
+    FloatParameterBus gain;
+    wave::Producer* secondGain = nullptr;
+    MuteTest* muteTest = nullptr;  ///< while it says so, the source is not even pulled
+
+protected:
+    void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
+    void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
+                 int flags) override;
+};
+
+}  // namespace vanta

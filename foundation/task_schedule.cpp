@@ -44,15 +44,14 @@ bool TaskSchedule::advance(int samples) {
     std::int64_t budget = target - done;
     done = target;
     if (budget < 1) return false;
+    if (finished()) return false;
     skipToRunnable();
     while (budget > 0 && !finished()) {
-        if (!runOne(budget)) {
-            done -= budget;  // too little for a grain: the rest is carried into the next call
-            return false;
-        }
-        if (finished()) return true;
+        if (runOne(budget)) continue;
+        done -= budget;  // too little for a grain: the rest is carried into the next call
+        return false;
     }
-    return false;
+    return finished();
 }
 
 /// Runs what the budget pays of the current task. False if that is nothing.
@@ -65,7 +64,7 @@ bool TaskSchedule::runOne(std::int64_t& budget) {
     task.run(grain, grains);
     budget -= static_cast<std::int64_t>(task.grainCost) * grains;
     grain += grains;
-    if (grain == task.grainCount) {
+    if (grain >= task.grainCount) {
         task.finish();
         skipToRunnable();
     }

@@ -30,7 +30,7 @@ public:
     /// where it stands.
     VANTA_REALTIME void restart();
 
-    /// Does the work that is due after `samples` more samples. True on the call that ends the last task,
+    /// Does the work that is due after `samples` more samples. True on the call in which the pass ends
     /// and on no other; a pass that has no work to begin with ends silently in `restart`.
     VANTA_REALTIME bool advance(int samples);
 
@@ -48,9 +48,9 @@ private:
     bool runOne(std::int64_t& budget);
 
     std::size_t current = 0;
-    int progress = 0;            ///< samples since the restart, up to `duration`
-    int grain = 0;               ///< the next grain of the current task
-    std::int64_t done = 0;       ///< cost paid
+    int progress = 0;       ///< samples since the restart, up to `duration`
+    int grain = 0;          ///< the next grain of the current task
+    std::int64_t done = 0;  ///< cost paid
     int duration = 1;
     int nextDuration = 1;
     std::int64_t totalCost = 0;

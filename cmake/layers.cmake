@@ -1,12 +1,13 @@
 # Who may include whom. A room sees itself and the rooms named behind it, nothing else: the build of
 # a room fails when one of its files includes what stands above it.
-set(VANTA_ROOMS foundation kernel wave dsp plugin limiter offline cli)
+set(VANTA_ROOMS foundation kernel wave dsp plugin styles limiter offline cli)
 
 set(VANTA_DIR_foundation foundation)
 set(VANTA_DIR_kernel     dsp/kernel)
 set(VANTA_DIR_wave       wave)
 set(VANTA_DIR_dsp        dsp)
 set(VANTA_DIR_plugin     plugin)
+set(VANTA_DIR_styles     limiter/styles)
 set(VANTA_DIR_limiter    limiter)
 set(VANTA_DIR_offline    host/offline)
 set(VANTA_DIR_cli        app)
@@ -16,7 +17,8 @@ set(VANTA_SEES_kernel)
 set(VANTA_SEES_wave       foundation kernel)
 set(VANTA_SEES_dsp        foundation kernel wave)
 set(VANTA_SEES_plugin     foundation kernel wave)
-set(VANTA_SEES_limiter    foundation kernel wave dsp plugin)
+set(VANTA_SEES_styles     foundation)
+set(VANTA_SEES_limiter    foundation kernel wave dsp plugin styles)
 set(VANTA_SEES_offline    foundation wave dsp plugin limiter)
 set(VANTA_SEES_cli        foundation wave dsp plugin limiter offline)
 

@@ -37,7 +37,11 @@ inline constexpr int kElementKindCount = 21;
 inline constexpr ElementKind kFirstElement = ElementKind::Filter;
 inline constexpr ElementKind kLastElement = ElementKind::Vca;
 
-constexpr std::size_t indexOf(ElementKind kind) { return static_cast<std::size_t>(kind); }
-constexpr ElementKind next(ElementKind kind) { return static_cast<ElementKind>(static_cast<int>(kind) + 1); }
+constexpr std::size_t indexOf(ElementKind kind) {
+    return static_cast<std::size_t>(kind);
+}
+constexpr ElementKind next(ElementKind kind) {
+    return static_cast<ElementKind>(static_cast<int>(kind) + 1);
+}
 
 }  // namespace vanta

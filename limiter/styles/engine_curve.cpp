@@ -57,7 +57,9 @@ float keepingSign(float value, F magnitudeCurve) {
     return static_cast<float>(std::copysign(magnitudeCurve(std::abs(static_cast<double>(value))), value));
 }
 
-float identity(float v) { return v; }
+float identity(float v) {
+    return v;
+}
 
 }  // namespace
 
@@ -75,7 +77,8 @@ float releaseCurve(float v) {
     });
 }
 float inverseReleaseCurve(float share) {
-    return keepingSign(share, [](double a) { return a < 0.5 ? 0.9 * std::cbrt(2 * a) : (a - 0.5) * 0.2 + 0.9; });
+    return keepingSign(share,
+                       [](double a) { return a < 0.5 ? 0.9 * std::cbrt(2 * a) : (a - 0.5) * 0.2 + 0.9; });
 }
 
 float timeCurve(float v) {
@@ -112,9 +115,9 @@ CurveFunction curveFunction(EngineCurve curve) {
 }
 
 CurveFunction inverseCurveFunction(EngineCurve curve) {
-    constexpr std::array<CurveFunction, 6> functions{identity,         inverseAttackCurve,
-                                                     inverseReleaseCurve, inverseTimeCurve,
-                                                     inverseSlotLevelCurve, inverseRatioCurve};
+    constexpr std::array<CurveFunction, 6> functions{
+        identity,         inverseAttackCurve,    inverseReleaseCurve,
+        inverseTimeCurve, inverseSlotLevelCurve, inverseRatioCurve};
     return functions[static_cast<std::size_t>(curve)];
 }
 

@@ -61,8 +61,8 @@ double rowFactor(const Row& row, ElementKind type) {
 }
 
 double factorOf(RangeId id, ElementKind type) {
-    // A Detector moves the threshold of another by its whole range, not by the 24 dB that count elsewhere,
-    // and a Mixer takes a ratio to the far end.
+    // 24 dB from a Detector span the 60 dB of a threshold, where other gain changes move it dB by dB; and a
+    // Mixer counts as a plain signal for the main ratio.
     if (id == RangeId::Threshold && type == ElementKind::Detector) return 2.5;
     if (id == RangeId::MainRatio && type == ElementKind::Mixer) return 50;
     return rowFactor(kRows[static_cast<std::size_t>(id)], type);
@@ -70,8 +70,11 @@ double factorOf(RangeId id, ElementKind type) {
 
 EngineRange makeRange(RangeId id) {
     const Row& row = kRows[static_cast<std::size_t>(id)];
-    EngineRange range{static_cast<float>(row.defaultFactor), row.isAudio, static_cast<float>(row.maximum),
-                      static_cast<float>(row.minimum),       {}};
+    EngineRange range{static_cast<float>(row.defaultFactor),
+                      row.isAudio,
+                      static_cast<float>(row.maximum),
+                      static_cast<float>(row.minimum),
+                      {}};
     for (int type = 0; type < kElementKindCount; ++type) {
         const double factor = factorOf(id, static_cast<ElementKind>(type));
         if (factor != kUnlisted) range.factors.push_back({type, static_cast<float>(factor)});

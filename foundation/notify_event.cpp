@@ -4,6 +4,11 @@
 
 namespace vanta {
 
+NotifyEvent::~NotifyEvent() {
+    handler.reset();
+    for (auto& further : handlers) further.reset();
+}
+
 void NotifyEvent::setHandler(std::unique_ptr<Handler> primary) {
     std::swap(handler, primary);
     if (raising && primary) removed.push_back(std::move(primary));

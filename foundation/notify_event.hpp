@@ -26,6 +26,12 @@ public:
     template <typename C>
     class HandlerImpl;
 
+    NotifyEvent() = default;
+    NotifyEvent(const NotifyEvent&) = delete;
+    NotifyEvent& operator=(const NotifyEvent&) = delete;
+    /// Deletes the primary handler first, then the others from the first to the last.
+    ~NotifyEvent();
+
     /// Installs the primary handler, which is called first and never found by `removeHandler`.
     void setHandler(std::unique_ptr<Handler> primary);
     void addHandler(std::unique_ptr<Handler> further);

@@ -14,10 +14,14 @@ inline constexpr float kSilence = 1e-10f;
 /// ln(10) / 20: dB to natural logarithm of the amplitude.
 inline constexpr double kDbToLog = 0.1151292546497023;
 
-inline bool nearlyEqual(float a, float b) { return std::abs(a - b) <= kEqualWithin; }
+inline bool nearlyEqual(float a, float b) {
+    return std::abs(a - b) <= kEqualWithin;
+}
 
 /// Amplitude factor of a gain in dB.
-inline double gainFromDb(double db) { return std::exp(db * kDbToLog); }
+inline double gainFromDb(double db) {
+    return std::exp(db * kDbToLog);
+}
 
 /// Level in dB of an amplitude, never below kSilenceDb.
 inline double dbFromGain(double gain) {
@@ -30,6 +34,8 @@ inline double dbFromGain(double gain) {
 inline int samplesInSeconds(double seconds, double sampleRate) {
     return static_cast<int>(seconds * sampleRate);
 }
-inline int samplesInMs(double ms, double sampleRate) { return samplesInSeconds(ms * 0.001, sampleRate); }
+inline int samplesInMs(double ms, double sampleRate) {
+    return samplesInSeconds(ms * 0.001, sampleRate);
+}
 
 }  // namespace vanta

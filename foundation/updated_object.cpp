@@ -40,8 +40,9 @@ void UpdatedObject::update() {
     for (std::size_t i = 0; i < notifications.size(); ++i) {
         UpdateNotification& notification = *notifications[i];
         if (!notification.pending) continue;
-        notification.pending = false;
         notification.event->raise(notification.sender);
+        // Cleared last: what a handler signals of its own event is part of this delivery.
+        notification.pending = false;
     }
 }
 

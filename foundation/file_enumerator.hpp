@@ -1,0 +1,38 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace vanta {
+
+/// Lists the entries of a folder, in the order of the file system.
+class FileEnumerator {
+public:
+    virtual ~FileEnumerator() = default;
+    /// Moves on to the next entry; false at the end.
+    virtual bool next() = 0;
+    /// The current entry's name, without its folder.
+    virtual void name(std::string& out) const = 0;
+};
+
+/// A folder that is missing or cannot be read lists as empty.
+class PosixFileEnumerator final : public FileEnumerator {
+public:
+    /// `pattern` is a folder path and, behind its last slash, a file name in which `*` stands for any
+    /// characters and `?` for one, without regard to the case of ASCII letters. Lists either directories,
+    /// without "." and "..", or regular files; links count as what they lead to.
+    PosixFileEnumerator(std::string pattern, bool directories);
+    bool next() override;
+    void name(std::string& out) const override { out = current; }
+
+private:
+    bool fits(const std::filesystem::directory_entry& entry) const;
+
+    std::string current;
+    std::string pattern;
+    bool directories;
+    bool started = false;
+    std::filesystem::directory_iterator search;
+};
+
+}  // namespace vanta

@@ -6,18 +6,27 @@
 
 namespace vanta {
 
-/// Says that this thread is inside an audio callback. Costs one thread-local increment.
+/// Says that this thread is inside an audio callback. Costs two thread-local accesses.
 class RealtimeScope {
 public:
-    RealtimeScope() { ++depth; }
-    ~RealtimeScope() { --depth; }
+    RealtimeScope() {
+        if (depth++ == 0) flag = 1;
+    }
+    ~RealtimeScope() {
+        if (--depth == 0) flag = 0;
+    }
     RealtimeScope(const RealtimeScope&) = delete;
     RealtimeScope& operator=(const RealtimeScope&) = delete;
 
     static bool active() { return depth > 0; }
 
+    /// 1 inside a scope and 0 outside. One byte at a fixed place of the thread, so that the Linux kernel can
+    /// take it as the switch of a system-call dispatch; that is how the tests see system calls.
+    static volatile char& threadFlag() { return flag; }
+
 private:
     static inline thread_local int depth = 0;
+    static inline thread_local volatile char flag = 0;
 };
 
 }  // namespace vanta

@@ -74,6 +74,8 @@ protected:
     void setConstant(bool constant) { blockFlags_ = constant ? kConstant : 0; }
     /// Counts the node as computed for this tick, for whoever computes on its behalf.
     void markProduced() { stamp_ = environment().tick(); }
+    /// Whether the current block is this tick's.
+    bool produced() const { return stamp_ == environment().tick(); }
     BasicBlock<float>* ownBlock() const { return ownBlock_.get(); }
 
 private:

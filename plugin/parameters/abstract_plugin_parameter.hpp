@@ -14,7 +14,8 @@ public:
     enum class Kind { Float, Indexed };
 
     /// Enters itself in the owner's list.
-    AbstractPluginParameter(GenericParameterOwner& parameterOwner, std::string parameterName, Kind parameterKind);
+    AbstractPluginParameter(GenericParameterOwner& parameterOwner, std::string parameterName,
+                            Kind parameterKind);
     virtual ~AbstractPluginParameter() = default;
     AbstractPluginParameter(const AbstractPluginParameter&) = delete;
     AbstractPluginParameter& operator=(const AbstractPluginParameter&) = delete;
@@ -28,8 +29,10 @@ public:
     /// The same for a control with `steps` steps. False: the position selects nothing.
     virtual float normalizeZoned(float value, int steps) const;
     virtual bool denormalizeZoned(float normal, int steps, float* out) const;
-    /// Text as a user types it. False: not understood, and `out` holds the current value.
+    /// Text as a user types it, limited to the range. False: not understood.
     virtual bool parseText(const std::string& text, float* out) const;
+    /// Whether `text` is understood but names a value that `parseText` has to bring into the range.
+    virtual bool exceedsRange(const std::string& text) const;
     virtual std::string text(float value) const = 0;
     /// At most `maxLength` characters; 0 means no limit.
     virtual std::string text(float value, int maxLength) const;

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <span>
+
+#include "foundation/resource.hpp"
+
+namespace vanta {
+
+/// The eight styles as records, "transparent.limiter" to "safe.limiter", in the order in which the Style
+/// parameter names them. Built from resources/styles/ by the build; lives as long as the process.
+std::span<const Resource> styleResources();
+
+}  // namespace vanta

@@ -1,0 +1,237 @@
+#include "limiter/styles/style_source.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+
+#include "limiter/styles/near_miss.hpp"
+#include "limiter/styles/style_check.hpp"
+
+namespace vanta {
+namespace {
+
+using Names = std::vector<std::string_view>;
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r";
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+/// A decimal number that takes up the whole text, in any locale; -0 reads as 0.
+std::optional<float> readNumber(std::string_view text) {
+    float value = 0.0f;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    return value + 0.0f;
+}
+
+template <typename Entries>
+Names namesOf(const Entries& entries) {
+    Names names;
+    for (const auto& entry : entries) names.push_back(entry.name);
+    return names;
+}
+
+class StyleParser {
+public:
+    StyleParser(const EngineLayout& engineLayout, std::string_view fileName)
+        : layout(engineLayout),
+          file(fileName),
+          values(engineLayout.defaultValues()),
+          lines(values.size(), 0) {}
+
+    std::vector<float> parse(std::string_view text);
+
+private:
+    void parseLine(std::string_view text);
+    void parseValue(std::string_view name, std::string_view text);
+    std::optional<float> readValue(const EngineParameter& parameter, std::string_view text);
+    void parseSlot(std::string_view text);
+    std::string_view takeSlotNumber(std::string_view text);
+    std::string_view takeLevel(std::string_view text);
+    void setSlotEnd(SlotField field, std::string_view name);
+    void setSlot(SlotField field, float value);
+    void checkSlotCount();
+    void checkInactive();
+    void fault(int atLine, std::string_view message);
+
+    const EngineLayout& layout;
+    std::string_view file;
+    std::vector<float> values;
+    std::vector<int> lines;  ///< by position, the line that gave the value; 0 for none
+    std::string faults;
+    int line = 0;
+    int slotCount = 0;
+};
+
+std::vector<float> StyleParser::parse(std::string_view text) {
+    while (!text.empty()) {
+        const std::size_t end = text.find('\n');
+        ++line;
+        parseLine(trimmed(text.substr(0, end).substr(0, text.find('#'))));
+        text = end == std::string_view::npos ? std::string_view{} : text.substr(end + 1);
+    }
+    checkSlotCount();
+    checkInactive();
+    // A line that could not be read leaves gaps behind, about which there is nothing more to say.
+    if (faults.empty()) {
+        for (const StyleFault& found : checkStyle(layout, values)) {
+            fault(std::max(lines[static_cast<std::size_t>(found.position)], 1), found.message);
+        }
+    }
+    if (!faults.empty()) throw StyleError(faults);
+    return std::move(values);
+}
+
+void StyleParser::parseLine(std::string_view text) {
+    if (text.empty()) return;
+    const std::size_t equals = text.find('=');
+    if (equals != std::string_view::npos) {
+        parseValue(trimmed(text.substr(0, equals)), trimmed(text.substr(equals + 1)));
+    } else if (text.find(" to ") != std::string_view::npos) {
+        parseSlot(text);
+    } else {
+        fault(line, fmt::format("\"{}\" is neither \"Name = value\" nor \"Source to Target (Level)\"", text));
+    }
+}
+
+void StyleParser::parseValue(std::string_view name, std::string_view text) {
+    const std::optional<int> position = layout.findParameter(name);
+    if (!position) {
+        fault(line, fmt::format("unknown parameter \"{}\"{}", name,
+                                nearMissHint(name, namesOf(layout.parameters()))));
+        return;
+    }
+    const auto index = static_cast<std::size_t>(*position);
+    const EngineParameter& parameter = layout.parameters()[index];
+    if (parameter.role == EngineParameter::Role::Element && parameter.kind == ElementKind::Slot) {
+        fault(line, fmt::format("{} is set by the slot's own line, \"Source to Target (Level)\"", name));
+    } else if (lines[index] != 0) {
+        fault(line, fmt::format("{} is given twice, first in line {}", name, lines[index]));
+    } else if (const std::optional<float> value = readValue(parameter, text)) {
+        values[index] = *value;
+        lines[index] = line;
+    }
+}
+
+std::optional<float> StyleParser::readValue(const EngineParameter& parameter, std::string_view text) {
+    if (!parameter.labels.empty()) {
+        const auto found = std::ranges::find(parameter.labels, text);
+        if (found != parameter.labels.end()) return static_cast<float>(found - parameter.labels.begin());
+        const Names labels(parameter.labels.begin(), parameter.labels.end());
+        fault(line, fmt::format("{} is \"{}\", expected one of \"{}\"{}", parameter.name, text,
+                                fmt::join(labels, "\", \""), nearMissHint(text, labels)));
+        return std::nullopt;
+    }
+    const ParameterDescription& limits = parameter.description;
+    const std::optional<float> value = readNumber(text);
+    if (!value) {
+        fault(line, fmt::format("{} is \"{}\", expected a number from {} to {}", parameter.name, text,
+                                limits.minimum, limits.maximum));
+    }
+    return value;
+}
+
+void StyleParser::parseSlot(std::string_view text) {
+    if (slotCount == layout.configuration().slotCount) {
+        fault(line, fmt::format("one slot too many: there are {}", slotCount));
+        return;
+    }
+    text = takeLevel(takeSlotNumber(text));
+    const std::size_t to = text.find(" to ");
+    if (to == std::string_view::npos) {
+        fault(line,
+              fmt::format("\"{}\" does not say from where to where, expected \"Source to Target\"", text));
+    } else {
+        setSlotEnd(SlotField::Source, trimmed(text.substr(0, to)));
+        setSlotEnd(SlotField::Target, trimmed(text.substr(to + 4)));
+    }
+    ++slotCount;
+}
+
+/// Slots speak of each other by number; a list that is out of step shows here.
+std::string_view StyleParser::takeSlotNumber(std::string_view text) {
+    const std::size_t digits = text.find_first_not_of("0123456789");
+    if (digits == 0 || digits == std::string_view::npos || text[digits] != '.') return text;
+    if (text.substr(0, digits) != std::to_string(slotCount + 1)) {
+        fault(line, fmt::format("slot {} is numbered {}", slotCount + 1, text.substr(0, digits)));
+    }
+    return trimmed(text.substr(digits + 1));
+}
+
+/// Takes "(Level)" and "bypassed" off the end.
+std::string_view StyleParser::takeLevel(std::string_view text) {
+    constexpr std::string_view bypassed = " bypassed";
+    setSlot(SlotField::Bypassed, text.ends_with(bypassed) ? 1.0f : 0.0f);
+    if (text.ends_with(bypassed)) text = trimmed(text.substr(0, text.size() - bypassed.size()));
+    const std::size_t bracket = text.find('(');
+    if (bracket == std::string_view::npos) return text;
+    std::string_view level = text.substr(bracket + 1);
+    const bool closed = level.ends_with(')');
+    if (closed) level.remove_suffix(1);
+    const bool inverted = level.starts_with('-');
+    if (inverted) level.remove_prefix(1);
+    const std::optional<float> value = readNumber(level);
+    if (!closed || !value || !(*value >= 0.0f && *value <= 1.0f)) {
+        fault(line,
+              fmt::format("the level of slot {} is \"{}\", expected \"(0)\" to \"(1)\", or with a minus to "
+                          "invert the slot",
+                          slotCount + 1, text.substr(bracket)));
+    }
+    setSlot(SlotField::Level, value.value_or(0.0f));
+    setSlot(SlotField::Inverted, inverted ? 1.0f : 0.0f);
+    return trimmed(text.substr(0, bracket));
+}
+
+void StyleParser::setSlotEnd(SlotField field, std::string_view name) {
+    const int position = layout.slotPosition(slotCount, field);
+    const auto& labels = layout.parameters()[static_cast<std::size_t>(position)].labels;
+    const auto found = std::ranges::find(labels, name);
+    if (found == labels.end()) {
+        const Names names(labels.begin(), labels.end());
+        fault(line, fmt::format("unknown {} \"{}\"{}", field == SlotField::Source ? "source" : "target", name,
+                                nearMissHint(name, names)));
+        return;
+    }
+    setSlot(field, static_cast<float>(found - labels.begin()));
+}
+
+void StyleParser::setSlot(SlotField field, float value) {
+    const auto index = static_cast<std::size_t>(layout.slotPosition(slotCount, field));
+    values[index] = value;
+    lines[index] = line;
+}
+
+void StyleParser::checkSlotCount() {
+    const auto index = static_cast<std::size_t>(layout.group(ElementKind::Slot).numActivePosition);
+    if (values[index] == static_cast<float>(slotCount)) return;
+    fault(std::max(lines[index], 1), fmt::format("Num Active Slots is {}, but {} {} listed", values[index],
+                                                 slotCount, slotCount == 1 ? "is" : "are"));
+}
+
+void StyleParser::checkInactive() {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const EngineParameter& parameter = layout.parameters()[i];
+        const bool isSlot = parameter.kind == ElementKind::Slot;
+        if (lines[i] == 0 || isSlot || isActive(layout, values, static_cast<int>(i))) continue;
+        fault(lines[i], fmt::format("{} has no effect: {}", parameter.name,
+                                    activeCountText(layout, values, parameter.kind)));
+    }
+}
+
+void StyleParser::fault(int atLine, std::string_view message) {
+    if (!faults.empty()) faults += '\n';
+    faults += fmt::format("{}:{}: {}", file, atLine, message);
+}
+
+}  // namespace
+
+std::vector<float> parseStyleSource(const EngineLayout& layout, std::string_view text,
+                                    std::string_view fileName) {
+    return StyleParser(layout, fileName).parse(text);
+}
+
+}  // namespace vanta

@@ -1,0 +1,140 @@
+#include "foundation/lock_free_fifo.hpp"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <limits>
+#include <thread>
+
+#include "tests/support/realtime_trap.hpp"
+
+namespace vanta {
+namespace {
+
+using Item = LockFreeFifo::Item;
+
+TEST(LockFreeFifo, HoldsExactlyItsNodesAndDropsTheRest) {
+    for (const auto [initial, most, holds] : {std::array{32u, 32u, 32u},
+                                              {1u, 1u, 1u},
+                                              {0u, 7u, 7u},
+                                              {100u, 7u, 7u},
+                                              {4u, 0u, 1u},
+                                              {4096u, 70000u, 65536u}}) {
+        LockFreeFifo fifo(initial, most);
+        for (int round = 0; round < 3; ++round) {
+            for (std::uint32_t i = 0; i < holds; ++i) ASSERT_TRUE(fifo.push({i, ~i}));
+            EXPECT_FALSE(fifo.push({0, 0}));
+            EXPECT_EQ(fifo.sizeEstimate(), holds);
+            Item item{};
+            for (std::uint32_t i = 0; i < holds; ++i) {
+                ASSERT_TRUE(fifo.pop(item));
+                ASSERT_EQ(item, (Item{i, ~i}));
+            }
+            EXPECT_FALSE(fifo.pop(item));
+            EXPECT_EQ(item, (Item{holds - 1, ~(holds - 1)})) << "an empty pop leaves the item alone";
+            EXPECT_EQ(fifo.sizeEstimate(), 0u);
+        }
+    }
+}
+
+TEST(LockFreeFifo, BehavesAsAQueueUnderAnyOrderOfCalls) {
+    LockFreeFifo fifo(3, 40);
+    std::deque<Item> model;
+    std::uint32_t state = 1;
+    for (std::uint32_t i = 0; i < 200000; ++i) {
+        state = state * 1664525u + 1013904223u;
+        if (state >> 31) {
+            ASSERT_EQ(fifo.push({i, state}), model.size() < 40);
+            if (model.size() < 40) model.push_back({i, state});
+        } else {
+            Item item{};
+            ASSERT_EQ(fifo.pop(item), !model.empty());
+            if (model.empty()) continue;
+            ASSERT_EQ(item, model.front());
+            model.pop_front();
+        }
+        ASSERT_EQ(fifo.sizeEstimate(), model.size());
+    }
+}
+
+TEST(LockFreeFifo, CarriesParameterChangesBitForBit) {
+    LockFreeFifo fifo(4, 4);
+    for (const float value : {-0.0f, 1.0e-42f, 3.5f, std::numeric_limits<float>::infinity()}) {
+        ASSERT_TRUE(fifo.push(Item::of(-7, value)));
+        Item item{};
+        ASSERT_TRUE(fifo.pop(item));
+        EXPECT_EQ(item.index(), -7);
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(item.value()), std::bit_cast<std::uint32_t>(value));
+    }
+}
+
+/// Sends `perProducer` numbered items from each producer through a small pool, so that nodes are reused all
+/// the time, and checks at each consumer that no producer's items overtake each other.
+void runThreads(std::uint32_t producers, std::uint32_t consumers, std::uint32_t perProducer,
+                std::uint32_t nodes) {
+    LockFreeFifo fifo(2, nodes);
+    std::atomic<std::uint32_t> received{0};
+    std::vector<std::atomic<std::uint8_t>> seen(std::size_t{producers} * perProducer);
+    std::atomic<int> disorders{0};
+    std::vector<std::thread> threads;
+    for (std::uint32_t p = 0; p < producers; ++p) {
+        threads.emplace_back([&, p] {
+            for (std::uint32_t i = 0; i < perProducer;) {
+                if (fifo.push({p, i})) {
+                    ++i;
+                } else {
+                    std::this_thread::yield();
+                }
+            }
+        });
+    }
+    for (std::uint32_t c = 0; c < consumers; ++c) {
+        threads.emplace_back([&] {
+            std::vector<std::int64_t> last(producers, -1);
+            while (received.load() < producers * perProducer) {
+                Item item{};
+                if (!fifo.pop(item)) {
+                    std::this_thread::yield();
+                    continue;
+                }
+                if (item.second <= last[item.first]) ++disorders;
+                last[item.first] = item.second;
+                ++seen[std::size_t{item.first} * perProducer + item.second];
+                ++received;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(disorders, 0);
+    EXPECT_TRUE(std::all_of(seen.begin(), seen.end(), [](const auto& count) { return count == 1; }));
+    EXPECT_EQ(fifo.sizeEstimate(), 0u);
+    Item item{};
+    EXPECT_FALSE(fifo.pop(item));
+    // No node has leaked on the way.
+    for (std::uint32_t i = 0; i < nodes; ++i) EXPECT_TRUE(fifo.push({i, i}));
+    EXPECT_FALSE(fifo.push({0, 0}));
+}
+
+TEST(LockFreeFifo, LosesDoublesAndReordersNothingBetweenThreads) {
+    runThreads(1, 1, 100000, 64);
+    runThreads(3, 1, 50000, 1);
+    runThreads(3, 3, 50000, 5);
+    runThreads(2, 4, 50000, 1000);
+}
+
+TEST(LockFreeFifo, NeitherLocksNorAllocates) {
+    LockFreeFifo fifo(2, 1000);
+    test::RealtimeTrap trap;
+    Item item{};
+    {
+        const RealtimeScope scope;
+        for (std::uint32_t i = 0; i < 1500; ++i) fifo.push({i, i});
+        while (fifo.pop(item)) {
+        }
+    }
+    EXPECT_EQ(item, (Item{999, 999}));
+    EXPECT_EQ(trap.total(), 0) << trap.report();
+}
+
+}  // namespace
+}  // namespace vanta

@@ -22,28 +22,25 @@ HWY_INLINE V Log(D d, V x) {
     const hn::RebindToSigned<D> di;
     x = hn::Max(x, hn::Set(d, 1.17549435e-38f));
     const auto bits = hn::BitCast(di, x);
-    // x = m * 2^e with m in [0.5, 1), then moved to [sqrt(1/2), sqrt(2)) so that small logarithms keep their
-    // relative accuracy.
-    const auto exponent = hn::Sub(hn::ShiftRight<23>(bits), hn::Set(di, 126));
-    const auto mantissa =
-        hn::BitCast(d, hn::Or(hn::And(bits, hn::Set(di, 0x007FFFFF)), hn::Set(di, 0x3F000000)));
-    const auto low = hn::Lt(mantissa, hn::Set(d, 0.707106781186547524f));
-    const auto one = hn::Set(d, 1.0f);
-    const auto e = hn::Sub(hn::ConvertTo(d, exponent), hn::IfThenElseZero(low, one));
-    const auto m = hn::Add(hn::Sub(mantissa, one), hn::IfThenElseZero(low, mantissa));
+    // x = m * 2^e with m in [sqrt(1/2), sqrt(2)), so that small logarithms keep their relative accuracy:
+    // whole octaves are counted from the bits of sqrt(1/2).
+    const auto octave = hn::ShiftRight<23>(hn::Sub(bits, hn::Set(di, 0x3F3504F3)));
+    const auto e = hn::ConvertTo(d, octave);
+    const auto reduced = hn::BitCast(d, hn::Sub(bits, hn::ShiftLeft<23>(octave)));
+    const auto m = hn::Sub(reduced, hn::Set(d, 1.0f));
 
-    auto p = hn::Set(d, 7.0376836292e-2f);
-    p = hn::MulAdd(p, m, hn::Set(d, -1.1514610310e-1f));
-    p = hn::MulAdd(p, m, hn::Set(d, 1.1676998740e-1f));
-    p = hn::MulAdd(p, m, hn::Set(d, -1.2420140846e-1f));
-    p = hn::MulAdd(p, m, hn::Set(d, 1.4249322787e-1f));
-    p = hn::MulAdd(p, m, hn::Set(d, -1.6668057665e-1f));
-    p = hn::MulAdd(p, m, hn::Set(d, 2.0000714765e-1f));
-    p = hn::MulAdd(p, m, hn::Set(d, -2.4999993993e-1f));
-    p = hn::MulAdd(p, m, hn::Set(d, 3.3333331174e-1f));
+    // Terms in pairs: in a chain of multiplications every one would wait for the one before.
     const auto square = hn::Mul(m, m);
+    const auto fourth = hn::Mul(square, square);
+    const auto p01 = hn::MulAdd(m, hn::Set(d, -2.4999993993e-1f), hn::Set(d, 3.3333331174e-1f));
+    const auto p23 = hn::MulAdd(m, hn::Set(d, -1.6668057665e-1f), hn::Set(d, 2.0000714765e-1f));
+    const auto p45 = hn::MulAdd(m, hn::Set(d, -1.2420140846e-1f), hn::Set(d, 1.4249322787e-1f));
+    const auto p67 = hn::MulAdd(m, hn::Set(d, -1.1514610310e-1f), hn::Set(d, 1.1676998740e-1f));
+    const auto p47 = hn::MulAdd(square, p67, p45);
+    const auto p48 = hn::MulAdd(fourth, hn::Set(d, 7.0376836292e-2f), p47);
+    const auto p = hn::MulAdd(fourth, p48, hn::MulAdd(square, p23, p01));
     // ln(2) in two parts, the first exact in few bits.
-    auto y = hn::Mul(hn::Mul(p, m), square);
+    auto y = hn::Mul(p, hn::Mul(m, square));
     y = hn::MulAdd(e, hn::Set(d, -2.12194440e-4f), y);
     y = hn::NegMulAdd(square, hn::Set(d, 0.5f), y);
     return hn::MulAdd(e, hn::Set(d, 0.693359375f), hn::Add(m, y));
@@ -64,13 +61,12 @@ HWY_INLINE V Exp(D d, V x) {
     auto r = hn::NegMulAdd(whole, hn::Set(d, 0.693359375f), x);
     r = hn::NegMulAdd(whole, hn::Set(d, -2.12194440e-4f), r);
 
-    auto p = hn::Set(d, 1.9875691500e-4f);
-    p = hn::MulAdd(p, r, hn::Set(d, 1.3981999507e-3f));
-    p = hn::MulAdd(p, r, hn::Set(d, 8.3334519073e-3f));
-    p = hn::MulAdd(p, r, hn::Set(d, 4.1665795894e-2f));
-    p = hn::MulAdd(p, r, hn::Set(d, 1.6666665459e-1f));
-    p = hn::MulAdd(p, r, hn::Set(d, 5.0000001201e-1f));
-    const auto y = hn::MulAdd(p, hn::Mul(r, r), hn::Add(r, hn::Set(d, 1.0f)));
+    const auto square = hn::Mul(r, r);
+    const auto p01 = hn::MulAdd(r, hn::Set(d, 1.6666665459e-1f), hn::Set(d, 5.0000001201e-1f));
+    const auto p23 = hn::MulAdd(r, hn::Set(d, 8.3334519073e-3f), hn::Set(d, 4.1665795894e-2f));
+    const auto p45 = hn::MulAdd(r, hn::Set(d, 1.9875691500e-4f), hn::Set(d, 1.3981999507e-3f));
+    const auto p = hn::MulAdd(square, hn::MulAdd(square, p45, p23), p01);
+    const auto y = hn::MulAdd(p, square, hn::Add(r, hn::Set(d, 1.0f)));
     return hn::Mul(y, hn::BitCast(d, hn::ShiftLeft<23>(hn::Add(n, hn::Set(di, 127)))));
 }
 

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "dsp/convolver/convolver_plan.hpp"
+#include "foundation/lock_free_fifo.hpp"
+#include "foundation/notify_event.hpp"
+#include "foundation/realtime.hpp"
+#include "limiter/modulation/modulation_matrix.hpp"
+#include "limiter/styles/engine_layout.hpp"
+#include "plugin/generic_parameter_owner.hpp"
+#include "wave/environment.hpp"
+
+namespace vanta {
+
+class SmoothingKernel;
+
+/// The modular dynamics processor: a table of 749 values, a modulation matrix, and one Processor a channel
+/// whose elements and connections those values set. A style is one set of the values.
+///
+/// A value exists twice: `setValue` of a parameter moves it at once, on the caller's thread; its effect follows
+/// on the audio thread, through a queue that `applyPendingParameters` drains.
+class DynamicsEngine final : public GenericParameterResponder {
+public:
+    class AbstractStereoLinker;
+    class StereoLinkerFactory;
+    class Parameters;
+    class Processor;
+    class VCA;
+
+    /// The matrix lives in the environment of the processors, the oversampled one.
+    DynamicsEngine(const EngineLayout& engineLayout, ModulationMatrix& modulationMatrix);
+    ~DynamicsEngine() override;
+
+    /// The shape of the matrix that this layout needs.
+    static ModulationLayout modulationLayout(const EngineLayout& layout);
+
+    /// Set-up, once: stereo linkers, main controls as sources, kernels.
+    void attach(StereoLinkerFactory& factory);
+
+    /// Reads a style resource. Result: its index in the order of loading. A resource that cannot be read keeps
+    /// its place with all values 0.
+    int loadStyle(const std::string& resourceName);
+    /// Sets all parameters from a style. Any thread.
+    void applyStyle(int index);
+    std::span<const float> styleValues(int index) const { return styles[static_cast<std::size_t>(index)]; }
+
+    /// At start-up: gives every parameter its effect.
+    void applyAllParameters();
+    /// Takes note of how much is queued; what comes later waits for the next drain.
+    VANTA_REALTIME void notePendingChanges();
+    /// Gives effect to what was noted.
+    VANTA_REALTIME void applyPendingParameters();
+
+    // GenericParameterOwner
+    void beginChange() override {}
+    void endChange() override {}
+    int parameterCount() const override;
+    AbstractPluginParameter* parameterAt(int index) const override;
+    int firstParameterIndex() const override { return 0; }
+    void parameterChanged(int index, float value, int flags) override;
+    int addParameter(AbstractPluginParameter& parameter) override;
+    int addGroupName(const std::string&) override { return 0; }
+
+    const EngineLayout& layout() const { return layout_; }
+    Parameters& parameters() const { return *parameters_; }
+    ModulationMatrix& matrix() const { return matrix_; }
+    wave::Environment& environment() const { return matrix_.environment(); }
+    AbstractStereoLinker& linker(int detector) const { return *linkers[static_cast<std::size_t>(detector)]; }
+    /// Samples of delay of every Convolver.
+    int convolverLatency() const { return kernelPlan->latency(); }
+    std::span<const std::unique_ptr<SmoothingKernel>> kernels() const { return kernels_; }
+    std::span<Processor* const> processors() const { return processors_; }
+
+private:
+    friend class Processor;
+
+    void rebuildKernels();
+    void onSampleRateChanged(void*);
+    void bindKernel(int index, SmoothingKernel& kernel);
+
+    const EngineLayout& layout_;
+    ModulationMatrix& matrix_;
+    std::vector<AbstractPluginParameter*> table;
+    std::unique_ptr<Parameters> parameters_;
+    LockFreeFifo queue;
+    std::uint32_t pending = 0;
+    std::atomic<bool> reapplyAll{false};  ///< a change found the queue full
+    std::vector<std::unique_ptr<AbstractStereoLinker>> linkers;
+    std::unique_ptr<ConvolverPlan> kernelPlan;
+    std::vector<std::unique_ptr<SmoothingKernel>> kernels_;
+    std::vector<Processor*> processors_;
+    std::vector<std::vector<float>> styles;
+};
+
+}  // namespace vanta

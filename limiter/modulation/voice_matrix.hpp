@@ -1,0 +1,97 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "limiter/modulation/modulation_matrix.hpp"
+
+namespace vanta {
+
+/// Adds weighted signals to a running result. As long as all of them are constant, one sample is computed.
+class ModulationMatrix::TargetSum {
+public:
+    TargetSum(float* block, int samples) : out(block), count(samples) {}
+
+    /// Starts from a block, or with null from nothing.
+    void start(const float* block, bool isConstant);
+    void add(const float* source, bool sourceConstant, const float* level, bool levelConstant);
+    void clamp(float low, float high);
+    /// Fills the block. Whether it holds one value throughout.
+    bool finish();
+
+private:
+    void expand();
+
+    float* out;
+    int count;
+    bool constant = true;
+    bool empty = true;
+    float value = 0.0f;          ///< the result while it is constant
+    const float* first = nullptr;  ///< the start block while nothing was added
+};
+
+/// What all voices share of one target: its own value and the slots in the global mode.
+class ModulationMatrix::GlobalModulationProducer final : public wave::Source {
+public:
+    GlobalModulationProducer(ModulationMatrix& owner, TargetState& targetState);
+
+protected:
+    void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
+
+private:
+    ModulationMatrix& matrix;
+    TargetState& state;
+};
+
+/// One voice's side of the matrix: its sources, and per target the signal that its elements read.
+class ModulationMatrix::VoiceMatrix {
+public:
+    class TargetController;
+
+    explicit VoiceMatrix(ModulationMatrix& owner);
+    ~VoiceMatrix();
+
+    /// Set-up: enters a producer in the table of this voice.
+    void setSource(int source, wave::Producer& producer) {
+        sources[static_cast<std::size_t>(source)] = &producer;
+    }
+    wave::Producer* source(int index) const { return sources[static_cast<std::size_t>(index)]; }
+    /// Set-up: the signal of a target, made at the first call.
+    TargetController& controller(int target);
+
+private:
+    friend class ModulationMatrix;
+    ModulationMatrix& matrix;
+    std::vector<wave::Producer*> sources;
+    std::vector<std::unique_ptr<TargetController>> targetControllers;
+};
+
+class ModulationMatrix::VoiceMatrix::TargetController final : public wave::Source {
+public:
+    TargetController(VoiceMatrix& owner, int targetIndex);
+
+protected:
+    void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
+
+private:
+    VANTA_REALTIME bool publishSingleSlot(int samples);
+
+    VoiceMatrix& voice;
+    TargetState& state;
+    GlobalModulationProducer& global;
+};
+
+/// The value of a target for a reader that stands outside of the voices: the first voice's, where they differ.
+class ModulationMatrix::GlobalTargetController final : public wave::Source {
+public:
+    GlobalTargetController(ModulationMatrix& owner, int targetIndex);
+
+protected:
+    void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
+
+private:
+    ModulationMatrix& matrix;
+    int target;
+};
+
+}  // namespace vanta

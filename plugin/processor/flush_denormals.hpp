@@ -1,0 +1,22 @@
+#pragma once
+
+#include <xmmintrin.h>
+
+namespace vanta {
+
+/// Flushes denormals to zero and masks every floating-point exception for a scope; the caller's control word
+/// stands again afterwards.
+class FlushDenormals {
+public:
+    FlushDenormals() : saved(_mm_getcsr()) { _mm_setcsr(kControlWord); }
+    ~FlushDenormals() { _mm_setcsr(saved); }
+    FlushDenormals(const FlushDenormals&) = delete;
+    FlushDenormals& operator=(const FlushDenormals&) = delete;
+
+private:
+    /// All exceptions masked, round to nearest, flush to zero, denormals are zero: every x86-64 has them all.
+    static constexpr unsigned kControlWord = 0x9FC0;
+    unsigned saved;
+};
+
+}  // namespace vanta

@@ -81,12 +81,14 @@ void FloatParameter::unwrapStart(float value) {
 }
 
 float FloatParameter::defaultTimeMs(float value) const {
-    const float x = std::max(0.3f - std::abs(value - rampStart_) / range_, 0.0f) * 3.3333333f;
+    const float share = range_ > 0.0f ? std::abs(value - rampStart_) / range_ : 1.0f;
+    const float x = std::max(0.3f - share, 0.0f) * 3.3333333f;
     return fastTime + (slowTime - fastTime) * x * x;
 }
 
 const wave::BasicBlock<float>& FloatParameter::read(int samples, bool* constant) {
     float* out = block_.data();
+    lastPosition_ = environment().position() + samples;
     if (rampPosition_ >= rampLength_) {
         *constant = true;
         if (block_.filled < samples) {
@@ -112,9 +114,7 @@ const wave::BasicBlock<float>& FloatParameter::readInStream(int samples, bool* c
     const bool jumped = lastPosition_ <= environment().discontinuityPosition();
     const std::int64_t unread = jumped ? left : environment().position() - lastPosition_;
     rampPosition_ += static_cast<int>(std::clamp<std::int64_t>(unread, 0, std::max<std::int64_t>(left, 0)));
-    const auto& result = read(samples, constant);
-    lastPosition_ = environment().position() + samples;
-    return result;
+    return read(samples, constant);
 }
 
 }  // namespace vanta

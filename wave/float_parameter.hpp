@@ -20,7 +20,7 @@ public:
     /// Starts a ramp of `timeMs`, or with a negative time of a length that depends on the distance. The value
     /// is clamped to the range; a NaN is ignored. Called where the stream is at a seam.
     VANTA_REALTIME void setValue(float value, float timeMs);
-    /// The next `samples` values. Time that passed unread does not count.
+    /// The next `samples` values. Time that passed unread does not count, nor does a discontinuity.
     VANTA_REALTIME const wave::BasicBlock<float>& read(int samples, bool* constant);
     /// The same, but a ramp does not wait for its reader: unread time counts, and after a discontinuity the
     /// ramp has ended.

@@ -85,6 +85,19 @@ void CrossfadeImpl(const float* a, const float* b, const float* mix, float* out,
     });
 }
 
+void MoveTowardImpl(const float* a, const float* b, float amount, float* out, std::size_t count) {
+    vectorLoop(count, [&](auto d, std::size_t i) {
+        const auto from = hn::LoadU(d, a + i);
+        hn::StoreU(hn::MulAdd(hn::Sub(hn::LoadU(d, b + i), from), hn::Set(d, amount), from), d, out + i);
+    });
+}
+
+void ComplementImpl(const float* a, float* out, std::size_t count) {
+    vectorLoop(count, [&](auto d, std::size_t i) {
+        hn::StoreU(hn::Sub(hn::Set(d, 1.0f), hn::LoadU(d, a + i)), d, out + i);
+    });
+}
+
 float PeakImpl(const float* a, std::size_t count) {
     const hn::ScalableTag<float> d;
     const std::size_t lanes = hn::Lanes(d);
@@ -133,6 +146,8 @@ HWY_EXPORT(MaximumImpl);
 HWY_EXPORT(MinimumImpl);
 HWY_EXPORT(ClampImpl);
 HWY_EXPORT(CrossfadeImpl);
+HWY_EXPORT(MoveTowardImpl);
+HWY_EXPORT(ComplementImpl);
 HWY_EXPORT(PeakImpl);
 HWY_EXPORT(SanitizeImpl);
 HWY_EXPORT(FillImpl);
@@ -172,6 +187,12 @@ void clamp(const float* a, float low, float high, float* out, std::size_t count)
 }
 void crossfade(const float* a, const float* b, const float* mix, float* out, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(CrossfadeImpl)(a, b, mix, out, count);
+}
+void moveToward(const float* a, const float* b, float amount, float* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(MoveTowardImpl)(a, b, amount, out, count);
+}
+void complement(const float* a, float* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(ComplementImpl)(a, out, count);
 }
 float peak(const float* a, std::size_t count) { return HWY_DYNAMIC_DISPATCH(PeakImpl)(a, count); }
 void sanitize(const float* a, float* out, std::size_t count) {

@@ -32,6 +32,10 @@ void minimum(const float* a, const float* b, float* out, std::size_t count);
 void clamp(const float* a, float low, float high, float* out, std::size_t count);
 /// out = a + (b - a) * mix
 void crossfade(const float* a, const float* b, const float* mix, float* out, std::size_t count);
+/// out = a + (b - a) * amount
+void moveToward(const float* a, const float* b, float amount, float* out, std::size_t count);
+/// out = 1 - a
+void complement(const float* a, float* out, std::size_t count);
 /// The largest |a|, 0 for an empty block.
 float peak(const float* a, std::size_t count);
 /// out = a, where a sample that is not finite counts as 0 and a magnitude above kLargestSample is limited to it.

@@ -13,7 +13,9 @@
 #include "tests/support/realtime_trap_internal.hpp"
 
 #if VANTA_TRAP_UNDER_SANITIZER
-#include <sanitizer/allocator_interface.h>
+// Of the sanitizers' allocator interface, whose header does not come with every compiler.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*, std::size_t),
+                                                         void (*onFree)(const volatile void*));
 #endif
 
 namespace {

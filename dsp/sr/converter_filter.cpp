@@ -1,0 +1,54 @@
+#include "dsp/sr/converter_filter.hpp"
+
+namespace vanta::sr {
+
+ConverterFilterBase::ConverterFilterBase(wave::Environment& owner, ConverterStyleBase& converterStyle,
+                                         std::unique_ptr<ConverterBase> ownConverter)
+    : Filter(owner), style_(converterStyle), converter_(std::move(ownConverter)) {
+    makeResettable();
+}
+
+void ConverterFilterBase::convert(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out,
+                                  int count) {
+    if (!converter_->convert(in.data(), out->data(), count)) publishInput();
+}
+
+// Nobody pulled in the meantime: what the filter remembers does not belong to the stream that comes.
+void ConverterFilterBase::noteBlock(int samples) {
+    const std::int64_t position = environment().position();
+    if (position != expectedPosition_) converter_->update();
+    expectedPosition_ = position + samples;
+}
+
+void InterpolatorFilterBase::produce(wave::BasicBlock<float>* block, int samples, int flags) {
+    noteBlock(samples);
+    process(source->pull(samples / style().factor()), block, samples, flags);
+}
+
+void InterpolatorFilterBase::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out,
+                                     int samples, int) {
+    convert(in, out, samples / style().factor());
+}
+
+void DecimatorFilterBase::produce(wave::BasicBlock<float>* block, int samples, int flags) {
+    noteBlock(samples);
+    process(source->pull(samples * style().factor()), block, samples, flags);
+}
+
+void DecimatorFilterBase::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out,
+                                  int samples, int) {
+    convert(in, out, samples);
+}
+
+SkipDecimatorFilter::SkipDecimatorFilter(ConverterStyleBase& converterStyle, SkipDecimator::Mode initialMode)
+    : DecimatorFilterBase(converterStyle.environment(), converterStyle,
+                          std::make_unique<SkipDecimator>(converterStyle, initialMode)),
+      mode(static_cast<SkipDecimator&>(converter()).mode) {}
+
+void SkipDecimatorFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out,
+                                  int samples, int) {
+    convert(in, out, samples);
+    setConstant(source->isConstant());
+}
+
+}  // namespace vanta::sr

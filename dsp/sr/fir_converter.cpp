@@ -1,0 +1,34 @@
+#include "dsp/sr/fir_converter.hpp"
+
+#include <algorithm>
+#include <bit>
+
+namespace vanta::sr {
+
+FIRConverter::FIRConverter(ConverterStyle& converterStyle, int firstSet, int otherSets)
+    : ConverterBase(converterStyle.environment()),
+      style_(converterStyle),
+      firstSet_(firstSet),
+      otherSets_(otherSets) {}
+
+void FIRConverter::update() {
+    const int factor = style_.factor();
+    const int maxBlock = environment().maxBlockSize();
+    const auto stageCount = static_cast<std::size_t>(std::bit_width(static_cast<unsigned>(factor)) - 1);
+    style_.update();
+    workBlock_.resize(maxBlock * std::max(1, factor / 2));
+    if (stageCount != stages_.size() || maxBlock != maxBlock_) stages_.clear();
+    maxBlock_ = maxBlock;
+    stages_.resize(stageCount);
+    for (std::size_t i = 0; i < stageCount; ++i) {
+        const int index = i == 0 ? firstSet_ : otherSets_;
+        const int longest = style_.longestLength(index);
+        auto& stage = stages_[i];
+        if (!stage || stage->longestLength() != longest) {
+            stage = std::make_unique<FIRStage>(2 << i, longest, maxBlock);
+        }
+        stage->prepare(style_.set(index));
+    }
+}
+
+}  // namespace vanta::sr

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "dsp/sr/converter_style.hpp"
+#include "dsp/sr/fir_stage.hpp"
+
+namespace vanta::sr {
+
+/// A cascade of half-band stages, stage 0 next to the base rate.
+class FIRConverter : public ConverterBase {
+public:
+    void update() override;
+
+protected:
+    /// Indexes of the style's sets for stage 0 and for all others.
+    FIRConverter(ConverterStyle& converterStyle, int firstSet, int otherSets);
+
+    std::vector<std::unique_ptr<FIRStage>>& stages() { return stages_; }
+    /// Room for the output of every stage but the last one.
+    float* workBlock() { return workBlock_.data(); }
+
+private:
+    ConverterStyle& style_;
+    std::vector<std::unique_ptr<FIRStage>> stages_;
+    AlignedBuffer<float> workBlock_;
+    int maxBlock_ = 0;
+    int firstSet_;
+    int otherSets_;
+};
+
+}  // namespace vanta::sr

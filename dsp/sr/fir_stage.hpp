@@ -1,0 +1,39 @@
+#pragma once
+
+#include "dsp/mirrored_ring.hpp"
+#include "dsp/sr/half_band_design.hpp"
+
+namespace vanta::sr {
+
+/// One doubling or halving of the rate: the newest samples of its input and the taps that it reads. The
+/// higher of its two rates is `ratio` times the base rate.
+class FIRStage {
+public:
+    /// Room for filters of up to `longestLength` taps and blocks of `maxBlock` samples of the base rate.
+    FIRStage(int stageRatio, int longestLength, int maxBlock);
+
+    /// Takes the taps, which the caller keeps alive, and starts anew from silence.
+    void prepare(const CoefficientSet& set);
+    /// `count` samples in, twice as many out. Taps are a polyphase branch.
+    VANTA_REALTIME void interpolate(const float* in, float* out, int count);
+    /// Twice `count` samples in, `count` samples out. Taps are a full filter.
+    VANTA_REALTIME void decimate(const float* in, float* out, int count);
+
+    int ratio() const { return ratio_; }
+    /// Samples of the stage's input by which it reads late, so that its delay is a whole number of samples of
+    /// the base rate.
+    int pad() const { return pad_; }
+    int longestLength() const { return longestLength_; }
+
+private:
+    VANTA_REALTIME const float* write(const float* in, int count);
+
+    MirroredRing ring_;
+    AlignedBuffer<float> scratch_;
+    const CoefficientSet* set_ = nullptr;
+    int longestLength_;
+    int ratio_;
+    int pad_ = 0;
+};
+
+}  // namespace vanta::sr

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "dsp/sr/converter_style_base.hpp"
+#include "foundation/property.hpp"
+
+namespace vanta::sr {
+
+/// Lowers the rate without a filter: of each group of samples it takes one. Group n begins with the sample
+/// that stands at the time of output n.
+class SkipDecimator final : public ConverterBase {
+public:
+    enum Mode { First, LargestMagnitude, Smallest };
+
+    explicit SkipDecimator(ConverterStyleBase& converterStyle, Mode initialMode = First)
+        : ConverterBase(converterStyle.environment()), mode(nullptr, initialMode), style_(converterStyle) {}
+
+    bool convert(const float* in, float* out, int count) override;
+    void update() override {}
+
+    Property<int> mode;  ///< a Mode
+
+private:
+    ConverterStyleBase& style_;
+};
+
+}  // namespace vanta::sr

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "dsp/filter/biquad_processor.hpp"
+#include "foundation/property.hpp"
+#include "wave/producer.hpp"
+
+namespace vanta {
+
+/// A recursive filter as a node of the graph. What it filters with is up to a derived class.
+class BiquadFilter : public wave::Filter, public PropertyOwner {
+public:
+    /// Starts from silence.
+    void reset() override;
+
+    Property<bool> enabled;  ///< fades within 20 ms; when off, the input block is handed on
+    BiquadProcessor processor;
+
+protected:
+    static constexpr int kGranularity = 4;
+
+    BiquadFilter(wave::Environment& owner, int maxSections, int granularity = kGranularity);
+
+    /// Queues coefficients for exactly `samples` samples.
+    VANTA_REALTIME virtual void updateCoefficients(int samples, BiquadProcessor& target) = 0;
+
+    void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
+                 int flags) override;
+    void propertyChanged(AbstractProperty& property) override;
+};
+
+}  // namespace vanta

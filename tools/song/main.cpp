@@ -19,7 +19,7 @@ using namespace vanta::song;
 
 struct Request {
     std::string score, out;
-    double rate = 48000;
+    int rate = 48000;
     double seconds = 1e9;
     std::string layout = "stereo";
 };
@@ -30,6 +30,9 @@ class WavFile {
 public:
     WavFile(const std::filesystem::path& target, int rate, int channels)
         : path(target), partial(fmt::format("{}.{}.part", target.string(), getpid())) {
+        // The renaming would put a file in the place of a device or a folder.
+        if (std::filesystem::exists(path) && !std::filesystem::is_regular_file(path))
+            throw std::runtime_error(fmt::format("{}: is not a regular file", path.string()));
         SF_INFO info{};
         info.samplerate = rate;
         info.channels = channels;
@@ -81,7 +84,7 @@ void render(const Request& request) {
         channels.clear();
         for (const auto& channel : upmix) channels.push_back(&channel);
     }
-    WavFile file(request.out, static_cast<int>(request.rate), static_cast<int>(channels.size()));
+    WavFile file(request.out, request.rate, static_cast<int>(channels.size()));
     file.write(channels);
     fmt::print("{}: \"{}\", {:.1f} s, {} at {:.0f} Hz\n", request.out, score.title,
                static_cast<double>(song.left.size()) / song.sampleRate, request.layout, song.sampleRate);
@@ -95,11 +98,8 @@ int main(int argc, char** argv) {
     app.add_option("score", request.score, "the score to play")->required()->check(CLI::ExistingFile);
     app.add_option("out", request.out, "the WAV file to write")->required();
     app.add_option("--rate", request.rate, "sample rate, Hz (default 48000)")
-        ->check(CLI::Range(8000, 384000))
-        ->check([](const std::string& text) {
-            return text.find('.') == std::string::npos ? "" : "a file's sample rate is a whole number";
-        });
-    app.add_option("--seconds", request.seconds, "render at most this much")->check(CLI::PositiveNumber);
+        ->check(CLI::Range(8000, 384000));
+    app.add_option("--seconds", request.seconds, "render at most this much");
     app.add_option("--layout", request.layout, "channels (default stereo)")
         ->check(CLI::IsMember({"stereo", "5.1"}));
     CLI11_PARSE(app, argc, argv);

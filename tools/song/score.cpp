@@ -285,11 +285,11 @@ Score parseScore(std::string_view text, const std::string& fileName) {
 }
 
 Score loadScore(const std::filesystem::path& path) {
+    // Opening a folder as a file succeeds; only reading it would fail.
     std::ifstream file(path, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    // Opening a folder succeeds; only reading it tells.
-    if (!file.is_open() || file.bad() || std::filesystem::is_directory(path))
+    if (!file || std::filesystem::is_directory(path))
         throw ScoreError(fmt::format("{}: cannot be read", path.string()));
+    const std::string text(std::istreambuf_iterator<char>(file), {});
     return parseScore(text, path.filename().string());
 }
 

@@ -12,9 +12,11 @@ double Envelope::at(double time, double gate) const {
     double level = fadeIn(held, attack);
     if (held > attack) level = sustain + (1 - sustain) * std::exp((attack - held) / decay);
     if (time <= gate) return level;
-    // The exponential is lowered until it ends at 0.
-    const double floor = std::exp(-kReleases);
-    return level * std::fmax(0, (std::exp((gate - time) / release) - floor) / (1 - floor));
+    // Falls as a critically damped system does: from rest, so that the release has no corner. The last
+    // decibels are taken off so that it ends at 0.
+    const auto damped = [](double x) { return (1 + x) * std::exp(-x); };
+    const double floor = damped(kReleases);
+    return level * std::fmax(0, (damped((time - gate) / release) - floor) / (1 - floor));
 }
 
 std::size_t frameAt(double seconds) {

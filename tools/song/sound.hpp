@@ -141,7 +141,7 @@ struct Envelope {
     double end(double gate) const { return gate + kReleases * release; }
 
 private:
-    static constexpr double kReleases = 7;  // e^-7 is -61 dB
+    static constexpr double kReleases = 9;  // -58 dB
 };
 
 inline double hertzOf(double pitch) {

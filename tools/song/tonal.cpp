@@ -43,7 +43,7 @@ private:
         });
     }
 
-    Envelope envelope{0.006, 0.5, 0.72, 0.022};
+    Envelope envelope{0.006, 0.5, 0.72, 0.013};
 };
 
 /// Tine piano: frequency modulation with an index that falls (Chowning 1973), slowly panned.
@@ -72,7 +72,7 @@ private:
         });
     }
 
-    Envelope envelope{0.0025, 0.7, 0.15, 0.09};
+    Envelope envelope{0.0025, 0.7, 0.15, 0.05};
 };
 
 /// Six detuned sawtooths a note, three a side, behind a filter that breathes: the wide part of the mix.
@@ -110,7 +110,7 @@ private:
     }
     Saw drift() { return Saw(random.unit()); }
 
-    Envelope envelope{0.16, 1.0, 0.85, 0.16};
+    Envelope envelope{0.16, 1.0, 0.85, 0.09};
 };
 
 }  // namespace

@@ -1,5 +1,5 @@
 # The front door. `make demo` and `make test` do all the set-up they need on a fresh Debian machine.
-PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndfile1-dev libcli11-dev \
+PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndfile1-dev libcli11-dev libebur128-dev \
            libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev clang-format
 WERROR ?= OFF
 JOBS   ?= $(shell nproc)
@@ -17,6 +17,7 @@ test: setup
 	@ctest --test-dir build --output-on-failure --parallel $(JOBS)
 
 demo: build
+	@cmake --build build --parallel $(JOBS) --target render_song level_table
 	@tools/demo.sh
 
 bench: setup

@@ -11,6 +11,8 @@ namespace vanta {
 
 namespace {
 
+using LimitingStyle = VantaParameters::LimitingStyle;
+
 /// Corner of the DC filters, in log2 of hertz: 1.5 Hz.
 const float kDcCorner = std::log2(1.5f);
 /// The Unity Gain trim reaches 30 dB up.
@@ -80,8 +82,8 @@ void VantaChannel::wireDetection(const VantaChannelShared&) {
     dcFilters[kMain].source = &mainInput();
     dcFilters[kSide].source = &sideInput();
     for (int i : {kMain, kSide}) {
-        dcFilters[i].slope = EQFilter::Slope6;
-        dcFilters[i].shape = EQFilter::HighPass;
+        dcFilters[i].slope = EQFilter::Order1;
+        dcFilters[i].shape = AnalogFilterPrototype::HighPass;
         dcFilters[i].coefficientCalculation = EQFilter::Bilinear;
         dcFilters[i].frequency.parameter().setValue(kDcCorner, 0.0f);
         upsamplers[i].source = &dcFilters[i];
@@ -118,15 +120,15 @@ void VantaChannel::wireOutput(const VantaChannelShared& shared) {
 
 void VantaChannel::wireDryPath(const VantaChannelShared&) {
     gainMixer.operation = Mixer::Multiply;
-    gainMixer.setInput(0, stageDelay);
+    gainMixer.setInput(0, &stageDelay);
     dryDecimator.source = &dryDelay;
     gainDelay.source = &gainDecimator;
     totalGain_.operation = Mixer::Multiply;
-    totalGain_.setInput(0, gainDelay);
-    totalGain_.setInput(1, overshootLimiter);
+    totalGain_.setInput(0, &gainDelay);
+    totalGain_.setInput(1, &overshootLimiter);
     dryOutDelay.source = &dryDecimator;
-    residualGain.add(1.0f, unityLevel);
-    residualGain.add(-1.0f, totalGain_);
+    residualGain.addInput(1.0f, &unityLevel);
+    residualGain.addInput(-1.0f, &totalGain_);
     auditionVolume.source = &dryOutDelay;
     auditionVolume.gain.setSource(&residualGain);
 }
@@ -180,7 +182,7 @@ void VantaChannel::routeGain(LimitingStyle style) {
         const StageOrder order = stageOrder(style);
         stageDelay.source = &processor_.vcaGain(order.first);
         stageDelay.setDelay(audioDelayOf(order.second));
-        gainMixer.setInput(1, processor_.vcaGain(order.second));
+        gainMixer.setInput(1, &processor_.vcaGain(order.second));
         gain = &gainMixer;
     }
     gainDecimator.source = gain;

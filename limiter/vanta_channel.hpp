@@ -41,11 +41,11 @@ public:
     void linkTo(VantaChannel& partner) { processor_.linkTo(partner.processor_); }
 
     void setDelayLimits(const SignalPathLimits& limits);
-    void setDelays(const SignalPathDelays& delays, LimitingStyle style);
+    void setDelays(const SignalPathDelays& delays, VantaParameters::LimitingStyle style);
     /// dB; `targetDb` is the highest level that leaves the channel.
     void setLevels(float outputLevelDb, float targetDb);
     /// Takes up a style: what the Convolvers hand on.
-    void setStyle(LimitingStyle style);
+    void setStyle(VantaParameters::LimitingStyle style);
     void setOvershootMode(OvershootLimiter::LimitingMode mode) { overshootLimiter.mode = mode; }
     /// After the overshoot style was made anew.
     void replaceOvershootKernel(OvershootLimiter::Style& style) { overshootLimiter.setStyle(style); }
@@ -66,7 +66,7 @@ private:
     void wireOutput(const VantaChannelShared& shared);
     void wireDryPath(const VantaChannelShared& shared);
     void bind(VantaParameters& parameters);
-    void routeGain(LimitingStyle style);
+    void routeGain(VantaParameters::LimitingStyle style);
     int audioDelayOf(int vca) const;
 
     DynamicsEngine& engine;

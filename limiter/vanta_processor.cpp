@@ -4,6 +4,7 @@
 #include "limiter/engine/engine_inputs.hpp"
 #include "limiter/engine/engine_parameters.hpp"
 #include "limiter/styles/style_resources.hpp"
+#include "plugin/parameters/parameter_change_forwarder.hpp"
 
 namespace vanta {
 
@@ -62,8 +63,8 @@ void VantaProcessor::buildMakeup() {
     makeupLevel = std::make_unique<FloatParameterSource>(oversampled, 0.0f);
     makeupLevel->parameter().setRange(-kMakeupRangeDb - kMakeupMarginDb, kMakeupRangeDb);
     makeupSum = std::make_unique<StaticMixer>(oversampled);
-    makeupSum->add(1.0f, *makeupLevel);
-    makeupSum->add(-1.0f, modulationMatrix->globalTarget(0));
+    makeupSum->addInput(1.0f, makeupLevel.get());
+    makeupSum->addInput(-1.0f, &modulationMatrix->globalTarget(0));
     makeupConverter = std::make_unique<DBConverter>(oversampled);
     makeupConverter->source = makeupSum.get();
     makeupConverter->conversion = DBConverter::DbToAmplitude;
@@ -93,9 +94,9 @@ std::unique_ptr<DynamicsEngine::AbstractStereoLinker> VantaProcessor::createSter
 }
 
 void VantaProcessor::listenToParameters() {
-    const auto listen = [this](auto method, auto&... parameters) {
+    const auto listen = [this](auto method, auto&... heard) {
         auto& forwarder = ParameterChangeForwarder::add(forwarderList(), this, method);
-        (forwarder.listenTo(parameters), ...);
+        (forwarder.listenTo(heard), ...);
     };
     listen(&VantaProcessor::ditheringChanged, dithering);
     listen(&VantaProcessor::oversamplingChanged, oversampling);

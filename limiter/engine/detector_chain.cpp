@@ -14,7 +14,7 @@ DetectorChain::DetectorChain(wave::Environment& environment, wave::Producer& inp
       clipper(canClip ? std::make_unique<SmartClipper>(environment) : nullptr),
       output(environment, 3) {
     magnitude.operation = Mixer::LargestMagnitude;
-    magnitude.setInput(0, input);
+    magnitude.setInput(0, &input);
     linkMix.panningLaw = EffectMixer::Linear;
     rms.source = &linkMix;
     rms.domain = RMSFilter::Amplitude;

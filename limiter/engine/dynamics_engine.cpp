@@ -8,7 +8,7 @@
 #include "limiter/engine/engine_parameters.hpp"
 #include "limiter/engine/stereo_linker.hpp"
 #include "limiter/styles/style_record.hpp"
-#include "plugin/presets/preset_loader.hpp"
+#include "plugin/presets/preset_preloader.hpp"
 
 namespace vanta {
 
@@ -93,7 +93,7 @@ void DynamicsEngine::bindKernel(int index, SmoothingKernel& kernel) {
 int DynamicsEngine::loadStyle(const std::string& resourceName) {
     std::vector<float> values(static_cast<std::size_t>(parameterCount()), 0.0f);
     BinaryResourceReader reader(resourceName);
-    PresetPreloader loader(*this, kStyleTag, values);
+    PresetPreloader loader(*this, std::string(kStyleTag), values);
     if (!readPreset(loader, reader, kStyleVersion)) std::fill(values.begin(), values.end(), 0.0f);
     styles.push_back(std::move(values));
     return static_cast<int>(styles.size()) - 1;

@@ -76,11 +76,11 @@ void DynamicsEngine::Processor::buildFilters() {
         filters.push_back(std::make_unique<FilterSet>(environment()));
         FilterSet& set = *filters.back();
         set.highPass.source = &input(kind, i, FilterInput::Signal);
-        set.highPass.shape = EQFilter::HighPass;
+        set.highPass.shape = AnalogFilterPrototype::HighPass;
         set.highPass.coefficientCalculation = EQFilter::Bilinear;
         set.highPass.frequency.setSource(&input(kind, i, FilterInput::HighPassFreq));
         set.lowPass.source = &set.highPass;
-        set.lowPass.shape = EQFilter::LowPass;
+        set.lowPass.shape = AnalogFilterPrototype::LowPass;
         set.lowPass.coefficientCalculation = EQFilter::Bilinear;
         set.lowPass.frequency.setSource(&input(kind, i, FilterInput::LowPassFreq));
         parameters.drive(position(kind, i, kFilterSlope), set.highPass.slope);
@@ -88,7 +88,7 @@ void DynamicsEngine::Processor::buildFilters() {
         parameters.switchOff(position(kind, i, kFilterHighPassFreq), set.highPass.enabled);
         parameters.switchOff(position(kind, i, kFilterLowPassFreq), set.lowPass.enabled);
 
-        filterMonitor.setInput(i, set.lowPass);
+        filterMonitor.setInput(i, &set.lowPass);
         filterMonitor.gain(i).parameter().setValue(0.0f, 0.0f);
         filterSolo.push_back(std::make_unique<Property<bool>>(this, false));
         parameters.drive(position(kind, i, kFilterSolo), *filterSolo.back());
@@ -202,8 +202,8 @@ void DynamicsEngine::Processor::buildMixers() {
     const ElementKind op = ElementKind::Operator;
     for (int i = 0; i < built(op); ++i) {
         operators.push_back(std::make_unique<Mixer>(environment(), 2));
-        operators.back()->setInput(0, input(op, i, OperatorInput::Signal1));
-        operators.back()->setInput(1, input(op, i, OperatorInput::Signal2));
+        operators.back()->setInput(0, &input(op, i, OperatorInput::Signal1));
+        operators.back()->setInput(1, &input(op, i, OperatorInput::Signal2));
         parameters.drive(position(op, i, kOperatorOperation), operators.back()->operation);
         setSource(op, i, *operators.back());
     }

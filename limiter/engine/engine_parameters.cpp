@@ -76,13 +76,14 @@ EngineParameterSet::EngineParameterSet(GenericParameterOwner& owner, const std::
         const auto position = static_cast<std::size_t>(engine.parameterCount());
         const EngineParameter& entry = engine.layout().parameters()[position];
         const std::string fullName = name + std::string(descriptions[i].suffix);
-        if (descriptions[i].isFloat()) {
+        // The limits of sources and targets are those of the whole table.
+        if (entry.description.isFloat()) {
             owned.push_back(makeFloat(*this, fullName, entry, engine.matrix()));
         } else if (kind == ElementKind::Slot) {
             addSlotField(fullName, engine.matrix(), entry.element, static_cast<SlotField>(i));
-            describe(static_cast<IndexedParameter&>(*owned.back()), descriptions[i]);
+            describe(static_cast<IndexedParameter&>(*owned.back()), entry.description);
         } else {
-            owned.push_back(makeIndexed(*this, fullName, descriptions[i]));
+            owned.push_back(makeIndexed(*this, fullName, entry.description));
         }
     }
 }

@@ -86,14 +86,16 @@ DynamicsEngine::VCA::VCA(wave::Environment& environment, const DynamicsEngineCon
     gainOutput.setInput(Amplitude, *gainFactor);
     gainOutput.setInput(Decibel, gainFromDb);
     gainOutput.setInput(AmplitudeInverse, gainRouter);
-    gainOutput.selected = domain;
+    gainOutput.selected = domain.value();
 
-    multiplier.setInput(0, audioRouter);
+    multiplier.setInput(0, &audioRouter);
     multiplier.gain(0).setSource(&gainOutput);
 
     makeResettable();
     reset();
 }
+
+DynamicsEngine::VCA::~VCA() = default;
 
 void DynamicsEngine::VCA::setConvolverBlock(int samples) {
     convolverBlock = samples;
@@ -117,7 +119,7 @@ void DynamicsEngine::VCA::reset() { updateDelay(); }
 
 void DynamicsEngine::VCA::propertyChanged(AbstractProperty& property) {
     if (&property == &domain) {
-        gainOutput.selected = domain;
+        gainOutput.selected = domain.value();
     } else if (&property == &numConvolvers || &property == &numSmartClippers) {
         updateDelay();
     } else {

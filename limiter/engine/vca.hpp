@@ -25,6 +25,7 @@ public:
     /// `gainChangeInput` may not be null later than the first block.
     VCA(wave::Environment& environment, const DynamicsEngineConfiguration& configuration,
         wave::Producer& input, wave::Producer& gainChangeInput);
+    ~VCA() override;
 
     /// The gain that the product uses, with the delay of the gain path.
     wave::Producer& gain() { return gainOutput; }

@@ -48,7 +48,7 @@ void GenericPluginProcessor::initialize() {
     environment_->sampleRateChanged.addHandler(this, &GenericPluginProcessor::onSampleRateChanged);
     eventReceiver = createEventReceiver();
     midiDecoder = std::make_unique<MidiDecoder>(*eventReceiver);
-    bypass = std::make_unique<BypassProcessor>(*this);
+    bypassProcessor = std::make_unique<BypassProcessor>(*this);
     channels_.reserve(kMaxChannels);
 }
 
@@ -155,8 +155,8 @@ void GenericPluginProcessor::processUntil(const float* const* inputs, float* con
                                           int& position, int end) {
     while (position < end) {
         int count = std::min(kMaxSubBlock, end - position);
-        if (const int seam = bypass->samplesToSeam()) count = std::min(count, seam);
-        bypass->process(inputs, outputs, channelCount, position, count);
+        if (const int seam = bypassProcessor->samplesToSeam()) count = std::min(count, seam);
+        bypassProcessor->process(inputs, outputs, channelCount, position, count);
         position += count;
     }
 }
@@ -194,10 +194,10 @@ void GenericPluginProcessor::fetchOutputs(const float** wet, int channelCount, i
 void GenericPluginProcessor::setBypassed(bool request, int source) {
     bypassRequests[static_cast<std::size_t>(source)] = request;
     const bool effective = bypassRequests[0] || bypassRequests[1];
-    if (effective == bypass->bypassed()) return;
+    if (effective == bypassProcessor->bypassed()) return;
     // A graph that has rested holds stale signal; one that ran all along must not be cut.
-    const bool stale = bypass->bypassed() && bypass->hasRested();
-    bypass->setBypassed(effective);
+    const bool stale = bypassProcessor->bypassed() && bypassProcessor->hasRested();
+    bypassProcessor->setBypassed(effective);
     if (stale) environment_->resetGraph(wave::ResetMode::ResetActive);
 }
 
@@ -268,7 +268,7 @@ void GenericPluginProcessor::parameterApplied(int index) {
 
 void GenericPluginProcessor::reset() {
     environment_->resetGraph(wave::ResetMode::ResetActive);
-    bypass->reset();
+    bypassProcessor->reset();
     beatPosition_ = 0.0;
     hostBlockSamples = 0;
     applyPending();

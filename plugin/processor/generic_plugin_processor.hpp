@@ -133,7 +133,7 @@ private:
     std::atomic<int> latency_{0};
     std::unique_ptr<AbstractMusicEventReceiver> eventReceiver;
     std::unique_ptr<MidiDecoder> midiDecoder;
-    std::unique_ptr<BypassProcessor> bypass;
+    std::unique_ptr<BypassProcessor> bypassProcessor;
     int midiMode = 0;
     LockFreeFifo midiQueue;
     LockFreeFifo parameterQueue;

@@ -1,7 +1,11 @@
 #include "foundation/lock_free_fifo.hpp"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <unistd.h>
 
+#include <array>
+#include <csignal>
 #include <deque>
 #include <limits>
 #include <thread>
@@ -120,6 +124,55 @@ TEST(LockFreeFifo, LosesDoublesAndReordersNothingBetweenThreads) {
     runThreads(3, 1, 50000, 1);
     runThreads(3, 3, 50000, 5);
     runThreads(2, 4, 50000, 1000);
+}
+
+struct Countdown {
+    ~Countdown() { --counted; }
+    std::atomic<std::uint32_t>& counted;
+};
+
+TEST(LockFreeFifo, TellsAReusedNodeFromTheOldOne) {
+    // Signals stop the threads in the middle of whatever they do, while the others bring the same few nodes
+    // round thousands of times.
+    constexpr std::uint32_t kThreads = 4;
+    constexpr std::uint32_t kRounds = 1000000;
+    const auto oldHandler = std::signal(SIGUSR1, [](int) { usleep(50); });
+    std::atomic<std::uint32_t> running{kThreads};
+    LockFreeFifo fifo(kThreads, kThreads);
+    std::vector<std::atomic<std::uint8_t>> seen(std::size_t{kThreads} * kRounds);
+    std::vector<std::thread> threads;
+    for (std::uint32_t t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            const Countdown atEnd{running};
+            std::array<std::int64_t, kThreads> last;
+            last.fill(-1);
+            for (std::uint32_t i = 0; i < kRounds; ++i) {
+                // There is a node for each thread, and each takes no more than it gave: a queue that is
+                // full or empty for long has lost something.
+                Item item{};
+                int tries = 0;
+                while (!fifo.push({t, i}) && ++tries < 1000000) {
+                }
+                while (!fifo.pop(item) && ++tries < 1000000) {
+                }
+                if (tries >= 1000000) return;
+                if (item.first >= kThreads || item.second >= kRounds) return;
+                if (item.second <= last[item.first]) return;
+                last[item.first] = item.second;
+                ++seen[std::size_t{item.first} * kRounds + item.second];
+            }
+        });
+    }
+    while (running > 0) {
+        for (std::thread& thread : threads) {
+            pthread_kill(thread.native_handle(), SIGUSR1);
+            usleep(10);
+        }
+    }
+    for (std::thread& thread : threads) thread.join();
+    std::signal(SIGUSR1, oldHandler);
+    EXPECT_TRUE(std::all_of(seen.begin(), seen.end(), [](const auto& count) { return count == 1; }));
+    EXPECT_EQ(fifo.sizeEstimate(), 0u);
 }
 
 TEST(LockFreeFifo, NeitherLocksNorAllocates) {

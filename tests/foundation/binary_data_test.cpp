@@ -97,11 +97,10 @@ TEST_F(BinaryFile, MissingFilesAndFoldersFailWithoutThrowing) {
     EXPECT_TRUE(BinaryFileReader(folder).failed());
     EXPECT_TRUE(BinaryFileWriter(folder).failed());
     EXPECT_TRUE(BinaryFileWriter(folder / "none" / "file").failed());
-    if (fs::exists("/dev/full")) {
-        BinaryFileWriter full("/dev/full");
-        full.writeInt(1);
-        EXPECT_FALSE(full.flush());
-    }
+    ASSERT_TRUE(fs::is_character_file("/dev/full"));
+    BinaryFileWriter full("/dev/full");
+    full.writeInt(1);
+    EXPECT_FALSE(full.flush());
 }
 
 TEST_F(BinaryFile, UpdatesInPlaceAndLeavesTheOldTail) {

@@ -137,10 +137,11 @@ void MixLinearImpl(const float* a, const float* b, const float* position, float*
 void MixConstantPowerImpl(const float* a, const float* b, const float* position, float* out,
                           std::size_t count) {
     vectorLoop(count, [&](auto d, std::size_t i) {
-        const auto one = hn::Set(d, 1.0f);
-        const auto quarter = hn::Set(d, 0.78539816339744831f);
-        const auto gainB = hn::Sin(d, hn::Mul(hn::Add(one, hn::LoadU(d, position + i)), quarter));
-        const auto gainA = hn::Sqrt(hn::Max(hn::NegMulAdd(gainB, gainB, one), hn::Zero(d)));
+        const auto way = hn::Add(hn::Set(d, 1.0f), hn::LoadU(d, position + i));
+        const auto angle = hn::Mul(way, hn::Set(d, 0.78539816339744831f));
+        // The cosine, for 1 less the square of the sine would lose its digits near the end.
+        const auto gainA = hn::Abs(hn::Cos(d, angle));
+        const auto gainB = hn::Sin(d, angle);
         const auto partA = hn::Mul(hn::LoadU(d, a + i), gainA);
         hn::StoreU(hn::MulAdd(hn::LoadU(d, b + i), gainB, partA), d, out + i);
     });

@@ -21,6 +21,13 @@ std::filesystem::path nameBeside(const std::filesystem::path& path) {
     return path.string() + "." + std::to_string(::getpid()) + "-" + std::to_string(count++) + ".tmp";
 }
 
+/// A rename over a device node or a pipe would destroy it.
+bool isReplaceable(const std::filesystem::path& path) {
+    std::error_code error;
+    const auto type = std::filesystem::status(path, error).type();
+    return type == std::filesystem::file_type::regular || type == std::filesystem::file_type::not_found;
+}
+
 /// A rename may reach the disk before the bytes that it makes visible.
 bool reachesDisk(const std::filesystem::path& path) {
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -32,8 +39,9 @@ bool reachesDisk(const std::filesystem::path& path) {
 
 }  // namespace
 
-FileReplacement::FileReplacement(const std::filesystem::path& path)
-    : target_(behindLinks(path)), temporary_(nameBeside(target_)) {}
+FileReplacement::FileReplacement(const std::filesystem::path& path) : target_(behindLinks(path)) {
+    if (isReplaceable(target_)) temporary_ = nameBeside(target_);
+}
 
 FileReplacement::~FileReplacement() {
     std::error_code gone;
@@ -41,10 +49,10 @@ FileReplacement::~FileReplacement() {
 }
 
 bool FileReplacement::commit() {
-    if (!reachesDisk(temporary_)) return false;
+    // What stands there may have changed in the meantime.
+    if (temporary_.empty() || !isReplaceable(target_) || !reachesDisk(temporary_)) return false;
     std::error_code error;
     const auto old = std::filesystem::status(target_, error);
-    if (old.type() == std::filesystem::file_type::directory) return false;
     if (old.type() == std::filesystem::file_type::regular) {
         std::filesystem::permissions(temporary_, old.permissions(), error);
     }

@@ -11,8 +11,9 @@ CustomPresetLoader::CustomPresetLoader(GenericParameterOwner& changedOwner, std:
     : PresetLoader(&changedOwner, std::move(expectedTag)), currentVersion_(newest) {}
 
 bool CustomPresetLoader::acceptVersion(int version) {
-    if (currentVersion_ == kNoMapping || version == preparedVersion_) return true;
+    if (currentVersion_ == kNoMapping) return true;
     if (version < 1 || version > currentVersion_) return false;
+    if (version == preparedVersion_) return true;
     targets.clear();
     addedParameters.clear();
     preparedVersion_ = -1;

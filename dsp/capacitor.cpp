@@ -14,10 +14,14 @@ constexpr float kAtRest = 1e-9f;
 
 using Controls = BallisticsControls;
 
-/// Whether the two may be computed in one pass.
-bool linkable(const Controls& a, const Controls& b) {
-    return ((a.modifiers | b.modifiers) & Controls::kHold) == 0 && a.steadyCurves && b.steadyCurves &&
-           nearlyEqual(a.attackCurve[0], b.attackCurve[0]) &&
+/// Whether the follower may take its times without a memory of its own: whether it does is decided by each
+/// channel alone, so that nothing of a channel depends on there being another.
+bool memoryless(const Controls& c) {
+    return (c.modifiers & Controls::kHold) == 0 && c.steadyCurves;
+}
+
+bool equalCurves(const Controls& a, const Controls& b) {
+    return nearlyEqual(a.attackCurve[0], b.attackCurve[0]) &&
            nearlyEqual(a.releaseCurve[0], b.releaseCurve[0]);
 }
 
@@ -50,19 +54,21 @@ void Capacitor::setPartner(Capacitor* other) {
     other->partner_ = this;
 }
 
-void Capacitor::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples, int) {
+void Capacitor::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>*, int samples, int) {
     // Whoever of a pair comes first deals with both: a reset that waited for its owner's next sound would cut
     // into the partner's.
     if (pendingReset_ || (partner_ && partner_->pendingReset_)) clearPair();
+    // What drives the controls may have a memory of its own, which must not miss a block while this rests.
+    const Ballistics::Block block = blockFor(in, samples, pullControls(samples));
     if (idle(in, samples)) {
         publishInput();
         return;
     }
-    Ballistics::Block block = blockFor(in, samples, pullControls(samples));
-    block.out = out->data();
     if (block.controls.modifiers == 0) {
         ballistics_.followPlainly(block);
-    } else if (!followLinked(block)) {
+    } else if (memoryless(block.controls)) {
+        followSideBySide(block);
+    } else {
         ballistics_.followGenerally(block, style_);
     }
 }
@@ -106,24 +112,28 @@ Ballistics::Block Capacitor::blockFor(const wave::BasicBlock<float>& in, int sam
             controls};
 }
 
-/// Everything here is decided from both sides alike, so that it does not matter which of the two is pulled
-/// first: a partner that has its block already, that rests, or that needs no modifier is left to itself.
-bool Capacitor::followLinked(const Ballistics::Block& own) {
-    if (!partner_ || !partner_->source || !partner_->active()) return false;
-    const Controls partnerControls = partner_->pullControls(own.samples);
-    if (!linkable(own.controls, partnerControls)) return false;
-    const wave::BasicBlock<float>& partnerIn = partner_->source->pull(own.samples);
-    const bool alone =
-        partner_->produced() || partnerControls.modifiers == 0 || partner_->idle(partnerIn, own.samples);
-    const std::array<Ballistics::Lane, 2> lanes{
-        {{&ballistics_, own},
-         {&partner_->ballistics_, partner_->blockFor(partnerIn, own.samples, partnerControls)}}};
-    Ballistics::followSideBySide(std::span(lanes).first(alone ? 1 : 2));
-    if (!alone) {
-        partner_->publish(*partner_->ownBlock(), 0);
-        partner_->markProduced();
+/// Computes the partner in the same pass if it would do so too. One that has its block already, that rests or
+/// that goes another way is left to itself, so it does not matter which of the two is pulled first.
+void Capacitor::followSideBySide(const Ballistics::Block& own) {
+    std::array<Ballistics::Lane, 2> lanes{{{&ballistics_, own}, {}}};
+    if (!joinPartner(lanes[0], lanes[1])) {
+        Ballistics::followSideBySide(std::span(lanes).first(1));
+        return;
     }
-    return true;
+    Ballistics::followSideBySide(lanes);
+    partner_->publish(*partner_->ownBlock(), 0);
+    partner_->markProduced();
+}
+
+bool Capacitor::joinPartner(const Ballistics::Lane& own, Ballistics::Lane& other) {
+    if (!partner_ || !partner_->source || !partner_->active() || partner_->produced()) return false;
+    const int samples = own.block.samples;
+    const Controls& controls = own.block.controls;
+    const wave::BasicBlock<float>& in = partner_->source->pull(samples);
+    other = {&partner_->ballistics_, partner_->blockFor(in, samples, partner_->pullControls(samples))};
+    const Controls& otherControls = other.block.controls;
+    return otherControls.modifiers != 0 && memoryless(otherControls) &&
+           equalCurves(controls, otherControls) && !partner_->produced() && !partner_->idle(in, samples);
 }
 
 }  // namespace vanta

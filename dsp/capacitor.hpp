@@ -48,7 +48,8 @@ private:
     VANTA_REALTIME BallisticsControls pullControls(int samples);
     VANTA_REALTIME Ballistics::Block blockFor(const wave::BasicBlock<float>& in, int samples,
                                               const BallisticsControls& controls) const;
-    VANTA_REALTIME bool followLinked(const Ballistics::Block& own);
+    VANTA_REALTIME void followSideBySide(const Ballistics::Block& own);
+    VANTA_REALTIME bool joinPartner(const Ballistics::Lane& own, Ballistics::Lane& other);
 
     const Style& style_;
     Capacitor* partner_ = nullptr;

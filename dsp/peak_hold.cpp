@@ -25,6 +25,7 @@ void PeakHold::reset() {
     delay_.clear();
     queue_.resize(largestHold_);
     position_ = covered_ = 0;
+    standstill_ = 0;
     previous_ = 0.0f;
     falling_ = false;
 }
@@ -38,17 +39,35 @@ void PeakHold::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float
     kernel::magnitude(in.data(), magnitude_.data(), static_cast<std::size_t>(samples));
     delay_.write(magnitude_.data(), samples);
     if (!hold.isConstant()) {
+        followStandstill(samples);
         holdVarying(holdMs, out->data(), samples);
         return;
     }
     const int holdLength = holdSamples(holdMs[0]);
-    if (holdLength > 0 || !queue_.empty()) {
+    if (followStandstill(samples) >= samples + holdLength || (holdLength == 0 && queue_.empty())) {
+        rest(holdLength, samples);
+    } else {
         holdSteadily(holdLength, out->data(), samples);
-        return;
     }
+}
+
+/// How many of the newest samples are known to be equal.
+std::int64_t PeakHold::followStandstill(int samples) {
+    if (!source->isConstant()) {
+        standstill_ = 0;
+    } else {
+        standstill_ = (magnitude_[0] == stillValue_ ? standstill_ : 0) + samples;
+        stillValue_ = magnitude_[0];
+    }
+    return standstill_;
+}
+
+/// Nothing within the hold differs from the samples themselves.
+void PeakHold::rest(int holdLength, int samples) {
     publish(magnitude_, source->blockFlags());
+    queue_.clear();
     position_ += static_cast<std::uint32_t>(samples);
-    covered_ = 0;
+    covered_ = static_cast<std::uint32_t>(holdLength);
     previous_ = magnitude_[samples - 1];
     falling_ = false;
 }

@@ -26,6 +26,8 @@ protected:
 
 private:
     int holdSamples(float ms) const;
+    VANTA_REALTIME std::int64_t followStandstill(int samples);
+    VANTA_REALTIME void rest(int holdLength, int samples);
     VANTA_REALTIME void holdSteadily(int holdLength, float* out, int samples);
     VANTA_REALTIME void holdVarying(const float* holdMs, float* out, int samples);
     VANTA_REALTIME float advance(float magnitude, std::uint32_t holdLength);
@@ -39,7 +41,9 @@ private:
     wave::Delay delay_;  ///< of the magnitude
     PeakQueue queue_;
     std::uint32_t position_ = 0;
-    std::uint32_t covered_ = 0;  ///< how many samples before `position_` the queue knows all peaks of
+    std::uint32_t covered_ = 0;    ///< how many samples before `position_` the queue knows all peaks of
+    std::int64_t standstill_ = 0;  ///< how many of the newest samples hold `stillValue_`
+    float stillValue_ = 0.0f;
     float previous_ = 0.0f;
     bool falling_ = false;
 };

@@ -21,7 +21,7 @@ float signedPower(double x, double exponent, bool keepSign) {
 
 AveragingFilter::AveragingFilter(wave::Environment& owner, float largestWindowMs)
     : Filter(owner),
-      conversion(this, kPlain),
+      conversion(this, Plain),
       enabled(this, true),
       power(this, 0.1f, 10.0f, 1.0f),
       keepSign(this, true),
@@ -111,13 +111,13 @@ void AveragingFilter::averageSteadily(const float* in, float* out, int samples) 
 /// What of a sample enters the sum.
 float AveragingFilter::store(float sample) {
     const float powered = unitPower_ ? sample : signedPower(sample, power, keepSign);
-    if (conversion == kPlain) return powered;
+    if (conversion == Plain) return powered;
     return static_cast<float>(kFastExponential(-kDbToLog * powered));
 }
 
 float AveragingFilter::meanOf(double sum, int samples) const {
     double mean = sum / samples;
-    if (conversion != kPlain) mean = -dbFromGain(mean);
+    if (conversion != Plain) mean = -dbFromGain(mean);
     if (unitPower_) return static_cast<float>(mean);
     return signedPower(mean, 1.0 / power, keepSign);
 }

@@ -15,8 +15,8 @@ namespace vanta {
 class AveragingFilter final : public wave::Filter, public PropertyOwner {
 public:
     enum Conversion : int {
-        kPlain,
-        kGainReduction  ///< positive dB, averaged as a factor
+        Plain,
+        GainReduction  ///< positive dB, averaged as a factor
     };
 
     AveragingFilter(wave::Environment& owner, float largestWindowMs);
@@ -36,7 +36,7 @@ protected:
 
 private:
     int windowSamples(float ms) const;
-    bool plain() const { return unitPower_ && conversion == kPlain; }
+    bool plain() const { return unitPower_ && conversion == Plain; }
     VANTA_REALTIME float store(float sample);
     VANTA_REALTIME float meanOf(double sum, int samples) const;
     VANTA_REALTIME void setSpan(int samples);

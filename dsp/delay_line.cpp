@@ -25,8 +25,8 @@ double tapShare(double left) {
 DelayLine::DelayLine(wave::Environment& owner, float largestMs)
     : DelayLineBase(owner, largestMs),
       delay(owner, 0.0f),
-      delayInterpretation(this, kMilliseconds),
-      readType(this, kInterpolated),
+      delayInterpretation(this, Milliseconds),
+      readType(this, Interpolated),
       smooth(this, true) {
     makeResettable();
     reset();
@@ -35,7 +35,7 @@ DelayLine::DelayLine(wave::Environment& owner, float largestMs)
 void DelayLine::reset() {
     DelayLineBase::reset();
     const float largest =
-        delayInterpretation == kSamples ? static_cast<float>(delayLine().maxDelay()) : largestMs();
+        delayInterpretation == Samples ? static_cast<float>(delayLine().maxDelay()) : largestMs();
     delay.parameter().setRange(0.0f, largest);
     const double ratio = std::min(kSmootherHz / environment().sampleRate(), 1.0);
     coefficient_ = std::min(2.0 * std::sin(std::numbers::pi * ratio), 0.95);
@@ -48,7 +48,7 @@ void DelayLine::propertyChanged(AbstractProperty& property) {
 }
 
 double DelayLine::inSamples(float value) const {
-    return delayInterpretation == kSamples ? double{value} : value * 0.001 * environment().sampleRate();
+    return delayInterpretation == Samples ? double{value} : value * 0.001 * environment().sampleRate();
 }
 
 int DelayLine::limited(double samples) const {
@@ -56,7 +56,7 @@ int DelayLine::limited(double samples) const {
 }
 
 int DelayLine::firstDelay(float value) const {
-    return delayInterpretation == kSamples ? limited(std::round(double{value})) : limited(inSamples(value));
+    return delayInterpretation == Samples ? limited(std::round(double{value})) : limited(inSamples(value));
 }
 
 void DelayLine::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>* out, int samples, int) {
@@ -66,13 +66,13 @@ void DelayLine::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>*
         low_ = first;
         band_ = 0.0;
     }
-    if (readType == kSwitched) {
+    if (readType == Switched) {
         readSwitched(first, out->data(), samples);
     } else if (delay.isConstant() && (!smooth || std::abs(low_ - first) < 0.001)) {
         readSettled(first, out->data(), samples);
     } else {
         fillDelays(values, samples);
-        if (readType == kTwoTaps) {
+        if (readType == TwoTaps) {
             readTaps(out->data(), samples);
         } else {
             readInterpolated(out->data(), samples);

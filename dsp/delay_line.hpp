@@ -10,11 +10,11 @@ namespace vanta {
 /// written since the last reset the output is 0.
 class DelayLine final : public DelayLineBase, public PropertyOwner {
 public:
-    enum DelayInterpretation : int { kMilliseconds, kSamples };
+    enum DelayInterpretation : int { Milliseconds, Samples };
     enum ReadType : int {
-        kInterpolated,  ///< glides, with linear interpolation: the pitch bends on the way
-        kTwoTaps,       ///< crossfades between whole delays, 85 ms each: the pitch stays
-        kSwitched       ///< takes the delay at a block's start and crossfades for 200 ms
+        Interpolated,  ///< glides, with linear interpolation: the pitch bends on the way
+        TwoTaps,       ///< crossfades between whole delays, 85 ms each: the pitch stays
+        Switched       ///< takes the delay at a block's start and crossfades for 200 ms
     };
 
     DelayLine(wave::Environment& owner, float largestMs);

@@ -1,0 +1,191 @@
+#include "app/command_line.hpp"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+#include <new>
+
+#include "app/failure.hpp"
+#include "app/listings.hpp"
+#include "app/near_miss.hpp"
+#include "app/parameter_options.hpp"
+#include "app/render_command.hpp"
+
+namespace vanta {
+
+namespace {
+
+constexpr double kLongestTail = 3600.0;  // seconds
+const char* const kFile = "File";
+
+constexpr const char* kOverview = R"(Vanta 2, a mastering limiter.
+
+  vanta render mix.wav master.wav --gain 6 --output-level -1
+)";
+
+constexpr const char* kRenderText = R"(Limits audio files.
+
+The output has the input's length and stands in time with it to the sample. Sample rate, file type and
+word length stay those of the input unless told otherwise; a type also follows from the output's extension.)";
+
+constexpr const char* kRenderExamples = R"(Examples:
+  vanta render mix.wav master.wav --gain 6 --output-level -1
+  vanta render mix.wav cd.wav --style Transparent --gain 4 --subtype pcm_16 --dither 16
+  vanta render stems/*.wav --out-dir limited --style Bus --oversampling 4x
+  vanta render mix.wav master.wav --preset Loud.qmp --set "Channel Link Transients=80%")";
+
+void addFileOptions(CLI::App& render, RenderCommand& command) {
+    render.add_option("files", command.files, "inputs, then the output or a folder")->type_name("IN... OUT");
+    const auto add = [&](const char* flag, auto& target, const char* value, const char* help) {
+        return render.add_option(flag, target, help)->type_name(value)->group(kFile);
+    };
+    add("--out-dir", command.outDir, "DIR", "write every input under its own name into this folder");
+    add("--format", command.format, "TYPE", "file type; 'vanta formats' lists them");
+    add("--subtype", command.subtype, "NAME",
+        "sample type, such as pcm_16, pcm_24 or float. Named here it is kept and peaks beyond full scale are "
+        "clipped; else such a result goes to float");
+    add("--layout", command.layout, "NAME", "channel layout, where the file leaves it open; 'vanta layouts'");
+    add("--tail", command.tailSeconds, "SECONDS", "go on for so long behind the end of the input")
+        ->check(CLI::Range(0.0, kLongestTail));
+    add("--block", command.blockSamples, "N", "samples a block, 1 to 8192; default 512")
+        ->check(CLI::Range(1, kLargestBlock));
+    add("--seed", command.ditherSeed, "N",
+        "start of the dither's noise: equal seeds give equal files; default 1");
+    render.add_flag("--force", command.replace, "replace an output that exists")->group(kFile);
+    render.add_flag("--quiet", command.quiet, "print warnings and errors only")->group(kFile);
+}
+
+void addSettings(CLI::App& render, RenderCommand& command) {
+    for (const ParameterOption& option : parameterOptions()) {
+        const auto store = [&command, &option](const std::string& text) {
+            command.parameters.emplace_back(&option, text);
+        };
+        render.add_option_function<std::string>(std::string(option.flag), store, std::string(option.help))
+            ->type_name(option.isSwitch() ? "[on|off]" : std::string(option.value))
+            ->group(std::string(option.group));
+    }
+    render
+        .add_option("--side-chain", command.sideChain,
+                    "let this file decide how far the input is turned down. The output is then not bound to "
+                    "Output Level")
+        ->type_name("FILE")
+        ->group("Sound");
+    render.add_option("--preset", command.preset, "start from a preset; other options change it")
+        ->type_name("FILE.qmp")
+        ->group("Sound");
+    render.add_option("--set", command.assignments, "any parameter by its name; 'vanta params' lists them")
+        ->type_name("\"NAME=TEXT\"")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->group("Sound");
+}
+
+/// The program's commands, and what is to be done after parsing.
+struct Commands {
+    Commands() {
+        app.name("vanta");
+        app.description(kOverview);
+        app.require_subcommand(1);
+        app.set_version_flag("--version", "vanta " VANTA_VERSION);
+        render = app.add_subcommand("render", "limit audio files");
+        render->description(kRenderText);
+        render->footer(kRenderExamples);
+        addFileOptions(*render, command);
+        addSettings(*render, command);
+        styles = app.add_subcommand("styles", "list the limiting styles");
+        params = app.add_subcommand("params", "list all parameters with ranges and defaults");
+        params->add_flag("--long", withHelp, "say in full what each is for");
+        formats = app.add_subcommand("formats", "list the file types that can be written");
+        layouts = app.add_subcommand("layouts", "list the channel layouts");
+        for (CLI::App* part : {&app, render, styles, params, formats, layouts}) {
+            part->get_formatter()->column_width(34);
+            part->option_defaults()->always_capture_default(false);
+        }
+    }
+
+    int run() const {
+        if (*render) return runRender(command);
+        if (*styles) fmt::print("{}", styleList());
+        if (*params) fmt::print("{}", parameterList(withHelp));
+        if (*formats) fmt::print("{}", formatList());
+        if (*layouts) fmt::print("{}", layoutList());
+        return kExitDone;
+    }
+
+    std::vector<std::string> names(const CLI::App& of) const {
+        std::vector<std::string> result;
+        for (const CLI::Option* option : of.get_options()) {
+            for (const std::string& name : option->get_lnames()) result.push_back("--" + name);
+        }
+        return result;
+    }
+
+    CLI::App app;
+    CLI::App* render = nullptr;
+    CLI::App* styles = nullptr;
+    CLI::App* params = nullptr;
+    CLI::App* formats = nullptr;
+    CLI::App* layouts = nullptr;
+    RenderCommand command;
+    bool withHelp = false;
+};
+
+/// An unknown option or command, with the nearest known one.
+std::string usageText(const Commands& commands, const CLI::ParseError& error,
+                      const std::vector<std::string>& arguments) {
+    if (arguments.empty()) return "a command is needed; see 'vanta --help'";
+    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError)) return error.what();
+    const auto extras = commands.app.remaining(true);
+    if (extras.empty()) return error.what();
+    const std::string& extra = extras.front();
+    if (!extra.starts_with('-')) return fmt::format("'{}' was not expected", extra);
+    const bool inRender = commands.render->parsed();
+    const std::string flag = extra.substr(0, extra.find('='));
+    const auto known = commands.names(inRender ? *commands.render : commands.app);
+    return fmt::format("there is no option {}{}", flag, suggestion(flag, known));
+}
+
+int parseAndRun(const std::vector<std::string>& arguments) {
+    Commands commands;
+    const std::vector<std::string> names{"render", "styles", "params", "formats", "layouts"};
+    if (!arguments.empty() && !arguments[0].starts_with('-') &&
+        std::ranges::find(names, arguments[0]) == names.end()) {
+        throw UsageError(fmt::format("there is no command '{}'{}; see 'vanta --help'", arguments[0],
+                                     suggestion(arguments[0], names)));
+    }
+    auto reversed = joinValues(arguments);
+    std::ranges::reverse(reversed);
+    try {
+        commands.app.parse(std::move(reversed));
+    } catch (const CLI::Success& wish) {
+        return commands.app.exit(wish);
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(usageText(commands, error, arguments));
+    }
+    return commands.run();
+}
+
+int fail(const char* text, ExitCode code) {
+    fmt::print(stderr, "vanta: {}\n", text);
+    return code;
+}
+
+}  // namespace
+
+int runCommandLine(const std::vector<std::string>& arguments) {
+    try {
+        return parseAndRun(arguments);
+    } catch (const UsageError& error) {
+        return fail(error.what(), kExitUsage);
+    } catch (const Interrupted& error) {
+        return fail(error.what(), kExitInterrupted);
+    } catch (const std::bad_alloc&) {
+        return fail("out of memory", kExitFailed);
+    } catch (const std::exception& error) {
+        return fail(error.what(), kExitFailed);
+    }
+}
+
+}  // namespace vanta

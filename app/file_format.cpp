@@ -1,0 +1,215 @@
+#include "app/file_format.hpp"
+
+#include <fmt/format.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "app/failure.hpp"
+#include "plugin/parameters/number_text.hpp"
+
+namespace vanta {
+
+namespace {
+
+constexpr std::array<FileType, 9> kTypes{{
+    {"wav", SF_FORMAT_WAV, "wav wave bwf", "Microsoft WAV", SpeakerOrder::Wave, true},
+    {"wavex", SF_FORMAT_WAVEX, "wav", "WAV with speaker positions", SpeakerOrder::Wave, true},
+    {"rf64", SF_FORMAT_RF64, "wav rf64", "WAV for more than 4 GB", SpeakerOrder::Wave, false},
+    {"w64", SF_FORMAT_W64, "w64", "Sony Wave64", SpeakerOrder::Wave, false},
+    {"aiff", SF_FORMAT_AIFF, "aiff aif aifc", "Apple AIFF", SpeakerOrder::Wave, true},
+    {"caf", SF_FORMAT_CAF, "caf", "Apple Core Audio", SpeakerOrder::Wave, false},
+    {"flac", SF_FORMAT_FLAC, "flac", "FLAC, lossless", SpeakerOrder::Wave, false},
+    {"ogg", SF_FORMAT_OGG, "ogg oga opus", "Ogg Vorbis or Opus, lossy", SpeakerOrder::Vorbis, false},
+    {"au", SF_FORMAT_AU, "au snd", "Sun/NeXT AU", SpeakerOrder::Wave, false},
+}};
+
+constexpr std::array<FileSubtype, 15> kSubtypes{{
+    {"pcm_u8", SF_FORMAT_PCM_U8, FileSubtype::Integer, 8, "8-bit integer, unsigned"},
+    {"pcm_s8", SF_FORMAT_PCM_S8, FileSubtype::Integer, 8, "8-bit integer"},
+    {"pcm_16", SF_FORMAT_PCM_16, FileSubtype::Integer, 16, "16-bit integer"},
+    {"pcm_24", SF_FORMAT_PCM_24, FileSubtype::Integer, 24, "24-bit integer"},
+    {"pcm_32", SF_FORMAT_PCM_32, FileSubtype::Integer, 32, "32-bit integer"},
+    {"float", SF_FORMAT_FLOAT, FileSubtype::Float, 32, "32-bit floating point"},
+    {"double", SF_FORMAT_DOUBLE, FileSubtype::Float, 64, "64-bit floating point"},
+    {"alac_16", SF_FORMAT_ALAC_16, FileSubtype::Integer, 16, "16-bit Apple Lossless"},
+    {"alac_20", SF_FORMAT_ALAC_20, FileSubtype::Integer, 20, "20-bit Apple Lossless"},
+    {"alac_24", SF_FORMAT_ALAC_24, FileSubtype::Integer, 24, "24-bit Apple Lossless"},
+    {"alac_32", SF_FORMAT_ALAC_32, FileSubtype::Integer, 32, "32-bit Apple Lossless"},
+    {"ulaw", SF_FORMAT_ULAW, FileSubtype::Companded, 14, "G.711 mu-law"},
+    {"alaw", SF_FORMAT_ALAW, FileSubtype::Companded, 13, "G.711 A-law"},
+    {"vorbis", SF_FORMAT_VORBIS, FileSubtype::Lossy, 0, "Vorbis"},
+    {"opus", SF_FORMAT_OPUS, FileSubtype::Lossy, 0, "Opus"},
+}};
+
+template <typename Entry, std::size_t N>
+const Entry* findByName(const std::array<Entry, N>& table, std::string_view name) {
+    const auto found = std::find_if(table.begin(), table.end(),
+                                    [&](const Entry& e) { return equalsIgnoringCase(e.name, name); });
+    return found == table.end() ? nullptr : &*found;
+}
+
+bool bears(const FileType& type, std::string_view extension) {
+    std::string_view rest = type.extensions;
+    while (!rest.empty()) {
+        const auto end = std::min(rest.find(' '), rest.size());
+        if (equalsIgnoringCase(rest.substr(0, end), extension)) return true;
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return false;
+}
+
+std::string_view extensionOf(const std::filesystem::path::string_type& extension) {
+    return std::string_view(extension).substr(extension.empty() ? 0 : 1);
+}
+
+bool canHold(int format, const StreamShape& stream) {
+    SF_INFO info{};
+    info.samplerate = stream.sampleRate;
+    info.channels = stream.channels;
+    info.format = format;
+    return sf_format_check(&info) != 0;
+}
+
+const FileType& chooseType(const StreamShape& source, const std::filesystem::path& path,
+                           const FormatWish& wish) {
+    if (wish.type) return *wish.type;
+    const FileType* own = fileTypeOf(source.format);
+    const std::string extension = path.extension().string();
+    if (own && bears(*own, extensionOf(extension))) return *own;
+    if (const FileType* named = fileTypeFor(path)) return *named;
+    if (own) return *own;
+    throw Failure(
+        fmt::format("{}: files of type {} cannot be written: give the output another extension or "
+                    "--format",
+                    path.string(), formatName(source.format)));
+}
+
+/// Subtypes that could stand in for the source's, the best first.
+std::vector<int> substitutes(const FileSubtype* own) {
+    if (own && own->kind == FileSubtype::Integer && own->bits <= 8) {
+        return {SF_FORMAT_PCM_S8, SF_FORMAT_PCM_U8, SF_FORMAT_PCM_16, SF_FORMAT_VORBIS};
+    }
+    // A compressed source has no word length of its own; what it was made from rarely had more than 16 bits,
+    // but what the limiter makes of it is worth 24.
+    if (own && own->kind != FileSubtype::Float && own->bits > 0 && own->bits <= 16) {
+        return {SF_FORMAT_PCM_16, SF_FORMAT_PCM_24, SF_FORMAT_VORBIS};
+    }
+    if (own && own->kind == FileSubtype::Integer && own->bits <= 24) {
+        return {SF_FORMAT_PCM_24, SF_FORMAT_PCM_32, SF_FORMAT_FLOAT, SF_FORMAT_VORBIS};
+    }
+    if (own && own->kind == FileSubtype::Integer) {
+        return {SF_FORMAT_PCM_32, SF_FORMAT_FLOAT, SF_FORMAT_PCM_24, SF_FORMAT_VORBIS};
+    }
+    return {SF_FORMAT_FLOAT, SF_FORMAT_PCM_24, SF_FORMAT_VORBIS, SF_FORMAT_OPUS};
+}
+
+int chooseSubtype(const StreamShape& source, const FileType& type, const std::filesystem::path& path,
+                  const FormatWish& wish) {
+    if (wish.subtype) return wish.subtype->format;
+    const bool opusFile = equalsIgnoringCase(path.extension().string(), ".opus");
+    if (opusFile && type.format == SF_FORMAT_OGG) return SF_FORMAT_OPUS;
+    const FileSubtype* own = fileSubtypeOf(source.format);
+    if (own && canHold(type.format | own->format, source)) return own->format;
+    for (const int subtype : substitutes(own)) {
+        if (canHold(type.format | subtype, source)) return subtype;
+    }
+    throw Failure(fmt::format("{} files cannot hold {} channels at {} Hz", type.name, source.channels,
+                              source.sampleRate));
+}
+
+/// Larger than what the file will have, headers and tags included.
+std::int64_t sizeBound(const StreamShape& stream, int format) {
+    constexpr std::int64_t kHeaders = 1 << 20;
+    const FileSubtype* subtype = fileSubtypeOf(format);
+    const int bits = subtype ? subtype->bits : 64;
+    const int bytes = subtype && subtype->kind == FileSubtype::Companded ? 1 : (bits + 7) / 8;
+    return stream.frames * stream.channels * bytes + kHeaders;
+}
+
+}  // namespace
+
+std::span<const FileType> fileTypes() {
+    return kTypes;
+}
+
+std::span<const FileSubtype> fileSubtypes() {
+    return kSubtypes;
+}
+
+const FileType* findFileType(std::string_view name) {
+    return findByName(kTypes, name);
+}
+
+const FileSubtype* findFileSubtype(std::string_view name) {
+    return findByName(kSubtypes, name);
+}
+
+const FileType* fileTypeOf(int format) {
+    const auto found = std::find_if(kTypes.begin(), kTypes.end(), [&](const FileType& type) {
+        return type.format == (format & SF_FORMAT_TYPEMASK);
+    });
+    return found == kTypes.end() ? nullptr : &*found;
+}
+
+const FileSubtype* fileSubtypeOf(int format) {
+    const auto found = std::find_if(kSubtypes.begin(), kSubtypes.end(), [&](const FileSubtype& subtype) {
+        return subtype.format == (format & SF_FORMAT_SUBMASK);
+    });
+    return found == kSubtypes.end() ? nullptr : &*found;
+}
+
+const FileType* fileTypeFor(const std::filesystem::path& path) {
+    const std::string extension = path.extension().string();
+    const auto found = std::find_if(kTypes.begin(), kTypes.end(), [&](const FileType& type) {
+        return bears(type, extensionOf(extension));
+    });
+    return found == kTypes.end() ? nullptr : &*found;
+}
+
+std::string formatName(int format) {
+    const FileType* type = fileTypeOf(format);
+    const FileSubtype* subtype = fileSubtypeOf(format);
+    const auto own = [](int number) {
+        SF_FORMAT_INFO info{};
+        info.format = number;
+        const bool known = sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof info) == 0 && info.name;
+        return known ? std::string(info.name) : fmt::format("{:#x}", number);
+    };
+    return fmt::format("{} {}", type ? std::string(type->name) : own(format & SF_FORMAT_TYPEMASK),
+                       subtype ? std::string(subtype->name) : own(format & SF_FORMAT_SUBMASK));
+}
+
+int chooseFormat(const StreamShape& source, const std::filesystem::path& path, const FormatWish& wish) {
+    const FileType* type = &chooseType(source, path, wish);
+    const bool sameType = (source.format & SF_FORMAT_TYPEMASK) == type->format;
+    // Only the extensible header says which channel is which.
+    if (source.channels > 2 && type->format == SF_FORMAT_WAV && !sameType) type = fileTypeOf(SF_FORMAT_WAVEX);
+    int format = type->format | chooseSubtype(source, *type, path, wish);
+    const int order = source.format & SF_FORMAT_ENDMASK;
+    if (sameType && canHold(format | order, source)) format |= order;
+    constexpr std::int64_t kLargest = 0xFFFFFFFF;
+    if (type->has32BitSizes && sizeBound(source, format) > kLargest) {
+        if (type->format == SF_FORMAT_AIFF) {
+            throw Failure("AIFF files cannot be larger than 4 GB: write caf or rf64 instead");
+        }
+        format = SF_FORMAT_RF64 | (format & SF_FORMAT_SUBMASK);
+    }
+    if (!canHold(format, source)) {
+        throw Failure(fmt::format("{} files cannot hold {} channels of {} at {} Hz", type->name,
+                                  source.channels, fileSubtypeOf(format)->name, source.sampleRate));
+    }
+    return format;
+}
+
+std::optional<int> floatFormat(int format, const StreamShape& stream) {
+    const int candidate = (format & SF_FORMAT_TYPEMASK) | SF_FORMAT_FLOAT;
+    if (!canHold(candidate, stream)) return std::nullopt;
+    StreamShape as = stream;
+    as.format = candidate;
+    return chooseFormat(as, {}, {fileTypeOf(candidate), fileSubtypeOf(candidate)});
+}
+
+}  // namespace vanta

@@ -1,0 +1,125 @@
+#include "app/listings.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <vector>
+
+#include "app/channel_mapping.hpp"
+#include "app/file_format.hpp"
+#include "app/parameter_text.hpp"
+#include "host/offline/limiter_settings.hpp"
+
+namespace vanta {
+
+namespace {
+
+constexpr std::size_t kLineWidth = 96;
+
+constexpr std::array<std::string_view, 8> kStyleNotes{
+    "stays out of the way; for masters that should only get louder",
+    "keeps the attack of drums in front",
+    "two stages: lets transients through, then catches them",
+    "a good start for any material",
+    "for the highest levels; clips the shortest peaks smoothly",
+    "two stages: loud, and cleaner than it should be",
+    "for groups and drums; slow, with audible glue",
+    "distortion last of all; sets its look-ahead from Release",
+};
+
+/// Breaks a text at blanks, each line with `indent` blanks in front.
+std::string wrapped(std::string_view text, std::size_t indent) {
+    std::string result;
+    while (!text.empty()) {
+        std::size_t length = text.size();
+        if (length > kLineWidth - indent) {
+            const auto blank = text.rfind(' ', kLineWidth - indent);
+            length = blank == std::string_view::npos ? text.size() : blank;
+        }
+        result += fmt::format("{:{}}{}\n", "", indent, text.substr(0, length));
+        text.remove_prefix(std::min(text.size(), length + 1));
+    }
+    return result;
+}
+
+std::string firstSentence(const std::string& text) {
+    const auto end = text.find(". ");
+    return end == std::string::npos ? text : text.substr(0, end + 1);
+}
+
+std::string speakerName(int type) {
+    if (type & kLfeChannel) return "LFE";
+    if ((type & kUnpairedChannel) && !(type & kCenterChannel)) return "M";
+    const int angle = type & kAngleMask;
+    if (type & kCenterChannel) return angle == 180 ? "Cs" : "C";
+    const std::string_view side = type & kLeftChannel ? "L" : "R";
+    if (type & kHeightChannel) return fmt::format("{}h", side);
+    if (angle == 22) return fmt::format("{}c", side);
+    if (angle == 90) return fmt::format("{}ss", side);
+    if (angle == 110) return fmt::format("{}s", side);
+    return angle > 110 ? fmt::format("{}rs", side) : std::string(side);
+}
+
+}  // namespace
+
+std::string styleList() {
+    const LimiterSettings settings;
+    const auto& names = settings.style.labels();
+    std::string result;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const bool usual = static_cast<int>(i) == static_cast<int>(settings.style.defaultValue());
+        result += fmt::format("{:<12} {}{}\n", names[i], kStyleNotes[i], usual ? " (default)" : "");
+    }
+    return result;
+}
+
+std::string parameterList(bool withHelp) {
+    const LimiterSettings settings;
+    std::string result =
+        fmt::format("{:>2}  {:<36}{:<14}{:<12}{}\n", "", "Name", "Default", "Automatable", "Values");
+    for (int i = 0; i < settings.parameterCount(); ++i) {
+        const AbstractPluginParameter& parameter = *settings.parameterAt(i);
+        result += fmt::format("{:>2}  {:<36}{:<14}{:<12}{}\n", i, parameter.name(),
+                              parameter.text(parameter.defaultValue()), parameter.automatable ? "yes" : "no",
+                              rangeText(parameter));
+        result += wrapped(withHelp ? parameter.helpText : firstSentence(parameter.helpText), 6);
+    }
+    return result;
+}
+
+std::string formatList() {
+    std::string result = "Types (--format)\n";
+    for (const FileType& type : fileTypes()) {
+        std::vector<std::string_view> subtypes;
+        for (const FileSubtype& subtype : fileSubtypes()) {
+            SF_INFO info{};
+            info.samplerate = 48000;
+            info.channels = 2;
+            info.format = type.format | subtype.format;
+            if (sf_format_check(&info)) subtypes.push_back(subtype.name);
+        }
+        result += fmt::format("  {:<8}{}\n{}", type.name, type.description,
+                              wrapped(fmt::format("{}", fmt::join(subtypes, " ")), 10));
+    }
+    result += "Subtypes (--subtype)\n";
+    for (const FileSubtype& subtype : fileSubtypes()) {
+        result += fmt::format("  {:<10}{}\n", subtype.name, subtype.description);
+    }
+    return result;
+}
+
+std::string layoutList() {
+    std::string result;
+    for (ChannelLayout layout = 0; layout < kChannelLayoutCount; ++layout) {
+        std::vector<std::string> speakers;
+        for (const int type : channelTypes(layout)) speakers.push_back(speakerName(type));
+        result += fmt::format("{:<10}{}\n", channelLayoutName(layout), fmt::join(speakers, " "));
+    }
+    return result;
+}
+
+}  // namespace vanta

@@ -1,0 +1,5 @@
+#include "app/command_line.hpp"
+
+int main(int argc, char** argv) {
+    return vanta::runCommandLine({argv + 1, argv + argc});
+}

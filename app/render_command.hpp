@@ -1,0 +1,35 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/parameter_options.hpp"
+#include "app/render_file.hpp"
+
+namespace vanta {
+
+/// What the command line of `vanta render` says, before it is understood.
+struct RenderCommand {
+    std::vector<std::string> files;  ///< inputs, and last the output unless there is a folder
+    std::string outDir;
+    std::string preset;
+    std::vector<std::pair<const ParameterOption*, std::string>> parameters;
+    std::vector<std::string> assignments;  ///< "Name=text"
+    std::string sideChain;
+    std::string layout;
+    std::string format;
+    std::string subtype;
+    int blockSamples = kUsualBlock;
+    double tailSeconds = 0.0;
+    std::uint32_t ditherSeed = 1;
+    bool replace = false;
+    bool quiet = false;
+};
+
+/// Renders all files. UsageError before anything is rendered; a file that fails does not keep the next from
+/// being tried. The result is an ExitCode.
+int runRender(const RenderCommand& command);
+
+}  // namespace vanta

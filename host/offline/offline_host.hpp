@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "host/offline/gain_reduction_meter.hpp"
+#include "host/offline/limiter_settings.hpp"
+#include "limiter/vanta_processor.hpp"
+
+namespace vanta {
+
+/// A limiter with the buffers around it, fed as a host feeds it: blocks of one size, the side chain behind
+/// the main channels.
+class OfflineHost {
+public:
+    /// `sampleRate` in Hz. `sideChainChannels` is 0 without a side chain, at most as many as the layout has.
+    OfflineHost(const LimiterSettings& settings, ChannelLayout layout, float sampleRate, int blockSamples,
+                int sideChainChannels);
+
+    int latency() const { return processor.latency(); }
+    int blockSamples() const { return blockLength; }
+
+    /// Where the next block of input goes, one pointer a channel; likewise of the side chain.
+    std::span<float* const> input() { return std::span(pointers).first(channels); }
+    std::span<float* const> sideChain() { return std::span(pointers).subspan(channels); }
+    /// Processes the block in place: the result stands where the input stood.
+    void process();
+
+    /// The largest gain reduction of any channel, in dB; the first `latency()` samples, in which the output
+    /// is not the file's yet, do not count.
+    double largestReductionDb() const;
+
+private:
+    VantaProcessor processor;
+    std::vector<std::unique_ptr<GainReductionMeter>> meters;
+    std::size_t channels;
+    int blockLength;
+    std::vector<float> samples;
+    std::vector<float*> pointers;
+};
+
+}  // namespace vanta

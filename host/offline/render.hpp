@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "host/offline/audio_stream.hpp"
+#include "host/offline/limiter_settings.hpp"
+#include "plugin/channel_layout.hpp"
+
+namespace vanta {
+
+inline constexpr double kLowestSampleRate = 8000.0;     ///< Hz
+inline constexpr double kHighestSampleRate = 384000.0;  ///< Hz
+inline constexpr int kLargestBlock = 8192;
+inline constexpr int kUsualBlock = 512;
+
+/// One stream to be limited, and how.
+struct RenderJob {
+    const LimiterSettings& settings;
+    AudioReader& input;
+    AudioWriter& output;
+    AudioReader* sideChain = nullptr;  ///< at the input's rate; silence follows where it ends early
+    ChannelLayout layout = kStereoLayout;
+    double sampleRate = 44100.0;  ///< Hz, kLowestSampleRate to kHighestSampleRate
+    int blockSamples = kUsualBlock;
+    std::int64_t tailSamples = 0;  ///< of output behind the end of the input
+    std::uint32_t ditherSeed = 1;  ///< equal seeds give equal files
+    /// Told the frames written so far, once a block; false stops the render.
+    std::function<bool(std::int64_t)> proceed;
+};
+
+/// What was found in a stream.
+struct StreamLevels {
+    float peak = 0.0f;           ///< largest magnitude of a sample, as a factor of full scale
+    std::int64_t notFinite = 0;  ///< samples that are no number; they count as 0
+};
+
+struct RenderResult {
+    std::int64_t inputFrames = 0;
+    std::int64_t outputFrames = 0;
+    int latencySamples = 0;  ///< of the limiter; the output is aligned with the input
+    StreamLevels input;
+    StreamLevels sideChain;
+    StreamLevels output;
+    double largestReductionDb = 0.0;  ///< 0 or more
+    double seconds = 0.0;             ///< that the render took, reading and writing included
+    bool complete = false;            ///< not stopped
+};
+
+/// Limits `job.input` into `job.output`: the delay of the limiter is taken up in front and run out at the
+/// end, so that the result is as long as the input plus the tail, and aligned with it to the sample. Settings
+/// apply from the first sample on. std::invalid_argument for a rate, a block or a side chain out of range.
+RenderResult render(const RenderJob& job);
+
+}  // namespace vanta

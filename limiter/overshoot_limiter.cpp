@@ -101,7 +101,13 @@ void OvershootLimiter::limitSmoothly(float* out, int samples) {
 }
 
 void OvershootLimiter::limitHard(const float* in, float* out, int samples) const {
-    for (int i = 0; i < samples; ++i) out[i] = linearCeiling_ / std::max(std::abs(in[i]), linearCeiling_);
+    // A gain that was rounded up may lift the product one step above the ceiling.
+    constexpr float kStepDown = 1.0f - 0x1p-23f;
+    for (int i = 0; i < samples; ++i) {
+        const float magnitude = std::max(std::abs(in[i]), linearCeiling_);
+        const float gain = linearCeiling_ / magnitude;
+        out[i] = magnitude * gain > linearCeiling_ ? gain * kStepDown : gain;
+    }
 }
 
 }  // namespace vanta

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "dsp/kernel/fir_kernels.hpp"
+#include "tests/support/instruction_sets.hpp"
 #include "tests/support/signals.hpp"
 
 namespace vanta {
@@ -18,6 +19,13 @@ std::vector<float> symmetricTaps(std::size_t count) {
     auto taps = test::whiteNoise(count, count);
     for (std::size_t i = 0; i < count / 2; ++i) taps[count - 1 - i] = taps[i];
     return taps;
+}
+
+void onEverySet(void (*check)()) {
+    test::forEachInstructionSet([check](const char* name) {
+        SCOPED_TRACE(name);
+        check();
+    });
 }
 
 /// 4 k + 1 taps, zero at even distances from the centre.
@@ -40,7 +48,7 @@ double tolerance(std::size_t terms) {
     return static_cast<double>(terms) * 2.0 * static_cast<double>(std::numeric_limits<float>::epsilon());
 }
 
-TEST(FirKernels, interpolateAsTheirScalarTwin) {
+void checkInterpolation() {
     for (const std::size_t taps : {2u, 4u, 8u, 10u, 12u, 34u, 62u}) {
         const auto branch = symmetricTaps(taps);
         for (const std::size_t count : kCounts) {
@@ -61,7 +69,11 @@ TEST(FirKernels, interpolateAsTheirScalarTwin) {
     }
 }
 
-TEST(FirKernels, decimateAsTheirScalarTwin) {
+TEST(FirKernels, interpolateAsTheirScalarTwin) {
+    onEverySet(checkInterpolation);
+}
+
+void checkDecimation() {
     for (const std::size_t taps : {5u, 9u, 17u, 21u, 25u, 77u, 125u}) {
         const auto filter = halfBandTaps(taps);
         std::vector<float> scratch(kernel::decimatorScratch(taps));
@@ -79,7 +91,11 @@ TEST(FirKernels, decimateAsTheirScalarTwin) {
     }
 }
 
-TEST(FirKernels, roundAlikeWhereverABlockIsCut) {
+TEST(FirKernels, decimateAsTheirScalarTwin) {
+    onEverySet(checkDecimation);
+}
+
+void checkCuts() {
     const std::size_t taps = 38;
     const auto branch = symmetricTaps(taps);
     const auto input = test::whiteNoise(1, 200 + taps - 1);
@@ -91,7 +107,11 @@ TEST(FirKernels, roundAlikeWhereverABlockIsCut) {
     EXPECT_EQ(whole, pieces);
 }
 
-TEST(FirKernels, chooseFromGroups) {
+TEST(FirKernels, roundAlikeWhereverABlockIsCut) {
+    onEverySet(checkCuts);
+}
+
+void checkGroups() {
     for (const std::size_t factor : {1u, 2u, 4u, 8u, 16u, 32u}) {
         for (const std::size_t count : kCounts) {
             const auto input = test::whiteNoise(factor + count, factor * count);
@@ -111,6 +131,10 @@ TEST(FirKernels, chooseFromGroups) {
             ASSERT_EQ(smallest.back(), kCanary);
         }
     }
+}
+
+TEST(FirKernels, chooseFromGroups) {
+    onEverySet(checkGroups);
 }
 
 }  // namespace

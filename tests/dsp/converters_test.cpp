@@ -9,8 +9,10 @@
 #include "dsp/sr/converter_style.hpp"
 #include "dsp/sr/decimator.hpp"
 #include "dsp/sr/interpolator.hpp"
+#include "dsp/sr/true_peak_exposer.hpp"
 #include "tests/dsp/spectrum.hpp"
 #include "tests/support/element_rig.hpp"
+#include "tests/support/realtime_trap.hpp"
 #include "tests/support/signals.hpp"
 
 namespace vanta {
@@ -315,6 +317,21 @@ TEST(Converters, followAStyleOfTheirOwn) {
     style.update();
     EXPECT_EQ(style.set(ConverterStyle::NarrowFull).length, 77);
     EXPECT_EQ(style.set(ConverterStyle::WideBranch).length, 8);
+}
+
+TEST(Converters, leaveTheSystemAloneWhileTheyRun) {
+    Pair pair(32);
+    sr::TruePeakExposer::Style style(pair.oversampled);
+    sr::TruePeakExposer exposer(pair.oversampled, style);
+    exposer.source = &pair.up;
+    wave::Producer* const elements[] = {&pair.down, &exposer};
+    test::RealtimeTrap trap;
+    for (int block = 0; block < 20; ++block) {
+        test::runBlock(pair.base, elements, 1 + 13 * block, [](int) {});
+        const RealtimeScope audio;
+        if (block % 5 == 0) pair.base.resetGraph(wave::ResetMode::ResetActive);
+    }
+    EXPECT_EQ(trap.total(), 0) << trap.report();
 }
 
 TEST(SkipDecimator, takesOneOfEachGroup) {

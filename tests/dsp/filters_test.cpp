@@ -8,6 +8,7 @@
 #include "dsp/filter/eq_filter.hpp"
 #include "tests/dsp/spectrum.hpp"
 #include "tests/support/element_rig.hpp"
+#include "tests/support/realtime_trap.hpp"
 #include "tests/support/signals.hpp"
 
 namespace vanta {
@@ -353,6 +354,22 @@ TEST(CrossoverFilter, changesItsSlopeWhileAudioRuns) {
     const Signal out = rig.run(1000);
     EXPECT_EQ(rig.filter.processor.sectionCount(), 1);
     for (const float x : out) ASSERT_LE(std::abs(x), 0.5f);
+}
+
+TEST(BiquadFilter, leavesTheSystemAloneWhileItIsPlayedWith) {
+    Rig<EQFilter> rig(test::whiteNoise(1, 5000));
+    tune(rig.filter, AnalogFilterPrototype::HighPass, EQFilter::Order1, 100.0);
+    rig.run(100);
+    wave::Producer* const elements[] = {&rig.filter};
+    test::RealtimeTrap trap;
+    for (int block = 0; block < 40; ++block) {
+        test::runBlock(rig.environment, elements, 1 + 6 * block, [](int) {});
+        const RealtimeScope audio;
+        rig.filter.frequency.parameter().setValue(octaves(200.0 + 100.0 * block), 30.0f);
+        rig.filter.slope = block % 9;
+        rig.filter.enabled = block % 7 != 0;
+    }
+    EXPECT_EQ(trap.total(), 0) << trap.report();
 }
 
 // A full list must neither overflow nor lose samples.

@@ -85,16 +85,6 @@ void DitherFilter::round(const float* in, float* out, int samples) const {
     }
 }
 
-float DitherFilter::triangularNoise() {
-    const auto uniform = [this] {
-        generator_ = generator_ * 1103515245u + 12345u;
-        return static_cast<float>(generator_ & 0x7FFFFFFFu) * 0x1p-31f;
-    };
-    const float first = uniform();
-    const float second = uniform();
-    return (first - 0.5f + second - 0.5f) * lsb_;
-}
-
 void DitherFilter::dither(const float* in, float* out, int samples) {
     const auto step = static_cast<double>(lsb_);
     const auto taps = static_cast<int>(shaping_.size());

@@ -41,7 +41,16 @@ private:
     void derive();
     VANTA_REALTIME void round(const float* in, float* out, int samples) const;
     VANTA_REALTIME void dither(const float* in, float* out, int samples);
-    VANTA_REALTIME float triangularNoise();
+    VANTA_REALTIME float triangularNoise() {
+        const float first = uniform();
+        const float second = uniform();
+        return (first - 0.5f + second - 0.5f) * lsb_;
+    }
+    /// 0 to 1
+    VANTA_REALTIME float uniform() {
+        generator_ = generator_ * 1103515245u + 12345u;
+        return static_cast<float>(generator_ & 0x7FFFFFFFu) * 0x1p-31f;
+    }
 
     static constexpr int kHistory = 12;
 

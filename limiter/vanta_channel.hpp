@@ -56,6 +56,8 @@ public:
     wave::Producer& totalGain() { return totalGain_; }
     /// The unlimited signal, aligned with the output.
     wave::Producer& drySignal() { return dryOutDelay; }
+    /// What is about to be quantised: the output, or the audition of what is removed.
+    wave::Producer& signalBeforeDither() { return auditionRouter; }
     /// The limited signal in front of the Unity Gain trim.
     wave::Producer& limitedSignal() { return limitedVolume; }
     /// Its inter-sample envelope, or itself with True Peak Metering off.

@@ -35,6 +35,7 @@ VantaProcessor::VantaProcessor(ChannelLayout layout)
     buildMakeup();
     overshootStyle = std::make_unique<OvershootLimiter::Style>(root);
     buildChannels();
+    buildMeters();
     listenToParameters();
     oversampledEnvironment->sampleRateChanged.addHandler(this, &VantaProcessor::oversampledRateChanged);
     applyInitialValues();
@@ -85,6 +86,29 @@ void VantaProcessor::buildChannels() {
     }
 }
 
+// Level sources: the loudness of the programme on its three time scales, then three of each channel.
+void VantaProcessor::buildMeters() {
+    loudnessMeter_ = std::make_unique<LoudnessMeter>(environment());
+    audioBuffer_ = std::make_unique<RealTimeAudioBuffer>(environment(), channelCount(channelLayout));
+    loudnessRecording.addTarget(loudnessMeter_->enabled);
+    for (int i = 0; i < LoudnessMeter::SourceCount; ++i) {
+        levelSources.push_back(&loudnessMeter_->source(static_cast<LoudnessMeter::SourceIndex>(i)));
+    }
+    for (int list = 0; list < RealTimeAudioBuffer::kListCount; ++list) {
+        audioSources.push_back(&audioBuffer_->measurement(list));
+    }
+    for (auto& channel : vantaChannels) {
+        channelMeters.push_back(std::make_unique<ChannelMeters>(*channel, *loudnessMeter_, *this));
+        ChannelMeters& meters = *channelMeters.back();
+        levelSources.push_back(&meters.outputPeak());
+        levelSources.push_back(&meters.rmsOrLoudness());
+        levelSources.push_back(&meters.gain());
+        audioBuffer_->measurement(0).setInput(channel->index(), channel->drySignal());
+        audioBuffer_->measurement(1).setInput(channel->index(), channel->signalBeforeDither());
+        audioBuffer_->measurement(2).setInput(channel->index(), channel->totalGain());
+    }
+}
+
 std::unique_ptr<DynamicsEngine::AbstractStereoLinker> VantaProcessor::createStereoLinker() {
     auto linker = std::make_unique<DefaultStereoLinker>(*oversampledEnvironment, channelLayout);
     channelLinkCenter.addTarget(linker->linkCenter);
@@ -103,6 +127,7 @@ void VantaProcessor::listenToParameters() {
     listen(&VantaProcessor::styleChanged, style);
     listen(&VantaProcessor::truePeakChanged, truePeakLimiting);
     listen(&VantaProcessor::sideChainChanged, sideChainTriggering);
+    listen(&VantaProcessor::meterScaleChanged, meterScale);
     listen(&VantaProcessor::levelsChanged, gain, outputLevel, unityGain);
 }
 
@@ -198,6 +223,7 @@ void VantaProcessor::ditheringChanged(void*) {
 
 void VantaProcessor::oversamplingChanged(void*) {
     oversampledEnvironment->setFactor(1 << oversampling.currentIndex());
+    resetMeters();
     updateOvershootMode();
 }
 
@@ -208,6 +234,7 @@ void VantaProcessor::styleChanged(void*) {
     updateLatency();
     updateDelays();
     environment().resetGraph(wave::ResetMode::ResetActive);
+    resetMeters();
 }
 
 // The detectors of the look-ahead stage follow one link, those of the release stage the other.
@@ -232,6 +259,7 @@ void VantaProcessor::truePeakChanged(void*) {
     updateLatency();
     updateDelays();
     environment().resetGraph(wave::ResetMode::ResetActive);
+    resetMeters();
 }
 
 void VantaProcessor::sideChainChanged(void*) { updateDelays(); }
@@ -241,6 +269,14 @@ void VantaProcessor::updateOvershootMode() {
     for (auto& channel : vantaChannels) {
         channel->setOvershootMode(direct ? OvershootLimiter::Hard : OvershootLimiter::Smooth);
     }
+}
+
+void VantaProcessor::resetMeters() {
+    for (auto& meters : channelMeters) meters->resetPeaks();
+}
+
+void VantaProcessor::meterScaleChanged(void*) {
+    for (auto& meters : channelMeters) meters->setScale(meterScale.mapped());
 }
 
 void VantaProcessor::levelsChanged(void*) {

@@ -4,6 +4,8 @@
 #include <memory>
 #include <vector>
 
+#include "dsp/metering/real_time_audio_buffer.hpp"
+#include "limiter/channel_meters.hpp"
 #include "limiter/engine/stereo_linker.hpp"
 #include "limiter/vanta_channel.hpp"
 #include "limiter/vanta_parameters.hpp"
@@ -24,6 +26,8 @@ public:
 
     DynamicsEngine& engine() { return *dynamicsEngine; }
     VantaChannel& channel(int index) { return *vantaChannels[static_cast<std::size_t>(index)]; }
+    LoudnessMeter& loudnessMeter() { return *loudnessMeter_; }
+    RealTimeAudioBuffer& audioBuffer() { return *audioBuffer_; }
     /// The delays that the present settings ask for. Any thread.
     SignalPathDelays delays() const;
 
@@ -40,6 +44,7 @@ private:
     void buildEngine();
     void buildMakeup();
     void buildChannels();
+    void buildMeters();
     void listenToParameters();
     void applyInitialValues();
 
@@ -50,6 +55,7 @@ private:
     void truePeakChanged(void*);
     void sideChainChanged(void*);
     void levelsChanged(void*);
+    void meterScaleChanged(void*);
     void oversampledRateChanged(void*);
 
     void loadStyle();
@@ -58,6 +64,7 @@ private:
     void updateLatency();
     void updateDelays();
     void updateOvershootMode();
+    void resetMeters();
     StageCounts stageCounts(LimitingStyle of) const;
 
     std::vector<DefaultStereoLinker*> stereoLinkers;  ///< one per Detector, owned by the engine
@@ -74,6 +81,9 @@ private:
     std::unique_ptr<wave::DelayFilter> makeupDelay;
     std::unique_ptr<OvershootLimiter::Style> overshootStyle;
     std::vector<std::unique_ptr<VantaChannel>> vantaChannels;
+    std::unique_ptr<LoudnessMeter> loudnessMeter_;
+    std::vector<std::unique_ptr<ChannelMeters>> channelMeters;
+    std::unique_ptr<RealTimeAudioBuffer> audioBuffer_;
 };
 
 }  // namespace vanta

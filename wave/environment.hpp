@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -70,6 +71,10 @@ public:
     void setMeteringActive(bool active);
     bool meteringActive() const { return meteringActive_; }
 
+    /// The length of the host's blocks, for whoever waits for the next one. Any thread.
+    int hostBlockSamples() const { return hostBlockSamples_.load(std::memory_order_relaxed); }
+    void setHostBlockSamples(int samples) { hostBlockSamples_.store(samples, std::memory_order_relaxed); }
+
     float sampleRate() const { return sampleRate_; }
     int blockLimit() const { return blockLimit_; }
     std::uint32_t tick() const { return tick_; }
@@ -107,6 +112,7 @@ private:
     std::uint32_t tick_ = 0;
     bool destroying_ = false;
     bool meteringActive_ = false;
+    std::atomic<int> hostBlockSamples_{0};
     std::unique_ptr<BasicBlock<float>> silentBlock_;
 };
 

@@ -110,6 +110,7 @@ void GenericPluginProcessor::processBlock(const float* const* inputs, int inputC
     countIdle(samples);
     learnedController = -1;
     hostBlockSamples = samples;
+    environment_->setHostBlockSamples(samples);
     applyPending();
     channelCount = std::min(channelCount, static_cast<int>(channels_.size()));
     setInputBuffers(inputs, inputCount, samples);

@@ -12,9 +12,12 @@
 #include "plugin/channel_layout.hpp"
 #include "plugin/generic_plugin_base.hpp"
 #include "plugin/midi/midi_decoder.hpp"
+#include "wave/level_source.hpp"
 #include "wave/producer.hpp"
 
 namespace vanta {
+
+class BinaryDataWriter;
 
 /// The plug-in independent audio processor. It cuts host blocks at MIDI events and at 256 samples, applies
 /// queued parameter changes at those seams, pulls its channels and mixes the dry signal in while bypassed.
@@ -73,6 +76,14 @@ public:
     /// Samples of delay between input and output, as told to the host.
     int latency() const { return latency_.load(std::memory_order_relaxed); }
 
+    // The reader's thread, one for the life of the processor.
+
+    /// Level readings and recorded audio for an interface, which counts as present for the next second.
+    void writeVisualData(BinaryDataWriter& writer);
+    /// What the interface asked of its proxies, one byte per level source.
+    void applyLevelCommands(std::span<const std::uint8_t> commands);
+    std::span<LevelSource* const> levels() const { return levelSources; }
+
     // Set-up, while no block runs.
 
     /// Hz. Resets everything that depends on it.
@@ -113,6 +124,10 @@ protected:
 
     ProcessorAdapter* adapter = nullptr;
     bool sideChainInUse = false;
+    // What an interface reads, in the order of the visual data; not owned.
+    std::vector<AudioSource*> audioSources;
+    std::vector<LevelSource*> levelSources;
+    std::vector<SpectrumSource*> spectrumSources;
 
 private:
     void onSampleRateChanged(void*) { sampleRateChanged(); }

@@ -1,0 +1,228 @@
+#include "dsp/metering/level_meter.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "dsp/kernel/scan.hpp"
+#include "foundation/numbers.hpp"
+
+namespace vanta {
+
+namespace {
+
+enum { kFast, kPeak, kAbsolute };
+
+int saturatedSum(int a, int b) {
+    return a > std::numeric_limits<int>::max() - b ? std::numeric_limits<int>::max() : a + b;
+}
+
+}  // namespace
+
+LevelMeter::LevelMeter(wave::Environment& owner, SteadyIntervalTimer::Clock clock)
+    : Source(owner, wave::OwnBlock::No),
+      detectionMode(this, Maximum),
+      clipIndicator(this, true),
+      holdTime(this, 0.05f),
+      staleTime(this, 100.0f),
+      inputDomain(this, Amplitude),
+      maximum(this, 6.0f),
+      minimum(this, -90.0f),
+      outputDomain(this, Decibel),
+      peakHoldTime(this, 2.0f),
+      peakFall(this, 15.0f),
+      fall(this, 150.0f),
+      timer(clock) {
+    publishSettings();
+    rest(true);
+    readings[kPeak].counter = settings.hold[kPeak] + 1;
+    makeResettable();
+    setScheduled(wave::Environment::kBackGroup);
+}
+
+void LevelMeter::publishSettings() {
+    const float rate = environment().sampleRate();
+    const bool up = detectionMode == Maximum;
+    const float restLevel = up ? minimum : maximum;
+    const bool converts = inputDomain != Decibel && outputDomain == Decibel;
+    double seedLevel = restLevel;
+    if (converts) {
+        seedLevel = gainFromDb(restLevel);
+        if (inputDomain == PowerDomain) seedLevel *= seedLevel;
+    }
+    settings.detection = detectionMode.value();
+    settings.clipIndicator = clipIndicator.value();
+    settings.toDecibel = converts;
+    settings.fromPower = inputDomain == PowerDomain;
+    settings.rest = restLevel;
+    settings.seed = static_cast<float>(seedLevel);
+    settings.maximum = maximum.value();
+    settings.minimum = minimum.value();
+    settings.staleTime = staleTime.value();
+    settings.sampleRate = rate;
+    const float direction = up ? -1.0f : 1.0f;
+    settings.slope[kFast] = direction * fall / rate;
+    settings.slope[kPeak] = direction * peakFall / rate;
+    settings.hold[kFast] = samplesInSeconds(holdTime, rate);
+    settings.hold[kPeak] = samplesInSeconds(peakHoldTime, rate);
+}
+
+void LevelMeter::propertyChanged(AbstractProperty& property) {
+    publishSettings();
+    if (&property == &detectionMode || &property == &inputDomain || &property == &outputDomain) {
+        reset();
+    } else if (&property == &minimum || &property == &maximum) {
+        limitsChanged.store(true, std::memory_order_release);
+    }
+}
+
+// The readings belong to the reader: it clears them when it comes by.
+void LevelMeter::reset() {
+    publishSettings();
+    sequence.store(kEmpty, std::memory_order_release);
+    resetRequested.store(true, std::memory_order_release);
+}
+
+void LevelMeter::produce(wave::BasicBlock<float>*, int samples, int) {
+    publishSilence();
+    if (!source) return;
+    const float* in = source->pullData(samples);
+    handOver(scan(in, source->isConstant() ? 1 : samples), samples);
+}
+
+float LevelMeter::scan(const float* samples, int count) const {
+    const auto n = static_cast<std::size_t>(count);
+    const bool magnitudes = inputDomain == Amplitude && outputDomain != Amplitude;
+    const float seed = settings.seed.load(std::memory_order_relaxed);
+    if (detectionMode == Maximum) {
+        return std::max(seed, magnitudes ? kernel::highestMagnitude(samples, n) : kernel::highest(samples, n));
+    }
+    return std::min(seed, magnitudes ? kernel::lowestMagnitude(samples, n) : kernel::lowest(samples, n));
+}
+
+// A reader that stays away loses no peak and no time: what it has not taken is merged into the newer slot.
+void LevelMeter::handOver(float value, int count) {
+    std::int32_t read = sequence.load(std::memory_order_acquire);
+    for (;;) {
+        const std::int32_t next = read == std::numeric_limits<std::int32_t>::max() ? 1 : read + 1;
+        Slot& slot = slots[static_cast<std::size_t>(next & 1)];
+        float merged = value;
+        int total = count;
+        if (read != kEmpty) {
+            const Slot& older = slots[static_cast<std::size_t>(read & 1)];
+            const float waiting = older.value.load(std::memory_order_relaxed);
+            merged = (detectionMode == Maximum) == (waiting > value) ? waiting : value;
+            total = saturatedSum(older.count.load(std::memory_order_relaxed), count);
+        }
+        slot.value.store(merged, std::memory_order_relaxed);
+        slot.count.store(total, std::memory_order_relaxed);
+        if (sequence.compare_exchange_weak(read, next, std::memory_order_acq_rel)) return;
+    }
+}
+
+bool LevelMeter::take(Handed& handed) {
+    std::int32_t read = sequence.load(std::memory_order_acquire);
+    while (read != kEmpty) {
+        const Slot& slot = slots[static_cast<std::size_t>(read & 1)];
+        handed = {slot.value.load(std::memory_order_relaxed), slot.count.load(std::memory_order_relaxed)};
+        if (sequence.compare_exchange_weak(read, kEmpty, std::memory_order_acq_rel)) return true;
+    }
+    return false;
+}
+
+float LevelMeter::value(Info info) {
+    takeRequests();
+    Handed handed{};
+    if (take(handed)) {
+        feed(handed);
+        stale = false;
+    } else {
+        fallByClock(timer.elapsed());
+    }
+    return info <= Extreme ? readings[static_cast<std::size_t>(info)].value : settings.rest.load();
+}
+
+void LevelMeter::takeRequests() {
+    if (resetRequested.exchange(false, std::memory_order_acquire)) rest(false);
+    if (limitsChanged.exchange(false, std::memory_order_acquire)) {
+        for (Reading& reading : readings) reading.value = limited(reading.value);
+    }
+    if (peakResetRequested.exchange(false, std::memory_order_acquire)) {
+        clip = false;
+        readings[kPeak].counter = settings.hold[kPeak] + 1;
+        readings[kAbsolute].value = secondPeak = settings.rest;
+    }
+}
+
+void LevelMeter::rest(bool everything) {
+    const float restLevel = settings.rest;
+    secondPeak = readings[kFast].value = restLevel;
+    for (Reading& reading : readings) reading.counter = 0;
+    if (clip && !everything) return;
+    readings[kPeak].value = readings[kAbsolute].value = restLevel;
+}
+
+void LevelMeter::fallByClock(int elapsedMs) {
+    // Two host blocks may lie between two hand-overs of a stream that runs.
+    const float rate = settings.sampleRate;
+    const float blockMs = 2000.0f * static_cast<float>(environment().hostBlockSamples()) / rate;
+    if (static_cast<float>(elapsedMs) <= std::max(settings.staleTime.load(), blockMs) && (!stale || elapsedMs < 1)) {
+        return;
+    }
+    const float restLevel = settings.rest;
+    if (readings[kFast].value != restLevel || readings[kPeak].value != restLevel) {
+        feed({settings.seed, samplesInMs(elapsedMs, rate)});
+    }
+    stale = true;
+}
+
+void LevelMeter::feed(Handed handed) {
+    if (settings.toDecibel) {
+        const double amplitude = settings.fromPower ? std::sqrt(std::max(handed.value, 0.0f)) : handed.value;
+        handed.value = static_cast<float>(dbFromGain(amplitude));
+    }
+    for (int i = 0; i < static_cast<int>(readings.size()); ++i) update(i, handed);
+    timer.reset();
+}
+
+bool LevelMeter::isAbove(float a, float b) const { return settings.detection == Maximum ? a > b : a < b; }
+
+float LevelMeter::limited(float x) const { return std::clamp(x, settings.minimum.load(), settings.maximum.load()); }
+
+void LevelMeter::update(int index, Handed handed) {
+    Reading& reading = readings[static_cast<std::size_t>(index)];
+    const auto [x, count] = handed;
+    reading.counter = saturatedSum(reading.counter, count);
+    if (index == kPeak && x > 0.0f && settings.clipIndicator && settings.detection == Maximum &&
+        settings.maximum > 0.0f) {
+        clip = true;
+    }
+    const bool canFall = index == kFast || (index == kPeak && !clip);
+    if (canFall && static_cast<float>(count) > settings.sampleRate) {
+        // Over a second at once: nothing that stood before is true any more, but what came is.
+        reading.value = settings.rest;
+        if (index == kPeak) secondPeak = settings.rest;
+    }
+    if (isAbove(x, reading.value)) {
+        reading.value = limited(x);
+        reading.counter = 0;
+        return;
+    }
+    if (!canFall) return;
+    const auto place = static_cast<std::size_t>(index);
+    const int hold = settings.hold[place];
+    if (reading.counter > hold) {
+        float fallen = extreme(settings.slope[place] * static_cast<float>(count) + reading.value, x);
+        if (index == kPeak && isAbove(secondPeak, fallen)) {
+            // What stayed a little below the peak is held in its turn.
+            reading.counter = 0;
+            fallen = secondPeak;
+            secondPeak = settings.rest;
+        }
+        reading.value = limited(fallen);
+    } else if (index == kPeak && reading.counter > hold / 2 && reading.counter < hold) {
+        secondPeak = extreme(secondPeak, x);
+    }
+}
+
+}  // namespace vanta

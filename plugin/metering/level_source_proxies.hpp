@@ -1,0 +1,94 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "foundation/binary_data.hpp"
+#include "wave/level_source.hpp"
+
+namespace vanta {
+
+/// The model's image of one level source of the processor.
+class LevelSourceProxy final : public LevelSource {
+public:
+    enum Command : std::uint8_t { kResetPeak = 1, kResetMeasurement = 2 };
+
+    Detection detection() const override { return static_cast<Detection>(word); }
+    std::int32_t infoWord() const override { return word; }
+    float value(Info info) override { return values[static_cast<std::size_t>(info)]; }
+    void resetPeak() override { command |= kResetPeak; }
+    void resetMeasurement() override { command |= kResetMeasurement; }
+
+    /// Five readings and the info word.
+    void read(BinaryDataReader& reader);
+    /// What the interface has asked for since the last call.
+    std::uint8_t takeCommand();
+    /// Carries a command out on the source that a proxy stands for.
+    static void apply(std::uint8_t command, LevelSource& source);
+
+private:
+    std::int32_t word = Maximum;
+    std::array<float, InfoCount> values{-180.0f, -180.0f, -180.0f, -180.0f, -180.0f};
+    std::uint8_t command = 0;
+};
+
+/// The model's image of recorded audio: holds what has come in since the last `unlock`.
+class AudioSourceProxy final : public AudioSource {
+public:
+    /// Samples a channel that are held at the most; then the old ones are dropped, not the new.
+    static constexpr int kMaxSamples = 153600;
+
+    void lock() override {}
+    void unlock() override { frames = 0; }
+    int blockLength() const override { return length; }
+    const float* block(int frame, int channel) const override;
+    int frameCount() const override { return frames; }
+    int channelCount() const override { return channels; }
+
+    void read(BinaryDataReader& reader);
+
+private:
+    int length = 0;
+    int frames = 0;
+    int channels = 0;
+    std::vector<float> samples;
+};
+
+/// The model's image of a spectrum: keeps the larger of what came in until it is consumed.
+class SpectrumSourceProxy final : public SpectrumSource {
+public:
+    void lock() override {}
+    void unlock() override { consumed = true; }
+    std::span<const float> data() const override { return values; }
+    std::int32_t spectrumCount() const override { return count; }
+
+    void read(BinaryDataReader& reader);
+
+private:
+    bool consumed = true;
+    std::int32_t count = 0;
+    std::vector<float> values;
+    std::vector<float> scratch;
+};
+
+/// One reading over the sources of all channels: the most extreme of theirs.
+class CombinedLevelSource final : public LevelSource {
+public:
+    static constexpr std::size_t kCapacity = 10;
+
+    void clear() { sources.fill(nullptr); }
+    /// Null empties a place.
+    void set(std::size_t place, LevelSource* source) { sources[place] = source; }
+
+    Detection detection() const override;
+    float value(Info info) override;
+    void resetPeak() override;
+    void resetMeasurement() override;
+
+private:
+    std::array<LevelSource*, kCapacity> sources{};
+};
+
+}  // namespace vanta

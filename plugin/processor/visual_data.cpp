@@ -1,0 +1,53 @@
+#include "foundation/binary_data.hpp"
+#include "plugin/metering/level_source_proxies.hpp"
+#include "plugin/processor/generic_plugin_processor.hpp"
+
+namespace vanta {
+
+namespace {
+
+void writeAudio(const AudioSource& source, BinaryDataWriter& writer) {
+    writer.writeInt(source.channelCount());
+    writer.writeInt(source.frameCount());
+    writer.writeInt(source.blockLength());
+    for (int frame = 0; frame < source.frameCount(); ++frame) {
+        for (int channel = 0; channel < source.channelCount(); ++channel) {
+            const float* block = source.block(frame, channel);
+            for (int i = 0; i < source.blockLength(); ++i) writer.writeFloat(block[i]);
+        }
+    }
+}
+
+void writeLevels(LevelSource& source, BinaryDataWriter& writer) {
+    for (int info = 0; info < LevelSource::InfoCount; ++info) {
+        writer.writeFloat(source.value(static_cast<LevelSource::Info>(info)));
+    }
+    writer.writeInt(source.infoWord());
+}
+
+void writeSpectrum(const SpectrumSource& source, BinaryDataWriter& writer) {
+    writer.writeInt(source.spectrumCount());
+    writer.writeInt(static_cast<int>(source.data().size()));
+    for (const float value : source.data()) writer.writeFloat(value);
+}
+
+}  // namespace
+
+void GenericPluginProcessor::writeVisualData(BinaryDataWriter& writer) {
+    idleSamples.store(0);
+    for (AudioSource* source : audioSources) source->lock();
+    for (SpectrumSource* source : spectrumSources) source->lock();
+    for (const AudioSource* source : audioSources) writeAudio(*source, writer);
+    for (LevelSource* source : levelSources) writeLevels(*source, writer);
+    for (const SpectrumSource* source : spectrumSources) writeSpectrum(*source, writer);
+    for (SpectrumSource* source : spectrumSources) source->unlock();
+    for (AudioSource* source : audioSources) source->unlock();
+}
+
+void GenericPluginProcessor::applyLevelCommands(std::span<const std::uint8_t> commands) {
+    for (std::size_t i = 0; i < commands.size() && i < levelSources.size(); ++i) {
+        LevelSourceProxy::apply(commands[i], *levelSources[i]);
+    }
+}
+
+}  // namespace vanta

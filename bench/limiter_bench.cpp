@@ -1,0 +1,148 @@
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <array>
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "bench/limiter_rig.hpp"
+
+namespace vanta::bench {
+namespace {
+
+constexpr int kBlock = 256;
+constexpr std::array kStyles{"Transparent", "Punchy", "Dynamic", "Allround",
+                             "Aggressive",  "Modern", "Bus",     "Safe"};
+
+/// Prints time per frame and the multiple of real time, and runs a warm limiter.
+void measure(benchmark::State& state, const Setting& setting, int block = kBlock) {
+    LimiterRig rig(setting);
+    for (int i = 0; i < rig.frames(); i += block) rig.run(block);
+    for (auto _ : state) rig.run(block);
+    const auto frames = static_cast<double>(state.iterations()) * block;
+    state.counters["per_frame"] =
+        benchmark::Counter(frames, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["x_realtime"] =
+        benchmark::Counter(frames / setting.sampleRate, benchmark::Counter::kIsRate);
+}
+
+void registerStyles() {
+    for (int style = 0; style < static_cast<int>(kStyles.size()); ++style) {
+        for (const float rate : {44100.0f, 96000.0f}) {
+            for (const bool truePeak : {false, true}) {
+                const std::string name = "style/" + std::string(kStyles[static_cast<std::size_t>(style)]) +
+                                         "/" + std::to_string(static_cast<int>(rate)) +
+                                         (truePeak ? "/true_peak" : "");
+                benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+                    measure(state, {style, 0, truePeak, rate});
+                });
+            }
+        }
+    }
+}
+
+void registerOversampling() {
+    for (int index = 0; index <= 5; ++index) {
+        for (const bool truePeak : {false, true}) {
+            const std::string name =
+                "oversampling/" + std::to_string(1 << index) + "x" + (truePeak ? "/true_peak" : "");
+            benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+                measure(state, {5, index, truePeak});
+            });
+        }
+    }
+}
+
+void registerLayouts() {
+    for (const ChannelLayout layout : {kMonoLayout, kStereoLayout, 6, 14}) {
+        const std::string name = "layout/" + std::string(channelLayoutName(layout));
+        benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+            measure(state, {5, 0, true, 48000.0f, layout});
+        });
+    }
+}
+
+/// The spread of block times: what decides whether a block is late.
+void blockTimes(benchmark::State& state, int block, int oversampling) {
+    LimiterRig rig({5, oversampling, true});
+    std::vector<double> microseconds;
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        rig.run(block);
+        microseconds.push_back(
+            std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count());
+    }
+    std::sort(microseconds.begin(), microseconds.end());
+    const auto at = [&](double share) {
+        return microseconds[static_cast<std::size_t>(share * static_cast<double>(microseconds.size() - 1))];
+    };
+    state.counters["median_us"] = at(0.5);
+    state.counters["p99_us"] = at(0.99);
+    state.counters["worst_us"] = at(1.0);
+    state.counters["deadline_us"] = 1e6 * block / 44100.0;
+}
+
+void registerBlockTimes() {
+    for (const int block : {64, 256}) {
+        for (const int oversampling : {0, 2}) {
+            const std::string name =
+                "block_times/" + std::to_string(block) + "/" + std::to_string(1 << oversampling) + "x";
+            benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+                blockTimes(state, block, oversampling);
+            })->Iterations(20000);
+        }
+    }
+}
+
+void construction(benchmark::State& state) {
+    for (auto _ : state) {
+        VantaProcessor processor(kStereoLayout);
+        benchmark::DoNotOptimize(&processor);
+    }
+}
+BENCHMARK(construction)->Unit(benchmark::kMillisecond);
+
+std::size_t heapBytes() {
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+void memory(benchmark::State& state, int oversampling) {
+    double bytes = 0.0;
+    for (auto _ : state) {
+        const std::size_t before = heapBytes();
+        VantaProcessor processor(kStereoLayout);
+        processor.setSampleRate(44100.0f);
+        processor.oversampling.setValue(static_cast<float>(oversampling), kFromHost);
+        float silence[kBlock] = {};
+        const float* in[] = {silence, silence};
+        float left[kBlock];
+        float right[kBlock];
+        float* out[] = {left, right};
+        processor.processBlock(in, 2, out, 2, kBlock);
+        bytes = static_cast<double>(heapBytes() - before);
+    }
+    state.counters["MiB"] = bytes / 1048576.0;
+}
+
+void registerMemory() {
+    for (const int index : {0, 2, 5}) {
+        const std::string name = "memory/stereo/" + std::to_string(1 << index) + "x";
+        benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+            memory(state, index);
+        })->Iterations(3);
+    }
+}
+
+[[maybe_unused]] const bool kRegistered = [] {
+    registerStyles();
+    registerOversampling();
+    registerLayouts();
+    registerBlockTimes();
+    registerMemory();
+    return true;
+}();
+
+}  // namespace
+}  // namespace vanta::bench

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <locale>
 #include <random>
 #include <string>
 
@@ -85,6 +86,23 @@ TEST(NumberText, ReadsDecimalNumbersAndNothingElse) {
     const std::string longNumber(400, '9');
     EXPECT_EQ(readNumber(longNumber)->value, kInf);
     EXPECT_EQ(readNumber("0." + std::string(400, '0') + "1")->value, 0.0);
+}
+
+/// Writes numbers as half of the world does.
+struct CommaNumbers final : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(NumberText, DoesNotDependOnTheLocale) {
+    const std::locale before = std::locale::global(std::locale(std::locale(), new CommaNumbers));
+    const std::string text = formatNumber("%.2f", 12345.5);
+    const auto number = readNumber("1.5");
+    std::locale::global(before);
+    EXPECT_EQ(text, "12345.50");
+    ASSERT_TRUE(number);
+    EXPECT_EQ(number->value, 1.5);
 }
 
 TEST(NumberText, HasItsOwnFormsForLevelsAndFrequencies) {

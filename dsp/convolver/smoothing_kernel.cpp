@@ -36,7 +36,7 @@ public:
 
 private:
     /// A tap with its power takes about as long as this many grains of a transform.
-    static constexpr int kTapCost = 64;
+    static constexpr int kTapCost = 100;
 
     SmoothingKernel& kernel_;
     SmoothingShape shape_;

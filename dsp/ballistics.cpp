@@ -24,7 +24,7 @@ double clearDenormal(double level) {
 
 /// A time that a curve of 0 measures for a step of 10 dB, in proportion to the step.
 double bend(double seconds, double distance, float curve) {
-    const auto proportional = static_cast<float>(seconds * distance * 0.1);
+    const double proportional = seconds * distance * 0.1;
     return proportional + (seconds - proportional) * curve;
 }
 
@@ -119,10 +119,10 @@ inline double Ballistics::releaseStep(double distance, int i, const Block& block
             const double square = distance * distance;
             if ((block.position + i) % 16 == 0 ||
                 std::abs(distance - slowedDistance_) > 1e-5 * square * square + 4e-5) {
-                slowedDistance_ = static_cast<float>(distance);
-                slowing_ = static_cast<float>(style.expTable(std::max(distance, -CapacitorStyle::kSpan)));
+                slowedDistance_ = distance;
+                slowing_ = style.expTable(std::max(distance, -CapacitorStyle::kSpan));
             }
-            seconds += double{slowing_} * controls.releaseSmoothing[i];
+            seconds += slowing_ * controls.releaseSmoothing[i];
         }
     }
     return releaseShare_.of(seconds * block.sampleRate) * distance;
@@ -180,7 +180,7 @@ void Ballistics::followLanes(const Lane* lane) {
                 seconds = bend(seconds, std::abs(distance), attacking ? attackCurve : releaseCurve);
             }
             if constexpr (smoothed) {
-                seconds += kFastExponential(-std::abs(distance)) *
+                seconds += kFastExponential.ofNegative(-std::abs(distance)) *
                            (attacking ? controls.attackSmoothing[i] : controls.releaseSmoothing[i]);
             }
             const double samples = std::max(seconds * first.sampleRate, kShortest);

@@ -93,8 +93,8 @@ private:
     Share attackShare_{-1.0f, 0.0};
     Share releaseShare_{-1.0f, 1.0};
     Share holdStep_{0.0f, 0.0};
-    float slowedDistance_ = 0.0f;  ///< dB, where the release smoothing was last looked up
-    float slowing_ = 1.0f;         ///< what was found there
+    double slowedDistance_ = 0.0;  ///< dB, where the release smoothing was last looked up
+    double slowing_ = 1.0;         ///< what was found there
 };
 
 }  // namespace vanta

@@ -19,14 +19,20 @@ public:
     }
 
     /// exp(x), x limited to -88 to 88.
-    VANTA_REALTIME double operator()(double x) const {
-        const Split split = splitArgument(x);
-        return split.power + split.power * split.rest;
-    }
+    VANTA_REALTIME double operator()(double x) const { return exponential(std::clamp(x, -88.0, 88.0)); }
 
-    /// 1 - exp(x), accurate to seven digits also where exp(x) is next to 1.
+    /// exp(x) for x of at most 0; below -88 it counts as that.
+    VANTA_REALTIME double ofNegative(double x) const { return exponential(std::max(x, -88.0)); }
+
+    /// 1 - exp(x) for x of at most 0, accurate to seven digits also where exp(x) is next to 1.
     VANTA_REALTIME double complement(double x) const {
-        const Split split = splitArgument(x);
+        // Most time constants are many samples long: a short way that waits for no table.
+        if (x > -0.0625) {
+            const double square = x * x;
+            return x *
+                   ((-1.0 - x * (1.0 / 2)) - square * ((1.0 / 6 + x * (1.0 / 24)) + square * (1.0 / 120)));
+        }
+        const Split split = splitArgument(std::max(x, -88.0));
         return (1.0 - split.power) - split.power * split.rest;
     }
 
@@ -40,8 +46,12 @@ private:
         double rest;   ///< what the exponential of the remainder has beyond 1
     };
 
+    double exponential(double x) const {
+        const Split split = splitArgument(x);
+        return split.power + split.power * split.rest;
+    }
+
     Split splitArgument(double x) const {
-        x = std::clamp(x, -88.0, 88.0);
         const auto step = static_cast<int>(std::lrint(x * kStepsPerUnit));
         const double r = x - step * kUnitsPerStep;
         const auto exponent = static_cast<std::uint64_t>((step >> 10) + 1023) << 52;

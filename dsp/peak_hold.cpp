@@ -99,12 +99,9 @@ void PeakHold::holdVarying(const float* holdMs, float* out, int samples) {
 /// signal turns down; until then it is the newest sample, which the caller compares himself, as he does the
 /// oldest, whose peak may lie before the hold.
 inline float PeakHold::advance(float magnitude, std::uint32_t holdLength) {
-    if (previous_ <= magnitude) {
-        falling_ = false;
-    } else if (!falling_) {
-        falling_ = true;
-        if (holdLength > 0) queue_.insert({position_ - 1, previous_});
-    }
+    const bool wasFalling = falling_;
+    falling_ = previous_ > magnitude;
+    if (falling_ && !wasFalling && holdLength > 0) queue_.insert({position_ - 1, previous_});
     previous_ = magnitude;
     queue_.expire(position_, holdLength);
     ++position_;

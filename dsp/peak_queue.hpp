@@ -31,7 +31,7 @@ public:
     VANTA_REALTIME void clear() { first_ = end_ = 0; }
 
     bool empty() const { return first_ == end_; }
-    const Peak& oldest() const { return peaks_[first_ & mask_]; }
+    const Peak& oldest() const { return at(first_); }
     VANTA_REALTIME float largest() const { return empty() ? 0.0f : oldest().value; }
 
     /// Drops what lies more than `window` samples before `now`.
@@ -39,28 +39,38 @@ public:
         while (!empty() && now - oldest().place > window) ++first_;
     }
 
-    /// Enters the newest peak in place of all that are not larger.
+    /// Enters the newest peak in place of all that are not larger. Mostly there are few; where there are
+    /// many, the number of comparisons is logarithmic.
     VANTA_REALTIME void insert(Peak peak) {
-        std::uint32_t low = 0;
-        std::uint32_t high = end_ - first_;
-        while (low < high) {
-            const std::uint32_t middle = (low + high) / 2;
-            if (peaks_[(first_ + middle) & mask_].value > peak.value) {
-                low = middle + 1;
-            } else {
-                high = middle;
+        for (int i = 0; i < kNear; ++i) {
+            if (empty() || at(end_ - 1).value > peak.value) {
+                at(end_++) = peak;
+                return;
             }
+            --end_;
         }
-        peaks_[(first_ + low) & mask_] = peak;
-        end_ = first_ + low + 1;
+        std::uint32_t low = first_;
+        for (std::uint32_t count = end_ - first_; count > 0;) {
+            const std::uint32_t half = count / 2;
+            const bool larger = at(low + half).value > peak.value;
+            low = larger ? low + half + 1 : low;
+            count = larger ? count - half - 1 : half;
+        }
+        at(low) = peak;
+        end_ = low + 1;
     }
 
     /// Enters a peak older than all others, if any later one leaves it a meaning.
     VANTA_REALTIME void insertOldest(Peak peak) {
-        if (empty() || peak.value > oldest().value) peaks_[--first_ & mask_] = peak;
+        if (empty() || peak.value > oldest().value) at(--first_) = peak;
     }
 
 private:
+    static constexpr int kNear = 4;
+
+    Peak& at(std::uint32_t index) { return peaks_[index & mask_]; }
+    const Peak& at(std::uint32_t index) const { return peaks_[index & mask_]; }
+
     std::vector<Peak> peaks_;
     std::uint32_t mask_ = 0;
     std::uint32_t first_ = 0;  ///< both run freely and are masked when they are used

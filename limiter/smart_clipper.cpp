@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
+#include <utility>
 
 #include "dsp/fast_exponential.hpp"
 #include "dsp/kernel/mix.hpp"
@@ -12,6 +14,10 @@ namespace vanta {
 namespace {
 
 constexpr double kWindowSeconds = 0.05;
+constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
+
+/// Directions of the signal are 0 rising, 1 level and 2 falling: a peak has passed where they go up.
+constexpr int kFlat = 1;
 
 float amplitudeOf(float db) {
     return static_cast<float>(kFastExponential(kDbToLog * db));
@@ -45,10 +51,11 @@ void SmartClipper::reset() {
     points_.assign(size, {});
     mask_ = static_cast<int>(size) - 1;
     head_ = count_ = 0;
-    slope_ = previousExcess_ = 0.0f;
+    previousExcess_ = 0.0f;
     previousInput_ = kSilenceDb;
-    previousDirection_ = Direction::Flat;
+    direction_ = kFlat;
     position_ = 0;
+    takeLine();
 }
 
 void SmartClipper::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
@@ -57,14 +64,24 @@ void SmartClipper::process(const wave::BasicBlock<float>& in, wave::BasicBlock<f
     delay_.write(excess_.data(), samples);
     float* result = out->data();
     delay_.read(windowSamples_, result, samples);
-    bool silent = true;
+    int direction = direction_;
     for (int i = 0; i < samples; ++i) {
-        advance(in[i], excess_[i]);
-        result[i] = std::max(result[i], line(position_ - windowSamples_));
-        silent = silent && result[i] == 0.0f;
-        ++position_;
+        const float before = std::exchange(previousInput_, in[i]);
+        const int last = direction;
+        // Without branches: whether audio rises or falls cannot be foretold.
+        direction = int{in[i] - before <= kEqualWithin} + int{in[i] < before};
+        const bool peakPassed = direction > last;
+        const std::int64_t time = position_ + i - windowSamples_;
+        if (peakPassed || time > lineEnd_) {
+            moveLine(time, peakPassed, {position_ + i - 1, i > 0 ? excess_[i - 1] : previousExcess_});
+        }
+        const float line = lineValue_ + slope_ * static_cast<float>(time - lineStart_);
+        result[i] = std::max(result[i], line);
     }
-    if (silent) publishSilence();
+    direction_ = direction;
+    previousExcess_ = excess_[samples - 1];
+    position_ += samples;
+    if (kernel::peak(result, static_cast<std::size_t>(samples)) == 0.0f) publishSilence();
 }
 
 void SmartClipper::computeExcess(const float* in, float* excess, int samples) {
@@ -79,52 +96,34 @@ void SmartClipper::computeExcess(const float* in, float* excess, int samples) {
     }
 }
 
-/// Takes in one sample: a peak becomes a point when it has passed.
-void SmartClipper::advance(float input, float excess) {
-    Direction direction = Direction::Rising;
-    if (nearlyEqual(input, previousInput_)) {
-        direction = Direction::Flat;
-    } else if (input < previousInput_) {
-        direction = Direction::Falling;
-    }
-    const bool peakPassed = direction != previousDirection_ && direction != Direction::Rising &&
-                            previousDirection_ != Direction::Falling;
-    leaveLine(position_ - windowSamples_, peakPassed);
-    previousExcess_ = excess;
-    previousInput_ = input;
-    previousDirection_ = direction;
-}
-
-/// Moves on to the line that `time` lies on, and appends the sample before this one where a line can end.
-void SmartClipper::leaveLine(std::int64_t time, bool peakPassed) {
-    bool moved = false;
+/// Leaves the line whose right end lies before `time`, and appends the sample before this one where a line
+/// ends.
+void SmartClipper::moveLine(std::int64_t time, bool peakPassed, Point last) {
     bool keep = false;
     if (count_ >= 1 && point(0).time < time) {
         // Without another peak in sight the line goes down to where the signal stands now.
         keep = count_ == 1 && !peakPassed && point(0).value != 0.0f;
         head_ = (head_ + 1) & mask_;
         --count_;
-        moved = true;
     }
     if (keep || peakPassed) {
-        if (count_ == 0) {
-            // Nothing within the window before this peak: the line rises from 0.
-            if (peakPassed) point(-1) = {time - 1, 0.0f};
-            moved = true;
-        }
-        point(count_++) = {position_ - 1, previousExcess_};
+        // With nothing between this peak and the window's beginning the line rises from 0.
+        if (count_ == 0 && peakPassed) point(-1) = {time - 1, 0.0f};
+        point(count_++) = last;
     }
-    if (moved && count_ > 0) {
-        const Point& from = point(-1);
-        const Point& to = point(0);
-        slope_ = (to.value - from.value) / static_cast<float>(to.time - from.time);
-    }
+    takeLine();
 }
 
-float SmartClipper::line(std::int64_t time) const {
-    if (count_ == 0) return 0.0f;
+void SmartClipper::takeLine() {
+    lineValue_ = slope_ = 0.0f;
+    lineEnd_ = kNever;
+    if (count_ == 0) return;
     const Point& from = point(-1);
-    return from.value + slope_ * static_cast<float>(time - from.time);
+    const Point& to = point(0);
+    lineStart_ = from.time;
+    lineEnd_ = to.time;
+    lineValue_ = from.value;
+    slope_ = (to.value - from.value) / static_cast<float>(to.time - from.time);
 }
 
 }  // namespace vanta

@@ -31,18 +31,15 @@ protected:
                                 int flags) override;
 
 private:
-    enum class Direction { Rising, Flat, Falling };
     struct Point {
         std::int64_t time;
         float value;
     };
 
     VANTA_REALTIME void computeExcess(const float* in, float* excess, int samples);
-    VANTA_REALTIME void advance(float input, float excess);
-    VANTA_REALTIME void leaveLine(std::int64_t time, bool peakPassed);
-    VANTA_REALTIME float line(std::int64_t time) const;
+    VANTA_REALTIME void moveLine(std::int64_t time, bool peakPassed, Point last);
+    VANTA_REALTIME void takeLine();
     Point& point(int index) { return points_[static_cast<std::size_t>((head_ + index) & mask_)]; }
-    const Point& point(int index) const { return points_[static_cast<std::size_t>((head_ + index) & mask_)]; }
 
     wave::BasicBlock<float> excess_;
     wave::Delay delay_;  ///< of the excess
@@ -51,10 +48,13 @@ private:
     int mask_ = 0;
     int head_ = 0;
     int count_ = 0;
-    float slope_ = 0.0f;  ///< of that line, per sample
+    std::int64_t lineStart_ = 0;
+    std::int64_t lineEnd_ = 0;
+    float lineValue_ = 0.0f;  ///< at its start
+    float slope_ = 0.0f;      ///< per sample
     float previousExcess_ = 0.0f;
     float previousInput_ = 0.0f;
-    Direction previousDirection_ = Direction::Flat;
+    int direction_ = 1;
     std::int64_t position_ = 0;
 };
 

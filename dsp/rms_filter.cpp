@@ -1,6 +1,7 @@
 #include "dsp/rms_filter.hpp"
 
 #include <algorithm>
+#include <numeric>
 
 #include "dsp/kernel/level_math.hpp"
 #include "dsp/kernel/mix.hpp"
@@ -27,7 +28,8 @@ void RMSFilter::reset() {
 
 void RMSFilter::clear() {
     history_.clear();
-    sum_ = 0.0;
+    sum_ = freshSum_ = 0.0;
+    freshCount_ = 0;
 }
 
 void RMSFilter::propertyChanged(AbstractProperty& property) {
@@ -54,8 +56,26 @@ void RMSFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<floa
     kernel::multiply(in.data(), in.data(), squares_.data(), count);
     history_.write(squares_.data(), samples);
     history_.read(length_, out->data(), samples);
-    kernel::runningMean(squares_.data(), out->data(), sum_, norm_, out->data(), count);
+    slide(out->data(), samples);
     if (domain == Amplitude) kernel::squareRoot(out->data(), out->data(), count);
+}
+
+// What was added and taken away again leaves its rounding in the sum: little of music, much of a sample far
+// beyond full scale. A second sum that only adds takes over once a window, so that nothing stays longer than
+// that.
+void RMSFilter::slide(float* out, int samples) {
+    for (int done = 0; done < samples;) {
+        const int count = std::min(samples - done, length_ - freshCount_);
+        const float* entering = squares_.data() + done;
+        kernel::runningMean(entering, out + done, sum_, norm_, out + done, static_cast<std::size_t>(count));
+        freshSum_ = std::accumulate(entering, entering + count, freshSum_);
+        freshCount_ += count;
+        done += count;
+        if (freshCount_ < length_) continue;
+        sum_ = freshSum_;
+        freshSum_ = 0.0;
+        freshCount_ = 0;
+    }
 }
 
 void RMSFilter::passSingle(const float* in, float* out, int samples) {

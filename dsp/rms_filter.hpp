@@ -33,12 +33,15 @@ protected:
 
 private:
     VANTA_REALTIME void setLength(int samples);
+    VANTA_REALTIME void slide(float* out, int samples);
     VANTA_REALTIME void passSingle(const float* in, float* out, int samples);
 
     float largestWindowMs_;
     wave::Delay history_;  ///< squares, for a sample must leave the sum with the value it brought
     wave::BasicBlock<float> squares_;
     double sum_ = 0.0;
+    double freshSum_ = 0.0;  ///< of the squares since `sum_` was last made anew
+    int freshCount_ = 0;
     int length_ = 0;  ///< samples; 0 means not yet known
     float norm_ = 0.0f;
 };

@@ -15,7 +15,7 @@ constexpr float kLoudnessWindowMs = 400.0f;
 constexpr double kKScaleOffsetDb = 3.0;
 constexpr double kLoudnessOffsetDb = -0.691;
 
-constexpr float kFall = 25.0f;      ///< dB per second
+constexpr float kFall = 25.0f;        ///< dB per second
 constexpr float kNoFall = 100000.0f;  ///< follows at once
 
 bool isKScale(MeterScale scale) {
@@ -25,10 +25,14 @@ bool isKScale(MeterScale scale) {
 /// A narrow scale moves slowly, so that the bar can be followed.
 float peakFallOf(MeterScale scale) {
     switch (scale) {
-        case MeterScale::Db16: return 4.0f;
-        case MeterScale::Db32: return 8.0f;
-        case MeterScale::Db48: return 12.0f;
-        default: return kFall;
+        case MeterScale::Db16:
+            return 4.0f;
+        case MeterScale::Db32:
+            return 8.0f;
+        case MeterScale::Db48:
+            return 12.0f;
+        default:
+            return kFall;
     }
 }
 

@@ -34,7 +34,8 @@ void KFilter::design() {
     const double rate = environment().sampleRate();
     const AnalogFilterPrototype::BiquadPrototype shelf(kShelfGain, std::sqrt(2.0 * kShelfGain), 1.0, 1.0,
                                                        std::numbers::sqrt2, 1.0);
-    const AnalogFilterPrototype::BiquadPrototype highPass(kHighPassGain, 0.0, 0.0, 1.0, 1.0 / kHighPassQ, 1.0);
+    const AnalogFilterPrototype::BiquadPrototype highPass(kHighPassGain, 0.0, 0.0, 1.0, 1.0 / kHighPassQ,
+                                                          1.0);
     sections[0] = bilinearTransform(shelf, bilinearScale(kShelfFrequency / kTwoPi, rate));
     sections[1] = bilinearTransform(highPass, bilinearScale(kHighPassFrequency / kTwoPi, rate));
 }

@@ -6,8 +6,8 @@
 
 namespace vanta {
 
-/// The K-weighting of ITU-R BS.1770-4, designed for any sample rate from its analog prototype: a shelf of 4 dB
-/// above 1.7 kHz and a high-pass at 38 Hz.
+/// The K-weighting of ITU-R BS.1770-4, designed for any sample rate from its analog prototype: a shelf of 4
+/// dB above 1.7 kHz and a high-pass at 38 Hz.
 class KFilter final : public BiquadFilter {
 public:
     explicit KFilter(wave::Environment& owner);
@@ -16,7 +16,9 @@ public:
     void reset() override;
 
 protected:
-    void updateCoefficients(int samples, BiquadProcessor& target) override { target.queue(samples, sections); }
+    void updateCoefficients(int samples, BiquadProcessor& target) override {
+        target.queue(samples, sections);
+    }
 
 private:
     void design();

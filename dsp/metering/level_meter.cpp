@@ -95,7 +95,8 @@ float LevelMeter::scan(const float* samples, int count) const {
     const bool magnitudes = inputDomain == Amplitude && outputDomain != Amplitude;
     const float seed = settings.seed.load(std::memory_order_relaxed);
     if (detectionMode == Maximum) {
-        return std::max(seed, magnitudes ? kernel::highestMagnitude(samples, n) : kernel::highest(samples, n));
+        return std::max(seed,
+                        magnitudes ? kernel::highestMagnitude(samples, n) : kernel::highest(samples, n));
     }
     return std::min(seed, magnitudes ? kernel::lowestMagnitude(samples, n) : kernel::lowest(samples, n));
 }
@@ -166,7 +167,8 @@ void LevelMeter::fallByClock(int elapsedMs) {
     // Two host blocks may lie between two hand-overs of a stream that runs.
     const float rate = settings.sampleRate;
     const float blockMs = 2000.0f * static_cast<float>(environment().hostBlockSamples()) / rate;
-    if (static_cast<float>(elapsedMs) <= std::max(settings.staleTime.load(), blockMs) && (!stale || elapsedMs < 1)) {
+    if (static_cast<float>(elapsedMs) <= std::max(settings.staleTime.load(), blockMs) &&
+        (!stale || elapsedMs < 1)) {
         return;
     }
     const float restLevel = settings.rest;
@@ -185,9 +187,14 @@ void LevelMeter::feed(Handed handed) {
     timer.reset();
 }
 
-bool LevelMeter::isAbove(float a, float b) const { return settings.detection == Maximum ? a > b : a < b; }
+bool LevelMeter::isAbove(float a, float b) const {
+    return settings.detection == Maximum ? a > b : a < b;
+}
 
-float LevelMeter::limited(float x) const { return std::clamp(x, settings.minimum.load(), settings.maximum.load()); }
+// While an owner moves both limits they may cross for a moment.
+float LevelMeter::limited(float x) const {
+    return std::max(std::min(x, settings.maximum.load()), settings.minimum.load());
+}
 
 void LevelMeter::update(int index, Handed handed) {
     Reading& reading = readings[static_cast<std::size_t>(index)];

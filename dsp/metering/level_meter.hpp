@@ -3,7 +3,6 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 
 #include "foundation/interval_timer.hpp"
 #include "foundation/property.hpp"
@@ -13,8 +12,8 @@
 namespace vanta {
 
 /// A meter bar. The audio thread scans a block for its extreme and hands over one value and one count of
-/// samples, without a lock; hold, fall and clip latch run on the reader's side, in samples, so that the bar falls
-/// at the same rate however often it is read. Without audio it falls by wall clock.
+/// samples, without a lock; hold, fall and clip latch run on the reader's side, in samples, so that the bar
+/// falls at the same rate however often it is read. Without audio it falls by wall clock.
 ///
 /// One thread computes and sets properties, one other thread reads.
 class LevelMeter final : public wave::Source, public LevelSource, public PropertyOwner {

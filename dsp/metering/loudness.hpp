@@ -10,10 +10,13 @@ inline constexpr float kNoLoudness = -180.0f;
 
 /// LUFS of a weighted mean square.
 inline float loudnessOf(double meanSquare) {
-    return meanSquare > 1e-10 ? static_cast<float>(10.0 * std::log10(meanSquare)) + kLoudnessOffset : kNoLoudness;
+    return meanSquare > 1e-10 ? static_cast<float>(10.0 * std::log10(meanSquare)) + kLoudnessOffset
+                              : kNoLoudness;
 }
 /// And back.
-inline double meanSquareOf(double loudness) { return std::pow(10.0, (loudness - kLoudnessOffset) * 0.1); }
+inline double meanSquareOf(double loudness) {
+    return std::pow(10.0, (loudness - kLoudnessOffset) * 0.1);
+}
 
 /// Rounded to so many decimals, halves away from zero; not rounded if `decimals` is negative.
 inline float roundedLoudness(float loudness, int decimals) {

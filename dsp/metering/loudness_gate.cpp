@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "dsp/metering/loudness.hpp"
 #include "foundation/numbers.hpp"
 
 namespace vanta {
@@ -14,12 +13,22 @@ constexpr double kStrideSeconds = 0.1;
 constexpr float kLowest = -70.0f;
 constexpr float kBinsPerLu = 100.0f;
 
-int binOf(float loudness) { return static_cast<int>(std::floor((loudness - kLowest) * kBinsPerLu)); }
-double binLevel(int index) { return index * 0.01 + static_cast<double>(kLowest); }
+constexpr double kRelativeGate = -10.0;  ///< LU, of the gated mean
+constexpr double kRangeGate = -20.0;     ///< LU, of the range
+
+int binOf(float loudness) {
+    const float bin = std::floor((loudness - kLowest) * kBinsPerLu);
+    return static_cast<int>(std::min(bin, static_cast<float>(LoudnessGate::kBins - 1)));
+}
+double binLevel(int index) {
+    return index * 0.01 + static_cast<double>(kLowest);
+}
 
 }  // namespace
 
-LoudnessGate::LoudnessGate(int strideCount) : blocks(strideCount), bins(kBins) { reset(44100.0); }
+LoudnessGate::LoudnessGate(int strideCount) : blocks(strideCount), bins(kBins) {
+    reset(44100.0);
+}
 
 void LoudnessGate::reset(double sampleRate) {
     size = std::max(samplesInSeconds(kStrideSeconds, sampleRate), 1);
@@ -43,7 +52,7 @@ void LoudnessGate::feed(const float* meanSquares, int count) {
 }
 
 void LoudnessGate::take(float meanSquare) {
-    const int bin = std::min(binOf(loudnessOf(meanSquare)), kBins - 1);
+    const int bin = binOf(loudnessOf(meanSquare));
     if (bin < 0) return;  // the absolute gate
     int node = kRoot;
     int span = kRoot;
@@ -91,6 +100,27 @@ LoudnessGate::Total LoudnessGate::query(double relativeThreshold) const {
     }
     if (node >= threshold && node >= 0) addBin(node, total);
     return total;
+}
+
+double LoudnessGate::gatedMeanSquare() const {
+    const auto [sum, count] = query(kRelativeGate);
+    return sum / std::max(count, 1);
+}
+
+// From the level that 10 % of the values lie below to the one that 5 % lie above; ranks count from the top.
+LoudnessRange LoudnessGate::range() const {
+    const int count = query(kRangeGate).count;
+    if (count == 0) return {};
+    return {levelAtRank(static_cast<int>(9LL * count / 10)), levelAtRank(count / 20)};
+}
+
+void LoudnessGate::merge(const LoudnessGate& other) {
+    clearUpTo(kBins);
+    for (int i = 0; i < other.cleared; ++i) {
+        at(i).leafCount += other.at(i).leafCount;
+        at(i).subtreeCount += other.at(i).subtreeCount;
+        at(i).subtreeSum += other.at(i).subtreeSum;
+    }
 }
 
 float LoudnessGate::levelAtRank(int rank) const {

@@ -22,9 +22,7 @@ constexpr float kSideWeight = 1.41f;
 constexpr int kSideFrom = 60;
 constexpr int kSideTo = 120;
 
-constexpr double kRelativeGate = -10.0;  ///< LU, of the Integrated loudness
-constexpr double kRangeGate = -20.0;     ///< LU, of the range
-constexpr float kSound = 1e-12f;         ///< the mean square that begins a measurement
+constexpr float kSound = 1e-12f;  ///< the mean square that begins a measurement
 constexpr double kPeakSeconds = 2.0;
 constexpr int kPeakMs = 2000;
 constexpr int kStaleMs = 100;
@@ -53,8 +51,8 @@ LoudnessMeter::ChannelFilter::ChannelFilter(wave::Environment& owner)
     threeSeconds.window.parameter().setValue(kShortTermMs, 0.0f);
 }
 
-void LoudnessMeter::ChannelFilter::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>*, int samples,
-                                           int) {
+void LoudnessMeter::ChannelFilter::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>*,
+                                           int samples, int) {
     fourHundredMs.pull(samples);
     publish(fourHundredMs);
 }
@@ -101,7 +99,9 @@ void LoudnessMeter::propertyChanged(AbstractProperty& property) {
     if (&property == &enabled) measuring.store(enabled, std::memory_order_relaxed);
 }
 
-void LoudnessMeter::reset() { clear(); }
+void LoudnessMeter::reset() {
+    clear();
+}
 
 void LoudnessMeter::clear() {
     const double rate = environment().sampleRate();
@@ -156,15 +156,11 @@ float LoudnessMeter::rounded(double meanSquare) const {
 }
 
 void LoudnessMeter::updateIntegrated() {
-    const auto [sum, count] = gateMomentary.query(kRelativeGate);
-    sources[IntegratedSource]->set(LevelSource::Current, rounded(sum / std::max(count, 1)));
+    sources[IntegratedSource]->set(LevelSource::Current, rounded(gateMomentary.gatedMeanSquare()));
 }
 
-// The levels that 10 % and 95 % of the programme exceed, EBU Tech 3342.
 void LoudnessMeter::updateRange() {
-    const int count = gateShortTerm.query(kRangeGate).count;
-    const float high = count ? gateShortTerm.levelAtRank(count / 20) : kNoLoudness;
-    const float low = count ? gateShortTerm.levelAtRank(9 * count / 10) : kNoLoudness;
+    const auto [low, high] = gateShortTerm.range();
     sources[IntegratedSource]->set(LevelSource::Range, high - low);
     sources[IntegratedSource]->set(LevelSource::RangeLow, low);
 }
@@ -217,7 +213,8 @@ float LoudnessMeter::LoudnessSource::value(Info info) {
     const float blockMs = 2000.0f * static_cast<float>(meter.environment().hostBlockSamples()) /
                           meter.environment().sampleRate();
     const bool runs = static_cast<float>(elapsed) <= std::max(static_cast<float>(kStaleMs), blockMs);
-    if (index == IntegratedSource || info == Extreme || !meter.measuring.load(std::memory_order_relaxed) || runs) {
+    if (index == IntegratedSource || info == Extreme || !meter.measuring.load(std::memory_order_relaxed) ||
+        runs) {
         return get(info);
     }
     return runningDown(info, elapsed);

@@ -14,8 +14,8 @@
 
 namespace vanta {
 
-/// Loudness of the whole programme after ITU-R BS.1770-4 and EBU R128: Momentary, Short Term and Integrated, and
-/// the loudness range. All work runs on the audio thread, which is one thread; one other thread reads.
+/// Loudness of the whole programme after ITU-R BS.1770-4 and EBU R128: Momentary, Short Term and Integrated,
+/// and the loudness range. All work runs on the audio thread, which is one thread; one other thread reads.
 class LoudnessMeter final : public wave::Source, public PropertyOwner {
 public:
     static constexpr int kMaxChannels = 10;
@@ -28,12 +28,20 @@ public:
                            SteadyIntervalTimer::Clock clock = &SteadyIntervalTimer::monotonicMilliseconds);
     ~LoudnessMeter() override;
 
-    /// Set-up: enters a channel with the weight that its speaker's angle has. `typeWord` is that of the channel
-    /// layout: angle in bits 0 to 7, 0x400 for the right side, 0x1000 for LFE.
+    /// Set-up: enters a channel with the weight that its speaker's angle has. `typeWord` is that of the
+    /// channel layout: angle in bits 0 to 7, 0x400 for the right side, 0x1000 for LFE.
     void setChannel(int index, int typeWord, ChannelFilter& filter);
     LoudnessSource& source(SourceIndex index) { return *sources[index]; }
+    /// The weighted sum of the channels' mean squares over 400 ms and over 3 s, for whoever follows them to
+    /// the sample. To be pulled in the block in which they are read.
+    wave::Producer& momentaryPower() { return mixerMomentary; }
+    wave::Producer& shortTermPower() { return mixerShortTerm; }
+    /// What the measurement has gathered of them. On the thread that runs the blocks.
+    const LoudnessGate& momentaryGate() const { return gateMomentary; }
+    const LoudnessGate& shortTermGate() const { return gateShortTerm; }
 
-    /// Asks for a fresh measurement, which begins with the next block; readers see none until then. Any thread.
+    /// Asks for a fresh measurement, which begins with the next block; readers see none until then. Any
+    /// thread.
     void requestReset() { resetRequested.store(true, std::memory_order_release); }
     /// Starts over at once. Between blocks.
     void reset() override;
@@ -61,11 +69,11 @@ private:
     Mixer mixerShortTerm;
     std::vector<ChannelFilter*> filters;
     std::array<std::unique_ptr<LoudnessSource>, SourceCount> sources;
-    bool waiting = true;                        ///< for the first sound
-    std::atomic<bool> newData{false};           ///< a block was measured since the last read
+    bool waiting = true;               ///< for the first sound
+    std::atomic<bool> newData{false};  ///< a block was measured since the last read
     std::atomic<bool> resetRequested{false};
-    std::atomic<bool> measuring{true};          ///< `enabled`, for the reader
-    SteadyIntervalTimer timer;                  ///< the reader's
+    std::atomic<bool> measuring{true};  ///< `enabled`, for the reader
+    SteadyIntervalTimer timer;          ///< the reader's
 };
 
 /// Weights one channel and takes its sliding mean squares. Publishes that of 400 ms.
@@ -91,7 +99,8 @@ private:
 };
 
 /// What an interface reads of one time scale. Sources 0 and 1 give the current level, the highest of the last
-/// two seconds and the highest since the reset; source 2 gives the Integrated loudness, the range and its low end.
+/// two seconds and the highest since the reset; source 2 gives the Integrated loudness, the range and its low
+/// end.
 class LoudnessMeter::LoudnessSource final : public LevelSource {
 public:
     LoudnessSource(LoudnessMeter& owner, int sourceIndex);

@@ -14,20 +14,28 @@ constexpr float kBudgetRate = 96000.0f;
 constexpr float kHighestRate = 768000.0f;
 constexpr int kMaxFrames = 4096;
 
-LockFreeFifo::Item itemOf(int frame) { return LockFreeFifo::Item::of(frame, 0.0f); }
+LockFreeFifo::Item itemOf(int frame) {
+    return LockFreeFifo::Item::of(frame, 0.0f);
+}
 
 }  // namespace
 
 RealTimeAudioBuffer::Measurement::Measurement(RealTimeAudioBuffer& bufferOwner, int list, int channels)
-    : enabled(this, true), owner(bufferOwner), index(list), inputs(static_cast<std::size_t>(channels), nullptr) {}
+    : enabled(this, true),
+      owner(bufferOwner),
+      index(list),
+      inputs(static_cast<std::size_t>(channels), nullptr) {}
 
 const float* RealTimeAudioBuffer::Measurement::block(int frame, int channel) const {
     if (frame < 0 || frame >= frameCount()) return nullptr;
     const int held = owner.held[static_cast<std::size_t>(frame)];
-    return owner.frames[static_cast<std::size_t>(held)].get() + (owner.channels * index + channel) * kBlockLength;
+    return owner.frames[static_cast<std::size_t>(held)].get() +
+           (owner.channels * index + channel) * kBlockLength;
 }
 
-void RealTimeAudioBuffer::Measurement::propertyChanged(AbstractProperty&) { owner.updateSchedule(); }
+void RealTimeAudioBuffer::Measurement::propertyChanged(AbstractProperty&) {
+    owner.updateSchedule();
+}
 
 RealTimeAudioBuffer::RealTimeAudioBuffer(wave::Environment& owner, int channelCount)
     : Producer(owner, wave::OwnBlock::No),
@@ -58,7 +66,8 @@ int RealTimeAudioBuffer::framesWanted() const {
 void RealTimeAudioBuffer::fillPool() {
     const auto wanted = static_cast<std::size_t>(framesWanted());
     while (frames.size() < wanted) {
-        frames.push_back(std::make_unique<float[]>(static_cast<std::size_t>(kListCount * channels * kBlockLength)));
+        frames.push_back(
+            std::make_unique<float[]>(static_cast<std::size_t>(kListCount * channels * kBlockLength)));
         freeFrames.push(itemOf(static_cast<int>(frames.size()) - 1));
     }
 }
@@ -73,7 +82,8 @@ void RealTimeAudioBuffer::reset() {
 }
 
 void RealTimeAudioBuffer::updateSchedule() {
-    setActive(std::any_of(measurements.begin(), measurements.end(), [](const auto& m) { return m->enabled.value(); }));
+    setActive(std::any_of(measurements.begin(), measurements.end(),
+                          [](const auto& m) { return m->enabled.value(); }));
 }
 
 void RealTimeAudioBuffer::collectInputs(int samples) {
@@ -101,7 +111,8 @@ bool RealTimeAudioBuffer::takeFrame() {
 void RealTimeAudioBuffer::copyInputs(int from, int count) {
     float* frame = frames[static_cast<std::size_t>(currentFrame)].get() + fillPosition;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
-        std::memcpy(frame + i * kBlockLength, inputs[i] + from, static_cast<std::size_t>(count) * sizeof(float));
+        std::memcpy(frame + i * kBlockLength, inputs[i] + from,
+                    static_cast<std::size_t>(count) * sizeof(float));
     }
 }
 

@@ -13,8 +13,8 @@
 namespace vanta {
 
 /// Carries whole streams from the audio thread to a display without a lock in the audio path: frames of 256
-/// samples go from a pool through a queue to the reader and back. A reader that is too slow stops the recording
-/// until it comes by, and what was pending is dropped, so that it always gets one unbroken stretch.
+/// samples go from a pool through a queue to the reader and back. A reader that is too slow stops the
+/// recording until it comes by, and what was pending is dropped, so that it always gets one unbroken stretch.
 ///
 /// One audio thread, one reader.
 class RealTimeAudioBuffer final : public wave::Producer {

@@ -6,10 +6,19 @@ namespace vanta {
 
 namespace {
 
-/// Larger than anything that a processor sends; a count beyond it is no count.
-constexpr int kMaxValues = 1 << 22;
+// Larger than anything that a processor sends; a count beyond it is no count.
+constexpr int kMostChannels = 64;
+constexpr int kLongestBlock = 1 << 16;
+constexpr int kMostValues = 1 << 22;
 
-bool plausible(int count) { return count >= 0 && count <= kMaxValues; }
+bool isWithin(int count, int most) {
+    return count >= 0 && count <= most;
+}
+
+/// Everything that follows in a record that makes no sense makes none either.
+void refuse(BinaryDataReader& reader) {
+    reader.stream().setstate(std::ios::failbit);
+}
 
 void readInto(BinaryDataReader& reader, std::span<float> values) {
     for (float& value : values) value = reader.readFloat();
@@ -35,38 +44,46 @@ void LevelSourceProxy::apply(std::uint8_t command, LevelSource& source) {
 
 const float* AudioSourceProxy::block(int frame, int channel) const {
     if (frame < 0 || frame >= frames) return nullptr;
-    return samples.data() + static_cast<std::size_t>((channels * frame + channel) * length);
+    return samples.data() + placeOf(frame, channel);
+}
+
+std::size_t AudioSourceProxy::placeOf(int frame, int channel) const {
+    return static_cast<std::size_t>(channels * frame + channel) * static_cast<std::size_t>(length);
 }
 
 void AudioSourceProxy::read(BinaryDataReader& reader) {
     const int newChannels = reader.readInt();
     const int received = reader.readInt();
     const int newLength = reader.readInt();
-    if (reader.failed() || !plausible(newChannels) || !plausible(received) || !plausible(newLength)) return;
+    if (reader.failed()) return;
+    const bool plausible = isWithin(newChannels, kMostChannels) && isWithin(newLength, kLongestBlock) &&
+                           isWithin(received, kMostValues);
+    const long long count = plausible ? static_cast<long long>(received) * newChannels * newLength : -1;
+    if (count < 0 || count > kMostValues) return refuse(reader);
     if (newChannels != channels || newLength != length) {
         channels = newChannels;
         length = newLength;
         frames = 0;
     }
+    if (count == 0) return;
     if (static_cast<long long>(frames + received) * length > kMaxSamples) frames = 0;
-    const auto frameSize = static_cast<std::size_t>(channels) * static_cast<std::size_t>(length);
-    const std::size_t from = static_cast<std::size_t>(frames) * frameSize;
-    const std::size_t count = static_cast<std::size_t>(received) * frameSize;
-    if (count > static_cast<std::size_t>(kMaxValues)) return;
-    if (samples.size() < from + count) samples.resize(from + count);
-    readInto(reader, std::span(samples).subspan(from, count));
-    frames += received;
+    const std::size_t from = placeOf(frames, 0);
+    const auto size = static_cast<std::size_t>(count);
+    if (samples.size() < from + size) samples.resize(from + size);
+    readInto(reader, std::span(samples).subspan(from, size));
+    if (!reader.failed()) frames += received;
 }
 
 void SpectrumSourceProxy::read(BinaryDataReader& reader) {
     const int newCount = reader.readInt();
     const int size = reader.readInt();
-    if (reader.failed() || size <= 0 || !plausible(size)) return;
+    if (reader.failed()) return;
     count = newCount;
-    const auto length = static_cast<std::size_t>(size);
-    scratch.resize(length);
+    if (size <= 0) return;
+    if (size > kMostValues) return refuse(reader);
+    scratch.resize(static_cast<std::size_t>(size));
     readInto(reader, scratch);
-    if (values.size() == length && !consumed) {
+    if (values.size() == scratch.size() && !consumed) {
         std::transform(values.begin(), values.end(), scratch.begin(), values.begin(),
                        [](float a, float b) { return std::max(a, b); });
     } else {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -47,9 +48,12 @@ public:
     int frameCount() const override { return frames; }
     int channelCount() const override { return channels; }
 
+    /// Frames behind those that are held. A record that cannot be one fails the reader.
     void read(BinaryDataReader& reader);
 
 private:
+    std::size_t placeOf(int frame, int channel) const;
+
     int length = 0;
     int frames = 0;
     int channels = 0;

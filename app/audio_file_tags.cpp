@@ -16,7 +16,8 @@ void copyTexts(SNDFILE* from, SNDFILE* to) {
 }
 
 void copyBroadcastExtension(SNDFILE* from, SNDFILE* to) {
-    SF_BROADCAST_INFO_VAR(16384) info;
+    // libsndfile refuses coding histories of 16 KiB and more.
+    SF_BROADCAST_INFO_VAR(16000) info;
     std::memset(&info, 0, sizeof info);
     if (sf_command(from, SFC_GET_BROADCAST_INFO, &info, sizeof info) != SF_TRUE) return;
     // "Not measured" in EBU Tech 3285 version 2.

@@ -3,15 +3,20 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
-#include <filesystem>
+#include <limits>
+#include <memory>
 #include <new>
 
 #include "app/failure.hpp"
+#include "app/help_format.hpp"
 #include "app/listings.hpp"
 #include "app/near_miss.hpp"
 #include "app/parameter_options.hpp"
 #include "app/render_command.hpp"
+#include "plugin/parameters/number_text.hpp"
 
 namespace vanta {
 
@@ -20,21 +25,33 @@ namespace {
 constexpr double kLongestTail = 3600.0;  // seconds
 const char* const kFile = "File";
 
-constexpr const char* kOverview = R"(Vanta 2, a mastering limiter.
+constexpr const char* kOverview = R"(Vanta 2, a mastering limiter for audio files.
 
   vanta render mix.wav master.wav --gain 6 --output-level -1
-)";
+
+'vanta COMMAND --help' tells more of a command.)";
 
 constexpr const char* kRenderText = R"(Limits audio files.
 
-The output has the input's length and stands in time with it to the sample. Sample rate, file type and
-word length stay those of the input unless told otherwise; a type also follows from the output's extension.)";
+The output has the input's length and is aligned with it to the sample. It keeps sample rate, file
+type and word length unless told otherwise; the output's extension chooses a type, too.)";
 
 constexpr const char* kRenderExamples = R"(Examples:
   vanta render mix.wav master.wav --gain 6 --output-level -1
   vanta render mix.wav cd.wav --style Transparent --gain 4 --subtype pcm_16 --dither 16
   vanta render stems/*.wav --out-dir limited --style Bus --oversampling 4x
   vanta render mix.wav master.wav --preset Loud.qmp --set "Channel Link Transients=80%")";
+
+/// Takes numbers within a range, limits included.
+CLI::Validator within(double low, double high) {
+    const auto check = [=](const std::string& text) -> std::string {
+        const auto number = readNumber(text);
+        const bool whole = number && number->length == text.size();
+        if (whole && number->value >= low && number->value <= high) return {};
+        return fmt::format("'{}' is no number from {} to {}", text, low, high);
+    };
+    return {check, "NUMBER"};
+}
 
 void addFileOptions(CLI::App& render, RenderCommand& command) {
     render.add_option("files", command.files, "inputs, then the output or a folder")->type_name("IN... OUT");
@@ -48,11 +65,12 @@ void addFileOptions(CLI::App& render, RenderCommand& command) {
         "clipped; else such a result goes to float");
     add("--layout", command.layout, "NAME", "channel layout, where the file leaves it open; 'vanta layouts'");
     add("--tail", command.tailSeconds, "SECONDS", "go on for so long behind the end of the input")
-        ->check(CLI::Range(0.0, kLongestTail));
+        ->check(within(0.0, kLongestTail));
     add("--block", command.blockSamples, "N", "samples a block, 1 to 8192; default 512")
-        ->check(CLI::Range(1, kLargestBlock));
+        ->check(within(1, kLargestBlock));
     add("--seed", command.ditherSeed, "N",
-        "start of the dither's noise: equal seeds give equal files; default 1");
+        "start of the dither's noise: equal seeds give equal files; default 1")
+        ->check(within(0, std::numeric_limits<std::uint32_t>::max()));
     render.add_flag("--force", command.replace, "replace an output that exists")->group(kFile);
     render.add_flag("--quiet", command.quiet, "print warnings and errors only")->group(kFile);
 }
@@ -88,20 +106,19 @@ struct Commands {
         app.name("vanta");
         app.description(kOverview);
         app.require_subcommand(1);
-        app.set_version_flag("--version", "vanta " VANTA_VERSION);
-        render = app.add_subcommand("render", "limit audio files");
-        render->description(kRenderText);
+        app.set_version_flag("--version", "vanta " VANTA_VERSION, "print the version");
+        render = app.add_subcommand("render", kRenderText);
         render->footer(kRenderExamples);
-        addFileOptions(*render, command);
         addSettings(*render, command);
-        styles = app.add_subcommand("styles", "list the limiting styles");
-        params = app.add_subcommand("params", "list all parameters with ranges and defaults");
+        addFileOptions(*render, command);
+        styles = app.add_subcommand("styles", "Lists the limiting styles.");
+        params = app.add_subcommand("params", "Lists all parameters with ranges and defaults.");
         params->add_flag("--long", withHelp, "say in full what each is for");
-        formats = app.add_subcommand("formats", "list the file types that can be written");
-        layouts = app.add_subcommand("layouts", "list the channel layouts");
+        formats = app.add_subcommand("formats", "Lists the file types that can be written.");
+        layouts = app.add_subcommand("layouts", "Lists the channel layouts.");
         for (CLI::App* part : {&app, render, styles, params, formats, layouts}) {
-            part->get_formatter()->column_width(34);
-            part->option_defaults()->always_capture_default(false);
+            part->formatter(format);
+            part->set_help_flag("--help", "print this text")->group(part == render ? kFile : "Options");
         }
     }
 
@@ -123,6 +140,7 @@ struct Commands {
     }
 
     CLI::App app;
+    std::shared_ptr<HelpFormat> format = std::make_shared<HelpFormat>();
     CLI::App* render = nullptr;
     CLI::App* styles = nullptr;
     CLI::App* params = nullptr;
@@ -136,9 +154,16 @@ struct Commands {
 std::string usageText(const Commands& commands, const CLI::ParseError& error,
                       const std::vector<std::string>& arguments) {
     if (arguments.empty()) return "a command is needed; see 'vanta --help'";
-    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError)) return error.what();
+    const std::string text = error.what();
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch)) {
+        return text.substr(0, text.find(':')) + " needs one value";
+    }
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ConversionError)) {
+        return text.substr(std::min(text.size(), text.find("--"))) + " is no whole number";
+    }
+    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError)) return text;
     const auto extras = commands.app.remaining(true);
-    if (extras.empty()) return error.what();
+    if (extras.empty()) return text;
     const std::string& extra = extras.front();
     if (!extra.starts_with('-')) return fmt::format("'{}' was not expected", extra);
     const bool inRender = commands.render->parsed();

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <vector>
 
 #include "app/failure.hpp"
@@ -26,6 +27,8 @@ constexpr std::array<FileType, 9> kTypes{{
     {"au", SF_FORMAT_AU, "au snd", "Sun/NeXT AU", SpeakerOrder::Wave, false},
 }};
 
+// libsndfile 1.2.0 writes Apple Lossless of more than 16 bits beyond its buffer when a block of stereo does
+// not compress well: such files are read, and written as plain integers.
 constexpr std::array<FileSubtype, 15> kSubtypes{{
     {"pcm_u8", SF_FORMAT_PCM_U8, FileSubtype::Integer, 8, "8-bit integer, unsigned"},
     {"pcm_s8", SF_FORMAT_PCM_S8, FileSubtype::Integer, 8, "8-bit integer"},
@@ -35,9 +38,9 @@ constexpr std::array<FileSubtype, 15> kSubtypes{{
     {"float", SF_FORMAT_FLOAT, FileSubtype::Float, 32, "32-bit floating point"},
     {"double", SF_FORMAT_DOUBLE, FileSubtype::Float, 64, "64-bit floating point"},
     {"alac_16", SF_FORMAT_ALAC_16, FileSubtype::Integer, 16, "16-bit Apple Lossless"},
-    {"alac_20", SF_FORMAT_ALAC_20, FileSubtype::Integer, 20, "20-bit Apple Lossless"},
-    {"alac_24", SF_FORMAT_ALAC_24, FileSubtype::Integer, 24, "24-bit Apple Lossless"},
-    {"alac_32", SF_FORMAT_ALAC_32, FileSubtype::Integer, 32, "32-bit Apple Lossless"},
+    {"alac_20", SF_FORMAT_ALAC_20, FileSubtype::Integer, 20, "20-bit Apple Lossless", false},
+    {"alac_24", SF_FORMAT_ALAC_24, FileSubtype::Integer, 24, "24-bit Apple Lossless", false},
+    {"alac_32", SF_FORMAT_ALAC_32, FileSubtype::Integer, 32, "32-bit Apple Lossless", false},
     {"ulaw", SF_FORMAT_ULAW, FileSubtype::Companded, 14, "G.711 mu-law"},
     {"alaw", SF_FORMAT_ALAW, FileSubtype::Companded, 13, "G.711 A-law"},
     {"vorbis", SF_FORMAT_VORBIS, FileSubtype::Lossy, 0, "Vorbis"},
@@ -112,7 +115,7 @@ int chooseSubtype(const StreamShape& source, const FileType& type, const std::fi
     const bool opusFile = equalsIgnoringCase(path.extension().string(), ".opus");
     if (opusFile && type.format == SF_FORMAT_OGG) return SF_FORMAT_OPUS;
     const FileSubtype* own = fileSubtypeOf(source.format);
-    if (own && canHold(type.format | own->format, source)) return own->format;
+    if (own && own->written && canHold(type.format | own->format, source)) return own->format;
     for (const int subtype : substitutes(own)) {
         if (canHold(type.format | subtype, source)) return subtype;
     }
@@ -135,8 +138,10 @@ std::span<const FileType> fileTypes() {
     return kTypes;
 }
 
-std::span<const FileSubtype> fileSubtypes() {
-    return kSubtypes;
+std::vector<FileSubtype> fileSubtypes() {
+    std::vector<FileSubtype> result;
+    std::ranges::copy_if(kSubtypes, std::back_inserter(result), &FileSubtype::written);
+    return result;
 }
 
 const FileType* findFileType(std::string_view name) {
@@ -144,7 +149,8 @@ const FileType* findFileType(std::string_view name) {
 }
 
 const FileSubtype* findFileSubtype(std::string_view name) {
-    return findByName(kSubtypes, name);
+    const FileSubtype* found = findByName(kSubtypes, name);
+    return found && found->written ? found : nullptr;
 }
 
 const FileType* fileTypeOf(int format) {

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vanta {
 
@@ -25,22 +26,24 @@ struct FileType {
     bool has32BitSizes;  ///< cannot grow beyond 4 GiB
 };
 
-/// A kind of sample that can be written.
+/// A kind of sample.
 struct FileSubtype {
     std::string_view name;
     int format;  ///< libsndfile's subtype
     enum Kind { Integer, Float, Companded, Lossy } kind;
     int bits;  ///< that a sample takes, or for Companded is worth; 0 for Lossy
     std::string_view description;
+    bool written = true;  ///< false: only read
 
     /// Whether a sample beyond full scale cannot be written.
     bool isLimited() const { return kind == Integer || kind == Companded; }
 };
 
 std::span<const FileType> fileTypes();
-std::span<const FileSubtype> fileSubtypes();
+/// Those that can be written.
+std::vector<FileSubtype> fileSubtypes();
 
-/// Null if there is none. Without regard to case.
+/// By name, without regard to case. Null if there is none that can be written.
 const FileType* findFileType(std::string_view name);
 const FileSubtype* findFileSubtype(std::string_view name);
 /// Of a libsndfile format; null for those that are only read.

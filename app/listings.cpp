@@ -4,7 +4,6 @@
 #include <fmt/ranges.h>
 #include <sndfile.h>
 
-#include <algorithm>
 #include <array>
 #include <string_view>
 #include <vector>
@@ -12,13 +11,12 @@
 #include "app/channel_mapping.hpp"
 #include "app/file_format.hpp"
 #include "app/parameter_text.hpp"
+#include "app/wrapped_text.hpp"
 #include "host/offline/limiter_settings.hpp"
 
 namespace vanta {
 
 namespace {
-
-constexpr std::size_t kLineWidth = 96;
 
 constexpr std::array<std::string_view, 8> kStyleNotes{
     "stays out of the way; for masters that should only get louder",
@@ -30,21 +28,6 @@ constexpr std::array<std::string_view, 8> kStyleNotes{
     "for groups and drums; slow, with audible glue",
     "distortion last of all; sets its look-ahead from Release",
 };
-
-/// Breaks a text at blanks, each line with `indent` blanks in front.
-std::string wrapped(std::string_view text, std::size_t indent) {
-    std::string result;
-    while (!text.empty()) {
-        std::size_t length = text.size();
-        if (length > kLineWidth - indent) {
-            const auto blank = text.rfind(' ', kLineWidth - indent);
-            length = blank == std::string_view::npos ? text.size() : blank;
-        }
-        result += fmt::format("{:{}}{}\n", "", indent, text.substr(0, length));
-        text.remove_prefix(std::min(text.size(), length + 1));
-    }
-    return result;
-}
 
 std::string firstSentence(const std::string& text) {
     const auto end = text.find(". ");
@@ -80,10 +63,10 @@ std::string styleList() {
 std::string parameterList(bool withHelp) {
     const LimiterSettings settings;
     std::string result =
-        fmt::format("{:>2}  {:<36}{:<14}{:<12}{}\n", "", "Name", "Default", "Automatable", "Values");
+        fmt::format("{:>2}  {:<36}{:<17}{:<13}{}\n", "", "Name", "Default", "Automatable", "Values");
     for (int i = 0; i < settings.parameterCount(); ++i) {
         const AbstractPluginParameter& parameter = *settings.parameterAt(i);
-        result += fmt::format("{:>2}  {:<36}{:<14}{:<12}{}\n", i, parameter.name(),
+        result += fmt::format("{:>2}  {:<36}{:<17}{:<13}{}\n", i, parameter.name(),
                               parameter.text(parameter.defaultValue()), parameter.automatable ? "yes" : "no",
                               rangeText(parameter));
         result += wrapped(withHelp ? parameter.helpText : firstSentence(parameter.helpText), 6);

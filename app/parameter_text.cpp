@@ -3,11 +3,13 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "app/failure.hpp"
 #include "app/near_miss.hpp"
 #include "plugin/parameters/indexed_parameter.hpp"
+#include "plugin/parameters/number_text.hpp"
 
 namespace vanta {
 
@@ -16,6 +18,12 @@ namespace {
 std::vector<std::string> labelsOf(const AbstractPluginParameter& parameter) {
     const auto* indexed = dynamic_cast<const IndexedParameter*>(&parameter);
     return indexed ? indexed->labels() : std::vector<std::string>();
+}
+
+/// A choice is named by its label or by its position, whole: its parser would take "3x" for position 3.
+bool isHalfRead(const AbstractPluginParameter& parameter, const std::string& text, float value) {
+    if (labelsOf(parameter).empty() || equalsIgnoringCase(parameter.text(value), text)) return false;
+    return !std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
 }
 
 std::string trimmed(std::string_view text) {
@@ -34,7 +42,7 @@ std::string rangeText(const AbstractPluginParameter& parameter) {
 
 void setByText(AbstractPluginParameter& parameter, const std::string& text, std::string_view asked) {
     float value = 0.0f;
-    if (!parameter.parseText(text, &value)) {
+    if (!parameter.parseText(text, &value) || isHalfRead(parameter, text, value)) {
         const auto labels = labelsOf(parameter);
         throw UsageError(fmt::format("{}: '{}' is no value of {}{}: it takes {}", asked, text,
                                      parameter.name(), suggestion(text, labels), rangeText(parameter)));

@@ -25,7 +25,7 @@ struct Route {
 };
 
 template <typename Entry>
-const Entry* chosen(const std::string& name, const Entry* found, std::span<const Entry> table,
+const Entry* chosen(const std::string& name, const Entry* found, const std::vector<Entry>& table,
                     std::string_view option) {
     if (found || name.empty()) return found;
     std::vector<std::string> names;
@@ -48,8 +48,10 @@ RenderOptions optionsOf(const RenderCommand& command) {
     RenderOptions options;
     options.sideChain = command.sideChain;
     options.layout = chosenLayout(command.layout);
-    options.format = {chosen(command.format, findFileType(command.format), fileTypes(), "--format"),
-                      chosen(command.subtype, findFileSubtype(command.subtype), fileSubtypes(), "--subtype")};
+    const std::vector<FileType> types(fileTypes().begin(), fileTypes().end());
+    options.format.type = chosen(command.format, findFileType(command.format), types, "--format");
+    options.format.subtype =
+        chosen(command.subtype, findFileSubtype(command.subtype), fileSubtypes(), "--subtype");
     options.blockSamples = command.blockSamples;
     options.tailSeconds = command.tailSeconds;
     options.ditherSeed = command.ditherSeed;

@@ -13,7 +13,7 @@
 #include "app/failure.hpp"
 #include "app/help_format.hpp"
 #include "app/listings.hpp"
-#include "app/near_miss.hpp"
+#include "app/suggestion.hpp"
 #include "app/parameter_options.hpp"
 #include "app/render_command.hpp"
 #include "plugin/parameters/number_text.hpp"

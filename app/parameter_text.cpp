@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/failure.hpp"
-#include "app/near_miss.hpp"
+#include "app/suggestion.hpp"
 #include "plugin/parameters/indexed_parameter.hpp"
 #include "plugin/parameters/number_text.hpp"
 

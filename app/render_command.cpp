@@ -8,7 +8,7 @@
 #include "app/channel_mapping.hpp"
 #include "app/failure.hpp"
 #include "app/interrupt.hpp"
-#include "app/near_miss.hpp"
+#include "app/suggestion.hpp"
 #include "app/output_path.hpp"
 #include "app/parameter_text.hpp"
 #include "limiter/vanta_preset.hpp"

@@ -5,11 +5,17 @@
 #include <algorithm>
 #include <charconv>
 
-#include "limiter/styles/near_miss.hpp"
+#include "foundation/near_miss.hpp"
 #include "limiter/styles/style_check.hpp"
 
 namespace vanta {
 namespace {
+
+/// `; did you mean "Detector 1 Mode"?`, or nothing.
+std::string hint(std::string_view name, std::span<const std::string_view> candidates) {
+    const std::string_view meant = nearMiss(name, candidates);
+    return meant.empty() ? std::string{} : fmt::format("; did you mean \"{}\"?", meant);
+}
 
 using Names = std::vector<std::string_view>;
 
@@ -102,7 +108,7 @@ void StyleParser::parseValue(std::string_view name, std::string_view text) {
     const std::optional<int> position = layout.findParameter(name);
     if (!position) {
         fault(line, fmt::format("unknown parameter \"{}\"{}", name,
-                                nearMissHint(name, namesOf(layout.parameters()))));
+                                hint(name, namesOf(layout.parameters()))));
         return;
     }
     const auto index = static_cast<std::size_t>(*position);
@@ -123,7 +129,7 @@ std::optional<float> StyleParser::readValue(const EngineParameter& parameter, st
         if (found != parameter.labels.end()) return static_cast<float>(found - parameter.labels.begin());
         const Names labels(parameter.labels.begin(), parameter.labels.end());
         fault(line, fmt::format("{} is \"{}\", expected one of \"{}\"{}", parameter.name, text,
-                                fmt::join(labels, "\", \""), nearMissHint(text, labels)));
+                                fmt::join(labels, "\", \""), hint(text, labels)));
         return std::nullopt;
     }
     const ParameterDescription& limits = parameter.description;
@@ -193,7 +199,7 @@ void StyleParser::setSlotEnd(SlotField field, std::string_view name) {
     if (found == labels.end()) {
         const Names names(labels.begin(), labels.end());
         fault(line, fmt::format("unknown {} \"{}\"{}", field == SlotField::Source ? "source" : "target", name,
-                                nearMissHint(name, names)));
+                                hint(name, names)));
         return;
     }
     setSlot(field, static_cast<float>(found - labels.begin()));

@@ -1,10 +1,7 @@
-#include "app/near_miss.hpp"
-
-#include <fmt/format.h>
+#include "foundation/near_miss.hpp"
 
 #include <algorithm>
 #include <numeric>
-#include <vector>
 
 namespace vanta {
 
@@ -39,12 +36,12 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-std::string nearMiss(std::string_view text, std::span<const std::string> names) {
+std::string_view nearMiss(std::string_view text, std::span<const std::string_view> names) {
     const std::string typed = lowered(text);
     if (typed.empty()) return {};
     std::size_t nearest = 1 + typed.size() / 3;
-    std::string result;
-    for (const std::string& name : names) {
+    std::string_view result;
+    for (const std::string_view name : names) {
         const std::string known = lowered(name);
         const bool begun = typed.size() >= 2 && known.starts_with(typed);
         const std::size_t distance = begun ? 1 : editDistance(typed, known);
@@ -54,11 +51,6 @@ std::string nearMiss(std::string_view text, std::span<const std::string> names) 
         }
     }
     return result;
-}
-
-std::string suggestion(std::string_view text, std::span<const std::string> names) {
-    const std::string meant = nearMiss(text, names);
-    return meant.empty() ? std::string() : fmt::format(" (did you mean {}?)", meant);
 }
 
 }  // namespace vanta

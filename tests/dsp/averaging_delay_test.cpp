@@ -176,6 +176,19 @@ TEST(AveragingFilter, DoesNotDriftAndForgetsEverything) {
     EXPECT_EQ(tail.back(), 0.0f);
 }
 
+TEST(AveragingFilter, StaysTheMeanWhereTheSignalStandsStill) {
+    Signal in = test::whiteNoise(9, 4000);
+    for (const int start : {300, 700, 1500, 2600}) {
+        std::fill_n(in.begin() + start, start / 2, static_cast<float>(start));
+    }
+    std::fill_n(in.begin() + 2250, 350, 7.0f);  // from one plateau to the next
+    const std::vector<int> course(4000, 200);
+    for (const int block : {7, 50, 64, 500}) {
+        MeanRig rig(in);
+        expectNear(rig.run(windows(course), test::evenBlocks(4000, block)), meanOfEach(in, course), 1e-4);
+    }
+}
+
 TEST(AveragingFilter, StartsOverWhenItIsEnabledOrReset) {
     const Signal in(4000, 1.0f);
     MeanRig rig(in);

@@ -124,16 +124,17 @@ TEST(PeakHold, DrainsAHoldThatIsTurnedOff) {
 TEST(PeakHold, RestsWithItsInput) {
     Signal in = test::whiteNoise(2, 500);
     in.resize(2000, -0.25f);
-    Rig rig(in, test::ConstantFlag::WhereTrue);
-    rig.setHold(2);
-    const auto expected = slidingMaximum(in, std::vector<int>(2000, 96));
-    EXPECT_EQ(rig.run(test::evenBlocks(1000, 100)), Signal(expected.begin(), expected.begin() + 1000));
-    EXPECT_TRUE(rig.element.isConstant());
-    EXPECT_EQ(rig.run(test::evenBlocks(1000, 100)), Signal(expected.begin() + 1000, expected.end()));
-    // The plateau that was passed over at rest is still held when it ends.
-    const Signal after = rig.run({200});
-    EXPECT_EQ(after[95], 0.25f);
-    EXPECT_EQ(after[96], 0.0f);
+    for (int hold = 90; hold < 110; ++hold) {
+        Rig rig(in, test::ConstantFlag::WhereTrue);
+        rig.setHold(static_cast<float>(hold + 0.5) / kRate * 1000);
+        const auto expected = slidingMaximum(in, std::vector<int>(2000, hold));
+        EXPECT_EQ(rig.run(test::evenBlocks(2000, 50)), expected);
+        EXPECT_TRUE(rig.element.isConstant());
+        // The plateau that was passed over at rest is still held when it ends.
+        const Signal after = rig.run({200});
+        EXPECT_EQ(after[static_cast<std::size_t>(hold) - 1], 0.25f);
+        EXPECT_EQ(after[static_cast<std::size_t>(hold)], 0.0f);
+    }
 }
 
 TEST(PeakHold, StartsAfreshAfterAResetAndAtAnotherRate) {

@@ -58,7 +58,7 @@ private:
     std::vector<int> table;
     int parameters;
     int extraTargets;
-    bool isSaved = false;
+    bool isSaved = true;  ///< an empty map needs no file
 };
 
 /// Assigns the next controller that is moved to a chosen target. The interface's thread.

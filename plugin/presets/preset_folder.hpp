@@ -35,7 +35,7 @@ public:
     /// directory is visited once, whatever the links. What cannot be read is empty.
     void scan(const std::string& folderPath, int timeBudgetMs);
     /// The same with a clock of the caller's.
-    void scan(const std::string& folderPath, PresetScan& scan);
+    void scan(const std::string& folderPath, PresetScan& walk);
 
     bool isEmpty() const { return folders.empty() && entries.empty(); }
 
@@ -51,8 +51,7 @@ protected:
     explicit PresetFolder(std::string fileExtension) : extension(std::move(fileExtension)) {}
 
 private:
-    void list(PresetScan& scan);
-    void listFolders(PresetScan& scan);
+    void listFolders(PresetScan& walk);
     void listEntries();
 };
 

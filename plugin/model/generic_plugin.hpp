@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "plugin/channel_layout.hpp"
 #include "plugin/generic_plugin_base.hpp"
 #include "plugin/metering/level_source_proxies.hpp"
 #include "plugin/midi/midi_decoder.hpp"
@@ -42,6 +43,7 @@ public:
 
     class Adapter;
     class Listener;
+    class ListenerCall;
 
     /// What `Listener::onEvent` tells of, and its value.
     enum Event : int {
@@ -175,8 +177,6 @@ protected:
     InterfaceSizes sizes() const { return settings_ ? settings_->sizes() : interfaceSizes(); }
 
 private:
-    class ListenerCall;
-
     void joinProcess();
     void leaveProcess();
     void buildSources();
@@ -188,8 +188,9 @@ private:
     void onControllersChanged(void*);
     void onQueuedEvent(void*);
     void programRequested(int bank, int program);
-    /// Whether adapter calls are to be made now; else `kind` is posted.
-    bool callNow(ModelEventQueue::Kind kind, int value);
+    /// On the owner thread at once, else by the queue.
+    void tellAdapter(ModelEventQueue::Kind kind, int value);
+    void perform(int kind, int value);
 
     Adapter* adapter_ = nullptr;
     std::unique_ptr<ModelEventQueue> eventQueue_;
@@ -244,6 +245,26 @@ public:
     /// The lock of the interface, which is held while the proxies take new levels over.
     virtual void lockInterface() {}
     virtual void unlockInterface() {}
+};
+
+/// Counts a call into the listener, which `setListener` waits for. The calls of one thread are chained, so
+/// that a listener that goes away within its own call does not wait for itself.
+class GenericPlugin::ListenerCall {
+public:
+    explicit ListenerCall(GenericPlugin& owner);
+    ~ListenerCall();
+    ListenerCall(const ListenerCall&) = delete;
+    ListenerCall& operator=(const ListenerCall&) = delete;
+
+    /// Null if there is none.
+    Listener* listener() const { return present; }
+    /// How many calls into the model's listener the calling thread is in.
+    static int onThisThread(const GenericPlugin& plugin);
+
+private:
+    GenericPlugin& model;
+    ListenerCall* outer;
+    Listener* present;
 };
 
 }  // namespace vanta

@@ -14,6 +14,7 @@ void ModelEventQueue::post(int postedKind, int postedValue) {
         case Program: programs_.push({static_cast<std::uint32_t>(postedValue), 0}); break;
         case Parameter: postParameter(postedValue); break;
         case LearnedController: learnedController_.store(postedValue); break;
+        case PresetName: presetName_.store(true); break;
         default: break;
     }
 }
@@ -41,6 +42,7 @@ int ModelEventQueue::deliver() {
     const int before = delivered_;
     if (latency_.exchange(false)) raise(Latency, 0);
     deliverParameters();
+    if (presetName_.exchange(false)) raise(PresetName, 0);
     const int controller = learnedController_.exchange(kNoController);
     if (controller != kNoController) raise(LearnedController, controller);
     deliverPrograms();

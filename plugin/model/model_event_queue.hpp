@@ -17,6 +17,7 @@ public:
         Program,            ///< value: bank << 8 | program
         Parameter,          ///< value: index, kAll or kAllWithReset
         LearnedController,  ///< value: its number
+        PresetName,         ///< to be told
     };
     static constexpr int kAll = -1;
     static constexpr int kAllWithReset = -2;
@@ -40,6 +41,7 @@ private:
     AtomicBitSet parameters_;
     std::atomic<int> fullUpdate_{None};
     std::atomic<bool> latency_{false};
+    std::atomic<bool> presetName_{false};
     std::atomic<int> learnedController_{kNoController};
     LockFreeFifo programs_;
     int delivered_ = 0;

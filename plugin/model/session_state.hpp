@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace vanta {
+
+class GenericPlugin;
+
+/// What a host keeps of an instance with its session. All numbers are 4 bytes and little-endian:
+///
+///     "QMSt", version 1
+///     a record: count, then for each parameter a type (0 float, 1 index from 0 on) and its value;
+///               whether modified; the preset's name in 64 bytes, padded with zeros
+///     current compare slot, whether the slots are modified, whether they are filled
+///     a record for each of the two slots, if they are filled
+///
+/// Any thread.
+std::vector<std::byte> writeSessionState(GenericPlugin& plugin);
+
+/// Takes a state over. What later versions put behind it is passed over; a value that is missing or of
+/// another type leaves its parameter as it is, one that is no number sets its default. False if the bytes
+/// are no state or end early: then nothing changes. Any thread but the audio thread.
+bool readSessionState(GenericPlugin& plugin, std::span<const std::byte> bytes);
+
+}  // namespace vanta

@@ -49,6 +49,7 @@ AudioFileReader::AudioFileReader(const std::filesystem::path& audioPath) : path_
         throw failure(path_, "is cut off: it ends before the audio that its header promises");
     if (!file)
         throw failure(path_, fmt::format("is not an audio file that can be read: {}", sf_strerror(nullptr)));
+    if (info_.frames == SF_COUNT_MAX) throw failure(path_, "is cut off: its end is missing");
     if (info_.frames <= 0) throw failure(path_, "holds no audio");
     if (!info_.seekable) throw failure(path_, "cannot be read from its start again");
     fileChannel.resize(static_cast<std::size_t>(info_.channels));

@@ -13,9 +13,9 @@
 #include "app/failure.hpp"
 #include "app/help_format.hpp"
 #include "app/listings.hpp"
-#include "app/suggestion.hpp"
 #include "app/parameter_options.hpp"
 #include "app/render_command.hpp"
+#include "app/suggestion.hpp"
 #include "plugin/parameters/number_text.hpp"
 
 namespace vanta {

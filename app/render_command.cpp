@@ -8,9 +8,9 @@
 #include "app/channel_mapping.hpp"
 #include "app/failure.hpp"
 #include "app/interrupt.hpp"
-#include "app/suggestion.hpp"
 #include "app/output_path.hpp"
 #include "app/parameter_text.hpp"
+#include "app/suggestion.hpp"
 #include "limiter/vanta_preset.hpp"
 
 namespace vanta {

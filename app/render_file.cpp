@@ -216,7 +216,13 @@ private:
 
 std::string peakText(const StreamLevels& levels) {
     if (levels.peak <= kSilence) return "-INF dBFS";
-    return fmt::format("{:.2f} dBFS", dbFromGain(static_cast<double>(levels.peak)));
+    // Adding 0 takes the sign off a rounded zero.
+    const double db = std::round(100.0 * dbFromGain(static_cast<double>(levels.peak))) / 100.0 + 0.0;
+    return fmt::format("{:.2f} dBFS", db);
+}
+
+std::string speedText(double factor) {
+    return factor < 9.95 ? fmt::format("{:.1f}x", factor) : fmt::format("{:.0f}x", factor);
 }
 
 std::string roundingText(const FileReport& report, const LimiterSettings& settings) {
@@ -239,11 +245,11 @@ std::string summary(const FileReport& report, const LimiterSettings& settings) {
     const double length = static_cast<double>(result.outputFrames) / rate;
     return fmt::format(
         "{} -> {} ({}{}): {}, peak {} in, {} out, largest gain reduction {:.1f} dB, "
-        "latency {} samples ({:.1f} ms), {:.0f}x real time",
+        "latency {} samples ({:.1f} ms), {} real time",
         report.input.string(), report.output.string(), formatName(report.format),
         roundingText(report, settings), settings.style.text(settings.style.value()), peakText(result.input),
         peakText(result.output), result.largestReductionDb, result.latencySamples,
-        1000.0 * result.latencySamples / rate, length / std::max(result.seconds, 1e-6));
+        1000.0 * result.latencySamples / rate, speedText(length / std::max(result.seconds, 1e-6)));
 }
 
 }  // namespace vanta

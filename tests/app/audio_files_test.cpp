@@ -178,9 +178,11 @@ TEST(AudioFiles, TextsCuesAndBroadcastDataAreCarriedOverWithoutStaleLoudness) {
 TEST(AudioFiles, FilesThatEndBeforeTheirAudioAreFound) {
     const TempFolder folder;
     const Channels channels{test::whiteNoise(3, 30000, 0.5), test::whiteNoise(4, 30000, 0.5)};
-    for (const char* type : {"wav", "wavex", "rf64", "aiff", "caf", "flac"}) {
+    for (const char* type : {"wav", "wavex", "rf64", "w64", "aiff", "caf", "au", "flac", "ogg"}) {
         const auto whole = folder / type;
-        test::writeSound(whole, channels, findFileType(type)->format | SF_FORMAT_PCM_16, kRate);
+        const bool isOgg = std::string_view(type) == "ogg";
+        const int subtype = isOgg ? SF_FORMAT_VORBIS : SF_FORMAT_PCM_16;
+        test::writeSound(whole, channels, findFileType(type)->format | subtype, kRate);
         EXPECT_FALSE(isCutOff(whole)) << type;
         const std::string bytes = test::readBytes(whole);
         const auto cut = folder / (std::string(type) + ".cut");

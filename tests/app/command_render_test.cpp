@@ -41,7 +41,7 @@ TEST_F(CommandRender, OneLineTellsWhatWasDone) {
         run.out,
         ContainsRegex("^in.wav -> out.wav \\(wav pcm_24 without dither\\): Modern, "
                       "peak -6.02 dBFS in, -1.0[0-9] dBFS out, largest gain reduction "
-                      "(2.9|3.[0-2]) dB, latency [0-9]+ samples \\([0-9.]+ ms\\), [0-9]+x real time\n$"));
+                      "(2.9|3.[0-2]) dB, latency [0-9]+ samples \\([0-9.]+ ms\\), [0-9.]+x real time\n$"));
     EXPECT_EQ(run.err, "");
     const Sound out = readSound(folder / "out.wav");
     EXPECT_EQ(out.format, kWav | SF_FORMAT_PCM_24);

@@ -19,14 +19,14 @@ namespace vanta {
 namespace {
 
 constexpr std::array<std::string_view, 8> kStyleNotes{
-    "stays out of the way; for masters that should only get louder",
+    "keeps out of the way of the mix and its dynamics",
     "keeps the attack of drums in front",
-    "two stages: lets transients through, then catches them",
+    "brings transients forward, then catches them in a second stage",
     "a good start for any material",
-    "for the highest levels; clips the shortest peaks smoothly",
-    "two stages: loud, and cleaner than it should be",
-    "for groups and drums; slow, with audible glue",
-    "distortion last of all; sets its look-ahead from Release",
+    "for the highest levels, with smart clipping of the shortest peaks",
+    "loud and clean in two stages",
+    "for groups and drums, with audible glue",
+    "avoids distortion above all; Lookahead and Attack do nothing in it",
 };
 
 std::string firstSentence(const std::string& text) {

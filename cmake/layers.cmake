@@ -1,6 +1,6 @@
 # Who may include whom. A room sees itself and the rooms named behind it, nothing else: the build of
 # a room fails when one of its files includes what stands above it.
-set(VANTA_ROOMS foundation kernel wave dsp plugin styles limiter factory offline cli)
+set(VANTA_ROOMS foundation kernel wave dsp plugin styles limiter factory unified offline cli)
 
 set(VANTA_DIR_foundation foundation)
 set(VANTA_DIR_kernel     dsp/kernel)
@@ -10,6 +10,7 @@ set(VANTA_DIR_plugin     plugin)
 set(VANTA_DIR_styles     limiter/styles)
 set(VANTA_DIR_limiter    limiter)
 set(VANTA_DIR_factory    limiter/factory)
+set(VANTA_DIR_unified    host/unified)
 set(VANTA_DIR_offline    host/offline)
 set(VANTA_DIR_cli        app)
 
@@ -21,8 +22,9 @@ set(VANTA_SEES_plugin     foundation kernel wave)
 set(VANTA_SEES_styles     foundation)
 set(VANTA_SEES_limiter    foundation kernel wave dsp plugin styles)
 set(VANTA_SEES_factory    foundation plugin limiter)
-set(VANTA_SEES_offline    foundation kernel wave dsp plugin limiter)
-set(VANTA_SEES_cli        foundation wave dsp plugin limiter factory offline)
+set(VANTA_SEES_unified    foundation kernel wave dsp plugin limiter factory)
+set(VANTA_SEES_offline    foundation kernel wave dsp plugin limiter factory unified)
+set(VANTA_SEES_cli        foundation wave dsp plugin limiter factory unified offline)
 
 # vanta_room(NAME HEADERS h... SOURCES s... [LIBRARIES l...])
 # Makes the static library vanta_NAME from the current folder. LIBRARIES are further link targets

@@ -39,7 +39,9 @@ public:
 private:
     static constexpr int kWordBits = 64;
     static std::uint64_t mask(int bit) { return std::uint64_t{1} << (bit % kWordBits); }
-    std::atomic<std::uint64_t>& word(int bit) const { return bits_[static_cast<std::size_t>(bit / kWordBits)]; }
+    std::atomic<std::uint64_t>& word(int bit) const {
+        return bits_[static_cast<std::size_t>(bit / kWordBits)];
+    }
 
     std::size_t words_;
     std::unique_ptr<std::atomic<std::uint64_t>[]> bits_;

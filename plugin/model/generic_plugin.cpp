@@ -88,7 +88,8 @@ void GenericPlugin::leaveProcess() {
 }
 
 std::unique_ptr<PluginStatics> GenericPlugin::createStatics() {
-    return std::make_unique<PluginStatics>(Product{}, parameterCount(), static_cast<int>(extraTargets.size()));
+    return std::make_unique<PluginStatics>(Product{}, parameterCount(),
+                                           static_cast<int>(extraTargets.size()));
 }
 
 int GenericPlugin::instanceCount() {
@@ -100,7 +101,8 @@ InterfaceSize GenericPlugin::limitSize(InterfaceSize wanted) const {
     return sizes().limit(settings_->interfaceLayout, wanted);
 }
 
-bool GenericPlugin::curveData(int /*kind*/, std::span<const float> /*values*/, std::span<float> /*out*/) const {
+bool GenericPlugin::curveData(int /*kind*/, std::span<const float> /*values*/,
+                              std::span<float> /*out*/) const {
     return false;
 }
 
@@ -108,13 +110,19 @@ std::string GenericPlugin::defaultPresetName() const {
     return processingMode == 1 ? "Default Setting" : "Default Sound";
 }
 
-int GenericPlugin::interfaceWidth() const { return settings_->interfaceSize().width; }
+int GenericPlugin::interfaceWidth() const {
+    return settings_->interfaceSize().width;
+}
 
-int GenericPlugin::interfaceHeight() const { return settings_->interfaceSize().height; }
+int GenericPlugin::interfaceHeight() const {
+    return settings_->interfaceSize().height;
+}
 
 // Parameters
 
-void GenericPlugin::beginChange() { changeBlocks.fetch_add(1); }
+void GenericPlugin::beginChange() {
+    changeBlocks.fetch_add(1);
+}
 
 void GenericPlugin::endChange() {
     if (changeBlocks.fetch_sub(1) != 1) return;
@@ -164,22 +172,30 @@ void GenericPlugin::tellAdapter(ModelEventQueue::Kind kind, int value) {
     }
 }
 
-void GenericPlugin::onQueuedEvent(void*) { perform(eventQueue_->kind, eventQueue_->value); }
+void GenericPlugin::onQueuedEvent(void*) {
+    perform(eventQueue_->kind, eventQueue_->value);
+}
 
 void GenericPlugin::perform(int kind, int value) {
     switch (kind) {
-        case ModelEventQueue::Program: return programRequested(value >> 8, value & 0xFF);
-        case ModelEventQueue::LearnedController: return notifyListener(ControllerMoved, value);
-        default: break;
+        case ModelEventQueue::Program:
+            return programRequested(value >> 8, value & 0xFF);
+        case ModelEventQueue::LearnedController:
+            return notifyListener(ControllerMoved, value);
+        default:
+            break;
     }
     if (!adapter_) return;
     switch (kind) {
-        case ModelEventQueue::Latency: return adapter_->reportLatency();
-        case ModelEventQueue::PresetName: return adapter_->presetNameChanged();
+        case ModelEventQueue::Latency:
+            return adapter_->reportLatency();
+        case ModelEventQueue::PresetName:
+            return adapter_->presetNameChanged();
         case ModelEventQueue::Parameter:
             return adapter_->parameterUpdated(value < 0 ? kAllParameters : value,
                                               value == ModelEventQueue::kAllWithReset);
-        default: return;
+        default:
+            return;
     }
 }
 
@@ -209,7 +225,8 @@ void GenericPlugin::setListener(Listener* newListener) {
         }
         listener_.store(newListener);
     }
-    while (listenerCalls.load() > ListenerCall::onThisThread(*this)) std::this_thread::sleep_for(kListenerPoll);
+    while (listenerCalls.load() > ListenerCall::onThisThread(*this))
+        std::this_thread::sleep_for(kListenerPoll);
 }
 
 // What the interface does

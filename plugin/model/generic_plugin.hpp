@@ -154,7 +154,9 @@ public:
     virtual void readLevelData(BinaryDataReader& reader);
     AudioSourceProxy& audioSource(int index) { return *audioSources[static_cast<std::size_t>(index)]; }
     LevelSourceProxy& levelSource(int index) { return *levelSources[static_cast<std::size_t>(index)]; }
-    SpectrumSourceProxy& spectrumSource(int index) { return *spectrumSources[static_cast<std::size_t>(index)]; }
+    SpectrumSourceProxy& spectrumSource(int index) {
+        return *spectrumSources[static_cast<std::size_t>(index)];
+    }
     int levelSourceCount() const { return static_cast<int>(levelSources.size()); }
     /// Source `index` of every channel in one.
     CombinedLevelSource& combinedLevelSource(int index);

@@ -10,12 +10,23 @@ ModelEventQueue::ModelEventQueue(int parameterCount)
 
 void ModelEventQueue::post(int postedKind, int postedValue) {
     switch (postedKind) {
-        case Latency: latency_.store(true); break;
-        case Program: programs_.push({static_cast<std::uint32_t>(postedValue), 0}); break;
-        case Parameter: postParameter(postedValue); break;
-        case LearnedController: learnedController_.store(postedValue); break;
-        case PresetName: presetName_.store(true); break;
-        default: break;
+        case Latency:
+            latency_.store(true);
+            break;
+        case Program:
+            programs_.push({static_cast<std::uint32_t>(postedValue), 0});
+            break;
+        case Parameter:
+            postParameter(postedValue);
+            break;
+        case LearnedController:
+            learnedController_.store(postedValue);
+            break;
+        case PresetName:
+            presetName_.store(true);
+            break;
+        default:
+            break;
     }
 }
 

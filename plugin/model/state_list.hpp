@@ -14,8 +14,8 @@ class GenericPlugin;
 struct State {
     std::string name;  ///< a label for menus, mostly empty
     PresetState::Values preset;
-    int compareIndex = 0;        ///< the compare slot that was current
-    std::vector<float> values;   ///< of every parameter, in order; empty if nothing is stored
+    int compareIndex = 0;       ///< the compare slot that was current
+    std::vector<float> values;  ///< of every parameter, in order; empty if nothing is stored
     std::vector<std::uint8_t> extra;
 };
 

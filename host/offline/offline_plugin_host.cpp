@@ -1,0 +1,93 @@
+#include "host/offline/offline_plugin_host.hpp"
+
+#include "host/unified/host_position.hpp"
+#include "plugin/model/session_state.hpp"
+
+namespace vanta {
+namespace {
+
+// Nothing plays but the block: a host without a transport.
+constexpr float kTempo = 120.0f;
+
+}  // namespace
+
+/// Hands to this host what the plug-in reports.
+class OfflinePluginHost::Adapter final : public UnifiedPluginAdapter {
+public:
+    explicit Adapter(OfflinePluginHost& owner) : UnifiedPluginAdapter(RoundTrip::ByHost), host(owner) {}
+
+    void reportLatency() override {
+        host.latency_.store(model().latency());
+        host.latencyReports_.fetch_add(1);
+    }
+    void reportParameter(int index, float value) override { host.valueReported(index, value); }
+    void presetNameChanged() override { host.nameReports_.fetch_add(1); }
+
+private:
+    OfflinePluginHost& host;
+};
+
+OfflinePluginHost::OfflinePluginHost(ChannelLayout layout, float sampleRate, Answers when)
+    : answers(when), adapter_(std::make_unique<Adapter>(*this)) {
+    adapter_->create(layout);
+    positions = std::vector<std::atomic<double>>(static_cast<std::size_t>(model().parameterCount()));
+    for (int i = 0; i < model().parameterCount(); ++i) {
+        const AbstractPluginParameter& parameter = *model().parameterAt(i);
+        positions[static_cast<std::size_t>(i)].store(hostPosition(parameter, parameter.value()));
+    }
+    adapter_->setSampleRate(sampleRate);
+    latency_.store(model().latency());
+}
+
+OfflinePluginHost::~OfflinePluginHost() = default;
+
+void OfflinePluginHost::idle() {
+    std::vector<std::pair<int, double>> due;
+    {
+        const std::lock_guard held(answerMutex);
+        due.swap(dueAnswers);
+    }
+    for (const auto& [index, position] : due) adapter_->hostPositionChanged(index, position);
+    adapter_->pumpEvents();
+}
+
+void OfflinePluginHost::setPosition(int index, double position) {
+    positions[static_cast<std::size_t>(index)].store(position);
+    adapter_->hostPositionChanged(index, position);
+}
+
+void OfflinePluginHost::valueReported(int index, float value) {
+    const double told = hostPosition(*model().parameterAt(index), value);
+    if (positions[static_cast<std::size_t>(index)].exchange(told) != told) answer(index, told);
+}
+
+void OfflinePluginHost::answer(int index, double position) {
+    if (answers == Answers::AtOnce) return adapter_->hostPositionChanged(index, position);
+    const std::lock_guard held(answerMutex);
+    dueAnswers.emplace_back(index, position);
+}
+
+std::vector<std::byte> OfflinePluginHost::saveState() {
+    return writeSessionState(model());
+}
+
+bool OfflinePluginHost::loadState(std::span<const std::byte> bytes) {
+    return readSessionState(model(), bytes);
+}
+
+bool OfflinePluginHost::sendMidi(int offset, const MidiMessage& message) {
+    return adapter_->queueMidi(offset, message);
+}
+
+void OfflinePluginHost::automate(int index, double value) {
+    adapter_->hostValueChangedInBlock(index, value);
+}
+
+void OfflinePluginHost::process(std::span<const float* const> inputs, std::span<float* const> outputs,
+                                int samples) {
+    processor().updateTransport(kTempo, 0.0f);
+    processor().processBlock(inputs.data(), static_cast<int>(inputs.size()), outputs.data(),
+                             static_cast<int>(outputs.size()), samples);
+}
+
+}  // namespace vanta

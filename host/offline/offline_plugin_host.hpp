@@ -1,0 +1,84 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "host/unified/unified_plugin_adapter.hpp"
+#include "plugin/channel_layout.hpp"
+
+namespace vanta {
+
+/// A host in our own process, whole but for a window: it keeps a position from 0 to 1 for each parameter and
+/// gives every change back, whoever made it; it automates, plays MIDI, stores sessions and renders blocks.
+///
+/// Its constructing thread is its main thread. Another may be the audio thread.
+class OfflinePluginHost {
+public:
+    /// When the host gives a change back.
+    enum class Answers {
+        AtOnce,  ///< within the call that reports it
+        OnIdle,  ///< on the main thread, later
+    };
+
+    explicit OfflinePluginHost(ChannelLayout layout = kStereoLayout, float sampleRate = 44100.0f,
+                               Answers when = Answers::AtOnce);
+    ~OfflinePluginHost();
+    OfflinePluginHost(const OfflinePluginHost&) = delete;
+    OfflinePluginHost& operator=(const OfflinePluginHost&) = delete;
+
+    // Main thread.
+
+    /// What a main loop does between events of its own.
+    void idle();
+    /// Automation, a control surface, the host's own list of parameters.
+    void setPosition(int index, double position);
+    /// A whole state, as a session stores it.
+    std::vector<std::byte> saveState();
+    bool loadState(std::span<const std::byte> bytes);
+
+    // Any thread.
+
+    /// The host's copy.
+    double position(int index) const { return positions[static_cast<std::size_t>(index)].load(); }
+    /// Samples, as the host was told last.
+    int latency() const { return latency_.load(); }
+    /// How often it was told of a latency or of the name of a preset.
+    int latencyReports() const { return latencyReports_.load(); }
+    int nameReports() const { return nameReports_.load(); }
+
+    // Audio thread.
+
+    /// For sample `offset` of the next block. False: the queue is full.
+    VANTA_REALTIME bool sendMidi(int offset, const MidiMessage& message);
+    /// Automation that comes with the block, in the parameter's own numbers.
+    VANTA_REALTIME void automate(int index, double value);
+    /// One block; `inputs` may hold a side chain behind the main channels. May be done in place.
+    VANTA_REALTIME void process(std::span<const float* const> inputs, std::span<float* const> outputs,
+                                int samples);
+
+    UnifiedPluginAdapter& adapter() { return *adapter_; }
+    GenericPlugin& model() { return adapter_->model(); }
+    GenericPluginProcessor& processor() { return adapter_->processor(); }
+
+private:
+    class Adapter;
+
+    void valueReported(int index, float value);
+    void answer(int index, double position);
+
+    const Answers answers;
+    std::vector<std::atomic<double>> positions;
+    std::atomic<int> latency_{0};
+    std::atomic<int> latencyReports_{0};
+    std::atomic<int> nameReports_{0};
+    std::mutex answerMutex;
+    std::vector<std::pair<int, double>> dueAnswers;
+    std::unique_ptr<UnifiedPluginAdapter> adapter_;
+};
+
+}  // namespace vanta

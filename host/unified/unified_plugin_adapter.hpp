@@ -1,0 +1,103 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <sstream>
+#include <vector>
+
+#include "foundation/atomic_bit_set.hpp"
+#include "foundation/binary_data.hpp"
+#include "foundation/critical_section.hpp"
+#include "plugin/model/generic_plugin.hpp"
+#include "plugin/processor/generic_plugin_processor.hpp"
+
+namespace vanta {
+
+/// Joins the model and the processor of one instance, which never see each other, and the host. A class for
+/// one kind of host derives from it, reports values and latency, and calls the entry points below.
+///
+/// Values travel so:
+/// - a user moves a control: model, host, and by the host's answer the processor;
+/// - a host automates: model and processor;
+/// - a MIDI controller moves: processor at once, model and host when the owner thread next pumps;
+/// - a preset or state is loaded: model, processor in one go, host.
+class UnifiedPluginAdapter : public GenericPlugin::Adapter, public GenericPluginProcessor::ProcessorAdapter {
+public:
+    /// Who carries a value that the model reports on to the processor.
+    enum class RoundTrip {
+        ByHost,  ///< the host gives every reported value back through `hostPositionChanged`
+        ByUs,    ///< the host keeps it to itself
+    };
+
+    explicit UnifiedPluginAdapter(RoundTrip answeredBy) : roundTrip(answeredBy) {}
+    ~UnifiedPluginAdapter() override;
+
+    /// Builds the pair. Called once, before any other thread knows the adapter.
+    void create(ChannelLayout layout);
+    GenericPlugin& model() const { return *model_; }
+    GenericPluginProcessor& processor() const { return *processor_; }
+
+    // Host threads.
+
+    /// Every change that a host makes or gives back; a position from 0 to 1.
+    void hostPositionChanged(int index, double position);
+    /// The same for hosts that speak the parameters' own numbers.
+    void hostValueChanged(int index, double value);
+    /// All values of the model, delivered to the audio side together. `reset`: they have nothing to do with
+    /// those before.
+    void sendAllParameters(bool reset);
+
+    // Owner thread.
+
+    /// Does what waits for this thread. Nothing on any other. The result is the number of things done.
+    int pumpEvents();
+    /// The same for a thread that serves all instances: it is owner while no interface is open.
+    int claimAndPump();
+
+    // Set-up, while no block runs.
+
+    /// Hz.
+    void setSampleRate(float rate);
+
+    // Audio thread.
+
+    /// A change that a host delivers with a block. The model follows when the owner thread pumps.
+    VANTA_REALTIME void hostValueChangedInBlock(int index, double value);
+    /// For sample `offset` of the next block; dropped while Receive Midi is off. False: the queue is full.
+    VANTA_REALTIME bool queueMidi(int offset, const MidiMessage& message);
+
+    // For model and processor.
+
+    void midiMapChanged() override;
+    void sendMidi(const MidiMessage& message) override;
+    void parameterUpdated(int index, bool reset) override;
+    void syncLevels() override;
+    VANTA_REALTIME void programChange(int bank, int program) override;
+    VANTA_REALTIME void midiLearnHappened(int controller) override;
+    VANTA_REALTIME void parameterWasSet(int index) override;
+
+protected:
+    virtual std::unique_ptr<GenericPlugin> createModel(ChannelLayout layout);
+    virtual std::unique_ptr<GenericPluginProcessor> createProcessor(ChannelLayout layout);
+
+private:
+    bool isParameter(int index) const { return index >= 0 && index < model_->parameterCount(); }
+    bool receivesMidi() const;
+    bool isStale(int index, double position) const;
+    void give(int index, float value);
+    void transferLevels();
+    int deliverAudioSideChanges();
+
+    const RoundTrip roundTrip;
+    RecursiveCriticalSection lock;  ///< for all that goes from the model to the processor
+    std::unique_ptr<GenericPlugin> model_;
+    std::unique_ptr<GenericPluginProcessor> processor_;
+    // The processor's own value is the newest, so a mark is all that needs to travel.
+    std::unique_ptr<AtomicBitSet> dueToModel;
+    std::unique_ptr<AtomicBitSet> dueToHost;
+    std::vector<std::atomic<double>> reportedFromAudio;  ///< positions as last told to the host
+    std::stringstream transfer;                          ///< reused, so that it need not grow anew
+    std::vector<std::uint8_t> levelCommands;
+};
+
+}  // namespace vanta

@@ -1,0 +1,61 @@
+#include "limiter/vanta_plugin.hpp"
+
+#include "limiter/style_stages.hpp"
+#include "limiter/vanta_preset.hpp"
+#include "limiter/vanta_product.hpp"
+#include "limiter/vanta_statics.hpp"
+
+namespace vanta {
+
+VantaPlugin::VantaPlugin(ChannelLayout layout)
+    : GenericPlugin(layout), VantaParameters(static_cast<GenericPluginBase&>(*this)) {
+    initialize(interfaceParameters());
+}
+
+// How a user likes the interface. Stored in this order.
+std::vector<AbstractPluginParameter*> VantaPlugin::interfaceParameters() {
+    return {&lockOutput,          &showAdvanced,
+            &truePeakMetering,    &displayMode,
+            &meterScale,          &loudnessTimeScale,
+            &loudnessMeterScale,  &loudnessMeterOrigin,
+            &loudnessMeterTarget, &integratedPeakTimeScale,
+            &loudnessRecording};
+}
+
+std::string VantaPlugin::presetMagic() const {
+    return std::string(kPresetTag);
+}
+
+int VantaPlugin::presetVersion() const {
+    return kPresetVersion;
+}
+
+std::unique_ptr<PluginStatics> VantaPlugin::createStatics() {
+    return std::make_unique<VantaStatics>(parameterCount());
+}
+
+InterfaceSizes VantaPlugin::interfaceSizes() const {
+    return vantaInterfaceSizes();
+}
+
+bool VantaPlugin::loadFile(const std::string& path) {
+    return loadPresetFile(*this, path, isInitialLoad() ? LockOutputRule::Ignore : LockOutputRule::Honour);
+}
+
+void VantaPlugin::parameterHook(int index) {
+    const bool all = index == kAllParameters;
+    const bool truePeak = all || index == truePeakLimiting.index();
+    if (truePeak) updateOutputLevelUnit();
+    if (truePeak || index == style.index() || index == oversampling.index()) updateLatency();
+}
+
+SignalPathDelays VantaPlugin::delays() const {
+    return {sampleRate(), 1 << oversampling.currentIndex(), truePeakLimiting.mapped(),
+            styleStages(style.mapped())};
+}
+
+void VantaPlugin::updateLatency() {
+    setLatency(delays().total);
+}
+
+}  // namespace vanta

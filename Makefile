@@ -1,6 +1,6 @@
 # The front door. `make demo` and `make test` do all the set-up they need on a fresh Debian machine.
 PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndfile1-dev libcli11-dev libebur128-dev \
-           libglib2.0-dev zlib1g-dev \
+           libcairo2-dev nlohmann-json3-dev libglib2.0-dev zlib1g-dev \
            libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev clang-format
 WERROR ?= OFF
 JOBS   ?= $(shell nproc)

@@ -8,6 +8,7 @@
 #include <array>
 
 #include "app/failure.hpp"
+#include "app/suggestion.hpp"
 #include "plugin/parameters/number_text.hpp"
 
 namespace vanta {
@@ -161,6 +162,16 @@ std::optional<ChannelLayout> findLayout(std::string_view name) {
         if (equalsIgnoringCase(typed, normalised(channelLayoutName(layout)))) return layout;
     }
     return std::nullopt;
+}
+
+std::optional<ChannelLayout> chosenLayout(const std::string& name) {
+    if (name.empty()) return std::nullopt;
+    const auto layout = findLayout(name);
+    if (layout) return layout;
+    std::vector<std::string> names;
+    for (ChannelLayout i = 0; i < kChannelLayoutCount; ++i) names.emplace_back(channelLayoutName(i));
+    throw UsageError(fmt::format("--layout: there is no layout '{}'{}: there are {}", name,
+                                 suggestion(name, names), fmt::join(names, ", ")));
 }
 
 std::string layoutNames(int channels) {

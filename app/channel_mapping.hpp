@@ -22,6 +22,9 @@ struct ChannelMapping {
 
 /// The layout of that name, without regard to case, blanks and hyphens.
 std::optional<ChannelLayout> findLayout(std::string_view name);
+/// The layout that --layout asks for; none for an empty text. UsageError with the known ones for another
+/// name.
+std::optional<ChannelLayout> chosenLayout(const std::string& name);
 /// The layouts of so many channels: "5.1 or 6.0"; empty if there are none.
 std::string layoutNames(int channels);
 /// The layout that so many channels most often mean. Failure if no layout has so many.

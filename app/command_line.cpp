@@ -13,6 +13,7 @@
 #include "app/failure.hpp"
 #include "app/help_format.hpp"
 #include "app/listings.hpp"
+#include "app/measure_command.hpp"
 #include "app/parameter_options.hpp"
 #include "app/render_command.hpp"
 #include "app/suggestion.hpp"
@@ -28,6 +29,7 @@ const char* const kFile = "File";
 constexpr const char* kOverview = R"(Vanta 2, a mastering limiter for audio files.
 
   vanta render mix.wav master.wav --gain 6 --output-level -1
+  vanta measure master.wav
 
 'vanta COMMAND --help' tells more of a command.)";
 
@@ -41,6 +43,19 @@ constexpr const char* kRenderExamples = R"(Examples:
   vanta render mix.wav cd.wav --style Transparent --gain 4 --subtype pcm_16 --dither 16
   vanta render stems/*.wav --out-dir limited --style Bus --oversampling 4x
   vanta render mix.wav master.wav --preset Loud.qmp --set "Channel Link Transients=80%")";
+
+constexpr const char* kMeasureText = R"(Measures loudness and peaks of audio files.
+
+Integrated loudness, loudness range, highest momentary and short-term loudness after EBU R128, sample and
+true peak, RMS and crest factor, and several files also as one programme.)";
+
+constexpr const char* kMeasureExamples = R"(Examples:
+  vanta measure master.wav
+  vanta measure album/*.flac --target -14 --max-true-peak -1
+  vanta measure master.wav --json > master.json
+  vanta measure master.wav --timeline loudness.csv --plot loudness.png
+
+Exit status: 0 all is well, 1 a file could not be measured, 3 a file misses what was asked for.)";
 
 /// Takes numbers within a range, limits included.
 CLI::Validator within(double low, double high) {
@@ -100,6 +115,37 @@ void addSettings(CLI::App& render, RenderCommand& command) {
         ->group("Sound");
 }
 
+void addMeasureOptions(CLI::App& measure, MeasureCommand& command) {
+    const char* const group = "Options";
+    measure.add_option("files", command.files, "audio files")->type_name("FILE...");
+    measure.add_flag("--json", command.json, "print a JSON array with an object a file")->group(group);
+    measure.add_flag("--csv", command.csv, "print a CSV table")->group(group);
+    measure.add_option("--timeline", command.timeline, "write loudness and peaks of every 100 ms as CSV")
+        ->type_name("FILE.csv")
+        ->group(group);
+    measure.add_option("--plot", command.plot, "draw loudness over time, peaks and the target")
+        ->type_name("FILE.png")
+        ->group(group);
+    measure.add_option("--target", command.targetLufs, "mark files whose integrated loudness is another")
+        ->type_name("LUFS")
+        ->check(within(-70.0, 10.0))
+        ->group(group);
+    measure.add_option("--tolerance", command.toleranceLu, "how far off the target is well; default 0.5")
+        ->type_name("LU")
+        ->check(within(0.0, 20.0))
+        ->group(group);
+    measure.add_option("--max-true-peak", command.maxTruePeakDb, "mark files whose true peak is higher")
+        ->type_name("DBTP")
+        ->check(within(-60.0, 30.0))
+        ->group(group);
+    measure
+        .add_option("--layout", command.layout,
+                    "channel layout, where the file leaves it open; 'vanta layouts'")
+        ->type_name("NAME")
+        ->group(group);
+    measure.add_flag("--quiet", command.quiet, "show no progress")->group(group);
+}
+
 /// The program's commands, and what is to be done after parsing.
 struct Commands {
     Commands() {
@@ -111,12 +157,15 @@ struct Commands {
         render->footer(kRenderExamples);
         addSettings(*render, command);
         addFileOptions(*render, command);
+        measure = app.add_subcommand("measure", kMeasureText);
+        measure->footer(kMeasureExamples);
+        addMeasureOptions(*measure, measureCommand);
         styles = app.add_subcommand("styles", "Lists the limiting styles.");
         params = app.add_subcommand("params", "Lists all parameters with ranges and defaults.");
         params->add_flag("--long", withHelp, "say in full what each is for");
         formats = app.add_subcommand("formats", "Lists the file types that can be written.");
         layouts = app.add_subcommand("layouts", "Lists the channel layouts.");
-        for (CLI::App* part : {&app, render, styles, params, formats, layouts}) {
+        for (CLI::App* part : {&app, render, measure, styles, params, formats, layouts}) {
             part->formatter(format);
             part->set_help_flag("--help", "print this text")->group(part == render ? kFile : "Options");
         }
@@ -124,6 +173,7 @@ struct Commands {
 
     int run() const {
         if (*render) return runRender(command);
+        if (*measure) return runMeasure(measureCommand);
         if (*styles) fmt::print("{}", styleList());
         if (*params) fmt::print("{}", parameterList(withHelp));
         if (*formats) fmt::print("{}", formatList());
@@ -142,11 +192,13 @@ struct Commands {
     CLI::App app;
     std::shared_ptr<HelpFormat> format = std::make_shared<HelpFormat>();
     CLI::App* render = nullptr;
+    CLI::App* measure = nullptr;
     CLI::App* styles = nullptr;
     CLI::App* params = nullptr;
     CLI::App* formats = nullptr;
     CLI::App* layouts = nullptr;
     RenderCommand command;
+    MeasureCommand measureCommand;
     bool withHelp = false;
 };
 
@@ -166,15 +218,17 @@ std::string usageText(const Commands& commands, const CLI::ParseError& error,
     if (extras.empty()) return text;
     const std::string& extra = extras.front();
     if (!extra.starts_with('-')) return fmt::format("'{}' was not expected", extra);
-    const bool inRender = commands.render->parsed();
+    const CLI::App& asked = commands.render->parsed()    ? *commands.render
+                            : commands.measure->parsed() ? *commands.measure
+                                                         : commands.app;
     const std::string flag = extra.substr(0, extra.find('='));
-    const auto known = commands.names(inRender ? *commands.render : commands.app);
+    const auto known = commands.names(asked);
     return fmt::format("there is no option {}{}", flag, suggestion(flag, known));
 }
 
 int parseAndRun(const std::vector<std::string>& arguments) {
     Commands commands;
-    const std::vector<std::string> names{"render", "styles", "params", "formats", "layouts"};
+    const std::vector<std::string> names{"render", "measure", "styles", "params", "formats", "layouts"};
     if (!arguments.empty() && !arguments[0].starts_with('-') &&
         std::ranges::find(names, arguments[0]) == names.end()) {
         throw UsageError(fmt::format("there is no command '{}'{}; see 'vanta --help'", arguments[0],

@@ -5,7 +5,7 @@
 namespace vanta {
 
 /// What the program's exit says to a script.
-enum ExitCode { kExitDone = 0, kExitFailed = 1, kExitUsage = 2, kExitInterrupted = 130 };
+enum ExitCode { kExitDone = 0, kExitFailed = 1, kExitUsage = 2, kExitMissed = 3, kExitInterrupted = 130 };
 
 /// The work cannot be done: a file, a disk, a signal that does not fit. The text is one line for the user.
 class Failure : public std::runtime_error {

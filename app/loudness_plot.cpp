@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kWidth = 1200;
 constexpr int kPanelHeight = 420;
+constexpr int kMostPanels = 64;  ///< cairo's pictures end at 32767 points
 constexpr double kLeft = 60.0;
 constexpr double kRight = 20.0;
 constexpr double kTop = 46.0;
@@ -30,6 +31,7 @@ constexpr Colour kPaper{1.0, 1.0, 1.0};
 constexpr Colour kInk{0.15, 0.17, 0.20};
 constexpr Colour kGrid{0.87, 0.88, 0.90};
 constexpr Colour kPeaks{0.80, 0.82, 0.86};
+constexpr Colour kPeaksText{0.50, 0.53, 0.58};
 constexpr Colour kMomentary{0.45, 0.65, 0.85};
 constexpr Colour kShortTerm{0.10, 0.35, 0.70};
 constexpr Colour kTarget{0.85, 0.45, 0.10};
@@ -89,17 +91,25 @@ private:
         cairo_show_text(cairo, text.c_str());
     }
 
+    /// What exceeds the highest true peak stands out.
     void drawPeaks() const {
+        cairo_set_antialias(cairo, CAIRO_ANTIALIAS_NONE);
+        const double limit = requirements.maxTruePeakDb.value_or(kHighest);
         double from = 0.0;
         for (const TimelinePoint& point : measurement.timeline) {
             const double level = dbFromGain(static_cast<double>(point.truePeak));
-            const bool over = requirements.maxTruePeakDb && level > *requirements.maxTruePeakDb;
-            use(over ? kMissed : kPeaks);
-            cairo_rectangle(cairo, x(from), y(level), std::max(x(point.seconds) - x(from), 0.5),
-                            y(kLowest) - y(level));
-            cairo_fill(cairo);
+            use(kPeaks);
+            bar(from, point.seconds, kLowest, std::min(level, limit));
+            use(kMissed);
+            if (level > limit) bar(from, point.seconds, limit, level);
             from = point.seconds;
         }
+        cairo_set_antialias(cairo, CAIRO_ANTIALIAS_DEFAULT);
+    }
+
+    void bar(double from, double to, double low, double high) const {
+        cairo_rectangle(cairo, x(from), y(high), std::max(x(to) - x(from), 0.5), y(low) - y(high));
+        cairo_fill(cairo);
     }
 
     void drawGrid() const {
@@ -181,7 +191,7 @@ private:
         write(kLeft + width() - 200.0, top - 14.0, "short-term", 1.0);
         use(kMomentary);
         write(kLeft + width() - 100.0, top - 14.0, "momentary", 1.0);
-        use(kPeaks);
+        use(kPeaksText);
         write(kLeft + width(), top - 14.0, "true peaks", 1.0);
     }
 
@@ -199,6 +209,9 @@ void writeLoudnessPlot(const std::filesystem::path& file, std::span<const Measur
     const auto panels =
         std::count_if(measurements.begin(), measurements.end(),
                       [](const Measurement& measurement) { return measurement.error.empty(); });
+    if (panels > kMostPanels) {
+        throw Failure(fmt::format("{}: a picture holds at most {} files", file.string(), kMostPanels));
+    }
     const std::unique_ptr<cairo_surface_t, DestroySurface> surface(cairo_image_surface_create(
         CAIRO_FORMAT_RGB24, kWidth, kPanelHeight * std::max(static_cast<int>(panels), 1)));
     const std::unique_ptr<cairo_t, DestroyContext> context(cairo_create(surface.get()));

@@ -5,13 +5,13 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "app/channel_mapping.hpp"
 #include "app/failure.hpp"
 #include "app/interrupt.hpp"
 #include "app/loudness_plot.hpp"
 #include "app/measurement.hpp"
 #include "app/measurement_text.hpp"
 #include "app/output_path.hpp"
-#include "app/render_command.hpp"
 #include "foundation/file_replacement.hpp"
 
 namespace vanta {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <cmath>
 
 #include "app/audio_file_reader.hpp"
 #include "app/failure.hpp"

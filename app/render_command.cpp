@@ -34,16 +34,6 @@ const Entry* chosen(const std::string& name, const Entry* found, const std::vect
                                  suggestion(name, names), fmt::join(names, ", ")));
 }
 
-std::optional<ChannelLayout> chosenLayout(const std::string& name) {
-    if (name.empty()) return std::nullopt;
-    const auto layout = findLayout(name);
-    if (layout) return layout;
-    std::vector<std::string> names;
-    for (ChannelLayout i = 0; i < kChannelLayoutCount; ++i) names.emplace_back(channelLayoutName(i));
-    throw UsageError(fmt::format("--layout: there is no layout '{}'{}: there are {}", name,
-                                 suggestion(name, names), fmt::join(names, ", ")));
-}
-
 RenderOptions optionsOf(const RenderCommand& command) {
     RenderOptions options;
     options.sideChain = command.sideChain;

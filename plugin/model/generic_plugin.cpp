@@ -265,6 +265,7 @@ void GenericPlugin::restoreState(const State& state) {
 }
 
 void GenericPlugin::toggleCompare() {
+    compareStates_.initialize();
     const int other = (compareStates_.current() + 1) % CompareStates::kSlots;
     compareStates_.switchTo(other);
     restoreState(compareStates_.state(other));

@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "host/offline/offline_plugin_host.hpp"
+#include "host/unified/event_pump.hpp"
+#include "limiter/vanta_plugin.hpp"
+#include "tests/plugin/user_home.hpp"
+
+namespace vanta {
+namespace {
+
+class Instances : public testing::Test {
+protected:
+    test::UserHome home;
+};
+
+TEST_F(Instances, TwoHundredInTurnLeaveNothingBehind) {
+    for (int i = 0; i < 200; ++i) {
+        const VantaPlugin plugin(i % kChannelLayoutCount);
+        ASSERT_EQ(GenericPlugin::instanceCount(), 1);
+        ASSERT_EQ(plugin.statics().controllers.controllerOf(0), -1);
+    }
+    EXPECT_EQ(GenericPlugin::instanceCount(), 0);
+}
+
+TEST_F(Instances, TwentyAtOnceShareOneSetOfStatics) {
+    std::vector<std::unique_ptr<OfflinePluginHost>> hosts;
+    for (int i = 0; i < 20; ++i) hosts.push_back(std::make_unique<OfflinePluginHost>());
+    EXPECT_EQ(GenericPlugin::instanceCount(), 20);
+    PluginStatics& shared = hosts.front()->model().statics();
+    for (auto& host : hosts) EXPECT_EQ(&host->model().statics(), &shared);
+    shared.controllers.assign(11, 3);
+    hosts.erase(hosts.begin(), hosts.end() - 1);
+    EXPECT_EQ(&hosts.front()->model().statics(), &shared) << "the first instance is not the owner";
+    EXPECT_EQ(shared.controllers.controllerOf(3), 11);
+    hosts.clear();
+    EXPECT_EQ(GenericPlugin::instanceCount(), 0);
+    // The map was kept for the next start.
+    EXPECT_EQ(OfflinePluginHost().model().statics().controllers.controllerOf(3), 11);
+}
+
+TEST_F(Instances, ComeAndGoOnSeveralThreads) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 3; ++t) {
+        threads.emplace_back([t] {
+            for (int i = 0; i < 4; ++i) {
+                OfflinePluginHost host;
+                const auto held = host.model().statics().lock();
+                host.model().statics().controllers.assign(t, i);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(GenericPlugin::instanceCount(), 0);
+}
+
+TEST_F(Instances, TheFirstFindsItsPresetsAndRestoresThemOnce) {
+    const auto documents = home.folder.file("documents");
+    {
+        const VantaPlugin plugin(kStereoLayout);
+        EXPECT_FALSE(plugin.statics().findPreset("Mine", true).has_value());
+    }
+    {
+        OfflinePluginHost host;
+        ASSERT_TRUE(host.model().statics().findPreset("Default Setting", true).has_value());
+        EXPECT_EQ(host.model().presetState().name(), "Default Setting");
+        EXPECT_FALSE(host.model().presetState().modified());
+        EXPECT_NEAR(dynamic_cast<VantaPlugin&>(host.model()).lookahead.value(), 0.18f, 1e-6f);
+        EXPECT_TRUE(host.model().statics().settings.showWelcomeHint);
+    }
+}
+
+TEST_F(Instances, AThreadOfTheProcessPumpsWhereNoHostDoes) {
+    OfflinePluginHost host;
+    const EventPump::Registration pumped(host.adapter());
+    host.model().statics().controllers.assign(20, 0);
+    host.sendMidi(0, {0xB0, 20, 127});
+    float silence[2][32] = {};
+    float* outputs[] = {silence[0], silence[1]};
+    const float* inputs[] = {silence[0], silence[1]};
+    host.process(inputs, outputs, 32);
+    for (int wait = 0; host.model().parameterAt(0)->value() != 30.0f && wait < 2000; ++wait) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_EQ(host.model().parameterAt(0)->value(), 30.0f);
+    EXPECT_FALSE(host.model().onOwnerThread());
+}
+
+}  // namespace
+}  // namespace vanta

@@ -1,0 +1,359 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <bit>
+#include <cmath>
+#include <random>
+#include <thread>
+
+#include "host/offline/offline_plugin_host.hpp"
+#include "host/unified/host_position.hpp"
+#include "limiter/vanta_plugin.hpp"
+#include "limiter/vanta_processor.hpp"
+#include "tests/plugin/user_home.hpp"
+
+namespace vanta {
+namespace {
+
+constexpr int kBlock = 64;
+
+/// A host, its buffers, and handles on both sides of the plug-in.
+class Session {
+public:
+    explicit Session(OfflinePluginHost::Answers answers = OfflinePluginHost::Answers::AtOnce)
+        : host(kStereoLayout, 48000.0f, answers), samples(2 * kBlock) {}
+
+    void process() {
+        float* outputs[] = {samples.data(), samples.data() + kBlock};
+        const float* inputs[] = {outputs[0], outputs[1]};
+        host.process(inputs, outputs, kBlock);
+    }
+    AbstractPluginParameter& model(int index) { return *host.model().parameterAt(index); }
+    AbstractPluginParameter& audio(int index) { return *host.processor().parameterAt(index); }
+    int count() { return host.model().parameterCount(); }
+
+    OfflinePluginHost host;
+    std::vector<float> samples;
+};
+
+/// Counts what a processor's parameter really drives.
+class Applied final : public ValueAssignableAdapter<float> {
+public:
+    void assign(float value, void*) override {
+        last = value;
+        ++count;
+    }
+    float last = 0.0f;
+    int count = 0;
+};
+
+/// Ends, default and odd places between; stepped parameters have all their indexes.
+std::vector<float> placesOf(const AbstractPluginParameter& parameter) {
+    std::vector<float> places{parameter.minimum(), parameter.maximum(), parameter.defaultValue()};
+    const float range = parameter.maximum() - parameter.minimum();
+    if (parameter.kind() == AbstractPluginParameter::Kind::Indexed) {
+        for (float i = 0.0f; i <= range; ++i) places.push_back(parameter.minimum() + i);
+        return places;
+    }
+    for (const float share : {1.0f / 3.0f, 0.1f, 0.70710678f, 0.999999f, 1e-4f}) {
+        const float value = parameter.minimum() + share * range;
+        places.push_back(value);
+        places.push_back(std::nextafter(value, parameter.maximum()));
+    }
+    return places;
+}
+
+std::uint32_t bits(float value) {
+    return std::bit_cast<std::uint32_t>(value);
+}
+
+class ValueRoads : public testing::TestWithParam<OfflinePluginHost::Answers> {
+protected:
+    /// Model, processor and host agree to the last bit.
+    static void expectAgreement(Session& session, int index, float expected) {
+        SCOPED_TRACE(session.model(index).name());
+        EXPECT_EQ(bits(session.model(index).value()), bits(expected));
+        EXPECT_EQ(bits(session.audio(index).value()), bits(expected));
+        EXPECT_EQ(session.host.position(index), hostPosition(session.model(index), expected));
+    }
+
+    test::UserHome home;
+};
+
+TEST_P(ValueRoads, FromTheInterfaceToTheAudio) {
+    Session session(GetParam());
+    Session other(GetParam());
+    const auto untouched = other.host.model().parameterValues();
+    for (int i = 0; i < session.count(); ++i) {
+        for (const float value : placesOf(session.model(i))) {
+            session.model(i).setValue(value, 0);
+            const float stored = session.model(i).value();
+            EXPECT_NEAR(stored, value, 1.2e-7f);
+            session.host.idle();
+            expectAgreement(session, i, stored);
+        }
+    }
+    EXPECT_EQ(other.host.model().parameterValues(), untouched);
+}
+
+TEST_P(ValueRoads, FromAHostsAutomation) {
+    Session session(GetParam());
+    const int steps = session.host.model().undoHistory().undoCount();
+    for (int i = 0; i < session.count(); ++i) {
+        for (const double position : {0.0, 1.0, 0.5, 1.0 / 3.0, 0.123456789012345}) {
+            session.host.setPosition(i, position);
+            session.host.idle();
+            SCOPED_TRACE(session.model(i).name());
+            EXPECT_EQ(bits(session.model(i).value()), bits(session.audio(i).value()));
+            EXPECT_EQ(session.host.position(i), position) << "a host's own value is not corrected";
+            EXPECT_EQ(bits(session.model(i).value()), bits(valueAt(session.model(i), position)));
+        }
+    }
+    EXPECT_EQ(session.host.model().undoHistory().undoCount(), steps);
+}
+
+TEST_P(ValueRoads, FromAutomationThatComesWithABlock) {
+    Session session(GetParam());
+    for (int i = 0; i < session.count(); ++i) {
+        for (const float value : placesOf(session.model(i))) {
+            session.host.automate(i,
+                                  static_cast<double>(value) + (session.model(i).isContinuous() ? 0.0 : 0.3));
+            const float stored = session.audio(i).value();
+            session.host.idle();
+            EXPECT_EQ(bits(session.model(i).value()), bits(stored)) << session.model(i).name();
+        }
+    }
+}
+
+TEST_P(ValueRoads, FromMidiByTheHostToTheModel) {
+    Session session(GetParam());
+    auto& controllers = session.host.model().statics().controllers;
+    for (int i = 0; i < session.count(); ++i) {
+        if (&session.audio(i) == session.host.processor().receiveMidiParameter) continue;
+        controllers.assign(20, i);
+        for (const int data : {0, 127, 64, 1, 99}) {
+            EXPECT_TRUE(session.host.sendMidi(0, {0xB0, 20, static_cast<std::uint8_t>(data)}));
+            session.process();
+            const float expected = session.audio(i).value();
+            EXPECT_EQ(bits(expected),
+                      bits(session.audio(i).denormalize(static_cast<float>(data) * (1.0f / 127.0f))));
+            session.host.idle();
+            session.host.idle();
+            expectAgreement(session, i, expected);
+        }
+    }
+}
+
+TEST_P(ValueRoads, FromAPresetToAll) {
+    Session source;
+    for (int i = 0; i < source.count(); ++i) source.model(i).setValue(placesOf(source.model(i)).back(), 0);
+    const std::string file = home.folder.file("odd.qmp").string();
+    ASSERT_TRUE(source.host.model().savePreset({file, "odd", {}, -1, -1}));
+
+    Session session(GetParam());
+    auto& table = dynamic_cast<VantaPlugin&>(session.host.model());
+    table.lockOutput.setMapped(false);
+    const float displayMode = table.displayMode.value();
+    const float target = table.loudnessMeterTarget.value();
+    ASSERT_TRUE(session.host.model().loadPreset({file, "odd", {}, -1, -1}));
+    session.host.idle();
+    EXPECT_EQ(bits(table.gain.value()), bits(source.model(0).value()));
+    EXPECT_EQ(table.displayMode.value(), displayMode) << "the interface is the user's";
+    EXPECT_EQ(table.loudnessMeterTarget.value(), target);
+    for (int i = 0; i < session.count(); ++i) expectAgreement(session, i, session.model(i).value());
+    EXPECT_GE(session.host.nameReports(), 1);
+}
+
+TEST_P(ValueRoads, FromASessionsStateToAll) {
+    Session source;
+    for (int i = 0; i < source.count(); ++i) source.model(i).setValue(placesOf(source.model(i)).back(), 0);
+    const auto saved = source.host.saveState();
+    Session session(GetParam());
+    ASSERT_TRUE(session.host.loadState(saved));
+    session.host.idle();
+    for (int i = 0; i < session.count(); ++i) expectAgreement(session, i, source.model(i).value());
+    EXPECT_EQ(session.host.saveState(), saved);
+    EXPECT_FALSE(session.host.loadState(std::span(saved).first(100)));
+}
+
+TEST_P(ValueRoads, TheModelAndTheAudioSideAgreeOnTheLatency) {
+    Session session(GetParam());
+    auto& table = dynamic_cast<VantaPlugin&>(session.host.model());
+    for (int style = 0; style < 8; ++style) {
+        for (int factor = 0; factor < 6; ++factor) {
+            for (const bool truePeak : {false, true}) {
+                table.style.setValue(static_cast<float>(style), 0);
+                table.oversampling.setValue(static_cast<float>(factor), 0);
+                table.truePeakLimiting.setMapped(truePeak);
+                session.host.idle();
+                EXPECT_EQ(session.host.latency(), session.host.processor().latency())
+                    << style << " " << factor << " " << truePeak;
+                EXPECT_EQ(session.host.latency(), session.host.model().latency());
+            }
+        }
+    }
+    EXPECT_GT(session.host.latencyReports(), 20);
+    EXPECT_EQ(table.outputLevel.text(-1.0f), "-1.0 dBTP");
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, ValueRoads,
+                         testing::Values(OfflinePluginHost::Answers::AtOnce,
+                                         OfflinePluginHost::Answers::OnIdle),
+                         [](const auto& instance) {
+                             return instance.param == OfflinePluginHost::Answers::AtOnce ? "AtOnce" : "OnIdle";
+                         });
+
+class Host : public testing::Test {
+protected:
+    test::UserHome home;
+};
+
+TEST_F(Host, MidiIsDroppedWhileItIsNotToBeReceived) {
+    Session session;
+    auto& table = dynamic_cast<VantaPlugin&>(session.host.model());
+    session.host.model().statics().controllers.assign(20, table.gain.index());
+    table.receiveMidi.setValue(1.0f, 0);
+    session.host.sendMidi(0, {0xB0, 20, 127});
+    session.process();
+    session.host.idle();
+    EXPECT_EQ(table.gain.value(), 0.0f);
+    const std::uint8_t message[] = {0xB0, 20, 127};
+    session.host.model().receive(message);
+    session.process();
+    EXPECT_EQ(session.audio(0).value(), 0.0f);
+}
+
+TEST_F(Host, AMovedControllerReachesWhoeverLearns) {
+    struct Learning final : GenericPlugin::Listener {
+        void onEvent(int code, int value) override {
+            if (code == GenericPlugin::ControllerMoved) moved.push_back(value);
+        }
+        std::vector<int> moved;
+    } listener;
+    Session session;
+    session.host.model().setListener(&listener);
+    session.host.sendMidi(3, {0xB2, 74, 11});
+    session.process();
+    EXPECT_TRUE(listener.moved.empty()) << "not on the audio thread";
+    session.host.idle();
+    EXPECT_EQ(listener.moved, std::vector<int>{74});
+    session.host.sendMidi(0, {0x90, 60, 100});
+    session.process();
+    session.host.idle();
+    EXPECT_EQ(listener.moved.size(), 1u) << "a note is no controller";
+    session.host.model().setListener(nullptr);
+}
+
+TEST_F(Host, AnAnswerThatComesLateDoesNotMoveAControllerBack) {
+    Session session(OfflinePluginHost::Answers::OnIdle);
+    session.host.model().statics().controllers.assign(20, 0);
+    session.host.sendMidi(0, {0xB0, 20, 30});
+    session.process();
+    session.host.idle();  // reports the first place; its answer waits
+    session.host.sendMidi(0, {0xB0, 20, 90});
+    session.process();
+    session.host.idle();  // the answer to the first place arrives
+    const float second = session.audio(0).denormalize(90.0f * (1.0f / 127.0f));
+    EXPECT_EQ(session.audio(0).value(), second);
+    session.host.idle();
+    EXPECT_EQ(session.model(0).value(), second);
+    EXPECT_EQ(session.host.position(0), hostPosition(session.model(0), second));
+}
+
+TEST_F(Host, ARoundedAnswerLeavesTheModelAlone) {
+    Session session;
+    session.model(0).setValue(10.0f, 0);
+    session.host.setPosition(0, 10.0 / 30.0 + 2.0e-5);
+    EXPECT_EQ(session.model(0).value(), 10.0f);
+    EXPECT_NEAR(session.audio(0).value(), 10.0006f, 1e-5f) << "the audio side follows the host";
+    session.host.setPosition(0, 10.0 / 30.0 + 3.0e-5);
+    EXPECT_NEAR(session.model(0).value(), 10.0009f, 1e-5f);
+    session.host.adapter().hostPositionChanged(-1, 0.5);
+    session.host.adapter().hostPositionChanged(1000, 0.5);
+    session.host.adapter().hostPositionChanged(0, std::nan(""));
+    EXPECT_NEAR(session.model(0).value(), 10.0009f, 1e-5f);
+}
+
+TEST_F(Host, LevelsTravelToTheInterfaceAndCommandsBack) {
+    struct Screen final : GenericPlugin::Listener {
+        void onEvent(int, int) override {}
+        void lockInterface() override { ++locks; }
+        void unlockInterface() override { --locks; }
+        int locks = 0;
+    } screen;
+    Session session;
+    auto& model = session.host.model();
+    ASSERT_EQ(static_cast<std::size_t>(model.levelSourceCount()), session.host.processor().levels().size());
+    session.host.adapter().syncLevels();
+    model.setListener(&screen);
+    for (int block = 0; block < 200; ++block) {
+        std::fill(session.samples.begin(), session.samples.end(), 0.5f);
+        session.process();
+        if (block % 20 == 0) session.host.adapter().syncLevels();
+    }
+    session.host.adapter().syncLevels();
+    EXPECT_NEAR(model.levelSource(3).value(LevelSource::Extreme), -6.02f, 0.5f);
+    for (int i = 0; i < model.levelSourceCount(); ++i) {
+        for (int info = 0; info < LevelSource::InfoCount; ++info) {
+            const auto reading = static_cast<LevelSource::Info>(info);
+            EXPECT_EQ(model.levelSource(i).value(reading),
+                      session.host.processor().levels()[static_cast<std::size_t>(i)]->value(reading));
+        }
+    }
+    model.levelSource(3).resetPeak();
+    session.host.adapter().syncLevels();
+    EXPECT_LT(model.levelSource(3).value(LevelSource::Extreme), -20.0f);
+    EXPECT_EQ(screen.locks, 0);
+    model.setListener(nullptr);
+}
+
+TEST_F(Host, TwoThreadsAndTwoInstancesEndInAgreement) {
+    Session first(OfflinePluginHost::Answers::OnIdle);
+    Session second;
+    first.host.model().statics().controllers.assign(20, 0);
+    std::atomic<bool> stop{false};
+    std::thread audio([&] {
+        std::mt19937 random(7);
+        while (!stop.load()) {
+            for (Session* session : {&first, &second}) {
+                session->host.sendMidi(0, {0xB0, 20, static_cast<std::uint8_t>(random() % 128)});
+                session->host.automate(5, static_cast<double>(random() % 1000) * 0.001);
+                session->process();
+            }
+        }
+    });
+    std::mt19937 random(8);
+    const auto state = second.host.saveState();
+    for (int round = 0; round < 300; ++round) {
+        for (Session* session : {&first, &second}) {
+            const int index = static_cast<int>(random() % static_cast<unsigned>(session->count()));
+            AbstractPluginParameter& parameter = session->model(index);
+            // These rebuild the signal path; the values are what is looked at here.
+            if (parameter.name() == "Oversampling" || parameter.name() == "Style") continue;
+            const auto places = placesOf(parameter);
+            if (round % 2) {
+                parameter.setValue(places[random() % places.size()], 0);
+            } else {
+                session->host.setPosition(index, static_cast<double>(random() % 1000) * 0.001);
+            }
+            session->host.idle();
+        }
+        if (round % 50 == 0) second.host.loadState(state);
+        if (round % 40 == 0) second.host.adapter().syncLevels();
+    }
+    stop = true;
+    audio.join();
+    for (Session* session : {&first, &second}) {
+        for (int i = 0; i < 4; ++i) session->host.idle();
+        session->process();
+        for (int i = 0; i < session->count(); ++i) {
+            // What a host rounds may stay apart by as much.
+            const double apart = hostPosition(session->model(i), session->model(i).value()) -
+                                 hostPosition(session->audio(i), session->audio(i).value());
+            EXPECT_NEAR(apart, 0.0, 2.8e-5) << session->model(i).name();
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vanta

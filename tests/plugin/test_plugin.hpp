@@ -1,0 +1,92 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "plugin/model/generic_plugin.hpp"
+#include "plugin/parameters/float_plugin_parameter.hpp"
+#include "plugin/parameters/indexed_plugin_parameter.hpp"
+
+namespace vanta::test {
+
+/// A small plug-in: two floats, a choice that sets the latency, and a choice that only the interface uses.
+class TestPlugin final : public GenericPlugin {
+public:
+    static constexpr const char* kTag = "Test";
+
+    /// Presets lie in `folder`, interface defaults beside them; none of both if it is empty.
+    explicit TestPlugin(std::filesystem::path folder = {})
+        : GenericPlugin(kStereoLayout), home(std::move(folder)) {
+        level.setRange(0.0f, 10.0f, 1.0f);
+        balance.setRange(-1.0f, 1.0f, 0.0f);
+        mode.setRange(2, 5, 2);
+        mode.setLabels("A,B,C,D");
+        view.setRange(0, 3, 0);
+        levelSourcesPerChannel = 2;
+        globalLevelSources = 1;
+        audioSourceCount = 1;
+        initialize({&view});
+    }
+
+    std::string presetMagic() const override { return kTag; }
+    void updateLatency() override { setLatency(static_cast<int>(sampleRate()) / 1000 * mode.currentIndex()); }
+
+    FloatPluginParameter level{*this, "Level"};
+    FloatPluginParameter balance{*this, "Balance"};
+    IndexedPluginParameter<int> mode{*this, "Mode"};
+    IndexedPluginParameter<int> view{*this, "View"};
+
+protected:
+    std::unique_ptr<PluginStatics> createStatics() override {
+        auto created = GenericPlugin::createStatics();
+        if (home.empty()) return created;
+        created->presets.rescan((home / "presets").string());
+        created->interfaceDefaults = home / "data" / "InterfaceDefaults.qmd";
+        return created;
+    }
+    void parameterHook(int index) override {
+        if (index == kAllParameters || index == mode.index()) updateLatency();
+    }
+
+private:
+    std::filesystem::path home;
+};
+
+/// Keeps what a model tells the host side.
+class RecordingAdapter final : public GenericPlugin::Adapter {
+public:
+    struct Update {
+        int index;
+        bool reset;
+        bool operator==(const Update&) const = default;
+    };
+
+    void midiMapChanged() override { ++mapChanges; }
+    void reportLatency() override { ++latencyReports; }
+    void sendMidi(const MidiMessage&) override {}
+    void parameterUpdated(int index, bool reset) override { updates.push_back({index, reset}); }
+    void presetNameChanged() override { ++nameChanges; }
+    void syncLevels() override {}
+    void reportParameter(int, float) override {}
+
+    std::vector<Update> updates;
+    int mapChanges = 0;
+    int latencyReports = 0;
+    int nameChanges = 0;
+};
+
+class RecordingListener final : public GenericPlugin::Listener {
+public:
+    void onEvent(int code, int value) override { events.emplace_back(code, value); }
+    int count(int code) const {
+        int found = 0;
+        for (const auto& event : events) found += event.first == code;
+        return found;
+    }
+
+    std::vector<std::pair<int, int>> events;
+};
+
+}  // namespace vanta::test

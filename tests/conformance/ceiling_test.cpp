@@ -89,7 +89,7 @@ TEST_P(Ceiling, holdsTruePeaksWithinTolerance) {
 }
 
 TEST_P(Ceiling, standsAtEveryOutputLevel) {
-    const Channels music = loudMusic(44100.0, 0.7);
+    const Channels music = loudMusic(0.7);
     const Channels noise = {whiteNoise(8, 20000), whiteNoise(9, 20000)};
     for (const Channels* in : {&music, &noise}) {
         for (const float level : {-0.3f, -1.0f, -6.0f, -30.0f}) {
@@ -126,7 +126,7 @@ Channels whileMoving(LimiterRig& rig, const Channels& in, Move&& move) {
 }
 
 TEST_P(Ceiling, holdsWhileGainAndTimesMove) {
-    const Channels music = loudMusic(44100.0, 1.5);
+    const Channels music = loudMusic(1.5);
     const Channels noise = {whiteNoise(8, 40000), whiteNoise(9, 40000)};
     const auto moveAll = [](VantaProcessor& limiter, Random& random) {
         for (FloatPluginParameter* knob : {static_cast<FloatPluginParameter*>(&limiter.gain),
@@ -151,7 +151,9 @@ TEST_P(Ceiling, holdsWhileGainAndTimesMove) {
             const Channels out = whileMoving(truePeakRig, *in, moveAll);
             EXPECT_LE(peak(out), ceilingOf(setup) * gainFromDb(0.01));
             if (in != &music) continue;
-            const double over = db(truePeakOfAll(out[0])) - static_cast<double>(setup.outputLevelDb);
+            // Without the cut at the end, which the limiter never saw.
+            const double over =
+                db(truePeakOfAll(faded(out[0], setup.rate))) - static_cast<double>(setup.outputLevelDb);
             report("{:<12} {}x true peak of music over Output Level while knobs move: {:+.3f} dB\n",
                    nameOf(GetParam()), setup.factor(), over);
             EXPECT_LE(over, kTruePeakTolerances[0][static_cast<std::size_t>(index)]);

@@ -17,7 +17,7 @@ namespace vanta::test {
 namespace {
 
 constexpr double kRate = 44100.0;
-constexpr double kSeconds = 0.25;
+constexpr double kSeconds = 0.2;
 constexpr auto kCount = static_cast<std::size_t>(kRate * kSeconds);
 
 /// So loud that its peaks stand just below full scale.
@@ -101,7 +101,7 @@ Signal noiseBelow16kHz(std::uint64_t seed) {
 
 std::vector<Material> makeMaterial() {
     std::vector<Material> all;
-    all.push_back({"music", Spectrum::Below16kHz, loudMusic(kRate, 2.0 * kSeconds)});
+    all.push_back({"music", Spectrum::Below16kHz, loudMusic(2.0 * kSeconds)});
     all.push_back(
         {"low-passed noise", Spectrum::LowNoise, normalized({noiseBelow16kHz(1), noiseBelow16kHz(2)})});
     all.push_back(
@@ -144,11 +144,12 @@ const std::vector<Material>& programMaterial() {
     return all;
 }
 
-Channels loudMusic(double rate, double seconds) {
+Channels loudMusic(double seconds) {
     constexpr double kFromSeconds = 9.0;
-    const song::Song song = song::renderSong(song::loadDemoScore(), rate, kFromSeconds + seconds);
-    const auto from = static_cast<std::ptrdiff_t>(kFromSeconds * rate);
-    const auto until = from + static_cast<std::ptrdiff_t>(seconds * rate);
+    constexpr double kLongest = 2.0;
+    static const song::Song song = song::renderSong(song::loadDemoScore(), kRate, kFromSeconds + kLongest);
+    const auto from = static_cast<std::ptrdiff_t>(kFromSeconds * kRate);
+    const auto until = from + static_cast<std::ptrdiff_t>(std::min(seconds, kLongest) * kRate);
     return normalized({Signal(song.left.begin() + from, song.left.begin() + until),
                        Signal(song.right.begin() + from, song.right.begin() + until)});
 }
@@ -166,7 +167,7 @@ Signal faded(Signal signal, double rate, double rampMs) {
 
 double truePeakOfAll(const Signal& signal) {
     constexpr std::size_t kFactor = 8;
-    constexpr std::size_t kCandidates = 3;
+    constexpr std::size_t kCandidates = 2;
     constexpr std::size_t kReach = 600;  // of the interpolator, to either side
     std::vector<double> fine = upsampled(signal, kFactor);
     double largest = 0.0;

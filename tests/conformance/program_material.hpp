@@ -36,8 +36,9 @@ struct Material {
 /// All of it, at 44.1 kHz, where the band beyond 20 kHz is widest for its neighbour's good.
 const std::vector<Material>& programMaterial();
 
-/// The loudest stretch of the demo song, in stereo, with its peaks just below full scale.
-Channels loudMusic(double rate, double seconds);
+/// The loudest stretch of the demo song, at most 2 s, at 44.1 kHz in stereo, with its peaks just below full
+/// scale.
+Channels loudMusic(double seconds);
 
 /// Raised-cosine ramps at both ends.
 Signal faded(Signal signal, double rate, double rampMs = 20.0);

@@ -1,0 +1,163 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+
+#include "foundation/numbers.hpp"
+#include "tests/support/limiter_rig.hpp"
+
+namespace vanta::test {
+namespace {
+
+/// The makeup stays this far below what the ceiling allows; the threshold never stands higher than this above
+/// it.
+constexpr double kMarginDb = 0.001;
+
+double makeupGain(const LimiterSetup& setup) {
+    const double raised = std::max(static_cast<double>(setup.gainDb), kMarginDb);
+    return gainFromDb(raised + static_cast<double>(setup.outputLevelDb) - kMarginDb);
+}
+
+LimiterSetup monoSetup(Style style, int oversamplingIndex, bool truePeak) {
+    LimiterSetup setup;
+    setup.style = style;
+    setup.oversamplingIndex = oversamplingIndex;
+    setup.truePeak = truePeak;
+    setup.layout = kMonoLayout;
+    return setup;
+}
+
+/// A tone split into the sine that fits best and all else.
+struct Fit {
+    double amplitude;
+    double residualRms;
+};
+Fit fitSine(std::span<const float> signal, double frequency, double rate) {
+    // Normal equations of sine, cosine and a constant, over whole cycles nearly orthogonal.
+    double sine = 0.0, cosine = 0.0, mean = 0.0;
+    const auto count = static_cast<double>(signal.size());
+    const auto angleAt = [&](std::size_t i) {
+        return 2.0 * std::numbers::pi * std::fmod(static_cast<double>(i) * frequency / rate, 1.0);
+    };
+    for (std::size_t i = 0; i < signal.size(); ++i) {
+        sine += 2.0 * static_cast<double>(signal[i]) * std::sin(angleAt(i)) / count;
+        cosine += 2.0 * static_cast<double>(signal[i]) * std::cos(angleAt(i)) / count;
+        mean += static_cast<double>(signal[i]) / count;
+    }
+    double power = 0.0;
+    for (std::size_t i = 0; i < signal.size(); ++i) {
+        const double fitted = mean + sine * std::sin(angleAt(i)) + cosine * std::cos(angleAt(i));
+        const double rest = static_cast<double>(signal[i]) - fitted;
+        power += rest * rest / count;
+    }
+    return {std::hypot(sine, cosine), std::sqrt(power)};
+}
+
+TEST(Transparency, isTheMakeupGainAndADelayAtOneTimesTheRate) {
+    for (const Style style : kStyles) {
+        for (const bool truePeak : {false, true}) {
+            for (const float gain : {0.0f, 6.0f, 18.0f, 30.0f}) {
+                LimiterSetup setup = monoSetup(style, 0, truePeak);
+                setup.gainDb = gain;
+                setup.outputLevelDb = -1.5f;
+                SCOPED_TRACE(describe(setup));
+                // Peaks 1 dB below the threshold, between the samples as well.
+                const double level = gainFromDb(-1.0 - static_cast<double>(gain));
+                const Signal in = sweep(20.0, 15000.0, setup.rate, 30000, level);
+                Signal expected(in);
+                for (float& sample : expected) {
+                    sample = static_cast<float>(static_cast<double>(sample) * makeupGain(setup));
+                }
+                const double error = nullDb(limited(setup, {in})[0], expected);
+                EXPECT_LT(error, -130.0);
+            }
+        }
+    }
+}
+
+/// Whole cycles of 997 Hz and of every other whole frequency.
+constexpr std::size_t kSecond = 44100;
+
+TEST(Transparency, addsNoDistortionAtAnyFactor) {
+    for (int index = 0; index <= 5; ++index) {
+        for (const bool truePeak : {false, true}) {
+            // The converters are the same in all styles; the engine's path runs the more seldom the dearer.
+            for (const Style style : kStyles) {
+                if (index > 1 && style != Style::Transparent && style != Style::Modern) continue;
+                LimiterSetup setup = monoSetup(style, index, truePeak);
+                setup.gainDb = 12.0f;
+                SCOPED_TRACE(describe(setup));
+                const std::size_t settling = 8000;
+                const Signal in = sine(997.0, setup.rate, kSecond + settling, gainFromDb(-13.0));
+                const Signal out = limited(setup, {in})[0];
+                const Fit fit = fitSine(std::span(out).subspan(settling / 2, kSecond), 997.0, setup.rate);
+                const double noise = db(fit.residualRms * std::numbers::sqrt2 / fit.amplitude);
+                const double gain = db(fit.amplitude) - db(gainFromDb(-13.0) * makeupGain(setup));
+                report(
+                    "{:<12} {:>2}x true peak {:<3} THD+N of 997 Hz at -1 dB: {:.1f} dB, gain error {:+.5f} "
+                    "dB\n",
+                    nameOf(style), setup.factor(), truePeak ? "on" : "off", noise, gain);
+                EXPECT_LT(noise, -120.0);
+                EXPECT_NEAR(gain, 0.0, index == 0 ? 1e-5 : 2e-3);
+            }
+        }
+    }
+}
+
+TEST(Transparency, isFlatFrom20HzTo20kHz) {
+    constexpr std::array kFrequencies = {20.0,    50.0,    100.0,   997.0,   3000.0,
+                                         6000.0,  9000.0,  12000.0, 14000.0, 16000.0,
+                                         18000.0, 19000.0, 19500.0, 19800.0, 20000.0};
+    for (const double rate : {44100.0, 48000.0, 96000.0}) {
+        for (int index = 0; index <= 5; ++index) {
+            LimiterSetup setup = monoSetup(Style::Transparent, index, false);
+            setup.rate = rate;
+            SCOPED_TRACE(describe(setup));
+            // The impulse response is finite, so its transform at a frequency is the response there.
+            LimiterRig rig(setup);
+            const std::size_t half = 200;
+            const Signal out = rig.processAligned({impulse(2 * half + 1, half, 0.5)})[0];
+            double largest = 0.0;
+            for (const double frequency : kFrequencies) {
+                double sum = 0.0;  // of linear phase around the impulse: real
+                for (std::size_t i = 0; i < out.size(); ++i) {
+                    const double lag = static_cast<double>(i) - static_cast<double>(half);
+                    sum += static_cast<double>(out[i]) *
+                           std::cos(2.0 * std::numbers::pi * frequency / rate * lag);
+                }
+                largest = std::max(largest, std::abs(db(sum / 0.5)));
+            }
+            report("{:>2}x at {} Hz: largest deviation from flat, 20 Hz to 20 kHz: {:.5f} dB\n",
+                   setup.factor(), rate, largest);
+            EXPECT_LT(largest, index == 0 ? 1e-5 : 0.004);
+        }
+    }
+}
+
+TEST(Transparency, holdsForNoiseJustBelowTheThreshold) {
+    for (const Style style : kStyles) {
+        LimiterSetup setup = monoSetup(style, 0, false);
+        setup.gainDb = 10.0f;
+        SCOPED_TRACE(describe(setup));
+        // Dynamic listens through a band-pass, behind which the peaks of noise stand higher than before it.
+        const double distanceDb = style == Style::Dynamic ? 2.0 : 0.1;
+        const Signal in = whiteNoise(11, 30000, gainFromDb(-10.0 - distanceDb));
+        Signal expected(in);
+        for (float& sample : expected)
+            sample = static_cast<float>(static_cast<double>(sample) * makeupGain(setup));
+        EXPECT_LT(nullDb(limited(setup, {in})[0], expected), -130.0);
+    }
+}
+
+TEST(Transparency, ofSilenceIsSilence) {
+    for (const Style style : kStyles) {
+        LimiterSetup setup = monoSetup(style, 1, true);
+        setup.gainDb = 30.0f;
+        EXPECT_EQ(peak(limited(setup, {Signal(20000, 0.0f)})), 0.0) << describe(setup);
+    }
+}
+
+}  // namespace
+}  // namespace vanta::test

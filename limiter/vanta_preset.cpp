@@ -12,20 +12,21 @@
 namespace vanta {
 namespace {
 
-bool loadAnyVersion(VantaParameters& parameters, const std::filesystem::path& path) {
+/// `open` gives a reader at the start of the record.
+template <typename Open>
+bool loadAnyVersion(VantaParameters& parameters, Open open) {
     {
-        BinaryFileReader reader(path);
+        auto reader = open();
         CustomPresetLoader loader(parameters.owner(), std::string(kPresetTag), kPresetVersion);
         if (readPreset(loader, reader)) return true;
     }
-    BinaryFileReader reader(path);
+    auto reader = open();
     V1PresetLoader loader(parameters);
     return readPreset(loader, reader, V1PresetLoader::kVersion, std::string(V1PresetLoader::kTag));
 }
 
-}  // namespace
-
-bool loadPresetFile(VantaParameters& parameters, const std::filesystem::path& path, LockOutputRule rule) {
+template <typename Open>
+bool loadByRule(VantaParameters& parameters, Open open, LockOutputRule rule) {
     registerPresetMaps();
     const bool keep = rule == LockOutputRule::Honour && parameters.lockOutput.mapped();
     const auto locked = parameters.lockedParameters();
@@ -33,11 +34,23 @@ bool loadPresetFile(VantaParameters& parameters, const std::filesystem::path& pa
     for (std::size_t i = 0; i < locked.size(); ++i) kept[i] = locked[i]->value();
 
     ChangeBlock block(parameters.owner());
-    const bool loaded = loadAnyVersion(parameters, path);
+    const bool loaded = loadAnyVersion(parameters, open);
     if (keep) {
         for (std::size_t i = 0; i < locked.size(); ++i) locked[i]->setValue(kept[i], 0);
     }
     return loaded;
+}
+
+}  // namespace
+
+bool loadPresetFile(VantaParameters& parameters, const std::filesystem::path& path, LockOutputRule rule) {
+    return loadByRule(
+        parameters, [&] { return BinaryFileReader(path); }, rule);
+}
+
+bool loadPreset(VantaParameters& parameters, std::span<const std::byte> record, LockOutputRule rule) {
+    return loadByRule(
+        parameters, [&] { return BinaryMemoryReader(record); }, rule);
 }
 
 bool savePresetFile(VantaParameters& parameters, const std::filesystem::path& path) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <span>
 #include <string_view>
 
 #include "limiter/vanta_parameters.hpp"
@@ -23,6 +25,9 @@ enum class LockOutputRule {
 /// Loads a preset file of this or an older format. False if no format fits or the file ends early; a file
 /// that is none of ours changes nothing, one that ends early changes what it held.
 bool loadPresetFile(VantaParameters& parameters, const std::filesystem::path& path, LockOutputRule rule);
+
+/// The same of a preset in memory.
+bool loadPreset(VantaParameters& parameters, std::span<const std::byte> record, LockOutputRule rule);
 
 /// Saves all parameters. False if the file cannot be written; an old file then stands as it was.
 bool savePresetFile(VantaParameters& parameters, const std::filesystem::path& path);

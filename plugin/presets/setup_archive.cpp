@@ -85,8 +85,9 @@ public:
     Inflater(const Inflater&) = delete;
     Inflater& operator=(const Inflater&) = delete;
 
-    /// Whether the whole stream came to exactly `size` bytes and reached `out`.
-    bool writeTo(std::ostream& out, std::uint32_t size) {
+    /// Whether the whole stream came to exactly `size` bytes and `put` took each piece of it.
+    template <typename Put>
+    bool inflate(std::uint32_t size, Put put) {
         std::array<Bytef, 16384> chunk;
         int state = isReady ? Z_OK : Z_STREAM_ERROR;
         while (state == Z_OK) {
@@ -94,9 +95,7 @@ public:
             stream.avail_out = chunk.size();
             state = ::inflate(&stream, Z_NO_FLUSH);
             if (stream.total_out > size) return false;
-            out.write(reinterpret_cast<const char*>(chunk.data()),
-                      static_cast<std::streamsize>(chunk.size() - stream.avail_out));
-            if (!out) return false;
+            if (!put(std::as_bytes(std::span(chunk)).first(chunk.size() - stream.avail_out))) return false;
         }
         return state == Z_STREAM_END && stream.total_out == size;
     }
@@ -106,6 +105,11 @@ private:
     bool isReady;
 };
 
+template <typename Put>
+bool inflated(const Record& record, Put put) {
+    return record.content.empty() || Inflater(record.content).inflate(record.fileSize, put);
+}
+
 bool extractFile(const Record& record, const std::filesystem::path& destination, bool overwrite) {
     std::error_code error;
     if (!overwrite && std::filesystem::exists(std::filesystem::symlink_status(destination, error)))
@@ -113,7 +117,10 @@ bool extractFile(const Record& record, const std::filesystem::path& destination,
     FileReplacement replacement(destination);
     if (replacement.temporary().empty()) return false;
     std::ofstream file(replacement.temporary(), std::ios::binary);
-    const bool isWhole = record.content.empty() || Inflater(record.content).writeTo(file, record.fileSize);
+    const bool isWhole = inflated(record, [&](Bytes piece) {
+        file.write(reinterpret_cast<const char*>(piece.data()), static_cast<std::streamsize>(piece.size()));
+        return file.good();
+    });
     file.close();
     return isWhole && file && replacement.commit();
 }
@@ -138,22 +145,58 @@ bool extractLevel(Bytes bytes, const std::filesystem::path& destination, bool ov
     return isComplete && level.isSound();
 }
 
+void readLevel(Bytes bytes, const std::string& path, int depth, std::vector<ArchivedFile>& files) {
+    constexpr std::uint32_t kLargestFile = 1 << 20;
+    Level level(bytes);
+    while (const auto record = level.next()) {
+        if (!record->hasPlainName() || depth > kDeepest) continue;
+        if (record->isFolder) {
+            readLevel(record->content, path + record->name + "/", depth + 1, files);
+        } else if (record->fileSize <= kLargestFile) {
+            ArchivedFile file{path + record->name, {}};
+            const bool isWhole = inflated(*record, [&](Bytes piece) {
+                file.bytes.insert(file.bytes.end(), piece.begin(), piece.end());
+                return true;
+            });
+            if (isWhole) files.push_back(std::move(file));
+        }
+    }
+}
+
+/// The level behind the header, if this is an archive.
+std::optional<Level> topLevel(Bytes archive) {
+    constexpr std::size_t kMagicSize = sizeof kArchiveMagic - 1;
+    if (archive.size() < kArchiveHeaderSize) return {};
+    if (std::memcmp(archive.data(), kArchiveMagic, kMagicSize) != 0) return {};
+    return Level(archive.subspan(kArchiveHeaderSize));
+}
+
+bool isFolderNamed(const Record& record, const std::string& name) {
+    return record.isFolder && equalsIgnoringCase(record.name, name);
+}
+
 }  // namespace
 
 bool extractFolder(Bytes archive, const std::string& folderName, const std::filesystem::path& destination,
                    bool overwrite) {
-    constexpr std::size_t kMagicSize = sizeof kArchiveMagic - 1;
-    if (archive.size() < kArchiveHeaderSize) return false;
-    if (std::memcmp(archive.data(), kArchiveMagic, kMagicSize) != 0) return false;
-    Level top(archive.subspan(kArchiveHeaderSize));
+    auto top = topLevel(archive);
     bool isFound = false;
     bool isComplete = true;
-    while (const auto record = top.next()) {
-        if (!record->isFolder || !equalsIgnoringCase(record->name, folderName)) continue;
+    while (const auto record = top ? top->next() : std::nullopt) {
+        if (!isFolderNamed(*record, folderName)) continue;
         isFound = true;
         isComplete = extractLevel(record->content, destination, overwrite, 0) && isComplete;
     }
     return isFound && isComplete;
+}
+
+std::vector<ArchivedFile> readFolder(Bytes archive, const std::string& folderName) {
+    std::vector<ArchivedFile> files;
+    auto top = topLevel(archive);
+    while (const auto record = top ? top->next() : std::nullopt) {
+        if (isFolderNamed(*record, folderName)) readLevel(record->content, {}, 0, files);
+    }
+    return files;
 }
 
 }  // namespace vanta

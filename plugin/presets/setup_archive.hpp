@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace vanta {
 
@@ -28,5 +29,15 @@ inline constexpr char kArchiveMagic[] = "QS/ISB/3";
 /// whatever sizes the archive promises.
 bool extractFolder(std::span<const std::byte> archive, const std::string& folderName,
                    const std::filesystem::path& destination, bool overwrite);
+
+/// A file of an archive, in memory.
+struct ArchivedFile {
+    std::string path;  ///< below the folder that was asked for, with slashes
+    std::vector<std::byte> bytes;
+};
+
+/// The files below a top-level folder in the archive's order, those of a folder behind its name. Damaged ones
+/// are left out, as are any above 1 MiB.
+std::vector<ArchivedFile> readFolder(std::span<const std::byte> archive, const std::string& folderName);
 
 }  // namespace vanta

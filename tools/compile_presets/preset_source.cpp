@@ -1,0 +1,85 @@
+#include "tools/compile_presets/preset_source.hpp"
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <optional>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+#include "plugin/parameters/indexed_parameter.hpp"
+#include "plugin/parameters/number_text.hpp"
+
+namespace vanta {
+namespace {
+
+std::string trimmed(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(" \t\r");
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") + 1 - first);
+}
+
+AbstractPluginParameter& findParameter(const VantaParameters& parameters, const std::string& name) {
+    for (int i = 0; i < parameters.owner().parameterCount(); ++i) {
+        AbstractPluginParameter* parameter = parameters.owner().parameterAt(i);
+        if (parameter->name() == name) return *parameter;
+    }
+    throw std::runtime_error(fmt::format("there is no parameter \"{}\"", name));
+}
+
+std::optional<float> wholeNumber(const std::string& text) {
+    float value = 0.0f;
+    const char* end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, value);
+    if (result.ec != std::errc{} || result.ptr != end) return {};
+    return value;
+}
+
+float readValue(const AbstractPluginParameter& parameter, const std::string& text) {
+    if (const auto* choice = dynamic_cast<const IndexedParameter*>(&parameter)) {
+        const auto& labels = choice->labels();
+        for (std::size_t i = 0; i < labels.size(); ++i) {
+            if (labels[i] == text) return static_cast<float>(i);
+        }
+        throw std::runtime_error(fmt::format("\"{}\" is no choice of {}", text, parameter.name()));
+    }
+    float value = 0.0f;
+    if (const auto number = wholeNumber(text)) {
+        value = *number;
+    } else if (!parameter.parseText(text, &value) || parameter.exceedsRange(text)) {
+        throw std::runtime_error(fmt::format("\"{}\" is no value of {}", text, parameter.name()));
+    }
+    if (!(value >= parameter.minimum() && value <= parameter.maximum())) {
+        throw std::runtime_error(fmt::format("{} is out of the range of {}", text, parameter.name()));
+    }
+    return value;
+}
+
+void applyLine(VantaParameters& parameters, const std::string& line, std::set<std::string>& named) {
+    const std::size_t equals = line.find('=');
+    if (equals == std::string::npos) throw std::runtime_error(fmt::format("\"{}\" has no \"=\"", line));
+    const std::string name = trimmed(line.substr(0, equals));
+    AbstractPluginParameter& parameter = findParameter(parameters, name);
+    if (!named.insert(name).second) throw std::runtime_error(fmt::format("{} is set twice", name));
+    parameter.setValue(readValue(parameter, trimmed(line.substr(equals + 1))), 0);
+}
+
+}  // namespace
+
+void applyPresetSource(VantaParameters& parameters, const std::string& text, const std::string& fileName) {
+    std::istringstream lines(text);
+    std::set<std::string> named;
+    int number = 0;
+    for (std::string line; std::getline(lines, line);) {
+        ++number;
+        line = trimmed(line);
+        if (line.empty() || line.starts_with('#')) continue;
+        try {
+            applyLine(parameters, line, named);
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error(fmt::format("{}:{}: {}", fileName, number, error.what()));
+        }
+    }
+}
+
+}  // namespace vanta

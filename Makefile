@@ -5,7 +5,7 @@ PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndf
 WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
-.PHONY: build test demo bench setup format check-format asan tsan clean
+.PHONY: build test demo bench setup format check-format asan tsan fuzz preset-table clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
@@ -30,6 +30,20 @@ asan tsan: setup
 	@cmake --preset $@ > /dev/null
 	@cmake --build --preset $@ --parallel $(JOBS)
 	@ctest --preset $@
+
+# FUZZ_SECONDS a target; clang stays out of PACKAGES, as nothing else needs it.
+FUZZ_SECONDS ?= 60
+fuzz: setup
+	@command -v clang++-14 > /dev/null || { echo "fuzzing needs clang-14" >&2; exit 1; }
+	@cmake -S . -B build/fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVANTA_FUZZ=ON \
+	   -DVANTA_SANITIZE=fuzzer-no-link,address,undefined -DVANTA_BENCH=OFF > /dev/null
+	@cmake --build build/fuzz --parallel $(JOBS) --target fuzz_programs
+	@tests/fuzz/run.sh build/fuzz $(FUZZ_SECONDS)
+
+# Takes a minute: plays the demonstration song through all factory presets.
+preset-table: build
+	@cmake --build build --parallel $(JOBS) --target preset_table
+	@build/preset_table > docs/presets.md.new && mv docs/presets.md.new docs/presets.md
 
 format:
 	@git ls-files '*.cpp' '*.hpp' | xargs clang-format -i

@@ -158,7 +158,17 @@ void SettingsFile::set(const std::string& name, const SettingValue& value) {
         g_key_file_set_integer(values.get(), group, name.c_str(), std::get<std::int32_t>(value));
     }
     for (const char* other : kGroups) {
-        if (other != group) g_key_file_remove_key(values.get(), other, name.c_str(), nullptr);
+        if (other != group) drop(other, name);
+    }
+}
+
+// Of a name that a hand-edited file gives twice, removing one only uncovers the other, and only when the file
+// is read again.
+void SettingsFile::drop(const char* group, const std::string& name) {
+    while (g_key_file_remove_key(values.get(), group, name.c_str(), nullptr)) {
+        gsize size = 0;
+        const GText content(g_key_file_to_data(values.get(), &size, nullptr));
+        g_key_file_load_from_data(values.get(), content.get(), size, G_KEY_FILE_KEEP_COMMENTS, nullptr);
     }
 }
 

@@ -35,6 +35,7 @@ private:
     };
 
     State parse(const std::string& content);
+    void drop(const char* group, const std::string& name);
     std::optional<std::string> string(const char* group, const std::string& name) const;
 
     std::unique_ptr<GKeyFile, Release> values;

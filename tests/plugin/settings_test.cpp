@@ -103,6 +103,14 @@ TEST(Settings, AWriteChangesOneValueAndKeepsWhatTheUserWrote) {
     EXPECT_EQ(readInteger("GraphicsAcceleration"), 2);
 }
 
+TEST(Settings, ANameThatAFileGivesTwiceIsReplacedForGood) {
+    const UserHome home;
+    home.write(kFile, "[Integers]\nA=1\nA=2\n[Texts]\nB=x\n[Integers]\nA=3\n");
+    EXPECT_TRUE(SettingsStore(kKey).write("A", std::string("text")));
+    EXPECT_EQ(readText("A"), "text");
+    EXPECT_EQ(readText("B"), "x");
+}
+
 TEST(Settings, KeyPathsAndNamesStayInsideTheConfiguration) {
     const UserHome home;
     for (const char* path :

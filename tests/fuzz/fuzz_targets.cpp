@@ -1,0 +1,156 @@
+#include "tests/fuzz/fuzz_targets.hpp"
+
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include <fmt/format.h>
+
+#include "limiter/factory/factory_archive.hpp"
+#include "limiter/preset_maps.hpp"
+#include "limiter/vanta_preset.hpp"
+#include "plugin/generic_plugin_base.hpp"
+#include "plugin/midi/controller_mapping.hpp"
+#include "plugin/presets/preset_map.hpp"
+#include "plugin/presets/setup_archive.hpp"
+#include "plugin/settings/settings_file.hpp"
+
+namespace vanta::fuzz {
+namespace {
+
+class Table final : public GenericPluginBase, public VantaParameters {
+public:
+    Table() : GenericPluginBase(0), VantaParameters(static_cast<GenericPluginBase&>(*this)) {}
+    void beginChange() override {}
+    void endChange() override {}
+    void parameterChanged(int, float, int) override {}
+};
+
+/// gtest's checks are not there under a fuzzer, and assert is not in a release.
+void require(bool holds, const char* what) {
+    if (holds) return;
+    std::fprintf(stderr, "broken: %s\n", what);
+    std::abort();
+}
+
+std::span<const std::byte> bytesOf(std::string_view text) {
+    return std::as_bytes(std::span(text));
+}
+
+/// A folder that is gone when the process ends.
+const std::filesystem::path& scratch() {
+    struct Folder {
+        Folder() { std::filesystem::create_directories(path); }
+        ~Folder() { std::filesystem::remove_all(path); }
+        std::filesystem::path path =
+            std::filesystem::temp_directory_path() / fmt::format("vanta-fuzz-{}", ::getpid());
+    };
+    static const Folder folder;
+    return folder.path;
+}
+
+void runPreset(std::string_view bytes) {
+    Table table;
+    loadPreset(table, bytesOf(bytes), LockOutputRule::Honour);
+    for (int i = 0; i < table.parameterCount(); ++i) {
+        const AbstractPluginParameter& parameter = *table.parameterAt(i);
+        const float value = parameter.value();
+        require(value >= parameter.minimum() && value <= parameter.maximum(), "a value leaves its range");
+    }
+}
+
+void runPresetMap(std::string_view bytes) {
+    BinaryMemoryReader reader(bytesOf(bytes));
+    const auto map = readPresetMap(reader);
+    if (!map) return;
+    require(4 * (map->oldToNew.size() + map->added.size()) <= bytes.size(), "more entries than bytes");
+    map->fits(VantaParameters::kParameterCount);
+}
+
+void runControllerMap(std::string_view bytes) {
+    constexpr int kParameters = 31;
+    BinaryMemoryReader reader(bytesOf(bytes));
+    ControllerMapping map(kParameters);
+    map.read(reader);
+    for (int i = 0; i < ControllerMapping::kControllerCount; ++i) {
+        const int target = map.targetOf(i);
+        require(target >= -1 && target < kParameters, "a target that does not exist");
+        require(target == -1 || map.controllerOf(target) == i, "a target with two controllers");
+    }
+}
+
+void runSettings(std::string_view bytes) {
+    const std::filesystem::path path = scratch() / "settings.conf";
+    std::ofstream(path, std::ios::binary) << bytes;
+    SettingsFile file(path);
+    for (const char* name : {"A", "B", "T", "R", "X"}) file.get(name);
+    file.set("A", std::string("new"));
+    require(file.save(path), "settings that can't be saved");
+    const SettingsFile again(path);
+    require(again.state() == SettingsFile::State::Sound, "saved settings that can't be read");
+    require(again.get("A") == SettingValue(std::string("new")), "a saved value that is not there");
+}
+
+void runArchive(std::string_view bytes) {
+    const std::filesystem::path folder = scratch() / "archive" / "in";
+    extractFolder(bytesOf(bytes), "FactoryPresets", folder, true);
+    std::filesystem::remove_all(folder);
+    for (const auto& left : std::filesystem::directory_iterator(scratch() / "archive")) {
+        require(false, left.path().c_str());
+    }
+    readFolder(bytesOf(bytes), "FactoryPresets");
+}
+
+std::string asText(std::span<const std::byte> bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+std::string presetSample() {
+    return asText(readFolder(factoryArchive(), "FactoryPresets").front().bytes);
+}
+
+std::string presetMapSample() {
+    registerPresetMaps();
+    BinaryResourceReader reader(presetMapName(std::string(kPresetTag), 1));
+    return {std::istreambuf_iterator<char>(reader.stream()), {}};
+}
+
+std::string controllerMapSample() {
+    ControllerMapping map(31);
+    for (int i = 0; i < 31; ++i) map.assign(3 * i, i);
+    std::ostringstream stream;
+    BinaryDataWriter writer(stream);
+    map.write(writer);
+    return stream.str();
+}
+
+std::string settingsSample() {
+    return "# c\n[Integers]\nA=1\nB=-5\n\n[Texts]\nT=a\\nb\n\n[Raw Texts]\nR=ff00\n\n[Bytes]\nX=0102ff\n";
+}
+
+/// The factory archive up to its first files, which a fuzzer gets through faster than through all.
+std::string archiveSample() {
+    return asText(factoryArchive()).substr(0, 1200);
+}
+
+constexpr Target kTargets[] = {
+    {"preset", runPreset, presetSample},
+    {"preset_map", runPresetMap, presetMapSample},
+    {"controller_map", runControllerMap, controllerMapSample},
+    {"settings", runSettings, settingsSample},
+    {"archive", runArchive, archiveSample},
+};
+
+}  // namespace
+
+std::span<const Target> targets() {
+    return kTargets;
+}
+
+}  // namespace vanta::fuzz

@@ -1,7 +1,6 @@
 #include "dsp/rms_filter.hpp"
 
 #include <algorithm>
-#include <numeric>
 
 #include "dsp/kernel/level_math.hpp"
 #include "dsp/kernel/mix.hpp"
@@ -68,7 +67,7 @@ void RMSFilter::slide(float* out, int samples) {
         const int count = std::min(samples - done, length_ - freshCount_);
         const float* entering = squares_.data() + done;
         kernel::runningMean(entering, out + done, sum_, norm_, out + done, static_cast<std::size_t>(count));
-        freshSum_ = std::accumulate(entering, entering + count, freshSum_);
+        freshSum_ += kernel::sum(entering, static_cast<std::size_t>(count));
         freshCount_ += count;
         done += count;
         if (freshCount_ < length_) continue;

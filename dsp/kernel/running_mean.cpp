@@ -32,4 +32,15 @@ void runningMean(const float* entering, const float* leaving, double& sum, float
     sum = total;
 }
 
+// Four sums side by side, as every addition waits for the one before it.
+double sum(const float* values, std::size_t count) {
+    double sums[4] = {};
+    std::size_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        for (std::size_t lane = 0; lane < 4; ++lane) sums[lane] += static_cast<double>(values[i + lane]);
+    }
+    for (; i < count; ++i) sums[0] += static_cast<double>(values[i]);
+    return (sums[0] + sums[1]) + (sums[2] + sums[3]);
+}
+
 }  // namespace vanta::kernel

@@ -10,4 +10,7 @@ namespace vanta::kernel {
 void runningMean(const float* entering, const float* leaving, double& sum, float norm, float* out,
                  std::size_t count);
 
+/// The sum of a block in double precision.
+double sum(const float* values, std::size_t count);
+
 }  // namespace vanta::kernel

@@ -40,8 +40,9 @@ void LoudnessGate::clearUpTo(int end) {
     for (; cleared < end; ++cleared) at(cleared) = {};
 }
 
-void LoudnessGate::feed(const float* meanSquares, int count) {
+bool LoudnessGate::feed(const float* meanSquares, int count) {
     if (cleared < kBins) clearUpTo(count < kBins - cleared ? cleared + count : kBins);
+    const bool due = untilNext < count;
     while (untilNext < count) {
         // At low rates a window fills before the clearing is through.
         clearUpTo(kBins);
@@ -49,6 +50,7 @@ void LoudnessGate::feed(const float* meanSquares, int count) {
         untilNext += size;
     }
     untilNext -= count;
+    return due;
 }
 
 void LoudnessGate::take(float meanSquare) {

@@ -31,7 +31,8 @@ public:
     VANTA_REALTIME void reset(double sampleRate);
     /// Takes in a stream of mean squares over the window: a value once it is full, and every 100 ms from then
     /// on.
-    VANTA_REALTIME void feed(const float* meanSquares, int count);
+    /// Whether one was due.
+    VANTA_REALTIME bool feed(const float* meanSquares, int count);
     /// What lies at or above a threshold relative to the mean of all, in LU. Nothing while the bins are
     /// cleared.
     VANTA_REALTIME Total query(double relativeThreshold) const;

@@ -141,10 +141,9 @@ void LoudnessMeter::measure(int samples) {
     // Silence in front of the programme counts for nothing.
     const int first = waiting ? firstSound(momentary, samples) : 0;
     if (first == samples) return;
-    gateMomentary.feed(momentary + first, samples - first);
-    gateShortTerm.feed(shortTerm + first, samples - first);
-    updateRange();
-    updateIntegrated();
+    // The gated figures change ten times a second, and when a measurement begins.
+    if (gateMomentary.feed(momentary + first, samples - first) || waiting) updateIntegrated();
+    if (gateShortTerm.feed(shortTerm + first, samples - first) || waiting) updateRange();
     sources[MomentarySource]->take(momentary, samples);
     sources[ShortTermSource]->take(shortTerm, samples);
     newData.store(true, std::memory_order_release);

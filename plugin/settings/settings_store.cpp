@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -85,10 +86,15 @@ public:
     explicit WriteLock(const std::filesystem::path& settings) {
         const std::string name = fmt::format(".{}.lock", settings.filename().string());
         descriptor = ::open((settings.parent_path() / name).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-        // A process that was stopped while it wrote must not stop all others with it.
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        // A process that was stopped while it wrote must not stop all others with it; a queue of writers
+        // that gets on, however slowly, is waited for.
+        auto patience = Clock::now() + kPatience;
+        ino_t last = 0;
         while (descriptor >= 0 && !(held_ = ::flock(descriptor, LOCK_EX | LOCK_NB) == 0)) {
-            if (std::chrono::steady_clock::now() > deadline) break;
+            const ino_t now = inodeOf(settings);
+            if (now != last) patience = Clock::now() + kPatience;
+            last = now;
+            if (Clock::now() > patience) break;
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
@@ -101,6 +107,15 @@ public:
     bool held() const { return held_; }
 
 private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::seconds kPatience{5};
+
+    /// Each write puts a new file in place.
+    static ino_t inodeOf(const std::filesystem::path& file) {
+        struct stat status {};
+        return ::stat(file.c_str(), &status) == 0 ? status.st_ino : 0;
+    }
+
     int descriptor = -1;
     bool held_ = false;
 };

@@ -99,6 +99,7 @@ void runSettings(std::string_view bytes) {
 
 void runArchive(std::string_view bytes) {
     const std::filesystem::path folder = scratch() / "archive" / "in";
+    std::filesystem::create_directories(folder.parent_path());
     extractFolder(bytesOf(bytes), "FactoryPresets", folder, true);
     std::filesystem::remove_all(folder);
     for (const auto& left : std::filesystem::directory_iterator(scratch() / "archive")) {

@@ -260,8 +260,16 @@ void GenericPlugin::restoreState(const State& state) {
         tellAdapter(ModelEventQueue::PresetName, 0);
         notifyListener(PresetChanged, 0);
     }
-    extraState_ = state.extra;
+    {
+        const std::lock_guard held(extraMutex);
+        extraState_ = state.extra;
+    }
     notifyListener(ExtraStateReplaced, 0);
+}
+
+std::vector<std::uint8_t> GenericPlugin::extraState() const {
+    const std::lock_guard held(extraMutex);
+    return extraState_;
 }
 
 void GenericPlugin::toggleCompare() {

@@ -73,6 +73,8 @@ public:
     virtual std::string presetExtension() const { return ".qmp"; }
     /// Of a side panel, along an axis; 0 for none.
     virtual int panelExtent(int /*panel*/, int /*axis*/) const { return 0; }
+    /// -1: all presets. Null: there is no such folder.
+    virtual PresetFolder* presetFolder(int kind) const { return kind == -1 ? &statics_->presets : nullptr; }
     virtual bool hasPageTable() const { return false; }
     virtual int interfaceWidth() const;
     virtual int interfaceHeight() const;
@@ -144,7 +146,7 @@ public:
     /// Calls the listener, if there is one. Any thread but the audio thread.
     void notifyListener(int code, int value);
     /// Opaque bytes that belong to a state.
-    const std::vector<std::uint8_t>& extraState() const { return extraState_; }
+    std::vector<std::uint8_t> extraState() const;
 
     // Levels, on the thread of the interface.
 
@@ -198,6 +200,7 @@ private:
     std::unique_ptr<ModelEventQueue> eventQueue_;
     CompareStates compareStates_{*this};
     std::optional<ParameterFileList> interfaceList;
+    mutable std::mutex extraMutex;
     std::vector<std::uint8_t> extraState_;
     std::atomic<bool> listenerAttaching{false};
     bool initialLoad = false;

@@ -86,7 +86,10 @@ void GenericPlugin::markModified() {
 }
 
 void GenericPlugin::programRequested(int bank, int program) {
-    if (!statics_->settings.enableMidiProgramChanges) return;
+    {
+        const auto held = statics_->lock();
+        if (!statics_->settings.enableMidiProgramChanges) return;
+    }
     if (const auto entry = statics_->presetAt(bank, program)) loadPreset(*entry);
 }
 

@@ -17,7 +17,7 @@ namespace vanta {
 /// What all instances of a plug-in share in this process: made by the first, dropped with the last. As it
 /// stands it neither reads nor writes anything on the disk; a product that keeps files derives from it.
 ///
-/// Presets and controllers are used under `lock`, as instances live on several threads. That lock comes after
+/// Everything in it is used under `lock`, as instances live on several threads. That lock comes after
 /// an interface's and before an adapter's.
 class PluginStatics {
 public:

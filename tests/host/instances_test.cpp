@@ -57,20 +57,23 @@ TEST_F(Instances, ComeAndGoOnSeveralThreads) {
     EXPECT_EQ(GenericPlugin::instanceCount(), 0);
 }
 
-TEST_F(Instances, TheFirstFindsItsPresetsAndRestoresThemOnce) {
-    const auto documents = home.folder.file("documents");
-    {
-        const VantaPlugin plugin(kStereoLayout);
-        EXPECT_FALSE(plugin.statics().findPreset("Mine", true).has_value());
-    }
+TEST_F(Instances, TheFirstRestoresThePresetsButNotWhatAUserTookAway) {
+    std::string preset;
     {
         OfflinePluginHost host;
-        ASSERT_TRUE(host.model().statics().findPreset("Default Setting", true).has_value());
-        EXPECT_EQ(host.model().presetState().name(), "Default Setting");
-        EXPECT_FALSE(host.model().presetState().modified());
-        EXPECT_NEAR(dynamic_cast<VantaPlugin&>(host.model()).lookahead.value(), 0.18f, 1e-6f);
-        EXPECT_TRUE(host.model().statics().settings.showWelcomeHint);
+        auto& table = dynamic_cast<VantaPlugin&>(host.model());
+        EXPECT_EQ(table.presetState().name(), "Default Setting");
+        EXPECT_FALSE(table.presetState().modified());
+        EXPECT_NEAR(table.lookahead.value(), 0.18f, 1e-6f);
+        EXPECT_EQ(table.latency(), host.processor().latency());
+        EXPECT_TRUE(table.statics().settings.showWelcomeHint) << "this version was never here";
+        table.statics().settings.showWelcomeHint = false;
+        preset = table.statics().findPreset("Modern Loud", true).value().path;
     }
+    std::filesystem::remove(preset);
+    OfflinePluginHost again;
+    EXPECT_FALSE(std::filesystem::exists(preset));
+    EXPECT_FALSE(again.model().statics().settings.showWelcomeHint);
 }
 
 TEST_F(Instances, AThreadOfTheProcessPumpsWhereNoHostDoes) {

@@ -114,7 +114,8 @@ public:
     // What the interface does.
 
     /// Safe at any time: on return the old listener is not called any more, but for calls that the calling
-    /// thread itself is in. A new listener's thread becomes the owner.
+    /// thread itself is in; not under a lock that the old one takes. A new listener's thread becomes the
+    /// owner.
     void setListener(Listener* newListener);
     Listener* listener() const { return listener_.load(); }
     /// Fills the compare slots the first time, and what the first undo leads back to.

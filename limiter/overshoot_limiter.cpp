@@ -16,6 +16,15 @@ constexpr int kConvolverBase = 128;
 /// What is taken beyond the exact gain, at most.
 constexpr float kMargin = 0.004f;
 
+/// What brings a sample down to the ceiling.
+float hardGain(float sample, float ceiling) {
+    // A gain that was rounded up may lift the product one step above the ceiling.
+    constexpr float kStepDown = 1.0f - 0x1p-23f;
+    const float magnitude = std::max(std::abs(sample), ceiling);
+    const float gain = ceiling / magnitude;
+    return magnitude * gain > ceiling ? gain * kStepDown : gain;
+}
+
 int windowSamples(double sampleRate) {
     return samplesInMs(double{kWindowMs}, sampleRate);
 }
@@ -101,13 +110,17 @@ void OvershootLimiter::limitSmoothly(float* out, int samples) {
 }
 
 void OvershootLimiter::limitHard(const float* in, float* out, int samples) const {
-    // A gain that was rounded up may lift the product one step above the ceiling.
-    constexpr float kStepDown = 1.0f - 0x1p-23f;
-    for (int i = 0; i < samples; ++i) {
-        const float magnitude = std::max(std::abs(in[i]), linearCeiling_);
-        const float gain = linearCeiling_ / magnitude;
-        out[i] = magnitude * gain > linearCeiling_ ? gain * kStepDown : gain;
+    if (const float* ceilings = ceilingsInMotion(samples)) {
+        for (int i = 0; i < samples; ++i) out[i] = hardGain(in[i], ceilings[i]);
+    } else {
+        for (int i = 0; i < samples; ++i) out[i] = hardGain(in[i], linearCeiling_);
     }
+}
+
+const float* OvershootLimiter::ceilingsInMotion(int samples) const {
+    if (!movingCeiling) return nullptr;
+    const float* ceilings = movingCeiling->pullData(samples);
+    return movingCeiling->isConstant() ? nullptr : ceilings;
 }
 
 }  // namespace vanta

@@ -44,6 +44,10 @@ public:
 
     Property<float> ceiling;  ///< dB
     Property<int> mode;       ///< LimitingMode
+    /// While this signal moves, mode Hard holds each sample at its own ceiling, as a factor, so that a
+    /// ceiling that falls comes down together with the level of the audio and not ahead of it. At rest, and
+    /// if null, `ceiling` counts.
+    wave::Producer* movingCeiling = nullptr;
 
 protected:
     void propertyChanged(AbstractProperty& property) override;
@@ -56,6 +60,8 @@ private:
 
     VANTA_REALTIME void limitSmoothly(float* out, int samples);
     VANTA_REALTIME void limitHard(const float* in, float* out, int samples) const;
+    /// The ceilings of a block on their way, or null.
+    VANTA_REALTIME const float* ceilingsInMotion(int samples) const;
 
     float linearCeiling_ = 1.0f;
     wave::ConstValueBlock unity_;

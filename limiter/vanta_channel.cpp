@@ -107,6 +107,7 @@ void VantaChannel::wireOutput(const VantaChannelShared& shared) {
     }
     overshootPeaks.source = &downsamplers[kMain];
     overshootLimiter.source = &overshootPeaks;
+    overshootLimiter.movingCeiling = &shared.ceiling;
     overshootDelay.source = &outputRouter;
     limitedVolume.source = &overshootDelay;
     limitedVolume.gain.setSource(&overshootLimiter);
@@ -129,6 +130,8 @@ void VantaChannel::wireDryPath(const VantaChannelShared&) {
     dryOutDelay.source = &dryDecimator;
     residualGain.addInput(1.0f, &unityLevel);
     residualGain.addInput(-1.0f, &totalGain_);
+    // Always filled, so that what is switched to the dry path finds signal there and not a gap.
+    dryOutDelay.setScheduled(wave::Environment::kBackGroup);
     auditionVolume.source = &dryOutDelay;
     auditionVolume.gain.setSource(&residualGain);
 }

@@ -26,13 +26,14 @@ struct VantaChannelShared {
     sr::TruePeakExposer::Style& oversampledExposer;
     DynamicsEngine& engine;
     OvershootLimiter::Style& overshoot;
-    wave::Producer& makeup;  ///< the makeup gain, as late as the engine's output
+    wave::Producer& makeup;   ///< the makeup gain, as late as the engine's output
+    wave::Producer& ceiling;  ///< Output Level as a factor, as late as that
     VantaParameters& parameters;
 };
 
 /// The signal path of one channel: DC filter and upsampling in front of the engine, downsampling and the
-/// overshoot stage behind it, and a dry path beside it for side-chain operation and for the audition of what is
-/// removed. The members stand in the order of the signal.
+/// overshoot stage behind it, and a dry path beside it for side-chain operation and for the audition of what
+/// is removed. The members stand in the order of the signal.
 class VantaChannel final : public GenericPluginProcessor::Channel {
 public:
     VantaChannel(GenericPluginProcessor& owner, const VantaChannelShared& sharedParts);

@@ -41,9 +41,13 @@ VantaProcessor::VantaProcessor(ChannelLayout layout)
     applyInitialValues();
 }
 
-VantaProcessor::~VantaProcessor() { environment().setDestroying(); }
+VantaProcessor::~VantaProcessor() {
+    environment().setDestroying();
+}
 
-void VantaProcessor::initShared() { addResources(styleResources()); }
+void VantaProcessor::initShared() {
+    addResources(styleResources());
+}
 
 void VantaProcessor::buildEngine() {
     engineLayout = std::make_unique<EngineLayout>(limiterConfiguration());
@@ -71,12 +75,25 @@ void VantaProcessor::buildMakeup() {
     makeupConverter->conversion = DBConverter::DbToAmplitude;
     makeupDelay = std::make_unique<wave::DelayFilter>(oversampled);
     makeupDelay->source = makeupConverter.get();
+
+    // The ceiling moves as the makeup does: it never meets audio of another level.
+    ceilingConverter = std::make_unique<DBConverter>(oversampled);
+    ceilingConverter->source = makeupLevel.get();
+    ceilingConverter->conversion = DBConverter::DbToAmplitude;
+    ceilingDelay = std::make_unique<wave::DelayFilter>(oversampled, 1.0f);
+    ceilingDelay->source = ceilingConverter.get();
 }
 
 void VantaProcessor::buildChannels() {
-    const VantaChannelShared shared{*oversampledEnvironment, *oversamplingStyle, *baseExposerStyle,
-                                    *oversampledExposerStyle, *dynamicsEngine,    *overshootStyle,
-                                    *makeupDelay,             *this};
+    const VantaChannelShared shared{*oversampledEnvironment,
+                                    *oversamplingStyle,
+                                    *baseExposerStyle,
+                                    *oversampledExposerStyle,
+                                    *dynamicsEngine,
+                                    *overshootStyle,
+                                    *makeupDelay,
+                                    *ceilingDelay,
+                                    *this};
     for (const int type : channelTypes(channelLayout)) {
         vantaChannels.push_back(std::make_unique<VantaChannel>(*this, shared));
         // The left of a pair stands just before its right.
@@ -140,17 +157,23 @@ void VantaProcessor::applyInitialValues() {
 }
 
 SignalPathDelays VantaProcessor::delays() const {
-    return {sampleRate(), 1 << oversampling.currentIndex(), truePeakLimiting.mapped(), stageCounts(style.mapped())};
+    return {sampleRate(), 1 << oversampling.currentIndex(), truePeakLimiting.mapped(),
+            stageCounts(style.mapped())};
 }
 
 // From the style's own values, which never change: the latency must be known before a style has arrived.
 StageCounts VantaProcessor::stageCounts(LimitingStyle of) const {
     const auto values = dynamicsEngine->styleValues(static_cast<int>(of));
-    const auto count = [&](int position) { return static_cast<int>(values[static_cast<std::size_t>(position)]); };
-    return {count(kLookAheadStagesPosition), count(kOutputConvolversPosition), count(kOutputSmartClippersPosition)};
+    const auto count = [&](int position) {
+        return static_cast<int>(values[static_cast<std::size_t>(position)]);
+    };
+    return {count(kLookAheadStagesPosition), count(kOutputConvolversPosition),
+            count(kOutputSmartClippersPosition)};
 }
 
-void VantaProcessor::updateLatency() { setLatency(delays().total); }
+void VantaProcessor::updateLatency() {
+    setLatency(delays().total);
+}
 
 void VantaProcessor::parameterAboutToChange(int index) {
     const bool all = index == kAllParameters;
@@ -171,10 +194,9 @@ void VantaProcessor::loadStyle() {
 
 // The style has just overwritten what the knobs had set.
 void VantaProcessor::reassertMainControls() {
-    for (FloatPluginParameter* knob : {static_cast<FloatPluginParameter*>(&gain),
-                                       static_cast<FloatPluginParameter*>(&lookahead),
-                                       static_cast<FloatPluginParameter*>(&attack),
-                                       static_cast<FloatPluginParameter*>(&release)}) {
+    for (FloatPluginParameter* knob :
+         {static_cast<FloatPluginParameter*>(&gain), static_cast<FloatPluginParameter*>(&lookahead),
+          static_cast<FloatPluginParameter*>(&attack), static_cast<FloatPluginParameter*>(&release)}) {
         knob->setValue(knob->value(), 0);
     }
     for (int i = 0; i < engineLayout->group(ElementKind::Detector).capacity; ++i) {
@@ -204,6 +226,7 @@ void VantaProcessor::oversampledRateChanged(void*) {
     const SignalPathLimits limits(environment().sampleRate(), oversampledEnvironment->factor());
     for (auto& channel : vantaChannels) channel->setDelayLimits(limits);
     makeupDelay->setMaxDelay(limits.engine);
+    ceilingDelay->setMaxDelay(limits.engine);
     updateLatency();
     updateDelays();
 }
@@ -214,6 +237,7 @@ void VantaProcessor::updateDelays() {
                                truePeakLimiting.mapped(), stageCounts(current));
     for (auto& channel : vantaChannels) channel->setDelays(now, current);
     makeupDelay->setDelay(now.engine);
+    ceilingDelay->setDelay(now.engine);
 }
 
 void VantaProcessor::ditheringChanged(void*) {
@@ -262,7 +286,9 @@ void VantaProcessor::truePeakChanged(void*) {
     resetMeters();
 }
 
-void VantaProcessor::sideChainChanged(void*) { updateDelays(); }
+void VantaProcessor::sideChainChanged(void*) {
+    updateDelays();
+}
 
 void VantaProcessor::updateOvershootMode() {
     const bool direct = !truePeakLimiting.mapped() && oversampledEnvironment->factor() < 2;

@@ -79,6 +79,8 @@ private:
     std::unique_ptr<StaticMixer> makeupSum;
     std::unique_ptr<DBConverter> makeupConverter;
     std::unique_ptr<wave::DelayFilter> makeupDelay;
+    std::unique_ptr<DBConverter> ceilingConverter;
+    std::unique_ptr<wave::DelayFilter> ceilingDelay;
     std::unique_ptr<OvershootLimiter::Style> overshootStyle;
     std::vector<std::unique_ptr<VantaChannel>> vantaChannels;
     std::unique_ptr<LoudnessMeter> loudnessMeter_;

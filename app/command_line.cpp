@@ -15,6 +15,8 @@
 #include "app/listings.hpp"
 #include "app/measure_command.hpp"
 #include "app/parameter_options.hpp"
+#include "app/preset_command.hpp"
+#include "app/preset_library.hpp"
 #include "app/render_command.hpp"
 #include "app/suggestion.hpp"
 #include "plugin/parameters/number_text.hpp"
@@ -42,7 +44,7 @@ constexpr const char* kRenderExamples = R"(Examples:
   vanta render mix.wav master.wav --gain 6 --output-level -1
   vanta render mix.wav cd.wav --style Transparent --gain 4 --subtype pcm_16 --dither 16
   vanta render stems/*.wav --out-dir limited --style Bus --oversampling 4x
-  vanta render mix.wav master.wav --preset Loud.qmp --set "Channel Link Transients=80%")";
+  vanta render mix.wav master.wav --preset "Wide and Open" --set "Channel Link Transients=80%")";
 
 constexpr const char* kMeasureText = R"(Measures loudness and peaks of audio files.
 
@@ -56,6 +58,10 @@ constexpr const char* kMeasureExamples = R"(Examples:
   vanta measure master.wav --timeline loudness.csv --plot loudness.png
 
 Exit status: 0 all is well, 1 a file could not be measured, 3 a file misses what was asked for.)";
+
+constexpr const char* kPresetSaveText = R"(Saves settings as a preset.
+
+A bare name goes into your preset folder, where 'vanta presets' and the plug-ins find it.)";
 
 /// Takes numbers within a range, limits included.
 CLI::Validator within(double low, double high) {
@@ -99,19 +105,22 @@ void addSettings(CLI::App& render, RenderCommand& command) {
             ->type_name(option.isSwitch() ? "[on|off]" : std::string(option.value))
             ->group(std::string(option.group));
     }
-    render
-        .add_option("--side-chain", command.sideChain,
-                    "let this file decide how far the input is turned down. The output is then not bound to "
-                    "Output Level")
-        ->type_name("FILE")
-        ->group("Sound");
     render.add_option("--preset", command.preset, "start from a preset; other options change it")
-        ->type_name("FILE.qmp")
+        ->type_name("NAME|FILE")
         ->group("Sound");
     render.add_option("--set", command.assignments, "any parameter by its name; 'vanta params' lists them")
         ->type_name("\"NAME=TEXT\"")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->group("Sound");
+}
+
+void addSideChain(CLI::App& render, RenderCommand& command) {
+    render
+        .add_option("--side-chain", command.sideChain,
+                    "let this file decide how far the input is turned down. The output is then not bound to "
+                    "Output Level")
+        ->type_name("FILE")
         ->group("Sound");
 }
 
@@ -146,6 +155,48 @@ void addMeasureOptions(CLI::App& measure, MeasureCommand& command) {
     measure.add_flag("--quiet", command.quiet, "show no progress")->group(group);
 }
 
+/// The commands that read and write presets.
+struct PresetCommands {
+    void addTo(CLI::App& app) {
+        list = app.add_subcommand("presets", "Lists the presets that --preset takes.");
+        group = app.add_subcommand("preset", "Shows, saves and converts presets.");
+        group->require_subcommand(1);
+        show = group->add_subcommand("show", "Prints all settings of a preset.");
+        show->add_option("preset", command.source, "a preset's name or file")
+            ->required()
+            ->type_name("NAME|FILE");
+        save = group->add_subcommand("save", kPresetSaveText);
+        save->add_option("target", command.target, "the name to save under, or a file")
+            ->required()
+            ->type_name("NAME|FILE");
+        addSettings(*save, command.settings);
+        convert = group->add_subcommand("convert", "Writes a preset of any version in today's format.");
+        convert->add_option("preset", command.source, "a preset's name or file")->required()->type_name("IN");
+        convert->add_option("target", command.target, "the name to save under, or a file")
+            ->required()
+            ->type_name("OUT");
+        for (CLI::App* writer : {save, convert}) {
+            writer->add_flag("--force", command.replace, "replace a preset that exists")->group(kFile);
+        }
+    }
+    std::vector<CLI::App*> all() const { return {list, group, show, save, convert}; }
+
+    int run() const {
+        if (*list) fmt::print("{}", PresetLibrary().list());
+        if (*show) return runPresetShow(command);
+        if (*save) return runPresetSave(command);
+        if (*convert) return runPresetConvert(command);
+        return kExitDone;
+    }
+
+    CLI::App* list = nullptr;
+    CLI::App* group = nullptr;
+    CLI::App* show = nullptr;
+    CLI::App* save = nullptr;
+    CLI::App* convert = nullptr;
+    PresetCommand command;
+};
+
 /// The program's commands, and what is to be done after parsing.
 struct Commands {
     Commands() {
@@ -156,6 +207,7 @@ struct Commands {
         render = app.add_subcommand("render", kRenderText);
         render->footer(kRenderExamples);
         addSettings(*render, command);
+        addSideChain(*render, command);
         addFileOptions(*render, command);
         measure = app.add_subcommand("measure", kMeasureText);
         measure->footer(kMeasureExamples);
@@ -165,7 +217,10 @@ struct Commands {
         params->add_flag("--long", withHelp, "say in full what each is for");
         formats = app.add_subcommand("formats", "Lists the file types that can be written.");
         layouts = app.add_subcommand("layouts", "Lists the channel layouts.");
-        for (CLI::App* part : {&app, render, measure, styles, params, formats, layouts}) {
+        presets.addTo(app);
+        std::vector<CLI::App*> parts{&app, render, measure, styles, params, formats, layouts};
+        for (CLI::App* part : presets.all()) parts.push_back(part);
+        for (CLI::App* part : parts) {
             part->formatter(format);
             part->set_help_flag("--help", "print this text")->group(part == render ? kFile : "Options");
         }
@@ -178,7 +233,7 @@ struct Commands {
         if (*params) fmt::print("{}", parameterList(withHelp));
         if (*formats) fmt::print("{}", formatList());
         if (*layouts) fmt::print("{}", layoutList());
-        return kExitDone;
+        return presets.run();
     }
 
     std::vector<std::string> names(const CLI::App& of) const {
@@ -199,6 +254,7 @@ struct Commands {
     CLI::App* layouts = nullptr;
     RenderCommand command;
     MeasureCommand measureCommand;
+    PresetCommands presets;
     bool withHelp = false;
 };
 
@@ -228,7 +284,8 @@ std::string usageText(const Commands& commands, const CLI::ParseError& error,
 
 int parseAndRun(const std::vector<std::string>& arguments) {
     Commands commands;
-    const std::vector<std::string> names{"render", "measure", "styles", "params", "formats", "layouts"};
+    const std::vector<std::string> names{"render",  "measure", "styles",  "params",
+                                         "formats", "layouts", "presets", "preset"};
     if (!arguments.empty() && !arguments[0].starts_with('-') &&
         std::ranges::find(names, arguments[0]) == names.end()) {
         throw UsageError(fmt::format("there is no command '{}'{}; see 'vanta --help'", arguments[0],

@@ -10,8 +10,8 @@
 #include "app/interrupt.hpp"
 #include "app/output_path.hpp"
 #include "app/parameter_text.hpp"
+#include "app/preset_library.hpp"
 #include "app/suggestion.hpp"
-#include "limiter/vanta_preset.hpp"
 
 namespace vanta {
 
@@ -51,23 +51,6 @@ RenderOptions optionsOf(const RenderCommand& command) {
     return options;
 }
 
-void loadPreset(LimiterSettings& settings, const std::string& path) {
-    std::error_code error;
-    if (!fs::exists(path, error)) throw Failure(fmt::format("{}: no such file", path));
-    if (!fs::is_regular_file(path, error)) throw Failure(fmt::format("{}: is not a regular file", path));
-    if (!loadPresetFile(settings, path, LockOutputRule::Ignore)) {
-        throw Failure(fmt::format("{}: is not a preset of this limiter, or is cut off", path));
-    }
-}
-
-/// The preset first, then the options, then what is set by name: the more particular has the last word.
-void applySettings(LimiterSettings& settings, const RenderCommand& command) {
-    if (!command.preset.empty()) loadPreset(settings, command.preset);
-    if (!command.sideChain.empty()) settings.sideChainTriggering.setMapped(true);
-    for (const auto& [option, text] : command.parameters) setByOption(settings, *option, text);
-    for (const std::string& assignment : command.assignments) setByAssignment(settings, assignment);
-}
-
 std::vector<Route> routesInto(const fs::path& folder, std::span<const std::string> inputs,
                               const FileType* type) {
     std::error_code error;
@@ -104,6 +87,14 @@ void tell(const FileReport& report, const LimiterSettings& settings, bool quiet)
 }
 
 }  // namespace
+
+// The preset first, then the options, then what is set by name: the more particular has the last word.
+void applySettings(LimiterSettings& settings, const RenderCommand& command) {
+    if (!command.preset.empty()) loadNamedPreset(settings, command.preset);
+    if (!command.sideChain.empty()) settings.sideChainTriggering.setMapped(true);
+    for (const auto& [option, text] : command.parameters) setByOption(settings, *option, text);
+    for (const std::string& assignment : command.assignments) setByAssignment(settings, assignment);
+}
 
 int runRender(const RenderCommand& command) {
     const RenderOptions options = optionsOf(command);

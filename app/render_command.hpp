@@ -28,6 +28,9 @@ struct RenderCommand {
     bool quiet = false;
 };
 
+/// Sets what the command's preset and options say. UsageError and Failure for what cannot be set.
+void applySettings(LimiterSettings& settings, const RenderCommand& command);
+
 /// Renders all files. UsageError before anything is rendered; a file that fails does not keep the next from
 /// being tried. The result is an ExitCode.
 int runRender(const RenderCommand& command);

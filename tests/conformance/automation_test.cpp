@@ -1,0 +1,162 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "foundation/numbers.hpp"
+#include "tests/conformance/program_material.hpp"
+#include "tests/support/limiter_rig.hpp"
+
+namespace vanta::test {
+namespace {
+
+constexpr double kRate = 44100.0;
+constexpr int kBlock = 315;
+
+/// The largest second difference of a signal: of a step about its height, of a 100 Hz tone of full scale
+/// 0.0002.
+double roughness(const Signal& signal, std::size_t from) {
+    double largest = 0.0;
+    for (std::size_t i = from + 2; i < signal.size(); ++i) {
+        const double bend = static_cast<double>(signal[i]) - 2.0 * static_cast<double>(signal[i - 1]) +
+                            static_cast<double>(signal[i - 2]);
+        largest = std::max(largest, std::abs(bend));
+    }
+    return largest;
+}
+
+/// A tone at -12 dB on the left, one at -15 dB on the right.
+Channels tones(double seconds) {
+    const auto count = static_cast<std::size_t>(seconds * kRate);
+    return {sine(100.0, kRate, count, gainFromDb(-12.0)), sine(100.0, kRate, count, gainFromDb(-15.0), 0.3)};
+}
+
+void moveAnywhere(AbstractPluginParameter& parameter, Random& random) {
+    const auto normal = static_cast<float>(0.5 + 0.5 * random.bipolar());
+    float value = parameter.denormalize(normal);
+    if (parameter.kind() == AbstractPluginParameter::Kind::Indexed) {
+        value = static_cast<float>(
+            random.between(static_cast<int>(parameter.minimum()), static_cast<int>(parameter.maximum())));
+    }
+    parameter.setValue(value, 0);
+}
+
+/// Plays tones, moves one parameter every now and then, and gives back the roughness from the first move on.
+double roughnessWhileMoving(const LimiterSetup& setup, int parameter) {
+    constexpr std::size_t kSettled = 22050;
+    LimiterRig rig(setup);
+    const Channels in = tones(1.4);
+    Channels out(2, Signal(in[0].size()));
+    Random random(static_cast<std::uint64_t>(parameter) + 2);
+    std::size_t next = kSettled;
+    for (std::size_t at = 0; at < in[0].size(); at += kBlock) {
+        if (parameter >= 0 && at >= next) {
+            moveAnywhere(*rig.limiter().parameterAt(parameter), random);
+            next += static_cast<std::size_t>(random.between(500, 5000));
+        }
+        rig.processBlock(in, {}, out, at, std::min<std::size_t>(kBlock, in[0].size() - at));
+    }
+    EXPECT_LE(peak(out), 1.0);
+    return std::max(roughness(out[0], kSettled - 1000), roughness(out[1], kSettled - 1000));
+}
+
+class Automation : public testing::TestWithParam<Style> {};
+
+INSTANTIATE_TEST_SUITE_P(Styles, Automation, testing::ValuesIn(kStyles),
+                         [](const auto& instance) { return nameOf(instance.param); });
+
+TEST_P(Automation, makesNoStep) {
+    // What bends the most is a peak that runs into the ceiling while gain and makeup move. Converters that
+    // come into use with the side chain fill during the fade to them.
+    constexpr double kBend = 0.012;
+    constexpr double kFillingConverter = 0.04;
+    for (const float gain : {0.0f, 18.0f}) {
+        for (const int index : {0, 1}) {
+            LimiterSetup setup;
+            setup.style = GetParam();
+            setup.gainDb = gain;
+            setup.oversamplingIndex = index;
+            setup.truePeak = index == 1;
+            const double atRest = roughnessWhileMoving(setup, -1);
+            const VantaProcessor table(kStereoLayout);
+            for (int p = 0; p < VantaParameters::kParameterCount; ++p) {
+                const AbstractPluginParameter& parameter = *table.parameterAt(p);
+                if (!parameter.automatable) continue;
+                const double moving = roughnessWhileMoving(setup, p);
+                const bool filling = index > 0 && p == table.sideChainTriggering.index();
+                EXPECT_LT(moving, atRest + (filling ? kFillingConverter : kBend))
+                    << parameter.name() << ", " << describe(setup);
+                report("{:<12} {}x gain {:>2} dB, moving {:<24} bend {:.5f} (at rest {:.5f})\n",
+                       nameOf(setup.style), setup.factor(), gain, parameter.name(), moving, atRest);
+            }
+        }
+    }
+}
+
+TEST(Switches, leaveTheCeilingStanding) {
+    // Style, oversampling and true peaks reset the path: no value that is none, nothing above the ceiling.
+    Random random(4);
+    LimiterSetup setup;
+    setup.gainDb = 18.0f;
+    LimiterRig rig(setup);
+    const Channels music = loudMusic(2.0);
+    Channels out(2, Signal(music[0].size()));
+    for (std::size_t at = 0; at < music[0].size();) {
+        const auto count = std::min(static_cast<std::size_t>(random.between(1, 2000)), music[0].size() - at);
+        VantaProcessor& limiter = rig.limiter();
+        switch (random.between(0, 6)) {
+            case 0:
+            case 1:
+            case 2:
+                moveAnywhere(limiter.style, random);
+                break;
+            case 3:
+                limiter.oversampling.setValue(static_cast<float>(random.between(0, 2)), 0);
+                break;
+            case 4:
+                moveAnywhere(limiter.truePeakLimiting, random);
+                break;
+            case 5:
+                moveAnywhere(limiter.gain, random);
+                break;
+            default:
+                moveAnywhere(limiter.auditionLimiting, random);
+        }
+        rig.processBlock(music, {}, out, at, count);
+        at += count;
+    }
+    for (const Signal& signal : out) {
+        ASSERT_TRUE(std::all_of(signal.begin(), signal.end(), [](float x) { return std::isfinite(x); }));
+    }
+    // The audition of a dry signal at full scale may reach it.
+    EXPECT_LE(peak(out), 1.0);
+}
+
+TEST(Switches, endWhereAFreshLimiterStarts) {
+    // After a change of style and some time everything is as if it had always been so.
+    const Channels music = loudMusic(1.0);
+    for (const Style from : kStyles) {
+        for (const Style to :
+             {Style::Transparent, Style::Dynamic, Style::Aggressive, Style::Modern, Style::Safe}) {
+            if (from == to) continue;
+            LimiterSetup setup;
+            setup.gainDb = 12.0f;
+            setup.style = to;
+            LimiterRig fresh(setup);
+            setup.style = from;
+            LimiterRig changed(setup);
+            SCOPED_TRACE(fmt::format("{} to {}", nameOf(from), nameOf(to)));
+            changed.process({music[0], music[1]}, 256);
+            changed.limiter().style.setMapped(to);
+            // Controls glide to their new values for up to 150 ms; then silence lets all levels fall.
+            const Channels silence(2, Signal(60000, 0.0f));
+            changed.process(silence, 256);
+            fresh.process(silence, 256);
+            EXPECT_LT(nullDb(changed.process(music, 256), fresh.process(music, 256)), -100.0);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vanta::test

@@ -51,6 +51,7 @@ VantaChannel::VantaChannel(GenericPluginProcessor& owner, const VantaChannelShar
       processor_(shared.engine, index(), detectionDelay),
       makeupVolumes{VolumeFilter(shared.oversampled), VolumeFilter(shared.oversampled)},
       padDelays{wave::DelayFilter(shared.oversampled), wave::DelayFilter(shared.oversampled)},
+      dryPadDelay(shared.oversampled),
       downsamplers{sr::DecimatorFilter(shared.oversampling), sr::DecimatorFilter(shared.oversampling)},
       outputRouter(owner.environment(), 2),
       overshootPeaks(owner.environment(), shared.baseExposer),
@@ -122,7 +123,9 @@ void VantaChannel::wireOutput(const VantaChannelShared& shared) {
 void VantaChannel::wireDryPath(const VantaChannelShared&) {
     gainMixer.operation = Mixer::Multiply;
     gainMixer.setInput(0, &stageDelay);
-    dryDecimator.source = &dryDelay;
+    // Padded as the limited signal is, or the two would be a part of a sample apart.
+    dryPadDelay.source = &dryDelay;
+    dryDecimator.source = &dryPadDelay;
     gainDelay.source = &gainDecimator;
     totalGain_.operation = Mixer::Multiply;
     totalGain_.setInput(0, &gainDelay);
@@ -155,6 +158,7 @@ void VantaChannel::setDelayLimits(const SignalPathLimits& limits) {
     dryOutDelay.setMaxDelay(limits.meter);
     gainDelay.setMaxDelay(limits.meter);
     for (wave::DelayFilter& delay : padDelays) delay.setMaxDelay(limits.pad);
+    dryPadDelay.setMaxDelay(limits.pad);
 }
 
 void VantaChannel::setDelays(const SignalPathDelays& delays, LimitingStyle style) {
@@ -164,6 +168,7 @@ void VantaChannel::setDelays(const SignalPathDelays& delays, LimitingStyle style
     gainDelay.setDelay(delays.meter);
     dryDelay.setDelay(delays.engine + delays.truePeak);
     for (wave::DelayFilter& delay : padDelays) delay.setDelay(delays.pad);
+    dryPadDelay.setDelay(delays.pad);
     routeGain(style);
 }
 

@@ -83,6 +83,7 @@ private:
     DynamicsEngine::Processor processor_;
     VolumeFilter makeupVolumes[2];
     wave::DelayFilter padDelays[2];
+    wave::DelayFilter dryPadDelay;
     sr::DecimatorFilter downsamplers[2];
     Router outputRouter;
     sr::TruePeakExposer overshootPeaks;

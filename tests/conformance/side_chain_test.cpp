@@ -1,0 +1,222 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "foundation/numbers.hpp"
+#include "tests/conformance/program_material.hpp"
+#include "tests/support/limiter_rig.hpp"
+
+namespace vanta::test {
+namespace {
+
+constexpr double kRate = 44100.0;
+constexpr double kMarginDb = 0.001;
+
+class SideChain : public testing::TestWithParam<Style> {
+protected:
+    LimiterSetup triggered(int oversamplingIndex = 0) const {
+        LimiterSetup setup;
+        setup.style = GetParam();
+        setup.gainDb = 12.0f;
+        setup.oversamplingIndex = oversamplingIndex;
+        setup.further = [](VantaProcessor& limiter) {
+            limiter.sideChainTriggering.setMapped(true);
+            limiter.setSideChainInUse(true);
+        };
+        return setup;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Styles, SideChain, testing::ValuesIn(kStyles),
+                         [](const auto& instance) { return nameOf(instance.param); });
+
+TEST_P(SideChain, ducksTheMainSignal) {
+    constexpr std::size_t kCount = 40000;
+    constexpr std::size_t kOnset = 15000;
+    const Channels main(2, sine(300.0, kRate, kCount, 0.1));
+    Channels trigger(2, sine(500.0, kRate, kCount, 1.0));
+    for (Signal& signal : trigger) std::fill_n(signal.begin(), kOnset, 0.0f);
+    for (const int index : {0, 1}) {
+        LimiterRig rig(triggered(index));
+        const Channels out = rig.processAligned(main, 512, trigger);
+        const double makeup = gainFromDb(12.0 - kMarginDb);
+        const auto level = [&](std::size_t from) { return db(rms(std::span(out[0]).subspan(from, 4410))); };
+        const double untouched = db(0.1 * makeup / std::sqrt(2.0));
+        EXPECT_NEAR(level(3000), untouched, 0.01);
+        // 12 dB of Gain take a trigger of full scale 12 dB down.
+        EXPECT_NEAR(level(kOnset + 15000), untouched - 12.0, 2.0);
+    }
+}
+
+TEST_P(SideChain, ofSilenceLeavesAlone) {
+    // Nothing triggers, so the signal leaves with its makeup, however loud.
+    const Signal tone = sine(1000.0, kRate, 20000, 0.2);
+    LimiterSetup setup = triggered();
+    setup.layout = kMonoLayout;
+    const Signal out = LimiterRig(setup).processAligned({tone}, 512, {Signal(tone.size(), 0.0f)})[0];
+    Signal expected(tone);
+    for (float& sample : expected) sample *= static_cast<float>(gainFromDb(12.0 - kMarginDb));
+    EXPECT_LT(nullDb(out, expected), -120.0);
+}
+
+TEST_P(SideChain, thatIsNotDeliveredIsTheMainSignal) {
+    // Also where the host delivers one that is not to be used.
+    const Channels music = loudMusic(0.5);
+    LimiterSetup plain;
+    plain.style = GetParam();
+    plain.gainDb = 12.0f;
+    const Channels reference = limited(plain, music);
+    EXPECT_LT(nullDb(limited(triggered(), music), reference), -110.0);
+
+    LimiterSetup unused = triggered();
+    unused.further = [](VantaProcessor& limiter) { limiter.sideChainTriggering.setMapped(true); };
+    const Channels noise(2, whiteNoise(1, music[0].size()));
+    EXPECT_LT(nullDb(LimiterRig(unused).processAligned(music, 512, noise), reference), -110.0);
+
+    LimiterSetup off = plain;
+    off.further = [](VantaProcessor& limiter) { limiter.setSideChainInUse(true); };
+    EXPECT_EQ(LimiterRig(off).processAligned(music, 512, noise), reference);
+}
+
+TEST_P(SideChain, ofFewerChannelsServesAll) {
+    const Channels main(2, sine(300.0, kRate, 30000, 0.1));
+    const Signal trigger = sine(500.0, kRate, 30000, 1.0);
+    EXPECT_LT(nullDb(LimiterRig(triggered()).process(main, 256, {trigger}),
+                     LimiterRig(triggered()).process(main, 256, {trigger, trigger})),
+              -120.0);
+}
+
+class Audition : public testing::TestWithParam<Style> {
+protected:
+    LimiterSetup setup(bool audition, int oversamplingIndex = 0) const {
+        LimiterSetup made;
+        made.style = GetParam();
+        made.gainDb = 12.0f;
+        made.oversamplingIndex = oversamplingIndex;
+        made.further = [audition](VantaProcessor& limiter) { limiter.auditionLimiting.setMapped(audition); };
+        return made;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Styles, Audition, testing::ValuesIn(kStyles),
+                         [](const auto& instance) { return nameOf(instance.param); });
+
+TEST_P(Audition, ofNothingLimitedIsSilence) {
+    const Channels quiet(2, sine(300.0, kRate, 20000, 0.1));
+    EXPECT_EQ(peak(limited(setup(true), quiet)), 0.0);
+}
+
+TEST_P(Audition, andTheLimitedSignalAddUpToTheInput) {
+    // The audition is input times (1 - gain), the output input times gain and makeup.
+    const Channels music = loudMusic(0.6);
+    const Channels taken = limited(setup(true), music);
+    Channels sum = limited(setup(false), music);
+    const double makeup = gainFromDb(12.0 - kMarginDb);
+    for (std::size_t c = 0; c < 2; ++c) {
+        for (std::size_t i = 0; i < sum[c].size(); ++i) {
+            sum[c][i] = static_cast<float>(static_cast<double>(sum[c][i]) / makeup +
+                                           static_cast<double>(taken[c][i]));
+        }
+    }
+    EXPECT_GT(peak(taken), 0.05);
+    // Where the last guard of the ceiling acts on the signal with its makeup rounding differs.
+    EXPECT_LT(nullDb(sum, music), -110.0);
+}
+
+TEST_P(Audition, isAlignedWithTheOutputWhenOversampled) {
+    // The gain is thinned out to one value a sample there, so the sum is close, not equal.
+    const Channels music = loudMusic(0.6);
+    const Channels taken = limited(setup(true, 2), music);
+    Channels sum = limited(setup(false, 2), music);
+    const double makeup = gainFromDb(12.0 - kMarginDb);
+    for (std::size_t i = 0; i < sum[0].size(); ++i) {
+        sum[0][i] = static_cast<float>(static_cast<double>(sum[0][i]) / makeup +
+                                       static_cast<double>(taken[0][i]) - static_cast<double>(music[0][i]));
+    }
+    const double residual = db(rms(sum[0])) - db(rms(music[0]));
+    report("{:<12} 4x: audition plus output differ from the input by {:.1f} dB\n", nameOf(GetParam()),
+           residual);
+    EXPECT_LT(residual, -30.0);
+}
+
+TEST(UnityGain, leavesUnlimitedSignalsAsTheyWere) {
+    for (const Style style : kStyles) {
+        for (const float gain : {0.0f, 6.0f, 20.0f}) {
+            for (const float level : {0.0f, -3.0f}) {
+                LimiterSetup setup;
+                setup.style = style;
+                setup.gainDb = gain;
+                setup.outputLevelDb = level;
+                setup.further = [](VantaProcessor& limiter) { limiter.unityGain.setMapped(true); };
+                SCOPED_TRACE(describe(setup));
+                const Channels quiet(2, sine(500.0, kRate, 15000, 0.05));
+                const Channels out = limited(setup, quiet);
+                EXPECT_NEAR(db(rms(out[0])) - db(rms(quiet[0])), 0.0, 0.0015);
+                // What is limited stays below -Gain dB.
+                const Channels loud(2, sine(500.0, kRate, 15000, 0.99));
+                EXPECT_LE(db(peak(limited(setup, loud))), -static_cast<double>(gain) + 1e-5);
+            }
+        }
+    }
+}
+
+struct DitherCase {
+    int index;
+    int bits;
+};
+
+TEST(Dithering, ofTheWholeLimiterStandsOnTheGridBelowTheCeiling) {
+    const Channels music = loudMusic(0.5);
+    for (const DitherCase& c :
+         {DitherCase{1, 16}, DitherCase{2, 18}, DitherCase{3, 20}, DitherCase{4, 22}, DitherCase{5, 24}}) {
+        for (int shaping = 0; shaping < 4; ++shaping) {
+            LimiterSetup setup;
+            setup.style = Style::Modern;
+            setup.gainDb = 18.0f;
+            setup.outputLevelDb = -0.3f;
+            setup.further = [&](VantaProcessor& limiter) {
+                limiter.dithering.setValue(static_cast<float>(c.index), 0);
+                limiter.noiseShaping.setValue(static_cast<float>(shaping), 0);
+            };
+            SCOPED_TRACE(fmt::format("{} bits, shaping {}", c.bits, shaping));
+            const Channels out = limited(setup, music);
+            const double steps = std::ldexp(1.0, c.bits - 1);
+            for (const Signal& signal : out) {
+                for (const float sample : signal) {
+                    const double place = static_cast<double>(sample) * steps;
+                    ASSERT_EQ(place, std::round(place));
+                }
+            }
+            EXPECT_LE(peak(out), gainFromDb(-0.3));
+            EXPECT_GT(db(peak(out)), -0.4);
+        }
+    }
+}
+
+TEST(Dithering, addsNoiseOfItsWordLengthAndNothingElse) {
+    LimiterSetup setup;
+    setup.gainDb = 6.0f;
+    const Channels quiet(2, sine(997.0, kRate, 30000, 0.25));
+    const Channels plain = limited(setup, quiet);
+    setup.further = [](VantaProcessor& limiter) {
+        limiter.dithering.setValue(1, 0);
+        limiter.noiseShaping.setValue(0, 0);
+    };
+    Channels noise = limited(setup, quiet);
+    // The signal makes room for the noise at the ceiling: it is a little softer.
+    double product = 0.0;
+    double power = 0.0;
+    for (std::size_t i = 0; i < noise[0].size(); ++i) {
+        product += static_cast<double>(noise[0][i]) * static_cast<double>(plain[0][i]);
+        power += static_cast<double>(plain[0][i]) * static_cast<double>(plain[0][i]);
+    }
+    const double share = product / power;
+    EXPECT_NEAR(db(share), 0.0, 0.001);
+    for (std::size_t i = 0; i < noise[0].size(); ++i) noise[0][i] -= static_cast<float>(share) * plain[0][i];
+    // Triangular noise two steps wide and the rounding together: a quarter of a step squared.
+    EXPECT_NEAR(db(rms(noise[0])), db(0.5 * std::ldexp(1.0, -15)), 0.2);
+}
+
+}  // namespace
+}  // namespace vanta::test

@@ -124,16 +124,16 @@ void DynamicsEngine::parameterChanged(int index, float value, int) {
 void DynamicsEngine::notePendingChanges() { pending = queue.sizeEstimate(); }
 
 void DynamicsEngine::applyPendingParameters() {
-    if (reapplyAll.load(std::memory_order_relaxed) && reapplyAll.exchange(false)) {
-        applyAllParameters();
+    if (pending > 0) {
+        matrix_.beginUpdate();
+        LockFreeFifo::Item change{};
+        for (; pending > 0 && queue.pop(change); --pending) {
+            parameterAt(change.index())->applyValue(change.value());
+        }
+        matrix_.endUpdate();
     }
-    if (pending == 0) return;
-    matrix_.beginUpdate();
-    LockFreeFifo::Item change{};
-    for (; pending > 0 && queue.pop(change); --pending) {
-        parameterAt(change.index())->applyValue(change.value());
-    }
-    matrix_.endUpdate();
+    // Last, for what the queue holds is older than what it had no room for.
+    if (reapplyAll.load(std::memory_order_relaxed) && reapplyAll.exchange(false)) applyAllParameters();
 }
 
 void DynamicsEngine::applyAllParameters() {

@@ -1,0 +1,146 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <thread>
+#include <vector>
+
+#include "tests/support/limiter_rig.hpp"
+
+namespace vanta::test {
+namespace {
+
+/// Runs `work(random)` on a thread of its own again and again for as long as this lives.
+class Worker {
+public:
+    template <typename Work>
+    Worker(std::uint64_t seed, Work work)
+        : thread([this, seed, work] {
+              Random random(seed);
+              while (!stop.load()) work(random);
+          }) {}
+    ~Worker() {
+        stop = true;
+        thread.join();
+    }
+
+private:
+    std::atomic<bool> stop{false};
+    std::thread thread;
+};
+
+void moveSomething(VantaProcessor& limiter, Random& random) {
+    AbstractPluginParameter& parameter = *limiter.parameterAt(random.between(0, 30));
+    const bool costly = &parameter == &limiter.oversampling;
+    const auto normal = static_cast<float>(0.5 + 0.5 * random.bipolar());
+    parameter.setValue(costly ? static_cast<float>(random.between(0, 1)) : parameter.denormalize(normal), 0);
+    std::this_thread::yield();
+}
+
+TEST(Threads, maySetEverythingWhileAudioRuns) {
+    LimiterSetup setup;
+    setup.gainDb = 12.0f;
+    LimiterRig rig(setup);
+    VantaProcessor& limiter = rig.limiter();
+    const Channels noise = {whiteNoise(1, 30000), whiteNoise(2, 30000)};
+    Channels out;
+    {
+        const Worker first(3, [&](Random& random) { moveSomething(limiter, random); });
+        const Worker second(4, [&](Random& random) { moveSomething(limiter, random); });
+        const Worker midi(5, [&](Random& random) {
+            limiter.queueMidi(random.between(0, 300), 0xB0, 7,
+                              static_cast<std::uint8_t>(random.between(0, 127)));
+            std::this_thread::yield();
+        });
+        const Worker host(6, [&](Random&) {
+            EXPECT_GE(limiter.latency(), 0);
+            limiter.requestDiscontinuity();
+            std::this_thread::yield();
+        });
+        out = rig.process(noise, 256);
+    }
+    for (const Signal& signal : out) {
+        ASSERT_TRUE(std::all_of(signal.begin(), signal.end(), [](float x) { return std::abs(x) <= 1.0f; }));
+    }
+}
+
+TEST(Threads, thatSetAStyleHandItOverWhole) {
+    // A style is 749 values. Whatever the moment at which it was set, the limiter ends as one that had it
+    // from the start.
+    const Channels noise = {pinkNoise(1, 20000, 0.2), pinkNoise(2, 20000, 0.2)};
+    const Channels silence(2, Signal(60000, 0.0f));
+    LimiterSetup setup;
+    setup.gainDb = 12.0f;
+    LimiterRig rig(setup);
+    for (int round = 0; round < 4; ++round) {
+        const Style last = kStyles[static_cast<std::size_t>(round) * 2];
+        {
+            const Worker setter(static_cast<std::uint64_t>(round) + 10, [&](Random& random) {
+                rig.limiter().style.setMapped(kStyles[static_cast<std::size_t>(random.between(0, 7))]);
+            });
+            for (int i = 0; i < 20; ++i) rig.process({Signal(300, 0.05f), Signal(300, 0.05f)}, 100);
+        }
+        rig.limiter().style.setMapped(last);
+        rig.process(silence, 256);
+        setup.style = last;
+        LimiterRig fresh(setup);
+        fresh.process(silence, 256);
+        EXPECT_LT(nullDb(rig.process(noise), fresh.process(noise)), -100.0) << nameOf(last);
+    }
+}
+
+TEST(Threads, thatSetMoreThanTheQueuesHoldLoseNothing) {
+    // Nobody drains while a host sets and sets; what the queues have no room for counts as well.
+    const Channels noise = {pinkNoise(1, 20000, 0.2), pinkNoise(2, 20000, 0.2)};
+    const Channels silence(2, Signal(30000, 0.0f));
+    LimiterSetup setup;
+    setup.gainDb = 12.0f;
+    for (const Style last : {Style::Transparent, Style::Dynamic, Style::Bus}) {
+        LimiterRig rig(setup);
+        rig.process(silence);
+        Random random(23);
+        for (int i = 0; i < 1500; ++i) {
+            rig.limiter().style.setMapped(kStyles[static_cast<std::size_t>(random.between(0, 7))]);
+        }
+        rig.limiter().style.setMapped(last);
+        rig.process(silence, 256);
+        LimiterSetup same = setup;
+        same.style = last;
+        LimiterRig fresh(same);
+        fresh.process(silence, 256);
+        EXPECT_LT(nullDb(rig.process(noise), fresh.process(noise)), -100.0) << nameOf(last);
+    }
+}
+
+TEST(Threads, thatOpenABlockOfChangesSeeItTakenUpAtOnce) {
+    // Two values that are only ever set together are never heard apart: audio that is not limited keeps its
+    // level.
+    LimiterSetup setup;
+    setup.layout = kMonoLayout;
+    setup.outputLevelDb = -20.0f;
+    LimiterRig rig(setup);
+    VantaProcessor& limiter = rig.limiter();
+    const Signal tone(40000, 0.01f);
+    Signal out;
+    {
+        const Worker setter(8, [&](Random& random) {
+            const auto gain = static_cast<float>(random.between(0, 20));
+            limiter.beginChange();
+            limiter.gain.setValue(gain, 0);
+            std::this_thread::yield();
+            limiter.outputLevel.setValue(-20.0f - gain / 2.0f, 0);
+            limiter.endChange();
+            std::this_thread::yield();
+        });
+        out = rig.process({tone}, 64)[0];
+    }
+    // Gain g and Output Level -20 - g/2 give -20 + g/2 together: never above -10, never below -20 dB.
+    for (std::size_t i = rig.latency(); i < out.size(); ++i) {
+        ASSERT_LT(db(static_cast<double>(out[i])), -50.0 + 0.1) << i;
+        ASSERT_GT(db(static_cast<double>(out[i])), -60.0 - 0.1) << i;
+    }
+}
+
+}  // namespace
+}  // namespace vanta::test

@@ -141,6 +141,8 @@ TEST_P(ValueRoads, FromMidiByTheHostToTheModel) {
             session.host.idle();
             expectAgreement(session, i, expected);
         }
+        session.model(i).setValue(session.model(i).defaultValue(), 0);
+        session.host.idle();
     }
 }
 

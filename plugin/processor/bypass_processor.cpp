@@ -96,7 +96,7 @@ void GenericPluginProcessor::BypassProcessor::process(const float* const* inputs
             std::memcpy(out, wet, count * sizeof(float));
             continue;
         }
-        readDry(inputs[c] + offset, c, out, samples);
+        readDry(inputs[c] ? inputs[c] + offset : nullptr, c, out, samples);
         if (!wholeDry) kernel::crossfade(wet, out, mix, out, count);
     }
 }
@@ -107,14 +107,18 @@ void GenericPluginProcessor::BypassProcessor::writeDry(const float* const* input
     for (int c = 0; c < channelCount; ++c) {
         auto& delay = dryDelays[static_cast<std::size_t>(c)];
         if (!delay) continue;
-        kernel::sanitize(inputs[c] + offset, scratch.data(), static_cast<std::size_t>(samples));
+        if (inputs[c]) {
+            kernel::sanitize(inputs[c] + offset, scratch.data(), static_cast<std::size_t>(samples));
+        } else {
+            std::fill(scratch.data(), scratch.data() + samples, 0.0f);
+        }
         delay->write(scratch.data(), samples);
     }
 }
 
 void GenericPluginProcessor::BypassProcessor::readDry(const float* input, int channel, float* out, int samples) {
     const auto& delay = dryDelays[static_cast<std::size_t>(channel)];
-    if (processor.processingMode != 1) {
+    if (processor.processingMode != 1 || (!input && !delay)) {
         std::fill(out, out + samples, 0.0f);
     } else if (delay) {
         delay->read(dryDelayLength, out, samples);

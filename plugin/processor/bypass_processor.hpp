@@ -26,6 +26,7 @@ public:
     /// Ends a fade at the next block and empties the dry delays.
     void reset();
 
+    /// A null input counts as silence.
     VANTA_REALTIME void process(const float* const* inputs, float* const* outputs, int channelCount, int offset,
                                 int samples);
 

@@ -114,7 +114,10 @@ void GenericPluginProcessor::processBlock(const float* const* inputs, int inputC
     applyPending();
     channelCount = std::min(channelCount, static_cast<int>(channels_.size()));
     setInputBuffers(inputs, inputCount, samples);
-    if (drainMidi(inputs, outputs, channelCount, samples) && adapter) {
+    // The dry path may ask for more channels than the host delivers.
+    std::array<const float*, kMaxChannels> mains{};
+    std::copy_n(inputs, std::clamp(inputCount, 0, channelCount), mains.begin());
+    if (drainMidi(mains.data(), outputs, channelCount, samples) && adapter) {
         adapter->midiLearnHappened(learnedController);
     }
 }

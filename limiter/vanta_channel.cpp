@@ -40,6 +40,7 @@ StageOrder stageOrder(LimitingStyle style) {
 VantaChannel::VantaChannel(GenericPluginProcessor& owner, const VantaChannelShared& shared)
     : Channel(owner),
       engine(shared.engine),
+      oversampled(shared.oversampled),
       dcFilters{EQFilter(owner.environment()), EQFilter(owner.environment())},
       upsamplers{sr::InterpolatorFilter(shared.oversampled, shared.oversampling),
                  sr::InterpolatorFilter(shared.oversampled, shared.oversampling)},
@@ -169,7 +170,18 @@ void VantaChannel::setDelays(const SignalPathDelays& delays, LimitingStyle style
     dryDelay.setDelay(delays.engine + delays.truePeak);
     for (wave::DelayFilter& delay : padDelays) delay.setDelay(delays.pad);
     dryPadDelay.setDelay(delays.pad);
+    prepareSwitch(delays);
     routeGain(style);
+}
+
+// For the next switch to or from the side chain. Converters that rest fill first. And the engine gets the
+// side chain only when it is no longer heard, and is heard again only when the last of the side chain has
+// left it.
+void VantaChannel::prepareSwitch(const SignalPathDelays& delays) {
+    const bool toSide = outputRouter.selected == kMain;
+    const int fade = samplesInMs(double{outputRouter.fadeTime}, oversampled.parent().sampleRate());
+    detectionRouter.warmUpSamples = toSide ? (delays.converters + fade) * oversampled.factor() : 0;
+    outputRouter.warmUpSamples = toSide ? delays.converters : delays.total + fade;
 }
 
 // The audio delay of a VCA as the engine's values have it: the VCA itself may not have taken them up yet.

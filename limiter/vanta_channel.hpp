@@ -69,10 +69,12 @@ private:
     void wireOutput(const VantaChannelShared& shared);
     void wireDryPath(const VantaChannelShared& shared);
     void bind(VantaParameters& parameters);
+    void prepareSwitch(const SignalPathDelays& delays);
     void routeGain(VantaParameters::LimitingStyle style);
     int audioDelayOf(int vca) const;
 
     DynamicsEngine& engine;
+    const wave::SubEnvironment& oversampled;
     EQFilter dcFilters[2];  ///< [0] main, [1] side chain, here and below
     sr::InterpolatorFilter upsamplers[2];
     Router detectionRouter;

@@ -8,7 +8,7 @@
 namespace vanta {
 
 Router::Router(wave::Environment& owner, int inputCount)
-    : Source(owner), selected(this, 0), fadeTime(this, 20.0f) {
+    : Source(owner), selected(this, 0), fadeTime(this, 20.0f), warmUpSamples(nullptr, 0) {
     for (int i = 0; i < inputCount; ++i) inputs_.push_back(std::make_unique<Input>(owner));
 }
 
@@ -20,12 +20,38 @@ void Router::setInput(int index, wave::Producer& input) {
 
 void Router::propertyChanged(AbstractProperty& property) {
     if (&property != &selected) return;
+    // What nobody listens to needs no preparation.
+    warmUpLeft_ = warmUpSamples;
+    warmingUp_ = warmUpLeft_ > 0 && runs();
+    if (!warmingUp_) startFade();
+}
+
+void Router::startFade() {
     for (int i = 0; i < inputCount(); ++i) {
         inputs_[static_cast<std::size_t>(i)]->gain.setValue(i == selected ? 1.0f : 0.0f, fadeTime);
     }
 }
 
+/// Whether the last block ended here.
+bool Router::runs() const {
+    const std::int64_t position = environment().position();
+    return expectedPosition_ == position && position > environment().discontinuityPosition();
+}
+
+void Router::warmUp(int samples) {
+    if (warmUpLeft_ <= 0 || !runs()) {
+        warmingUp_ = false;
+        startFade();
+        return;
+    }
+    wave::Producer* coming = inputs_[static_cast<std::size_t>(selected)]->source;
+    if (coming) coming->pull(samples);
+    warmUpLeft_ -= samples;
+}
+
 void Router::produce(wave::BasicBlock<float>* block, int samples, int) {
+    if (warmingUp_) warmUp(samples);
+    expectedPosition_ = environment().position() + samples;
     const auto count = static_cast<std::size_t>(samples);
     const wave::Producer* remembered = nullptr;
     bool mixed = false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -20,6 +21,9 @@ public:
 
     Property<int> selected;
     Property<float> fadeTime;  ///< ms
+    /// For how long an input is pulled before the fade to it begins: what filters on the way to it, which
+    /// rest while they are not heard, need to fill with signal.
+    Property<int> warmUpSamples;
 
 protected:
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
@@ -32,7 +36,14 @@ private:
         wave::Producer* source = nullptr;
     };
 
+    void startFade();
+    bool runs() const;
+    VANTA_REALTIME void warmUp(int samples);
+
     std::vector<std::unique_ptr<Input>> inputs_;
+    bool warmingUp_ = false;
+    int warmUpLeft_ = 0;
+    std::int64_t expectedPosition_ = 0;
 };
 
 }  // namespace vanta

@@ -389,7 +389,8 @@ TEST(SecondMeter, agreesOnNoiseInStereoAndSurround) {
     for (const double rate : {44100.0, 48000.0, 96000.0, 192000.0}) {
         const auto frames = static_cast<std::size_t>(rate * 12.0);
         Channels channels;
-        for (std::uint64_t c = 0; c < 6; ++c) channels.push_back(softened(test::pinkNoise(c + 1, frames, 0.05)));
+        for (std::uint64_t c = 0; c < 6; ++c)
+            channels.push_back(softened(test::pinkNoise(c + 1, frames, 0.05)));
         // Swells, for a range.
         for (Signal& signal : channels) {
             for (std::size_t i = 0; i < frames; ++i) {

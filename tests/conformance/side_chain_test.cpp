@@ -87,6 +87,26 @@ TEST_P(SideChain, ofFewerChannelsServesAll) {
               -120.0);
 }
 
+TEST_P(SideChain, isNeverHeardItself) {
+    // The main signal is silence; whatever comes out is a part of the side chain.
+    constexpr std::size_t kPiece = 9000;
+    const Channels silence(2, Signal(kPiece, 0.0f));
+    const Channels loud(2, whiteNoise(5, kPiece));
+    for (const int index : {0, 1}) {
+        LimiterSetup setup = triggered(index);
+        setup.further = [](VantaProcessor& limiter) { limiter.setSideChainInUse(true); };
+        for (const int block : {64, 1024}) {
+            SCOPED_TRACE(fmt::format("{}, blocks of {}", describe(setup), block));
+            LimiterRig rig(setup);
+            rig.process(silence, block, loud);
+            for (const bool on : {true, false, true}) {
+                rig.limiter().sideChainTriggering.setMapped(on);
+                EXPECT_LT(db(peak(rig.process(silence, block, loud))), -120.0) << (on ? "on" : "off");
+            }
+        }
+    }
+}
+
 class Audition : public testing::TestWithParam<Style> {
 protected:
     LimiterSetup setup(bool audition, int oversamplingIndex = 0) const {

@@ -184,11 +184,12 @@ void VantaChannel::prepareSwitch(const SignalPathDelays& delays) {
     outputRouter.warmUpSamples = toSide ? delays.converters : delays.total + fade;
 }
 
-// The audio delay of a VCA as the engine's values have it: the VCA itself may not have taken them up yet.
-int VantaChannel::audioDelayOf(int vca) const {
+// The audio delay of a VCA as the style has it: the VCA itself may not have taken it up yet.
+int VantaChannel::audioDelayOf(int vca, LimitingStyle style) const {
+    const auto values = engine.styleValues(static_cast<int>(style));
     const auto value = [&](int parameter) {
         const int position = engine.layout().position(ElementKind::Vca, vca, parameter);
-        return static_cast<int>(engine.parameterAt(position)->value());
+        return static_cast<int>(values[static_cast<std::size_t>(position)]);
     };
     const double rate = engine.environment().sampleRate();
     return value(kVcaConvolvers) * kConvolverSamples +
@@ -201,7 +202,7 @@ void VantaChannel::routeGain(LimitingStyle style) {
     if (hasTwoStages(style)) {
         const StageOrder order = stageOrder(style);
         stageDelay.source = &processor_.vcaGain(order.first);
-        stageDelay.setDelay(audioDelayOf(order.second));
+        stageDelay.setDelay(audioDelayOf(order.second, style));
         gainMixer.setInput(1, &processor_.vcaGain(order.second));
         gain = &gainMixer;
     }

@@ -71,7 +71,7 @@ private:
     void bind(VantaParameters& parameters);
     void prepareSwitch(const SignalPathDelays& delays);
     void routeGain(VantaParameters::LimitingStyle style);
-    int audioDelayOf(int vca) const;
+    int audioDelayOf(int vca, VantaParameters::LimitingStyle style) const;
 
     DynamicsEngine& engine;
     const wave::SubEnvironment& oversampled;

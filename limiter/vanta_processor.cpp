@@ -177,11 +177,7 @@ void VantaProcessor::updateLatency() {
 
 void VantaProcessor::parameterAboutToChange(int index) {
     const bool all = index == kAllParameters;
-    if (all || index == style.index()) {
-        // The values of a style arrive together.
-        const ChangeBlock block(*this);
-        loadStyle();
-    }
+    if (all || index == style.index()) loadStyle();
     if (all || index == style.index() || index == oversampling.index() || index == truePeakLimiting.index()) {
         updateLatency();
     }
@@ -232,27 +228,27 @@ void VantaProcessor::oversampledRateChanged(void*) {
 }
 
 void VantaProcessor::updateDelays() {
-    const LimitingStyle current = style.mapped();
+    const LimitingStyle current = applied(style);
     const SignalPathDelays now(environment().sampleRate(), oversampledEnvironment->factor(),
-                               truePeakLimiting.mapped(), stageCounts(current));
+                               applied(truePeakLimiting), stageCounts(current));
     for (auto& channel : vantaChannels) channel->setDelays(now, current);
     makeupDelay->setDelay(now.engine);
     ceilingDelay->setDelay(now.engine);
 }
 
 void VantaProcessor::ditheringChanged(void*) {
-    const int index = dithering.currentIndex();
+    const int index = static_cast<int>(appliedValue(dithering));
     for (auto& channel : vantaChannels) channel->setDitherBits(index == 0 ? 0 : 2 * index + 14);
 }
 
 void VantaProcessor::oversamplingChanged(void*) {
-    oversampledEnvironment->setFactor(1 << oversampling.currentIndex());
+    oversampledEnvironment->setFactor(1 << static_cast<int>(appliedValue(oversampling)));
     resetMeters();
     updateOvershootMode();
 }
 
 void VantaProcessor::styleChanged(void*) {
-    const LimitingStyle current = style.mapped();
+    const LimitingStyle current = applied(style);
     for (auto& channel : vantaChannels) channel->setStyle(current);
     assignLinkers(current);
     updateLatency();
@@ -274,8 +270,8 @@ void VantaProcessor::assignLinkers(LimitingStyle current) {
     } else {
         stereoLinkers[3]->amount = kFreeLinkAmount;
     }
-    channelLinkTransients.applyValue(channelLinkTransients.value());
-    channelLinkRelease.applyValue(channelLinkRelease.value());
+    channelLinkTransients.applyValue(appliedValue(channelLinkTransients));
+    channelLinkRelease.applyValue(appliedValue(channelLinkRelease));
 }
 
 void VantaProcessor::truePeakChanged(void*) {
@@ -291,7 +287,7 @@ void VantaProcessor::sideChainChanged(void*) {
 }
 
 void VantaProcessor::updateOvershootMode() {
-    const bool direct = !truePeakLimiting.mapped() && oversampledEnvironment->factor() < 2;
+    const bool direct = !applied(truePeakLimiting) && oversampledEnvironment->factor() < 2;
     for (auto& channel : vantaChannels) {
         channel->setOvershootMode(direct ? OvershootLimiter::Hard : OvershootLimiter::Smooth);
     }
@@ -302,12 +298,12 @@ void VantaProcessor::resetMeters() {
 }
 
 void VantaProcessor::meterScaleChanged(void*) {
-    for (auto& meters : channelMeters) meters->setScale(meterScale.mapped());
+    for (auto& meters : channelMeters) meters->setScale(applied(meterScale));
 }
 
 void VantaProcessor::levelsChanged(void*) {
-    const float ceilingDb = outputLevel.value();
-    const float targetDb = unityGain.mapped() ? -gain.value() : ceilingDb;
+    const float ceilingDb = appliedValue(outputLevel);
+    const float targetDb = applied(unityGain) ? -appliedValue(gain) : ceilingDb;
     makeupLevel->assign(ceilingDb - kMakeupMarginDb, this);
     for (auto& channel : vantaChannels) channel->setLevels(ceilingDb, targetDb);
 }

@@ -14,8 +14,13 @@ public:
     using Parameter::Parameter;
 
     void setValue(float value, int flags) override {
+        if (!target) {
+            Parameter::setValue(value, flags);
+            return;
+        }
+        const ChangeBlock both(this->owner());
         Parameter::setValue(value, flags);
-        if (target) target->setValue(value, flags);
+        target->setValue(value, flags);
     }
 
     AbstractPluginParameter* target = nullptr;  ///< optional, not owned

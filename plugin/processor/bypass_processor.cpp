@@ -17,7 +17,9 @@ constexpr float kFadeMs = 50.0f;
 GenericPluginProcessor::BypassProcessor::BypassProcessor(GenericPluginProcessor& owner)
     : processor(owner), dryMix(owner.environment(), 0.0f), scratch(owner.environment()) {}
 
-void GenericPluginProcessor::BypassProcessor::fadeTo(float dry) { dryMix.setValue(dry, kFadeMs); }
+void GenericPluginProcessor::BypassProcessor::fadeTo(float dry) {
+    dryMix.setValue(dry, kFadeMs);
+}
 
 void GenericPluginProcessor::BypassProcessor::setBypassed(bool state) {
     if (state == bypassed_) return;
@@ -101,8 +103,8 @@ void GenericPluginProcessor::BypassProcessor::process(const float* const* inputs
     }
 }
 
-void GenericPluginProcessor::BypassProcessor::writeDry(const float* const* inputs, int channelCount, int offset,
-                                                       int samples) {
+void GenericPluginProcessor::BypassProcessor::writeDry(const float* const* inputs, int channelCount,
+                                                       int offset, int samples) {
     if (dryDelayLength < 1) return;
     for (int c = 0; c < channelCount; ++c) {
         auto& delay = dryDelays[static_cast<std::size_t>(c)];
@@ -116,7 +118,8 @@ void GenericPluginProcessor::BypassProcessor::writeDry(const float* const* input
     }
 }
 
-void GenericPluginProcessor::BypassProcessor::readDry(const float* input, int channel, float* out, int samples) {
+void GenericPluginProcessor::BypassProcessor::readDry(const float* input, int channel, float* out,
+                                                      int samples) {
     const auto& delay = dryDelays[static_cast<std::size_t>(channel)];
     if (processor.processingMode != 1 || (!input && !delay)) {
         std::fill(out, out + samples, 0.0f);

@@ -9,8 +9,8 @@
 
 namespace vanta {
 
-/// Runs the graph for one sub-block and crossfades between the processed signal and the input, which it delays
-/// by the latency. While the output is wholly dry the graph rests.
+/// Runs the graph for one sub-block and crossfades between the processed signal and the input, which it
+/// delays by the latency. While the output is wholly dry the graph rests.
 class GenericPluginProcessor::BypassProcessor {
 public:
     explicit BypassProcessor(GenericPluginProcessor& owner);
@@ -27,8 +27,8 @@ public:
     void reset();
 
     /// A null input counts as silence.
-    VANTA_REALTIME void process(const float* const* inputs, float* const* outputs, int channelCount, int offset,
-                                int samples);
+    VANTA_REALTIME void process(const float* const* inputs, float* const* outputs, int channelCount,
+                                int offset, int samples);
 
 private:
     void matchLatency();

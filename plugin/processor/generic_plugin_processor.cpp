@@ -50,15 +50,20 @@ void GenericPluginProcessor::initialize() {
     midiDecoder = std::make_unique<MidiDecoder>(*eventReceiver);
     bypassProcessor = std::make_unique<BypassProcessor>(*this);
     channels_.reserve(kMaxChannels);
+    for (int i = 0; i < parameterCount(); ++i) appliedValues.push_back(parameterAt(i)->value());
 }
 
 std::unique_ptr<AbstractMusicEventReceiver> GenericPluginProcessor::createEventReceiver() {
     return std::make_unique<DefaultEventReceiver>(*this);
 }
 
-void GenericPluginProcessor::setSampleRate(float rate) { environment_->setSampleRate(rate); }
+void GenericPluginProcessor::setSampleRate(float rate) {
+    environment_->setSampleRate(rate);
+}
 
-float GenericPluginProcessor::sampleRate() const { return environment_->sampleRate(); }
+float GenericPluginProcessor::sampleRate() const {
+    return environment_->sampleRate();
+}
 
 void GenericPluginProcessor::sampleRateChanged() {
     for (Channel* channel : channels_) channel->sampleRateChanged();
@@ -69,11 +74,17 @@ void GenericPluginProcessor::beginChange() {
     changeEpoch.fetch_add(1);
 }
 
-void GenericPluginProcessor::endChange() { parameterHold.fetch_sub(1); }
+void GenericPluginProcessor::endChange() {
+    parameterHold.fetch_sub(1);
+}
 
 void GenericPluginProcessor::parameterChanged(int index, float value, int flags) {
-    parameterAboutToChange(index);
-    if (!parameterQueue.push(LockFreeFifo::Item::of(index, value))) reapplyAll.store(true);
+    {
+        // What a change brings with it arrives with it.
+        const ChangeBlock block(*this);
+        parameterAboutToChange(index);
+        if (!parameterQueue.push(LockFreeFifo::Item::of(index, value))) reapplyAll.store(true);
+    }
     if (!(flags & kFromHost) && adapter) adapter->parameterWasSet(index);
 }
 
@@ -139,8 +150,8 @@ bool GenericPluginProcessor::drainMidi(const float* const* inputs, float* const*
     LockFreeFifo::Item event{};
     while (position < samples) {
         const bool pending = midiQueue.pop(event);
-        const int end = pending ? static_cast<int>(std::min(event.first, static_cast<std::uint32_t>(samples)))
-                                : samples;
+        const int end =
+            pending ? static_cast<int>(std::min(event.first, static_cast<std::uint32_t>(samples))) : samples;
         processUntil(inputs, outputs, channelCount, position, end);
         if (!pending) continue;
         decode(event);
@@ -235,7 +246,9 @@ void GenericPluginProcessor::applyPending() {
     applyPendingParameters();
 }
 
-void GenericPluginProcessor::notePendingChanges() { pendingParameters = parameterQueue.sizeEstimate(); }
+void GenericPluginProcessor::notePendingChanges() {
+    pendingParameters = parameterQueue.sizeEstimate();
+}
 
 void GenericPluginProcessor::applyPendingParameters() {
     if (pendingParameters == 0 && !reapplyAll.load(std::memory_order_relaxed)) return;
@@ -249,7 +262,11 @@ void GenericPluginProcessor::applyPendingParameters() {
         }
     }
     if (reapplyAll.exchange(false)) {
-        for (int i = 0; i < parameterCount(); ++i) applyParameter(i, parameterAt(i)->value());
+        // Only what differs: to apply a style again would cost a reset of the graph.
+        for (int i = 0; i < parameterCount(); ++i) {
+            const float value = parameterAt(i)->value();
+            if (value != appliedValue(*parameterAt(i))) applyParameter(i, value);
+        }
     }
 }
 
@@ -259,6 +276,7 @@ void GenericPluginProcessor::applyAllParameters() {
 }
 
 void GenericPluginProcessor::applyParameter(int index, float value) {
+    appliedValues[static_cast<std::size_t>(index)] = value;
     parameterAt(index)->applyValue(value);
     parameterApplied(index);
 }
@@ -266,8 +284,8 @@ void GenericPluginProcessor::applyParameter(int index, float value) {
 void GenericPluginProcessor::parameterApplied(int index) {
     for (Channel* channel : channels_) channel->parameterApplied(index);
     const auto isIndex = [index](const AbstractPluginParameter* p) { return p && p->index() == index; };
-    if (isIndex(receiveMidiParameter)) midiMode = static_cast<int>(receiveMidiParameter->value());
-    if (isIndex(bypassParameter)) setBypassed(bypassParameter->value() != 0.0f, 1);
+    if (isIndex(receiveMidiParameter)) midiMode = static_cast<int>(appliedValue(*receiveMidiParameter));
+    if (isIndex(bypassParameter)) setBypassed(appliedValue(*bypassParameter) != 0.0f, 1);
 }
 
 void GenericPluginProcessor::reset() {

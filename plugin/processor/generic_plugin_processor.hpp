@@ -12,6 +12,7 @@
 #include "plugin/channel_layout.hpp"
 #include "plugin/generic_plugin_base.hpp"
 #include "plugin/midi/midi_decoder.hpp"
+#include "plugin/parameters/indexed_plugin_parameter.hpp"
 #include "wave/level_source.hpp"
 #include "wave/producer.hpp"
 
@@ -22,8 +23,8 @@ class BinaryDataWriter;
 /// The plug-in independent audio processor. It cuts host blocks at MIDI events and at 256 samples, applies
 /// queued parameter changes at those seams, pulls its channels and mixes the dry signal in while bypassed.
 ///
-/// A subclass declares its source counts and parameters, calls `initialize`, then builds one Channel per channel
-/// of the layout and wires its `output`; it keeps `latency` up to date.
+/// A subclass declares its source counts and parameters, calls `initialize`, then builds one Channel per
+/// channel of the layout and wires its `output`; it keeps `latency` up to date.
 class GenericPluginProcessor : public GenericPluginBase {
 public:
     static constexpr int kMaxSubBlock = 256;
@@ -120,6 +121,16 @@ protected:
     void applyAllParameters();
     /// Drains the queues unless a block of changes is open.
     void applyPending();
+    /// The value that is in effect. The parameter's own may be ahead of it, and at any moment so: what the
+    /// audio thread derives from several parameters must come from these, or its parts do not fit. Audio
+    /// thread.
+    float appliedValue(const AbstractPluginParameter& parameter) const {
+        return appliedValues[static_cast<std::size_t>(parameter.index())];
+    }
+    template <typename T>
+    T applied(const IndexedPluginParameter<T>& parameter) const {
+        return parameter.engineValue(appliedValue(parameter));
+    }
     void setLatency(int samples) { latency_.store(samples, std::memory_order_relaxed); }
 
     ProcessorAdapter* adapter = nullptr;
@@ -156,6 +167,7 @@ private:
     std::atomic<int> parameterHold{0};
     std::atomic<std::uint32_t> changeEpoch{0};  ///< counts opened blocks of changes
     std::atomic<bool> reapplyAll{false};        ///< a change found the queue full
+    std::vector<float> appliedValues;           ///< what the audio thread has given effect to
     std::atomic<int> idleSamples{kMaxIdleSamples};
     double beatPosition_ = 0.0;
 };

@@ -47,7 +47,7 @@ void TruePeakJudge::reset() {
     history.clear();
     points.fill(0.0f);
     firstPoint = -kHalfWidth * kPoints - kCarried;
-    peak_ = position_ = 0.0;
+    peak_ = latest_ = position_ = 0.0;
 }
 
 void TruePeakJudge::process(const float* samples, std::size_t count) {
@@ -65,7 +65,9 @@ void TruePeakJudge::processChunk(const float* samples, int count) {
     const auto length = static_cast<std::size_t>(count);
     float* newest = history.data() + kTaps - 1;
     std::copy_n(samples, length, newest);
-    for (std::size_t phase = 0; phase < rows.size(); ++phase) {
+    // The first phase falls on the samples themselves.
+    std::copy_n(newest - kHalfWidth, length, rows[0].data());
+    for (std::size_t phase = 1; phase < rows.size(); ++phase) {
         kernel::fir(newest, taps[phase].data(), kTaps, rows[phase].data(), length);
     }
     std::copy_n(history.data() + count, kTaps - 1, history.data());
@@ -87,14 +89,15 @@ void TruePeakJudge::interleave(int count) {
 // Most chunks hold nothing that could be higher, which one scan tells.
 bool TruePeakJudge::isWorthALook(int count) const {
     const auto length = static_cast<std::size_t>(kCarried + count * kPoints);
-    return static_cast<double>(kernel::highestMagnitude(points.data(), length)) * kMostBetweenPoints > peak_;
+    return static_cast<double>(kernel::highestMagnitude(points.data(), length)) * kMostBetweenPoints >
+           latest_;
 }
 
 void TruePeakJudge::look(int count) {
     for (int i = 1; i < kCarried + count * kPoints - 1; ++i) {
         const auto at = static_cast<std::size_t>(i);
         const double magnitude = std::abs(static_cast<double>(points[at]));
-        if (magnitude * kMostBetweenPoints <= peak_) continue;
+        if (magnitude * kMostBetweenPoints <= latest_) continue;
         if (magnitude >= std::abs(static_cast<double>(points[at - 1])) &&
             magnitude >= std::abs(static_cast<double>(points[at + 1]))) {
             weigh(i);
@@ -112,6 +115,7 @@ void TruePeakJudge::weigh(int point) {
     const double bend = before - 2.0 * here + behind;
     const double shift = bend < 0.0 ? 0.5 * (before - behind) / bend : 0.0;
     const double height = here - 0.25 * (before - behind) * shift;
+    latest_ = std::max(latest_, height);
     if (height <= peak_) return;
     peak_ = height;
     position_ = (static_cast<double>(firstPoint + point) + shift) / kPoints;

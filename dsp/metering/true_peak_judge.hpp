@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "wave/aligned_buffer.hpp"
 
@@ -27,9 +29,13 @@ public:
     double peak() const { return peak_; }
     /// Where it lies, in samples from the first one.
     double position() const { return position_; }
+    /// The peak of what was decided since the last call, as a factor of full scale. What is decided lies up
+    /// to `kHalfWidth` samples before the newest sample.
+    double takeLatestPeak() { return std::exchange(latest_, 0.0); }
+
+    static constexpr int kHalfWidth = 64;  ///< samples on each side of a point
 
 private:
-    static constexpr int kHalfWidth = 64;  ///< samples on each side of a point
     static constexpr int kTaps = 2 * kHalfWidth;
     static constexpr int kPoints = 8;  ///< of a sample
     static constexpr int kChunk = 256;
@@ -50,6 +56,7 @@ private:
     std::array<float, kCarried + kChunk * kPoints> points{};  ///< all phases in order of time
     std::int64_t firstPoint = 0;  ///< of `points`, in points from the first sample
     double peak_ = 0.0;
+    double latest_ = 0.0;
     double position_ = 0.0;
 };
 

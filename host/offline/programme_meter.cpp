@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "dsp/kernel/scan.hpp"
+#include "dsp/metering/true_peak_judge.hpp"
 #include "foundation/numbers.hpp"
 
 namespace vanta {
@@ -32,28 +33,25 @@ int placeAbove(const float* block, int samples, double limit) {
 /// One channel's part of the graph, and the samples that wait for it.
 class ProgrammeMeter::Channel {
 public:
-    Channel(wave::Environment& environment, sr::TruePeakExposer::Style& style)
-        : input(environment), weighting(environment), exposer(environment, style) {
+    explicit Channel(wave::Environment& environment) : input(environment), weighting(environment) {
         weighting.source = &input;
-        exposer.source = &input;
     }
 
     std::array<float, kChunk> waiting{};
     wave::Input input;
     LoudnessMeter::ChannelFilter weighting;
-    sr::TruePeakExposer exposer;
+    TruePeakJudge judge;
 };
 
 ProgrammeMeter::ProgrammeMeter(ChannelLayout layout, double sampleRate)
     : rate(sampleRate),
       stride(samplesInSeconds(kStrideSeconds, sampleRate)),
       environment(kChunk),
-      loudness(environment),
-      exposerStyle(environment) {
+      loudness(environment) {
     environment.setSampleRate(static_cast<float>(sampleRate));
     const auto types = channelTypes(layout);
     for (std::size_t i = 0; i < types.size(); ++i) {
-        channels.push_back(std::make_unique<Channel>(environment, exposerStyle));
+        channels.push_back(std::make_unique<Channel>(environment));
         loudness.setChannel(static_cast<int>(i), types[i], channels[i]->weighting);
     }
     programme_.channels.resize(channels.size());
@@ -153,37 +151,32 @@ void ProgrammeMeter::noteChannel(std::size_t index, int samples) {
         }
         i += count;
     }
-    noteTruePeak(index, channel.exposer.pullData(samples), samples);
+    noteTruePeak(index, in, samples, position);
 }
 
-// The envelope is late by the interpolator.
-void ProgrammeMeter::noteTruePeak(std::size_t index, const float* envelope, int samples) {
-    Programme::Highest& highest = programme_.channels[index].truePeak;
-    const std::int64_t first = position - exposerStyle.delay();
-    for (int i = static_cast<int>(std::clamp<std::int64_t>(-first, 0, samples)); i < samples;) {
-        const std::int64_t inStride = (first + i) % stride;
-        const int count = static_cast<int>(std::min<std::int64_t>(samples - i, stride - inStride));
-        const float peak = kernel::highest(envelope + i, static_cast<std::size_t>(count));
-        TimelinePoint& point = pointAt(first + i);
-        point.truePeak = std::max(point.truePeak, peak);
-        const int place = placeAbove(envelope + i, count, highest.value);
-        if (place >= 0) highest = {static_cast<double>(peak), secondsAt(first + i + place)};
+// `in` begins at the sample `at`. What it decides lies before it, by what the judge must see ahead.
+void ProgrammeMeter::noteTruePeak(std::size_t index, const float* in, int samples, std::int64_t at) {
+    TruePeakJudge& judge = channels[index]->judge;
+    for (int i = 0; i < samples;) {
+        const std::int64_t decided = std::max<std::int64_t>(at + i - TruePeakJudge::kHalfWidth, 0);
+        const int count = static_cast<int>(std::min<std::int64_t>(samples - i, stride - decided % stride));
+        judge.process(in + i, static_cast<std::size_t>(count));
+        // What rings on behind the end belongs to the end.
+        TimelinePoint& point =
+            points[std::min(static_cast<std::size_t>(decided / stride), points.size() - 1)];
+        point.truePeak = std::max(point.truePeak, static_cast<float>(judge.takeLatestPeak()));
         i += count;
     }
 }
 
 void ProgrammeMeter::runOutTruePeaks() {
-    for (int left = exposerStyle.delay(); left > 0;) {
-        const int count = std::min(left, kChunk);
-        environment.advanceTick();
-        for (std::size_t c = 0; c < channels.size(); ++c) {
-            channels[c]->input.setBuffer(nullptr, 0);
-            noteTruePeak(c, channels[c]->exposer.pullData(count), count);
-        }
-        // Only the position is to move: what was gathered is complete.
-        environment.run(count, wave::Environment::kPositionOnly);
-        position += count;
-        left -= count;
+    if (position == 0) return;
+    constexpr std::array<float, 2 * TruePeakJudge::kHalfWidth> silence{};
+    for (std::size_t c = 0; c < channels.size(); ++c) {
+        noteTruePeak(c, silence.data(), static_cast<int>(silence.size()), position);
+        const TruePeakJudge& judge = channels[c]->judge;
+        const double place = std::clamp(judge.position(), 0.0, static_cast<double>(position - 1));
+        programme_.channels[c].truePeak = {judge.peak(), place / rate};
     }
 }
 

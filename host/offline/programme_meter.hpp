@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "dsp/metering/loudness_meter.hpp"
-#include "dsp/sr/true_peak_exposer.hpp"
 #include "host/offline/programme.hpp"
 #include "plugin/channel_layout.hpp"
 
@@ -23,7 +22,8 @@ struct TimelinePoint {
 
 /// Measures a whole programme: loudness after ITU-R BS.1770-4 and EBU R128, peaks and RMS. It runs faster
 /// than real time on whatever thread calls it; the figures do not depend on how the stream is cut into
-/// blocks.
+/// blocks. True peaks come from an interpolator that the limiter does not have: what a limiter holds by its
+/// own would read as perfect by its own.
 class ProgrammeMeter {
 public:
     /// `sampleRate` in Hz.
@@ -47,7 +47,7 @@ private:
     void runChunk();
     void noteLoudness(int samples);
     void noteChannel(std::size_t index, int samples);
-    void noteTruePeak(std::size_t index, const float* envelope, int samples);
+    void noteTruePeak(std::size_t index, const float* in, int samples, std::int64_t at);
     void runOutTruePeaks();
     void placePoint(int samples, const float* momentary, const float* shortTerm);
     TimelinePoint& pointAt(std::int64_t sample);
@@ -57,7 +57,6 @@ private:
     std::int64_t stride;  ///< samples of a timeline point
     wave::Environment environment;
     LoudnessMeter loudness;
-    sr::TruePeakExposer::Style exposerStyle;
     std::vector<std::unique_ptr<Channel>> channels;
     Programme programme_;
     std::vector<TimelinePoint> points;

@@ -44,6 +44,7 @@ constexpr const char* kRenderExamples = R"(Examples:
   vanta render mix.wav master.wav --gain 6 --output-level -1
   vanta render mix.wav cd.wav --style Transparent --gain 4 --subtype pcm_16 --dither 16
   vanta render stems/*.wav --out-dir limited --style Bus --oversampling 4x
+  vanta render mix.wav master.wav --loudness -14 --max-true-peak -1 --report master.json
   vanta render mix.wav master.wav --preset "Wide and Open" --set "Channel Link Transients=80%")";
 
 constexpr const char* kMeasureText = R"(Measures loudness and peaks of audio files.
@@ -122,6 +123,32 @@ void addSideChain(CLI::App& render, RenderCommand& command) {
                     "Output Level")
         ->type_name("FILE")
         ->group("Sound");
+}
+
+void addGoals(CLI::App& render, RenderCommand& command) {
+    const char* const group = "Goals and report";
+    render
+        .add_option("--loudness", command.loudnessLufs,
+                    "find the Gain that gives this integrated loudness, within 0.1 LU")
+        ->type_name("LUFS")
+        ->check(within(-70.0, 10.0))
+        ->group(group);
+    render
+        .add_option("--loudness-mode", command.loudnessMode,
+                    "track: a Gain for each input; album: one Gain for all, taken together; default track")
+        ->type_name("MODE")
+        ->group(group);
+    render
+        .add_option("--max-true-peak", command.maxTruePeakDb,
+                    "verify the written file; while it goes beyond, render again with a lower Output Level")
+        ->type_name("DBTP")
+        ->check(within(-30.0, 10.0))
+        ->group(group);
+    render
+        .add_option("--report", command.reportFile,
+                    "write loudness, range and peaks before and after, and gain reduction, as JSON")
+        ->type_name("FILE.json")
+        ->group(group);
 }
 
 void addMeasureOptions(CLI::App& measure, MeasureCommand& command) {
@@ -208,6 +235,7 @@ struct Commands {
         render->footer(kRenderExamples);
         addSettings(*render, command);
         addSideChain(*render, command);
+        addGoals(*render, command);
         addFileOptions(*render, command);
         measure = app.add_subcommand("measure", kMeasureText);
         measure->footer(kMeasureExamples);

@@ -12,6 +12,7 @@
 #include "app/measurement.hpp"
 #include "app/measurement_text.hpp"
 #include "app/output_path.hpp"
+#include "app/text_file.hpp"
 #include "foundation/file_replacement.hpp"
 
 namespace vanta {
@@ -65,13 +66,6 @@ bool replaced(const fs::path& file, Write&& write) {
         fmt::print(stderr, "vanta: {}\n", error.what());
     }
     return false;
-}
-
-void writeText(const fs::path& file, const fs::path& name, const std::string& text) {
-    std::FILE* out = std::fopen(file.c_str(), "wb");
-    const bool written = out && std::fwrite(text.data(), 1, text.size(), out) == text.size();
-    const bool closed = out && std::fclose(out) == 0;
-    if (!written || !closed) throw Failure(fmt::format("{}: cannot be written", name.string()));
 }
 
 bool writeReports(const MeasureCommand& command, std::span<const Measurement> measurements,

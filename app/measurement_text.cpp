@@ -219,20 +219,22 @@ std::string measurementTable(std::span<const Measurement> measurements, const Re
     return notes.empty() ? text : text + "\n" + notes;
 }
 
+Json measurementObject(const Measurement& measurement) {
+    Json entry = object(fieldsOf(measurement));
+    Json channels = Json::array();
+    for (const ChannelFigures& figures : measurement.figures.channels) {
+        std::vector<Field> fields;
+        addChannelFields(fields, figures);
+        channels.push_back(object(fields));
+    }
+    entry["per_channel"] = channels;
+    if (!measurement.error.empty()) entry["error"] = measurement.error;
+    return entry;
+}
+
 std::string measurementJson(std::span<const Measurement> measurements) {
     Json all = Json::array();
-    for (const Measurement& measurement : measurements) {
-        Json entry = object(fieldsOf(measurement));
-        Json channels = Json::array();
-        for (const ChannelFigures& figures : measurement.figures.channels) {
-            std::vector<Field> fields;
-            addChannelFields(fields, figures);
-            channels.push_back(object(fields));
-        }
-        entry["per_channel"] = channels;
-        if (!measurement.error.empty()) entry["error"] = measurement.error;
-        all.push_back(entry);
-    }
+    for (const Measurement& measurement : measurements) all.push_back(measurementObject(measurement));
     return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

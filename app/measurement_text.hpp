@@ -1,11 +1,15 @@
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <span>
 #include <string>
 
 #include "app/measurement.hpp"
 
 namespace vanta {
+
+/// All figures of a file under the names that machines know them by, channels included.
+nlohmann::ordered_json measurementObject(const Measurement& measurement);
 
 /// A table for people: a row a file, one for all of them together where there are several, the channels of a
 /// single file, and what misses the requirements marked with "!".

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <cmath>
 #include <cstdio>
 
 #include "app/channel_mapping.hpp"
@@ -11,7 +12,10 @@
 #include "app/output_path.hpp"
 #include "app/parameter_text.hpp"
 #include "app/preset_library.hpp"
+#include "app/render_report.hpp"
 #include "app/suggestion.hpp"
+#include "app/text_file.hpp"
+#include "foundation/file_replacement.hpp"
 
 namespace vanta {
 
@@ -47,6 +51,8 @@ RenderOptions optionsOf(const RenderCommand& command) {
     options.ditherSeed = command.ditherSeed;
     options.replace = command.replace;
     options.quiet = command.quiet;
+    options.maxTruePeakDb = command.maxTruePeakDb;
+    options.measure = !command.quiet || !command.reportFile.empty() || command.loudnessLufs.has_value();
     if (!command.preset.empty()) options.alsoRead.emplace_back(command.preset);
     return options;
 }
@@ -79,12 +85,157 @@ std::vector<Route> routesOf(const RenderCommand& command, const FileType* type) 
     return {{files[0], files[1]}};
 }
 
-void tell(const FileReport& report, const LimiterSettings& settings, bool quiet) {
-    for (const std::string& warning : report.warnings) fmt::print(stderr, "vanta: warning: {}\n", warning);
-    if (quiet) return;
-    fmt::print("{}\n", summary(report, settings));
-    std::fflush(stdout);
+bool isAlbum(const RenderCommand& command) {
+    return command.loudnessMode == "album";
 }
+
+void checkGoals(const RenderCommand& command) {
+    if (!command.loudnessMode.empty() && !isAlbum(command) && command.loudnessMode != "track") {
+        throw UsageError(
+            fmt::format("--loudness-mode: '{}' is none: there are track and album", command.loudnessMode));
+    }
+    if (!command.loudnessLufs) {
+        if (!command.loudnessMode.empty()) throw UsageError("--loudness-mode needs --loudness");
+        return;
+    }
+    for (const auto& [option, text] : command.parameters) {
+        if (option->parameter == "Gain")
+            throw UsageError("--gain and --loudness, which finds it, exclude each other");
+    }
+}
+
+void checkReport(const RenderCommand& command, std::span<const Route> routes) {
+    if (command.reportFile.empty()) return;
+    std::vector<fs::path> taken;
+    for (const Route& route : routes) {
+        taken.push_back(route.input);
+        std::error_code error;
+        if (fs::weakly_canonical(route.output, error) == fs::weakly_canonical(command.reportFile, error))
+            throw UsageError("--report: is an output, too");
+    }
+    if (!command.sideChain.empty()) taken.emplace_back(command.sideChain);
+    if (!command.preset.empty()) taken.emplace_back(command.preset);
+    checkOutput(command.reportFile, taken, true);
+}
+
+void writeReport(const RenderCommand& command, std::span<const RenderOutcome> outcomes) {
+    if (command.reportFile.empty()) return;
+    FileReplacement replacement(command.reportFile);
+    writeText(replacement.temporary(), command.reportFile, renderReportJson(outcomes));
+    if (!replacement.commit()) throw Failure(fmt::format("{}: cannot be put in place", command.reportFile));
+}
+
+/// All files of a command, one after the other.
+class Batch {
+public:
+    Batch(const RenderCommand& renderCommand, const RenderOptions& renderOptions,
+          const LimiterSettings& limiterSettings, std::span<const Route> fileRoutes)
+        : command(renderCommand), options(renderOptions), settings(limiterSettings), routes(fileRoutes) {}
+
+    int run() {
+        if (!planAlbum()) return finish();
+        for (std::size_t i = 0; i < routes.size(); ++i) {
+            RenderOutcome& outcome = begin(routes[i]);
+            try {
+                renderOne(i, outcome);
+            } catch (const Failure& failure) {
+                fail(outcome, failure.what());
+            }
+        }
+        return finish();
+    }
+
+private:
+    RenderOutcome& begin(const Route& route) {
+        RenderOutcome& outcome = outcomes.emplace_back();
+        outcome.report.input = route.input;
+        outcome.report.output = route.output;
+        outcome.maxTruePeakDb = options.maxTruePeakDb;
+        return outcome;
+    }
+
+    void fail(RenderOutcome& outcome, const std::string& text) {
+        fmt::print(stderr, "vanta: {}\n", text);
+        outcome.error = text;
+        code = kExitFailed;
+    }
+
+    /// One Gain is for all or for none: false if it could not be found.
+    bool planAlbum() {
+        if (!command.loudnessLufs || !isAlbum(command)) return true;
+        std::vector<fs::path> inputs;
+        for (const Route& route : routes) inputs.push_back(route.input);
+        try {
+            album = planLoudness(inputs, settings, options, *command.loudnessLufs);
+            return true;
+        } catch (const Failure& failure) {
+            for (const Route& route : routes) begin(route).error = failure.what();
+            fmt::print(stderr, "vanta: {}\n", failure.what());
+            code = kExitFailed;
+            return false;
+        }
+    }
+
+    void renderOne(std::size_t index, RenderOutcome& outcome) {
+        const Route& route = routes[index];
+        LimiterSettings chosen;
+        settings.applyTo(chosen);
+        if (album) {
+            outcome.plan = album;
+        } else if (command.loudnessLufs) {
+            checkDestination(route);
+            outcome.plan = planLoudness(std::span(&route.input, 1), settings, options, *command.loudnessLufs);
+        }
+        if (outcome.plan) {
+            const auto& levels = outcome.plan->outputLevelDb;
+            chosen.gain.setValue(static_cast<float>(outcome.plan->gainDb), 0);
+            chosen.outputLevel.setValue(static_cast<float>(levels[album ? index : 0]), 0);
+        }
+        outcome.report = renderFile(route.input, route.output, chosen, options);
+        noteMiss(outcome);
+        tell(outcome, chosen);
+    }
+
+    /// A search takes minutes: what forbids the output is told before it.
+    void checkDestination(const Route& route) const {
+        std::vector<fs::path> read = options.alsoRead;
+        read.push_back(route.input);
+        if (!options.sideChain.empty()) read.push_back(options.sideChain);
+        checkOutput(route.output, read, options.replace);
+    }
+
+    /// The file's own rounding, or a codec, may still take the loudness off the target.
+    void noteMiss(RenderOutcome& outcome) {
+        if (!outcome.plan || album) return;
+        const auto& lufs = outcome.report.after->figures.integrated;
+        if (lufs && std::abs(*lufs - *command.loudnessLufs) <= 0.1) return;
+        outcome.report.warnings.push_back(
+            fmt::format("{}: the written file has {} instead of {:.2f} LUFS", outcome.report.output.string(),
+                        lufs ? fmt::format("{:.2f}", *lufs) : "no loudness", *command.loudnessLufs));
+        if (code == kExitDone) code = kExitMissed;
+    }
+
+    void tell(const RenderOutcome& outcome, const LimiterSettings& used) const {
+        for (const std::string& warning : outcome.report.warnings)
+            fmt::print(stderr, "vanta: warning: {}\n", warning);
+        if (options.quiet) return;
+        fmt::print("{}\n{}", summary(outcome.report, used), renderFigures(outcome));
+        std::fflush(stdout);
+    }
+
+    int finish() {
+        writeReport(command, outcomes);
+        return code;
+    }
+
+    const RenderCommand& command;
+    const RenderOptions& options;
+    const LimiterSettings& settings;
+    std::span<const Route> routes;
+    std::vector<RenderOutcome> outcomes;
+    std::optional<LoudnessPlan> album;
+    int code = kExitDone;
+};
 
 }  // namespace
 
@@ -97,22 +248,18 @@ void applySettings(LimiterSettings& settings, const RenderCommand& command) {
 }
 
 int runRender(const RenderCommand& command) {
+    checkGoals(command);
     const RenderOptions options = optionsOf(command);
     LimiterSettings settings;
     applySettings(settings, command);
+    // A ceiling above the highest true peak could only be found too high, at the cost of a render.
+    if (command.maxTruePeakDb && *command.maxTruePeakDb < static_cast<double>(settings.outputLevel.value()))
+        settings.outputLevel.setValue(static_cast<float>(*command.maxTruePeakDb), 0);
     const auto routes = routesOf(command, options.format.type);
+    checkReport(command, routes);
 
     watchForInterrupts();
-    int code = kExitDone;
-    for (const auto& [input, output] : routes) {
-        try {
-            tell(renderFile(input, output, settings, options), settings, options.quiet);
-        } catch (const Failure& failure) {
-            fmt::print(stderr, "vanta: {}\n", failure.what());
-            code = kExitFailed;
-        }
-    }
-    return code;
+    return Batch(command, options, settings, routes).run();
 }
 
 }  // namespace vanta

@@ -24,6 +24,10 @@ struct RenderCommand {
     int blockSamples = kUsualBlock;
     double tailSeconds = 0.0;
     std::uint32_t ditherSeed = 1;
+    std::string reportFile;
+    std::optional<double> loudnessLufs;
+    std::string loudnessMode;
+    std::optional<double> maxTruePeakDb;
     bool replace = false;
     bool quiet = false;
 };

@@ -11,14 +11,21 @@
 #include "app/interrupt.hpp"
 #include "app/output_path.hpp"
 #include "app/progress_bar.hpp"
+#include "app/render_source.hpp"
+#include "app/true_peak_check.hpp"
 #include "foundation/file_replacement.hpp"
 #include "foundation/numbers.hpp"
+#include "host/offline/measuring_streams.hpp"
 
 namespace vanta {
 
 namespace {
 
 namespace fs = std::filesystem;
+
+/// Each render comes nearer by what was missing; what still does not hold by then never will.
+constexpr int kMostRenders = 10;
+constexpr double kLowestOutputLevelDb = -30.0;
 
 /// The word length of the Dithering setting; 0 when off.
 int ditherBits(const LimiterSettings& settings) {
@@ -31,12 +38,15 @@ class FileRender {
 public:
     FileRender(const fs::path& inputPath, const fs::path& outputPath, const LimiterSettings& limiterSettings,
                const RenderOptions& renderOptions)
-        : settings(limiterSettings), options(renderOptions), input(inputPath) {
+        : options(renderOptions),
+          source(inputPath, options.sideChain, options.layout),
+          input(source.input()),
+          mapping(source.mapping()) {
+        limiterSettings.applyTo(settings);
         report.input = inputPath;
         report.output = outputPath;
-        report.sampleRate = input.info().samplerate;
-        checkInput();
-        openSideChain();
+        report.sampleRate = source.sampleRate();
+        report.warnings = source.warnings();
         checkDestination();
     }
 
@@ -45,12 +55,19 @@ public:
         shape.frames += tailSamples();
         int format = chooseFormat(shape, report.output, options.format);
         const bool mayClip = options.format.subtype != nullptr;
-        try {
-            renderAs(format, mayClip ? AudioFileWriter::Limit::Clip : AudioFileWriter::Limit::Refuse);
-        } catch (const BeyondFullScale&) {
-            renderAs(formatBeyondFullScale(format, shape), AudioFileWriter::Limit::Refuse);
+        auto limit = mayClip ? AudioFileWriter::Limit::Clip : AudioFileWriter::Limit::Refuse;
+        for (bool holds = false; !holds;) {
+            try {
+                holds = renderAs(format, limit);
+            } catch (const BeyondFullScale&) {
+                format = formatBeyondFullScale(format, shape);
+                limit = AudioFileWriter::Limit::Refuse;
+            }
         }
         noteSignal();
+        report.gainDb = static_cast<double>(settings.gain.value());
+        report.outputLevelDb = static_cast<double>(settings.outputLevel.value());
+        report.style = settings.style.text(settings.style.value());
         return std::move(report);
     }
 
@@ -60,54 +77,10 @@ private:
         return std::llround(options.tailSeconds * static_cast<double>(report.sampleRate));
     }
 
-    void checkInput() {
-        const int rate = report.sampleRate;
-        if (rate < kLowestSampleRate || rate > kHighestSampleRate) {
-            throw Failure(
-                fmt::format("{}: its sample rate of {} Hz is out of range: the limiter runs at 8000 to "
-                            "384000 Hz",
-                            input.path().string(), rate));
-        }
-        mapping = mapped(input, options.layout);
-    }
-
-    ChannelMapping mapped(AudioFileReader& file, std::optional<ChannelLayout> layout) {
-        try {
-            const ChannelMapping found =
-                mapChannels(file.positions(), file.channelCount(), file.usualOrder(), layout);
-            if (found.positionsIgnored) {
-                warn(
-                    fmt::format("{}: its speaker positions fit no layout: its channels are taken for {}; "
-                                "--layout can say otherwise",
-                                file.path().string(), channelLayoutName(found.layout)));
-            }
-            file.setMapping(found);
-            return found;
-        } catch (const Failure& failure) {
-            throw Failure(fmt::format("{}: {}", file.path().string(), failure.what()));
-        }
-    }
-
-    void openSideChain() {
-        if (options.sideChain.empty()) return;
-        sideChain.emplace(options.sideChain);
-        const SF_INFO& side = sideChain->info();
-        const SF_INFO& main = input.info();
-        const auto differs = [&](std::string_view what, std::int64_t its, std::int64_t mains) {
-            throw Failure(fmt::format("{}: a side chain of {} {} does not go with {}, which has {}",
-                                      options.sideChain.string(), its, what, input.path().string(), mains));
-        };
-        if (side.samplerate != main.samplerate) differs("Hz", side.samplerate, main.samplerate);
-        if (side.frames != main.frames) differs("frames", side.frames, main.frames);
-        if (side.channels > main.channels) differs("channels", side.channels, main.channels);
-        const bool same = side.channels == main.channels;
-        mapped(*sideChain, same ? std::optional(mapping.layout) : std::nullopt);
-    }
-
     void checkDestination() const {
         std::vector<fs::path> read = options.alsoRead;
         read.push_back(report.input);
-        if (sideChain) read.push_back(options.sideChain);
+        if (source.sideChain()) read.push_back(options.sideChain);
         checkOutput(report.output, read, options.replace);
     }
 
@@ -140,12 +113,15 @@ private:
                 limit};
     }
 
-    void renderAs(int format, AudioFileWriter::Limit limit) {
+    /// False if the file went beyond the highest true peak: then nothing was put in place, and the ceiling
+    /// is lower now.
+    bool renderAs(int format, AudioFileWriter::Limit limit) {
         FileReplacement replacement(report.output);
         AudioFileWriter writer(targetFor(format, replacement.temporary(), limit));
         copyTags(input.handle(), writer.handle());
-        input.rewind();
-        if (sideChain) sideChain->rewind();
+        source.rewind();
+        MeasuringReader before(input, mapping.layout, static_cast<double>(report.sampleRate));
+        const bool measureInput = options.measure && !report.before;
 
         const std::int64_t total = input.info().frames + tailSamples();
         ProgressBar progress(report.output.filename().string(), total, report.sampleRate, !options.quiet);
@@ -154,10 +130,11 @@ private:
             return !interruptRequested();
         };
         report.format = format;
+        ++report.renders;
         report.result = render({.settings = settings,
-                                .input = input,
+                                .input = measureInput ? static_cast<AudioReader&>(before) : input,
                                 .output = writer,
-                                .sideChain = sideChain ? &*sideChain : nullptr,
+                                .sideChain = source.sideChain(),
                                 .layout = mapping.layout,
                                 .sampleRate = static_cast<double>(report.sampleRate),
                                 .blockSamples = options.blockSamples,
@@ -172,9 +149,46 @@ private:
         }
         writer.finish();
         if (interruptRequested()) throw Interrupted();
+        if (measureInput) noteInput(before.finish());
+        if (!holdsTruePeak(replacement.temporary())) return false;
+        if (options.measure) noteOutput(replacement.temporary());
         if (!replacement.commit())
             throw Failure(fmt::format("{}: cannot be put in place", report.output.string()));
         noteWriter(writer);
+        return true;
+    }
+
+    void noteInput(const Programme& programme) {
+        Measurement& measurement = report.before.emplace();
+        measurement.file = report.input;
+        measurement.format = formatName(input.info().format);
+        measurement.layout = mapping.layout;
+        measurement.sampleRate = report.sampleRate;
+        measurement.programme = programme;
+        measurement.figures = programme.figures();
+    }
+
+    /// What the file holds counts, not what was sent there: it went through dither and rounding.
+    void noteOutput(const fs::path& file) {
+        report.after = measureFile(file, mapping.layout, false);
+        report.after->file = report.output;
+    }
+
+    bool holdsTruePeak(const fs::path& file) {
+        if (!options.maxTruePeakDb) return true;
+        const double limit = *options.maxTruePeakDb;
+        report.truePeakDb = judgeTruePeak(file);
+        const double missing = *report.truePeakDb - limit;
+        if (missing <= 0.0) return true;
+        const double lower = static_cast<double>(settings.outputLevel.value()) - missing - kTruePeakReserveDb;
+        if (report.renders >= kMostRenders || lower < kLowestOutputLevelDb) {
+            throw Failure(
+                fmt::format("{}: its true peak stays {:.3f} dB above {:.2f} dBTP after {} renders; "
+                            "nothing was written",
+                            report.output.string(), missing, limit, report.renders));
+        }
+        settings.outputLevel.setValue(static_cast<float>(lower), 0);
+        return false;
     }
 
     void noteWriter(const AudioFileWriter& writer) {
@@ -201,17 +215,17 @@ private:
                              levels.notFinite));
         };
         note(report.input, report.result.input);
-        if (sideChain) note(options.sideChain, report.result.sideChain);
+        if (source.sideChain()) note(options.sideChain, report.result.sideChain);
         if (settings.bypass.mapped())
             warn(fmt::format("{}: Bypass is on, nothing was limited", report.output.string()));
     }
 
-    const LimiterSettings& settings;
+    LimiterSettings settings;
     const RenderOptions& options;
     FileReport report;
-    AudioFileReader input;
-    std::optional<AudioFileReader> sideChain;
-    ChannelMapping mapping;
+    RenderSource source;
+    AudioFileReader& input;
+    const ChannelMapping& mapping;
 };
 
 std::string peakText(const StreamLevels& levels) {
@@ -247,9 +261,9 @@ std::string summary(const FileReport& report, const LimiterSettings& settings) {
         "{} -> {} ({}{}): {}, peak {} in, {} out, largest gain reduction {:.1f} dB, "
         "latency {} samples ({:.1f} ms), {} real time",
         report.input.string(), report.output.string(), formatName(report.format),
-        roundingText(report, settings), settings.style.text(settings.style.value()), peakText(result.input),
-        peakText(result.output), result.largestReductionDb, result.latencySamples,
-        1000.0 * result.latencySamples / rate, speedText(length / std::max(result.seconds, 1e-6)));
+        roundingText(report, settings), report.style, peakText(result.input), peakText(result.output),
+        result.largestReductionDb, result.latencySamples, 1000.0 * result.latencySamples / rate,
+        speedText(length / std::max(result.seconds, 1e-6)));
 }
 
 }  // namespace vanta

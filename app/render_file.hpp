@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/file_format.hpp"
+#include "app/measurement.hpp"
 #include "host/offline/limiter_settings.hpp"
 #include "host/offline/render.hpp"
 
@@ -22,6 +23,8 @@ struct RenderOptions {
     std::uint32_t ditherSeed = 1;
     bool replace = false;
     bool quiet = false;
+    bool measure = true;                          ///< loudness and peaks of input and output
+    std::optional<double> maxTruePeakDb;          ///< that the output may have, in dBTP
     std::vector<std::filesystem::path> alsoRead;  ///< further files that no output may replace
 };
 
@@ -30,12 +33,20 @@ struct FileReport {
     std::filesystem::path input;
     std::filesystem::path output;
     RenderResult result;
-    int sampleRate = 0;  ///< Hz
-    int format = 0;      ///< libsndfile's, of the output
+    std::string style;
+    double gainDb = 0.0;
+    double outputLevelDb = 0.0;         ///< of the last render
+    int renders = 0;                    ///< until the true peak held
+    std::optional<double> truePeakDb;   ///< judged in the written file, if there is a limit
+    std::optional<Measurement> before;  ///< of the input
+    std::optional<Measurement> after;   ///< of the written file
+    int sampleRate = 0;                 ///< Hz
+    int format = 0;                     ///< libsndfile's, of the output
     std::vector<std::string> warnings;
 };
 
-/// Limits one file into another, which appears under its name when it is whole and not before. Failure or
+/// Limits one file into another, which appears under its name when it is whole and not before. A file beyond
+/// the highest true peak is rendered again with Output Level lowered by what was missing. Failure or
 /// Interrupted leave nothing behind.
 FileReport renderFile(const std::filesystem::path& input, const std::filesystem::path& output,
                       const LimiterSettings& settings, const RenderOptions& options);

@@ -1,6 +1,9 @@
 #include "host/offline/gain_reduction_meter.hpp"
 
 #include <algorithm>
+#include <cmath>
+
+#include "foundation/numbers.hpp"
 
 namespace vanta {
 
@@ -13,14 +16,44 @@ GainReductionMeter::GainReductionMeter(wave::Producer& gain)
 void GainReductionMeter::start(std::int64_t samples) {
     toSkip = samples;
     smallest = 1.0f;
+    end = std::numeric_limits<std::int64_t>::max();
+    measured = 0;
+    reduced = 0;
+    decibels = 0.0;
+}
+
+double GainReductionMeter::meanReductionDb() const {
+    return measured == 0 ? 0.0 : std::max(0.0, -decibels / static_cast<double>(measured));
+}
+
+double GainReductionMeter::reducedShare() const {
+    return measured == 0 ? 0.0 : static_cast<double>(reduced) / static_cast<double>(measured);
 }
 
 void GainReductionMeter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>*, int samples,
                                  int) {
     const auto first = static_cast<int>(std::min<std::int64_t>(toSkip, samples));
     toSkip -= first;
-    for (int i = first; i < samples; ++i) smallest = std::min(smallest, in.data()[i]);
+    const auto count =
+        static_cast<int>(std::min<std::int64_t>(samples - first, std::max<std::int64_t>(end - measured, 0)));
+    measure(in.data() + first, count);
     publishInput();
+}
+
+// The mean of gains in dB is the logarithm of their product: one logarithm serves several samples.
+void GainReductionMeter::measure(const float* gains, int count) {
+    constexpr int kFactors = 16;  // of at least 1e-15 each: their product is a double
+    static const auto turnedDown = static_cast<float>(gainFromDb(-kReducedDb));
+    for (int i = 0; i < count; i += kFactors) {
+        double product = 1.0;
+        for (int k = i; k < std::min(count, i + kFactors); ++k) {
+            smallest = std::min(smallest, gains[k]);
+            reduced += gains[k] < turnedDown ? 1 : 0;
+            product *= std::max(static_cast<double>(gains[k]), 1e-15);
+        }
+        decibels += 20.0 * std::log10(product);
+    }
+    measured += count;
 }
 
 }  // namespace vanta

@@ -37,4 +37,20 @@ double OfflineHost::largestReductionDb() const {
     return std::max(0.0, -dbFromGain(static_cast<double>(smallest)));
 }
 
+double OfflineHost::meanReductionDb() const {
+    double sum = 0.0;
+    for (const auto& meter : meters) sum += meter->meanReductionDb();
+    return sum / static_cast<double>(meters.size());
+}
+
+double OfflineHost::reducedShare() const {
+    double sum = 0.0;
+    for (const auto& meter : meters) sum += meter->reducedShare();
+    return sum / static_cast<double>(meters.size());
+}
+
+void OfflineHost::endReductionAfter(std::int64_t samples) {
+    for (const auto& meter : meters) meter->endAfter(samples);
+}
+
 }  // namespace vanta

@@ -31,6 +31,12 @@ public:
     /// The largest gain reduction of any channel, in dB; the first `latency()` samples, in which the output
     /// is not the file's yet, do not count.
     double largestReductionDb() const;
+    /// In dB, over all channels and samples.
+    double meanReductionDb() const;
+    /// Share of the time in which a channel is turned down noticeably, on average of all channels, 0 to 1.
+    double reducedShare() const;
+    /// No more than `samples` of output count.
+    void endReductionAfter(std::int64_t samples);
 
 private:
     VantaProcessor processor;

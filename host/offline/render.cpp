@@ -61,6 +61,8 @@ public:
             if (job.proceed && !job.proceed(result.outputFrames)) return result;
         }
         result.largestReductionDb = host.largestReductionDb();
+        result.meanReductionDb = host.meanReductionDb();
+        result.reducedShare = host.reducedShare();
         result.complete = true;
         return result;
     }
@@ -77,6 +79,7 @@ private:
         if (!isInput) return;
         result.inputFrames += static_cast<std::int64_t>(frames);
         inputEnded = frames < wanted;
+        if (inputEnded) host.endReductionAfter(outputLength());
     }
 
     /// Hands on what of the block belongs to the output.

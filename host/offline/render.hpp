@@ -43,6 +43,8 @@ struct RenderResult {
     StreamLevels sideChain;
     StreamLevels output;
     double largestReductionDb = 0.0;  ///< 0 or more
+    double meanReductionDb = 0.0;     ///< over the whole output and all channels
+    double reducedShare = 0.0;        ///< of the time in which it is above 0.1 dB, 0 to 1
     double seconds = 0.0;             ///< that the render took, reading and writing included
     bool complete = false;            ///< not stopped
 };

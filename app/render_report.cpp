@@ -1,0 +1,123 @@
+#include "app/render_report.hpp"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "app/measurement_text.hpp"
+
+namespace vanta {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string decibels(std::optional<double> value, int decimals) {
+    return value ? fmt::format("{:.{}f}", *value, decimals) : "-";
+}
+
+std::string line(std::string_view name, const ProgrammeFigures& figures) {
+    const auto& peak = figures.total.truePeak;
+    return fmt::format("  {:<7}{:>7} LUFS, range {:>4} LU, true peak {:>6} dBTP\n", name,
+                       decibels(figures.integrated, 2), decibels(figures.range, 1),
+                       decibels(peak ? std::optional(peak->level) : std::nullopt, 2));
+}
+
+std::string loudnessLine(const LoudnessPlan& plan, const FileReport& report) {
+    return fmt::format("  loudness {:.2f} LUFS: found a Gain of {:.2f} dB in {} passes{}\n", plan.targetLufs,
+                       report.gainDb, plan.passes,
+                       plan.outputLevelDb.size() > 1
+                           ? fmt::format(", one for {} files", plan.outputLevelDb.size())
+                           : std::string());
+}
+
+/// Rounded towards the limit, so that the line never promises more than there is.
+double margin(double limitDb, double truePeakDb) {
+    return std::floor(1000.0 * (limitDb - truePeakDb)) / 1000.0;
+}
+
+std::string truePeakLine(double limitDb, const FileReport& report) {
+    std::string text = fmt::format("  true peak holds {:.2f} dBTP by {:.3f} dB", limitDb,
+                                   margin(limitDb, *report.truePeakDb));
+    if (report.renders > 1) {
+        text += fmt::format(", after {} renders with Output Level at {:.3f} dB", report.renders,
+                            report.outputLevelDb);
+    }
+    return text + "\n";
+}
+
+Json rounded(double value, double steps = 1000.0) {
+    return std::round(value * steps) / steps + 0.0;
+}
+
+Json renderObject(const RenderOutcome& outcome) {
+    const FileReport& report = outcome.report;
+    Json object;
+    object["input"] = report.input.string();
+    object["output"] = report.output.string();
+    if (!outcome.error.empty()) {
+        object["error"] = outcome.error;
+        return object;
+    }
+    object["format"] = formatName(report.format);
+    object["style"] = report.style;
+    object["gain_db"] = rounded(report.gainDb);
+    object["output_level_db"] = rounded(report.outputLevelDb);
+    object["before"] = report.before ? measurementObject(*report.before) : Json(nullptr);
+    object["after"] = report.after ? measurementObject(*report.after) : Json(nullptr);
+    object["gain_reduction"] = {{"mean_db", rounded(report.result.meanReductionDb)},
+                                {"highest_db", rounded(report.result.largestReductionDb)},
+                                {"share_of_time", rounded(report.result.reducedShare, 1e4)}};
+    object["renders"] = report.renders;
+    if (outcome.plan) {
+        object["loudness"] = {{"target_lufs", outcome.plan->targetLufs},
+                              {"expected_lufs", rounded(outcome.plan->lufs)},
+                              {"passes", outcome.plan->passes},
+                              {"files", outcome.plan->outputLevelDb.size()}};
+    }
+    if (outcome.maxTruePeakDb && report.truePeakDb) {
+        object["max_true_peak"] = {{"limit_dbtp", *outcome.maxTruePeakDb},
+                                   {"true_peak_dbtp", rounded(*report.truePeakDb)},
+                                   {"holds_by_db", margin(*outcome.maxTruePeakDb, *report.truePeakDb)}};
+    }
+    object["warnings"] = report.warnings;
+    return object;
+}
+
+}  // namespace
+
+std::string renderFigures(const RenderOutcome& outcome) {
+    const FileReport& report = outcome.report;
+    std::string text;
+    if (report.before) text += line("before", report.before->figures);
+    if (report.after) text += line("after", report.after->figures);
+    if (report.after) {
+        text += fmt::format(
+            "  gain reduction: mean {:.1f} dB, highest {:.1f} dB, above 0.1 dB in {:.0f} % of the time\n",
+            report.result.meanReductionDb, report.result.largestReductionDb,
+            100.0 * report.result.reducedShare);
+    }
+    if (outcome.plan) text += loudnessLine(*outcome.plan, report);
+    if (outcome.maxTruePeakDb && report.truePeakDb) text += truePeakLine(*outcome.maxTruePeakDb, report);
+    return text;
+}
+
+std::string renderReportJson(std::span<const RenderOutcome> outcomes) {
+    Json files = Json::array();
+    Programme together;
+    for (const RenderOutcome& outcome : outcomes) {
+        files.push_back(renderObject(outcome));
+        if (outcome.report.after) together.merge(outcome.report.after->programme);
+    }
+    const ProgrammeFigures figures = together.figures();
+    const auto orNull = [](std::optional<double> value) {
+        return value ? rounded(*value, 100.0) : Json(nullptr);
+    };
+    Json all;
+    all["files"] = files;
+    all["together"] = {{"integrated_lufs", orNull(figures.integrated)}, {"range_lu", orNull(figures.range)}};
+    return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace vanta

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "app/loudness_plan.hpp"
+#include "app/render_file.hpp"
+
+namespace vanta {
+
+/// One input of a render, whatever became of it.
+struct RenderOutcome {
+    FileReport report;
+    std::string error;  ///< why nothing was written; empty if all is well
+    std::optional<LoudnessPlan> plan;
+    std::optional<double> maxTruePeakDb;
+};
+
+/// Lines for people: loudness, range and true peak before and after, gain reduction, and what became of the
+/// loudness and the true peak that were asked for. Empty if nothing was measured.
+std::string renderFigures(const RenderOutcome& outcome);
+/// An object with all files, and all outputs as one programme.
+std::string renderReportJson(std::span<const RenderOutcome> outcomes);
+
+}  // namespace vanta

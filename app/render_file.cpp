@@ -80,7 +80,7 @@ private:
     void checkDestination() const {
         std::vector<fs::path> read = options.alsoRead;
         read.push_back(report.input);
-        if (source.sideChain()) read.push_back(options.sideChain);
+        if (!options.sideChain.empty()) read.push_back(options.sideChain);
         checkOutput(report.output, read, options.replace);
     }
 

@@ -4,13 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <utility>
 
 #include "app/failure.hpp"
 #include "app/interrupt.hpp"
 #include "app/progress_bar.hpp"
 #include "app/render_source.hpp"
-#include "app/true_peak_check.hpp"
-#include "foundation/numbers.hpp"
 #include "host/offline/loudness_search.hpp"
 #include "host/offline/measuring_streams.hpp"
 
@@ -22,8 +22,10 @@ namespace fs = std::filesystem;
 
 /// What is promised of the written file.
 constexpr double kToleranceLu = 0.1;
-/// Lowering the ceiling takes a little loudness, raising the Gain again a little of the margin.
-constexpr int kMostRounds = 5;
+/// How often the ceilings of several files are found anew at one Gain, and what is near enough.
+constexpr int kMostRounds = 3;
+constexpr double kSettledDb = 0.02;
+constexpr double kSilentDb = -200.0;
 
 class Planner {
 public:
@@ -37,15 +39,11 @@ public:
 
     LoudnessPlan plan(double targetLufs) {
         LoudnessTarget target{.lufs = targetLufs};
-        target.firstGainDb = targetLufs - loudnessOfInputs().value_or(targetLufs);
-        LoudnessFound found;
-        for (int round = 0; round < kMostRounds; ++round) {
-            found = findLoudness(target, [this](double gainDb) { return loudnessAt(gainDb); });
-            requireReached(target, found);
-            if (!lowerCeilings(found.gainDb)) break;
-            target.firstGainDb = found.gainDb;
-        }
-        return {targetLufs, found.gainDb, *found.lufs, passes, ceilings};
+        // Where nothing is limited, what comes out is louder by Gain and Output Level.
+        target.firstGainDb = targetLufs - loudnessOfInputs().value_or(targetLufs) - ceilings.front();
+        const auto found = findLoudness(target, [this](double gainDb) { return loudnessAt(gainDb); });
+        requireReached(target, found);
+        return {targetLufs, found.gainDb, *found.lufs, passes, ceilingsAt.at(found.gainDb)};
     }
 
 private:
@@ -72,12 +70,20 @@ private:
         return all.figures().integrated;
     }
 
+    /// The loudness at this Gain with the ceilings that keep the true peak.
     std::optional<double> loudnessAt(double gainDb) {
-        ++passes;
-        lastGainDb = gainDb;
-        Programme all;
-        for (std::size_t i = 0; i < inputs.size(); ++i) all.merge(tryOut(i, gainDb));
-        return all.figures().integrated;
+        for (int round = 1;; ++round) {
+            ++passes;
+            Programme all;
+            for (std::size_t i = 0; i < inputs.size(); ++i) all.merge(tryOut(i, gainDb));
+            const auto lufs = all.figures().integrated;
+            const auto [shift, largest] = moveCeilings();
+            // Of one file the level moves as its ceiling does; of several it is measured again.
+            if (!lufs || inputs.size() == 1 || largest < kSettledDb || round == kMostRounds) {
+                ceilingsAt[gainDb] = ceilings;
+                return lufs ? std::optional(*lufs + shift) : std::nullopt;
+            }
+        }
     }
 
     Programme tryOut(std::size_t index, double gainDb) {
@@ -107,32 +113,35 @@ private:
                                             .proceed = proceed});
         if (!result.complete) throw Interrupted();
         writer.finish();
-        peaks[index] = dbFromGain(writer.truePeak());
+        const auto peak = writer.programme().figures().total.truePeak;
+        peaks[index] = peak ? peak->level : kSilentDb;
         return writer.programme();
     }
 
-    /// False if no true peak goes too far at this Gain.
-    bool lowerCeilings(double gainDb) {
-        if (!options.maxTruePeakDb) return false;
-        // The nearest pass need not be the last, and the peaks are the last one's.
-        if (gainDb != lastGainDb) loudnessAt(gainDb);
-        bool lowered = false;
+    /// By how much the ceilings had to move, on average and at most, in dB: Output Level stands behind all
+    /// that limits, so a true peak moves with it.
+    std::pair<double, double> moveCeilings() {
+        if (!options.maxTruePeakDb) return {};
+        const auto lowest = static_cast<double>(settings.outputLevel.minimum());
+        const auto highest = static_cast<double>(settings.outputLevel.value());
+        double sum = 0.0;
+        double largest = 0.0;
         for (std::size_t i = 0; i < inputs.size(); ++i) {
-            const double missing = peaks[i] - *options.maxTruePeakDb;
-            if (missing <= 0.0) continue;
-            ceilings[i] = std::max(ceilings[i] - missing - kTruePeakReserveDb,
-                                   static_cast<double>(settings.outputLevel.minimum()));
-            lowered = true;
+            const double room = *options.maxTruePeakDb - kTruePeakReserveDb - peaks[i];
+            const double moved = std::clamp(ceilings[i] + room, lowest, highest);
+            sum += moved - ceilings[i];
+            largest = std::max(largest, std::abs(moved - ceilings[i]));
+            ceilings[i] = moved;
         }
-        return lowered;
+        return {sum / static_cast<double>(inputs.size()), largest};
     }
 
     std::span<const fs::path> inputs;
     const LimiterSettings& settings;
     const RenderOptions& options;
     std::vector<double> ceilings;
-    std::vector<double> peaks;  ///< dBTP, of the last pass
-    double lastGainDb = 0.0;
+    std::vector<double> peaks;                         ///< dBTP, of the last pass
+    std::map<double, std::vector<double>> ceilingsAt;  ///< by Gain
     int passes = 0;
 };
 

@@ -54,7 +54,7 @@ void setByText(AbstractPluginParameter& parameter, const std::string& text, std:
     parameter.setValue(value, 0);
 }
 
-void setByAssignment(LimiterSettings& settings, const std::string& assignment) {
+AbstractPluginParameter& setByAssignment(LimiterSettings& settings, const std::string& assignment) {
     const auto equals = assignment.find('=');
     if (equals == std::string::npos) {
         throw UsageError(fmt::format("--set: '{}' is not of the form \"Name=text\"", assignment));
@@ -68,6 +68,7 @@ void setByAssignment(LimiterSettings& settings, const std::string& assignment) {
                                      suggestion(name, names)));
     }
     setByText(*parameter, trimmed(std::string_view(assignment).substr(equals + 1)), "--set");
+    return *parameter;
 }
 
 }  // namespace vanta

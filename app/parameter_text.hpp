@@ -14,7 +14,8 @@ std::string rangeText(const AbstractPluginParameter& parameter);
 /// would have been possible.
 void setByText(AbstractPluginParameter& parameter, const std::string& text, std::string_view asked);
 
-/// Sets what "Name=text" says. UsageError for an unknown name, too, with the nearest known one.
-void setByAssignment(LimiterSettings& settings, const std::string& assignment);
+/// Sets what "Name=text" says, and gives the parameter back. UsageError for an unknown name, too, with the
+/// nearest known one.
+AbstractPluginParameter& setByAssignment(LimiterSettings& settings, const std::string& assignment);
 
 }  // namespace vanta

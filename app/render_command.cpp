@@ -23,6 +23,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// What is promised of a loudness.
+constexpr double kToleranceLu = 0.1;
+
 struct Route {
     fs::path input;
     fs::path output;
@@ -52,7 +55,8 @@ RenderOptions optionsOf(const RenderCommand& command) {
     options.replace = command.replace;
     options.quiet = command.quiet;
     options.maxTruePeakDb = command.maxTruePeakDb;
-    options.measure = !command.quiet || !command.reportFile.empty() || command.loudnessLufs.has_value();
+    options.measure = !command.quiet || !command.reportFile.empty() || command.loudnessLufs.has_value() ||
+                      command.maxTruePeakDb.has_value();
     if (!command.preset.empty()) options.alsoRead.emplace_back(command.preset);
     return options;
 }
@@ -204,15 +208,27 @@ private:
         checkOutput(route.output, read, options.replace);
     }
 
-    /// The file's own rounding, or a codec, may still take the loudness off the target.
+    /// What to say if the loudness is off the target: the file's own rounding, or a codec, may still do that.
+    std::optional<std::string> missText(const Programme& written, std::string_view name) {
+        const auto lufs = written.figures().integrated;
+        if (lufs && std::abs(*lufs - *command.loudnessLufs) <= kToleranceLu) return {};
+        if (code == kExitDone) code = kExitMissed;
+        return fmt::format("{}: what was written has {} instead of {:.2f} LUFS", name,
+                           lufs ? fmt::format("{:.2f}", *lufs) : "no loudness", *command.loudnessLufs);
+    }
+
     void noteMiss(RenderOutcome& outcome) {
         if (!outcome.plan || album) return;
-        const auto& lufs = outcome.report.after->figures.integrated;
-        if (lufs && std::abs(*lufs - *command.loudnessLufs) <= 0.1) return;
-        outcome.report.warnings.push_back(
-            fmt::format("{}: the written file has {} instead of {:.2f} LUFS", outcome.report.output.string(),
-                        lufs ? fmt::format("{:.2f}", *lufs) : "no loudness", *command.loudnessLufs));
-        if (code == kExitDone) code = kExitMissed;
+        if (const auto text = missText(outcome.report.after->programme, outcome.report.output.string()))
+            outcome.report.warnings.push_back(*text);
+    }
+
+    /// Nothing if a part of the album is missing: that was said.
+    void checkAlbum() {
+        if (!album || code != kExitDone) return;
+        Programme all;
+        for (const RenderOutcome& outcome : outcomes) all.merge(outcome.report.after->programme);
+        if (const auto text = missText(all, "the album")) fmt::print(stderr, "vanta: warning: {}\n", *text);
     }
 
     void tell(const RenderOutcome& outcome, const LimiterSettings& used) const {
@@ -224,6 +240,7 @@ private:
     }
 
     int finish() {
+        checkAlbum();
         writeReport(command, outcomes);
         return code;
     }
@@ -244,7 +261,10 @@ void applySettings(LimiterSettings& settings, const RenderCommand& command) {
     if (!command.preset.empty()) loadNamedPreset(settings, command.preset);
     if (!command.sideChain.empty()) settings.sideChainTriggering.setMapped(true);
     for (const auto& [option, text] : command.parameters) setByOption(settings, *option, text);
-    for (const std::string& assignment : command.assignments) setByAssignment(settings, assignment);
+    for (const std::string& assignment : command.assignments) {
+        if (&setByAssignment(settings, assignment) == &settings.gain && command.loudnessLufs)
+            throw UsageError("--set Gain and --loudness, which finds it, exclude each other");
+    }
 }
 
 int runRender(const RenderCommand& command) {

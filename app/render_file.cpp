@@ -12,7 +12,6 @@
 #include "app/output_path.hpp"
 #include "app/progress_bar.hpp"
 #include "app/render_source.hpp"
-#include "app/true_peak_check.hpp"
 #include "foundation/file_replacement.hpp"
 #include "foundation/numbers.hpp"
 #include "host/offline/measuring_streams.hpp"
@@ -150,8 +149,8 @@ private:
         writer.finish();
         if (interruptRequested()) throw Interrupted();
         if (measureInput) noteInput(before.finish());
-        if (!holdsTruePeak(replacement.temporary())) return false;
         if (options.measure) noteOutput(replacement.temporary());
+        if (options.maxTruePeakDb && !holdsTruePeak(*options.maxTruePeakDb)) return false;
         if (!replacement.commit())
             throw Failure(fmt::format("{}: cannot be put in place", report.output.string()));
         noteWriter(writer);
@@ -174,11 +173,9 @@ private:
         report.after->file = report.output;
     }
 
-    bool holdsTruePeak(const fs::path& file) {
-        if (!options.maxTruePeakDb) return true;
-        const double limit = *options.maxTruePeakDb;
-        report.truePeakDb = judgeTruePeak(file);
-        const double missing = *report.truePeakDb - limit;
+    bool holdsTruePeak(double limit) {
+        const auto& peak = report.after->figures.total.truePeak;
+        const double missing = peak ? peak->level - limit : 0.0;
         if (missing <= 0.0) return true;
         const double lower = static_cast<double>(settings.outputLevel.value()) - missing - kTruePeakReserveDb;
         if (report.renders >= kMostRenders || lower < kLowestOutputLevelDb) {

@@ -13,6 +13,9 @@
 
 namespace vanta {
 
+/// By how much further Output Level goes down than was missing, in dB, so that one more render is enough.
+inline constexpr double kTruePeakReserveDb = 0.005;
+
 /// How files are to be rendered.
 struct RenderOptions {
     std::filesystem::path sideChain;  ///< empty: none
@@ -24,7 +27,7 @@ struct RenderOptions {
     bool replace = false;
     bool quiet = false;
     bool measure = true;                          ///< loudness and peaks of input and output
-    std::optional<double> maxTruePeakDb;          ///< that the output may have, in dBTP
+    std::optional<double> maxTruePeakDb;          ///< that the output may have, in dBTP; needs `measure`
     std::vector<std::filesystem::path> alsoRead;  ///< further files that no output may replace
 };
 
@@ -37,7 +40,6 @@ struct FileReport {
     double gainDb = 0.0;
     double outputLevelDb = 0.0;         ///< of the last render
     int renders = 0;                    ///< until the true peak held
-    std::optional<double> truePeakDb;   ///< judged in the written file, if there is a limit
     std::optional<Measurement> before;  ///< of the input
     std::optional<Measurement> after;   ///< of the written file
     int sampleRate = 0;                 ///< Hz

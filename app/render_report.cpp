@@ -37,9 +37,18 @@ double margin(double limitDb, double truePeakDb) {
     return std::floor(1000.0 * (limitDb - truePeakDb)) / 1000.0;
 }
 
-std::string truePeakLine(double limitDb, const FileReport& report) {
-    std::string text = fmt::format("  true peak holds {:.2f} dBTP by {:.3f} dB", limitDb,
-                                   margin(limitDb, *report.truePeakDb));
+/// The true peak that was held against a limit, in dBTP.
+std::optional<double> verifiedPeak(const RenderOutcome& outcome) {
+    if (!outcome.maxTruePeakDb || !outcome.report.after) return {};
+    const auto& peak = outcome.report.after->figures.total.truePeak;
+    return peak ? std::optional(peak->level) : std::nullopt;
+}
+
+std::string truePeakLine(const RenderOutcome& outcome, double truePeakDb) {
+    const FileReport& report = outcome.report;
+    const double limitDb = *outcome.maxTruePeakDb;
+    std::string text =
+        fmt::format("  true peak holds {:.2f} dBTP by {:.3f} dB", limitDb, margin(limitDb, truePeakDb));
     if (report.renders > 1) {
         text += fmt::format(", after {} renders with Output Level at {:.3f} dB", report.renders,
                             report.outputLevelDb);
@@ -76,10 +85,10 @@ Json renderObject(const RenderOutcome& outcome) {
                               {"passes", outcome.plan->passes},
                               {"files", outcome.plan->outputLevelDb.size()}};
     }
-    if (outcome.maxTruePeakDb && report.truePeakDb) {
+    if (const auto peak = verifiedPeak(outcome)) {
         object["max_true_peak"] = {{"limit_dbtp", *outcome.maxTruePeakDb},
-                                   {"true_peak_dbtp", rounded(*report.truePeakDb)},
-                                   {"holds_by_db", margin(*outcome.maxTruePeakDb, *report.truePeakDb)}};
+                                   {"true_peak_dbtp", rounded(*peak)},
+                                   {"holds_by_db", margin(*outcome.maxTruePeakDb, *peak)}};
     }
     object["warnings"] = report.warnings;
     return object;
@@ -99,7 +108,7 @@ std::string renderFigures(const RenderOutcome& outcome) {
             100.0 * report.result.reducedShare);
     }
     if (outcome.plan) text += loudnessLine(*outcome.plan, report);
-    if (outcome.maxTruePeakDb && report.truePeakDb) text += truePeakLine(*outcome.maxTruePeakDb, report);
+    if (const auto peak = verifiedPeak(outcome)) text += truePeakLine(outcome, *peak);
     return text;
 }
 

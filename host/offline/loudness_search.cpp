@@ -12,8 +12,11 @@ namespace {
 constexpr double kFinestGainDb = 1e-3;
 /// The highest loudness that leaves no reading.
 constexpr double kGateLufs = -70.0;
-/// How much of what is missing a step takes on while the other side is unknown.
-constexpr double kReach = 1.5;
+/// What the first step takes for LU per dB: if the first gain missed, the limiter is at work.
+constexpr double kUsualSlope = 0.5;
+constexpr double kLeastSlope = 0.05;
+/// The loudness bends down as the gain grows: a step by the slope so far falls short.
+constexpr double kReach = 1.1;
 
 /// A pass on one side of the target. The Illinois rule halves `weight` while its side stays.
 struct Side {
@@ -37,12 +40,12 @@ public:
         }
         found.reached = found.lufs && nearest <= target.toleranceLu;
         place(gainDb, off);
+        follow(gainDb, off);
         return !found.reached && found.passes < target.mostPasses && !atAnEnd(gainDb, off);
     }
 
     double nextGain() const {
-        if (!above.known) return limited(below.gainDb - kReach * below.weight);
-        if (!below.known) return limited(above.gainDb - kReach * above.weight);
+        if (!above.known || !below.known) return limited(gain - kReach * missedBy / slope);
         const double share = below.weight / (below.weight - above.weight);
         return below.gainDb + share * (above.gainDb - below.gainDb);
     }
@@ -60,6 +63,12 @@ private:
         side = {gainDb, off, true};
         last = &side;
     }
+    void follow(double gainDb, double off) {
+        if (found.passes > 1 && gainDb != gain)
+            slope = std::max((off - missedBy) / (gainDb - gain), kLeastSlope);
+        gain = gainDb;
+        missedBy = off;
+    }
     bool atAnEnd(double gainDb, double off) const {
         return off > 0.0 ? gainDb <= target.lowestGainDb : gainDb >= target.highestGainDb;
     }
@@ -69,6 +78,9 @@ private:
     Side below;
     Side above;
     const Side* last = nullptr;
+    double gain = 0.0;  ///< of the last pass
+    double missedBy = 0.0;
+    double slope = kUsualSlope;  ///< LU per dB
     double nearest = std::numeric_limits<double>::infinity();
 };
 

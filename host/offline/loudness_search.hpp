@@ -22,11 +22,11 @@ struct LoudnessFound {
     bool reached = false;  ///< within the tolerance
 };
 
-/// Finds the gain at which `loudnessOf` gives the target. The loudness grows with the gain, at most dB for
-/// dB: so every step goes on by half as much again as is missing, and once the target lies between two
-/// passes, false position with the Illinois rule closes in. Each call of `loudnessOf` is one pass; nothing
-/// stands for what lies below the gate. Where even an end of the range does not reach the target, that end is
-/// the result.
+/// Finds the gain at which `loudnessOf` gives the target. The loudness grows with the gain, and the
+/// less the more is limited: steps follow the slope between the last two passes, and once the target lies
+/// between two passes, false position with the Illinois rule closes in. Each call of `loudnessOf` is one
+/// pass; nothing stands for what lies below the gate. Where even an end of the range does not reach the
+/// target, that end is the result.
 LoudnessFound findLoudness(const LoudnessTarget& target,
                            const std::function<std::optional<double>(double gainDb)>& loudnessOf);
 

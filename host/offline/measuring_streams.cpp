@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 namespace vanta {
 
@@ -22,39 +21,14 @@ const Programme& MeasuringReader::finish() {
     return meter.programme();
 }
 
-StreamJudge::StreamJudge(int channels) {
-    for (int i = 0; i < channels; ++i) judges.push_back(std::make_unique<TruePeakJudge>());
-}
-
-void StreamJudge::process(std::span<const float* const> channels, std::size_t frames) {
-    finite.resize(frames);
-    for (std::size_t c = 0; c < channels.size(); ++c) {
-        std::transform(channels[c], channels[c] + frames, finite.begin(),
-                       [](float sample) { return std::isfinite(sample) ? sample : 0.0f; });
-        judges[c]->process(finite.data(), frames);
-    }
-}
-
-double StreamJudge::finish() {
-    double peak = 0.0;
-    for (const auto& judge : judges) {
-        judge->finish();
-        peak = std::max(peak, judge->peak());
-    }
-    return peak;
-}
-
-MeasuringWriter::MeasuringWriter(ChannelLayout layout, double sampleRate)
-    : meter(layout, sampleRate), judge(vanta::channelCount(layout)) {}
+MeasuringWriter::MeasuringWriter(ChannelLayout layout, double sampleRate) : meter(layout, sampleRate) {}
 
 void MeasuringWriter::write(std::span<const float* const> channels, std::size_t frames) {
     meter.process(channels, frames);
-    judge.process(channels, frames);
 }
 
 void MeasuringWriter::finish() {
     meter.finish();
-    peak = judge.finish();
 }
 
 }  // namespace vanta

@@ -49,8 +49,8 @@ double OfflineHost::reducedShare() const {
     return sum / static_cast<double>(meters.size());
 }
 
-void OfflineHost::endReductionAfter(std::int64_t samples) {
-    for (const auto& meter : meters) meter->endAfter(samples);
+void OfflineHost::endReductionAfter(std::int64_t count) {
+    for (const auto& meter : meters) meter->endAfter(count);
 }
 
 }  // namespace vanta

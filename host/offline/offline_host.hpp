@@ -35,8 +35,8 @@ public:
     double meanReductionDb() const;
     /// Share of the time in which a channel is turned down noticeably, on average of all channels, 0 to 1.
     double reducedShare() const;
-    /// No more than `samples` of output count.
-    void endReductionAfter(std::int64_t samples);
+    /// No more than `count` samples of output count.
+    void endReductionAfter(std::int64_t count);
 
 private:
     VantaProcessor processor;

@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 
 #include "app/failure.hpp"
 #include "app/help_format.hpp"
@@ -18,6 +19,7 @@
 #include "app/preset_command.hpp"
 #include "app/preset_library.hpp"
 #include "app/render_command.hpp"
+#include "app/state_command.hpp"
 #include "app/suggestion.hpp"
 #include "plugin/parameters/number_text.hpp"
 
@@ -64,6 +66,12 @@ constexpr const char* kPresetSaveText = R"(Saves settings as a preset.
 
 A bare name goes into your preset folder, where 'vanta presets' and the plug-ins find it.)";
 
+constexpr const char* kStateSaveText =
+    R"(Stores the whole state of an instance, as a host keeps it with a session.
+
+That is all settings, the name of the preset and both compare slots. With --state FILE it starts from a
+state that there is and keeps of it what the other options do not change.)";
+
 /// Takes numbers within a range, limits included.
 CLI::Validator within(double low, double high) {
     const auto check = [=](const std::string& text) -> std::string {
@@ -106,6 +114,13 @@ void addSettings(CLI::App& render, RenderCommand& command) {
             ->type_name(option.isSwitch() ? "[on|off]" : std::string(option.value))
             ->group(std::string(option.group));
     }
+    render
+        .add_option(
+            "--state", command.state,
+            "start from the state of an instance, as 'vanta state' and hosts store it; presets and other "
+            "options change it")
+        ->type_name("FILE")
+        ->group("Sound");
     render.add_option("--preset", command.preset, "start from a preset; other options change it")
         ->type_name("NAME|FILE")
         ->group("Sound");
@@ -224,6 +239,33 @@ struct PresetCommands {
     PresetCommand command;
 };
 
+/// The commands that store and show the state of an instance.
+struct StateCommands {
+    void addTo(CLI::App& app) {
+        group = app.add_subcommand("state", "Stores and shows the whole state of an instance.");
+        group->require_subcommand(1);
+        save = group->add_subcommand("save", kStateSaveText);
+        show = group->add_subcommand("show", "Prints a state: its preset, and all settings in both A and B.");
+        for (CLI::App* each : {save, show}) {
+            each->add_option("file", command.file, "the state's file")->required()->type_name("FILE");
+        }
+        addSettings(*save, command.settings);
+        save->add_flag("--force", command.replace, "replace a state that exists")->group(kFile);
+    }
+    std::vector<CLI::App*> all() const { return {group, save, show}; }
+
+    std::optional<int> run() const {
+        if (*save) return runStateSave(command);
+        if (*show) return runStateShow(command);
+        return {};
+    }
+
+    CLI::App* group = nullptr;
+    CLI::App* save = nullptr;
+    CLI::App* show = nullptr;
+    StateCommand command;
+};
+
 /// The program's commands, and what is to be done after parsing.
 struct Commands {
     Commands() {
@@ -246,8 +288,10 @@ struct Commands {
         formats = app.add_subcommand("formats", "Lists the file types that can be written.");
         layouts = app.add_subcommand("layouts", "Lists the channel layouts.");
         presets.addTo(app);
+        states.addTo(app);
         std::vector<CLI::App*> parts{&app, render, measure, styles, params, formats, layouts};
         for (CLI::App* part : presets.all()) parts.push_back(part);
+        for (CLI::App* part : states.all()) parts.push_back(part);
         for (CLI::App* part : parts) {
             part->formatter(format);
             part->set_help_flag("--help", "print this text")->group(part == render ? kFile : "Options");
@@ -261,6 +305,7 @@ struct Commands {
         if (*params) fmt::print("{}", parameterList(withHelp));
         if (*formats) fmt::print("{}", formatList());
         if (*layouts) fmt::print("{}", layoutList());
+        if (const auto code = states.run()) return *code;
         return presets.run();
     }
 
@@ -283,6 +328,7 @@ struct Commands {
     RenderCommand command;
     MeasureCommand measureCommand;
     PresetCommands presets;
+    StateCommands states;
     bool withHelp = false;
 };
 
@@ -312,8 +358,8 @@ std::string usageText(const Commands& commands, const CLI::ParseError& error,
 
 int parseAndRun(const std::vector<std::string>& arguments) {
     Commands commands;
-    const std::vector<std::string> names{"render",  "measure", "styles",  "params",
-                                         "formats", "layouts", "presets", "preset"};
+    const std::vector<std::string> names{"render",  "measure", "styles", "params", "formats",
+                                         "layouts", "presets", "preset", "state"};
     if (!arguments.empty() && !arguments[0].starts_with('-') &&
         std::ranges::find(names, arguments[0]) == names.end()) {
         throw UsageError(fmt::format("there is no command '{}'{}; see 'vanta --help'", arguments[0],

@@ -13,6 +13,7 @@
 #include "app/parameter_text.hpp"
 #include "app/preset_library.hpp"
 #include "app/render_report.hpp"
+#include "app/session_file.hpp"
 #include "app/suggestion.hpp"
 #include "app/text_file.hpp"
 #include "foundation/file_replacement.hpp"
@@ -57,7 +58,8 @@ RenderOptions optionsOf(const RenderCommand& command) {
     options.maxTruePeakDb = command.maxTruePeakDb;
     options.measure = !command.quiet || !command.reportFile.empty() || command.loudnessLufs.has_value() ||
                       command.maxTruePeakDb.has_value();
-    if (!command.preset.empty()) options.alsoRead.emplace_back(command.preset);
+    for (const std::string& file : {command.preset, command.state})
+        if (!file.empty()) options.alsoRead.emplace_back(file);
     return options;
 }
 
@@ -118,7 +120,8 @@ void checkReport(const RenderCommand& command, std::span<const Route> routes) {
             throw UsageError("--report: is an output, too");
     }
     if (!command.sideChain.empty()) taken.emplace_back(command.sideChain);
-    if (!command.preset.empty()) taken.emplace_back(command.preset);
+    for (const std::string& file : {command.preset, command.state})
+        if (!file.empty()) taken.emplace_back(file);
     checkOutput(command.reportFile, taken, true);
 }
 
@@ -256,8 +259,9 @@ private:
 
 }  // namespace
 
-// The preset first, then the options, then what is set by name: the more particular has the last word.
+// The more particular has the last word.
 void applySettings(LimiterSettings& settings, const RenderCommand& command) {
+    if (!command.state.empty()) recallState(settings, command.state);
     if (!command.preset.empty()) loadNamedPreset(settings, command.preset);
     if (!command.sideChain.empty()) settings.sideChainTriggering.setMapped(true);
     for (const auto& [option, text] : command.parameters) setByOption(settings, *option, text);

@@ -14,6 +14,7 @@ namespace vanta {
 struct RenderCommand {
     std::vector<std::string> files;  ///< inputs, and last the output unless there is a folder
     std::string outDir;
+    std::string state;
     std::string preset;
     std::vector<std::pair<const ParameterOption*, std::string>> parameters;
     std::vector<std::string> assignments;  ///< "Name=text"
@@ -32,7 +33,8 @@ struct RenderCommand {
     bool quiet = false;
 };
 
-/// Sets what the command's preset and options say. UsageError and Failure for what cannot be set.
+/// Sets what the command's state, preset and options say, in this order. UsageError and Failure for what
+/// cannot be set.
 void applySettings(LimiterSettings& settings, const RenderCommand& command);
 
 /// Renders all files. UsageError before anything is rendered; a file that fails does not keep the next from

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+#include "app/render_command.hpp"
+
+namespace vanta {
+
+/// What the command line of `vanta state` says.
+struct StateCommand {
+    std::string file;
+    RenderCommand settings;  ///< of which only the settings count
+    bool replace = false;
+};
+
+/// Stores the state of an instance with the given settings; what they do not touch stays as in the state that
+/// they start from.
+int runStateSave(const StateCommand& command);
+/// Prints a state: its preset, and every parameter, in both compare slots if they are in use.
+int runStateShow(const StateCommand& command);
+
+}  // namespace vanta

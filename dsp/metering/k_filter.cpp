@@ -7,7 +7,8 @@ namespace vanta {
 
 namespace {
 
-constexpr int kGranularity = 16;
+/// Coefficients change only at a reset. The base class has a constant of the plainer name.
+constexpr int kWeightingGranularity = 16;
 constexpr double kTwoPi = 2.0 * std::numbers::pi;
 
 // Radians per second.
@@ -20,7 +21,7 @@ constexpr double kHighPassGain = 1.0045;
 
 }  // namespace
 
-KFilter::KFilter(wave::Environment& owner) : BiquadFilter(owner, 2, kGranularity) {
+KFilter::KFilter(wave::Environment& owner) : BiquadFilter(owner, 2, kWeightingGranularity) {
     processor.setSectionCount(2);
     design();
 }

@@ -31,7 +31,7 @@ std::uint32_t readWord(std::istream& stream) {
 }
 
 void writeWord(std::ostream& stream, const Word& bytes) {
-    stream.write(bytes.data(), bytes.size());
+    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
 bool isDirectory(const std::filesystem::path& path) {

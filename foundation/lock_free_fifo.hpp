@@ -56,7 +56,7 @@ private:
         std::atomic<std::uint64_t> item{0};
     };
     struct FreeStorage {
-        void operator()(Node* nodes) const { ::operator delete(nodes); }
+        void operator()(Node* storage) const { ::operator delete(storage); }
     };
     static constexpr std::size_t kCacheLine = 64;
 

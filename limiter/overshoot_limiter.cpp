@@ -46,15 +46,15 @@ public:
 protected:
     void produce(wave::BasicBlock<float>* block, int samples, int) override {
         const float* in = limiter_.source->current().data();
-        const float ceiling = limiter_.linearCeiling_;
-        if (kernel::peak(in, static_cast<std::size_t>(samples)) <= ceiling) {
+        const float threshold = limiter_.linearCeiling_;
+        if (kernel::peak(in, static_cast<std::size_t>(samples)) <= threshold) {
             publishSilence();
             return;
         }
         float* out = block->data();
         for (int i = 0; i < samples; ++i) {
-            const float excess = std::max(std::abs(in[i]) - ceiling, 0.0f);
-            out[i] = 1.0f - ceiling / (ceiling + excess) * (1.0f - std::min(excess, kMargin));
+            const float excess = std::max(std::abs(in[i]) - threshold, 0.0f);
+            out[i] = 1.0f - threshold / (threshold + excess) * (1.0f - std::min(excess, kMargin));
         }
     }
 

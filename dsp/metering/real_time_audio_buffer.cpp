@@ -28,9 +28,8 @@ RealTimeAudioBuffer::Measurement::Measurement(RealTimeAudioBuffer& bufferOwner, 
 
 const float* RealTimeAudioBuffer::Measurement::block(int frame, int channel) const {
     if (frame < 0 || frame >= frameCount()) return nullptr;
-    const int held = owner.held[static_cast<std::size_t>(frame)];
-    return owner.frames[static_cast<std::size_t>(held)].get() +
-           (owner.channels * index + channel) * kBlockLength;
+    const auto storage = static_cast<std::size_t>(owner.held[static_cast<std::size_t>(frame)]);
+    return owner.frames[storage].get() + (owner.channels * index + channel) * kBlockLength;
 }
 
 void RealTimeAudioBuffer::Measurement::propertyChanged(AbstractProperty&) {

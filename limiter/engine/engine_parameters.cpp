@@ -60,11 +60,20 @@ void SlotFieldParameter::applyValue(float value) {
     const int index = engineValue(value);
     ModulationMatrix::Controller& controller = matrix.controller();
     switch (field) {
-        case SlotField::Source: controller.setSource(slot, index - 1); break;
-        case SlotField::Target: controller.setTarget(slot, index - 1); break;
-        case SlotField::Bypassed: controller.setBypassed(slot, index != 0); break;
-        case SlotField::Inverted: controller.setInverted(slot, index != 0); break;
-        case SlotField::Level: break;
+        case SlotField::Source:
+            controller.setSource(slot, index - 1);
+            break;
+        case SlotField::Target:
+            controller.setTarget(slot, index - 1);
+            break;
+        case SlotField::Bypassed:
+            controller.setBypassed(slot, index != 0);
+            break;
+        case SlotField::Inverted:
+            controller.setInverted(slot, index != 0);
+            break;
+        case SlotField::Level:
+            break;
     }
 }
 
@@ -94,17 +103,18 @@ void EngineParameterSet::addSlotField(const std::string& name, ModulationMatrix&
 }
 
 DynamicsEngine::Parameters::Parameters(DynamicsEngine& engine) : owner(engine) {
-    const auto table = engine.layout().parameters();
+    const auto entries = engine.layout().parameters();
     const auto makeCount = [&](int position) {
-        auto count = std::make_unique<NumActiveParameter>(engine, table[static_cast<std::size_t>(position)].name);
-        describe(*count, table[static_cast<std::size_t>(position)].description);
+        auto count =
+            std::make_unique<NumActiveParameter>(engine, entries[static_cast<std::size_t>(position)].name);
+        describe(*count, entries[static_cast<std::size_t>(position)].description);
         return count;
     };
     numActiveInputs = makeCount(kNumActiveInputsPosition);
     numActiveMainSources = makeCount(kNumActiveMainSourcesPosition);
     addMainControls(engine.matrix());
     for (int position = kLookAheadStagesPosition; position <= kOutputSmartClippersPosition; ++position) {
-        const EngineParameter& entry = table[static_cast<std::size_t>(position)];
+        const EngineParameter& entry = entries[static_cast<std::size_t>(position)];
         stageCounts.push_back(makeIndexed(engine, entry.name, entry.description));
     }
     const auto addList = [&](ElementKind kind) {
@@ -125,7 +135,8 @@ void DynamicsEngine::Parameters::addMainControls(ModulationMatrix& matrix) {
 }
 
 NumActiveParameter& DynamicsEngine::Parameters::numActive(ElementKind kind) {
-    const std::size_t list = kind == ElementKind::Slot ? lists.size() - 1 : indexOf(kind) - indexOf(kFirstElement);
+    const std::size_t list =
+        kind == ElementKind::Slot ? lists.size() - 1 : indexOf(kind) - indexOf(kFirstElement);
     return lists[list]->numActive;
 }
 

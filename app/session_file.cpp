@@ -49,10 +49,6 @@ int SessionInstance::presetVersion() const {
     return kPresetVersion;
 }
 
-void SessionInstance::parameterHook(int index) {
-    if (index == kAllParameters || index == truePeakLimiting.index()) updateOutputLevelUnit();
-}
-
 void SessionInstance::recall(const fs::path& file) {
     if (!readSessionState(*this, bytesOf(file)))
         throw Failure(fmt::format("{}: is no state of this limiter, or is cut off", file.string()));

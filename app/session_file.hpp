@@ -23,9 +23,6 @@ public:
 
     std::string presetMagic() const override;
     int presetVersion() const override;
-
-protected:
-    void parameterHook(int index) override;
 };
 
 /// Gives the values of the state in `file` to `settings`. Failure as of `SessionInstance::recall`.

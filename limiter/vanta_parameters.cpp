@@ -71,7 +71,6 @@ VantaParameters::VantaParameters(GenericPluginBase& plugin)
     setUpChannelLinks();
     setUpChoices();
     setUpSwitches();
-    updateOutputLevelUnit();
     describePlugin();
 }
 
@@ -79,6 +78,10 @@ void VantaParameters::setUpLevels() {
     gain.setRange(0.0f, 30.0f, 0.0f);
     gain.display.setUnit(DBParameterUnit::db());
     outputLevel.setRange(-30.0f, 0.0f, 0.0f);
+    outputLevel.display.setUnit(DBParameterUnit::outputLevel(true));
+    outputLevel.display.unitChoice = [this]() -> const FloatPluginParameterUnit& {
+        return DBParameterUnit::outputLevel(truePeakLimiting.mapped());
+    };
     loudnessMeterTarget.setRange(-60.0f, 0.0f, -23.0f);
     loudnessMeterTarget.display.formatter = wholeOrTenthsText;
 }
@@ -125,10 +128,6 @@ void VantaParameters::setUpSwitches() {
     setUpChoice(showAdvanced, "Hide,Show", 0);
     setUpChoice(truePeakMetering, "Show Sample Peaks,Show True Peaks", 1);
     setUpChoice(loudnessRecording, "Paused,Recording", 1);
-}
-
-void VantaParameters::updateOutputLevelUnit() {
-    outputLevel.display.setUnit(DBParameterUnit::outputLevel(truePeakLimiting.mapped()));
 }
 
 std::array<AbstractPluginParameter*, 8> VantaParameters::lockedParameters() {

@@ -32,9 +32,6 @@ public:
     /// Enters all parameters in `plugin` and describes there what this plug-in offers.
     explicit VantaParameters(GenericPluginBase& plugin);
 
-    /// Output Level is shown in dBTP while True Peak Limiting is on and in dB otherwise; typed it may be in
-    /// either. To be called when True Peak Limiting has changed.
-    void updateOutputLevelUnit();
     /// What Lock Output keeps as it is when a preset is loaded.
     std::array<AbstractPluginParameter*, 8> lockedParameters();
 
@@ -59,7 +56,8 @@ public:
     PropPluginParameter<bool> unityGain;
     PropPluginParameter<bool> auditionLimiting;
     PropPluginParameter<bool> bypass;
-    FloatPluginParameter outputLevel;  ///< dB
+    /// dB. Shown in dBTP while True Peak Limiting is on; typed it may be in either.
+    FloatPluginParameter outputLevel;
     PropPluginParameter<bool> lockOutput;
     IndexedPluginParameter<GenericPluginBase::MidiState> receiveMidi;
     PropPluginParameter<bool> showAdvanced;

@@ -43,10 +43,9 @@ bool VantaPlugin::loadFile(const std::string& path) {
 }
 
 void VantaPlugin::parameterHook(int index) {
-    const bool all = index == kAllParameters;
-    const bool truePeak = all || index == truePeakLimiting.index();
-    if (truePeak) updateOutputLevelUnit();
-    if (truePeak || index == style.index() || index == oversampling.index()) updateLatency();
+    const bool delaysChange = index == kAllParameters || index == truePeakLimiting.index() ||
+                              index == style.index() || index == oversampling.index();
+    if (delaysChange) updateLatency();
 }
 
 SignalPathDelays VantaPlugin::delays() const {

@@ -22,8 +22,4 @@ void LimiterSettings::applyTo(GenericParameterOwner& target) const {
     }
 }
 
-void LimiterSettings::parameterChanged(int index, float /*value*/, int /*flags*/) {
-    if (index == truePeakLimiting.index()) updateOutputLevelUnit();
-}
-
 }  // namespace vanta

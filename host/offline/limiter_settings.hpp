@@ -18,7 +18,7 @@ public:
 
     void beginChange() override {}
     void endChange() override {}
-    void parameterChanged(int index, float value, int flags) override;
+    void parameterChanged(int /*index*/, float /*value*/, int /*flags*/) override {}
 };
 
 }  // namespace vanta

@@ -8,7 +8,8 @@ namespace vanta {
 std::string FloatDisplay::text(float value) const {
     const float d = shown(value);
     std::string result = formatter ? formatter(d) : formatNumber(format, d);
-    if (!unitText.empty()) result += separator.value() + unitText;
+    const std::string unitNow = currentUnitText();
+    if (!unitNow.empty()) result += separator.value() + unitNow;
     return result;
 }
 

@@ -15,7 +15,7 @@ class FloatPluginParameter;
 /// and the shown value d that a user reads and types:
 ///   e = curveOffset + curve(v) * curveScale
 ///   d = displayCurve(displayScale * e + displayOffset)
-/// Curves and scales are set while the parameter is built and then stay.
+/// Everything here is set while the parameter is built and then stays.
 struct FloatDisplay {
     using Curve = float (*)(float);
 
@@ -31,6 +31,11 @@ struct FloatDisplay {
                             curveScale);
     }
     std::string text(float value) const;
+
+    /// The unit of this moment, null if it is but a text. Any thread.
+    const FloatPluginParameterUnit* currentUnit() const { return unitChoice ? &unitChoice() : unit; }
+    /// What stands behind a number at this moment. Any thread.
+    std::string currentUnitText() const { return unitChoice ? unitChoice().text() : unitText; }
 
     /// Takes up the unit and lets it adjust this display, its `format` included.
     void setUnit(const FloatPluginParameterUnit& newUnit);
@@ -58,6 +63,9 @@ struct FloatDisplay {
     FloatPluginParameter* parameter;
     float curveScale = 1.0f;
     const FloatPluginParameterUnit* unit = nullptr;
+    /// Takes the place of `unit` and `unitText` where the unit goes by another parameter: asked for each text
+    /// that is made or read, as one thread may read a text while another sets that parameter.
+    std::function<const FloatPluginParameterUnit&()> unitChoice;
 };
 
 }  // namespace vanta

@@ -42,7 +42,8 @@ void FloatPluginParameter::setValue(float value, int flags) {
 
 std::optional<FloatPluginParameter::Reading> FloatPluginParameter::readSpecial(std::string_view text) const {
     float shown = 0.0f;
-    if (!display.unit || !display.unit->parseSpecial(std::string(text), &shown)) return {};
+    const FloatPluginParameterUnit* unit = display.currentUnit();
+    if (!unit || !unit->parseSpecial(std::string(text), &shown)) return {};
     return Reading{shown, false};
 }
 
@@ -61,10 +62,11 @@ std::optional<FloatPluginParameter::Reading> FloatPluginParameter::read(const st
 
     double shown = number->value;
     if (!word.empty()) {
-        if (!display.unit) {
+        const FloatPluginParameterUnit* unit = display.currentUnit();
+        if (!unit) {
             if (!equalsIgnoringCase(word, display.unitText)) return {};
         } else {
-            const auto* token = display.unit->find(word);
+            const auto* token = unit->find(word);
             if (!token) return {};
             shown *= token->factor;
             if (token->convert) return Reading{token->convert(static_cast<float>(shown)), false};

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/plugin/recording_owner.hpp"
@@ -283,7 +285,6 @@ TEST(OutputLevel, IsNamedByTruePeakLimitingAndTypedInEither) {
     auto& level = table.parameters.outputLevel;
     for (const bool truePeak : {false, true}) {
         table.parameters.truePeakLimiting.setMapped(truePeak);
-        table.parameters.updateOutputLevelUnit();
         EXPECT_EQ(level.text(-1.0f), truePeak ? "-1.00 dBTP" : "-1.00 dB");
         const std::vector<std::pair<std::string, float>> texts{
             {"-1 dB", -1.0f}, {"-1dBTP", -1.0f}, {"1", -1.0f},   {"0.5x", -6.0206f},
@@ -294,6 +295,27 @@ TEST(OutputLevel, IsNamedByTruePeakLimitingAndTypedInEither) {
             EXPECT_NEAR(out, expected, 1e-4f) << text;
         }
     }
+}
+
+TEST(OutputLevel, IsNamedAndTypedWhileAnotherThreadSwitchesTruePeakLimiting) {
+    Table table;
+    auto& level = table.parameters.outputLevel;
+    std::atomic<bool> done = false;
+    std::thread other([&] {
+        for (int i = 0; i < 20000; ++i) table.parameters.truePeakLimiting.setMapped(i % 2 == 0);
+        done = true;
+    });
+    std::set<std::string> seen;
+    int refused = 0;
+    float typed = 0.0f;
+    while (!done) {
+        seen.insert(level.text(-1.0f));
+        refused += !level.parseText("-2 dBTP", &typed);
+    }
+    other.join();
+    seen.insert(level.text(-1.0f));
+    EXPECT_EQ(refused, 0);
+    for (const std::string& text : seen) EXPECT_TRUE(text == "-1.00 dB" || text == "-1.00 dBTP") << text;
 }
 
 TEST(VantaParameters, SwitchesDriveSelectorsAndCells) {

@@ -14,9 +14,11 @@
 
 #include "limiter/factory/factory_archive.hpp"
 #include "limiter/preset_maps.hpp"
+#include "limiter/vanta_plugin.hpp"
 #include "limiter/vanta_preset.hpp"
 #include "plugin/generic_plugin_base.hpp"
 #include "plugin/midi/controller_mapping.hpp"
+#include "plugin/model/session_state.hpp"
 #include "plugin/presets/preset_map.hpp"
 #include "plugin/presets/setup_archive.hpp"
 #include "plugin/settings/settings_file.hpp"
@@ -55,14 +57,18 @@ const std::filesystem::path& scratch() {
     return folder.path;
 }
 
-void runPreset(std::string_view bytes) {
-    Table table;
-    loadPreset(table, bytesOf(bytes), LockOutputRule::Honour);
+void requireInRange(const GenericPluginBase& table) {
     for (int i = 0; i < table.parameterCount(); ++i) {
         const AbstractPluginParameter& parameter = *table.parameterAt(i);
         const float value = parameter.value();
         require(value >= parameter.minimum() && value <= parameter.maximum(), "a value leaves its range");
     }
+}
+
+void runPreset(std::string_view bytes) {
+    Table table;
+    loadPreset(table, bytesOf(bytes), LockOutputRule::Honour);
+    requireInRange(table);
 }
 
 void runPresetMap(std::string_view bytes) {
@@ -83,6 +89,36 @@ void runControllerMap(std::string_view bytes) {
         require(target >= -1 && target < kParameters, "a target that does not exist");
         require(target == -1 || map.controllerOf(target) == i, "a target with two controllers");
     }
+}
+
+/// An instance of a user whose home is the scratch folder. One is enough: a state that was refused has to
+/// leave it alone, and one that was taken replaces all that the last one set.
+VantaPlugin& instance() {
+    struct Home {
+        Home() {
+            ::setenv("HOME", scratch().c_str(), 1);
+            for (const char* name :
+                 {"XDG_CONFIG_HOME", "XDG_CONFIG_DIRS", "XDG_DATA_HOME", "XDG_DOCUMENTS_DIR"}) {
+                ::setenv(name, (scratch() / name).c_str(), 1);
+            }
+        }
+    };
+    static const Home home;
+    static VantaPlugin plugin(kStereoLayout);
+    return plugin;
+}
+
+void runSession(std::string_view bytes) {
+    VantaPlugin& plugin = instance();
+    const std::vector<std::byte> before = writeSessionState(plugin);
+    const bool taken = readSessionState(plugin, bytesOf(bytes));
+    requireInRange(plugin);
+    const std::vector<std::byte> after = writeSessionState(plugin);
+    require(taken || after == before, "a refused state leaves its mark");
+    require(readSessionState(plugin, after), "a stored state that can't be read");
+    require(writeSessionState(plugin) == after, "a state that is stored otherwise than it was read");
+    plugin.toggleCompare();
+    requireInRange(plugin);
 }
 
 void runSettings(std::string_view bytes) {
@@ -131,6 +167,13 @@ std::string controllerMapSample() {
     return stream.str();
 }
 
+std::string sessionSample() {
+    VantaPlugin& plugin = instance();
+    plugin.toggleCompare();
+    plugin.gain.setValue(6.5f, 0);
+    return asText(writeSessionState(plugin));
+}
+
 std::string settingsSample() {
     return "# c\n[Integers]\nA=1\nB=-5\n\n[Texts]\nT=a\\nb\n\n[Raw Texts]\nR=ff00\n\n[Bytes]\nX=0102ff\n";
 }
@@ -144,6 +187,7 @@ constexpr Target kTargets[] = {
     {"preset", runPreset, presetSample},
     {"preset_map", runPresetMap, presetMapSample},
     {"controller_map", runControllerMap, controllerMapSample},
+    {"session", runSession, sessionSample},
     {"settings", runSettings, settingsSample},
     {"archive", runArchive, archiveSample},
 };

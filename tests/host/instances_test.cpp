@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <map>
 #include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -18,12 +21,25 @@ protected:
 };
 
 TEST_F(Instances, TwoHundredInTurnLeaveNothingBehind) {
+    const auto filesOfTheUser = [&] {
+        std::map<std::string, std::filesystem::file_time_type> files;
+        for (const auto& file : std::filesystem::recursive_directory_iterator(home.folder.path())) {
+            files.emplace(file.path(), file.last_write_time());
+        }
+        return files;
+    };
+    { const OfflinePluginHost first; }
+    const auto files = filesOfTheUser();
     for (int i = 0; i < 200; ++i) {
-        const VantaPlugin plugin(i % kChannelLayoutCount);
+        OfflinePluginHost host(i % kChannelLayoutCount);
         ASSERT_EQ(GenericPlugin::instanceCount(), 1);
-        ASSERT_EQ(plugin.statics().controllers.controllerOf(0), -1);
+        PluginStatics& statics = host.model().statics();
+        ASSERT_EQ(statics.controllers.controllerOf(0), -1);
+        ASSERT_EQ(statics.presets.mainCount(), 58);
+        ASSERT_EQ(host.model().presetState().name(), "Default Setting");
     }
     EXPECT_EQ(GenericPlugin::instanceCount(), 0);
+    EXPECT_EQ(filesOfTheUser(), files) << "who only looks leaves no trace";
 }
 
 TEST_F(Instances, TwentyAtOnceShareOneSetOfStatics) {

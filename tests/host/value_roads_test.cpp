@@ -36,17 +36,6 @@ public:
     std::vector<float> samples;
 };
 
-/// Counts what a processor's parameter really drives.
-class Applied final : public ValueAssignableAdapter<float> {
-public:
-    void assign(float value, void*) override {
-        last = value;
-        ++count;
-    }
-    float last = 0.0f;
-    int count = 0;
-};
-
 /// Ends, default and odd places between; stepped parameters have all their indexes.
 std::vector<float> placesOf(const AbstractPluginParameter& parameter) {
     std::vector<float> places{parameter.minimum(), parameter.maximum(), parameter.defaultValue()};
@@ -94,6 +83,40 @@ TEST_P(ValueRoads, FromTheInterfaceToTheAudio) {
         }
     }
     EXPECT_EQ(other.host.model().parameterValues(), untouched);
+}
+
+TEST_P(ValueRoads, FromTheInterfaceWhileAudioRunsInTwoInstances) {
+    constexpr int kAutomated = 5;
+    Session session(GetParam());
+    Session other(GetParam());
+    auto untouched = other.host.model().parameterValues();
+    std::atomic<bool> stop{false};
+    std::thread audio([&] {
+        for (int block = 0; !stop.load(); ++block) {
+            other.host.automate(kAutomated, static_cast<double>(block % 1000) * 0.001);
+            session.process();
+            other.process();
+        }
+    });
+    for (int i = 0; i < session.count(); ++i) {
+        for (const float value : placesOf(session.model(i))) {
+            session.model(i).setValue(value, 0);
+            const float stored = session.model(i).value();
+            EXPECT_NEAR(stored, value, 1.2e-7f);
+            session.host.idle();
+            other.host.idle();
+            expectAgreement(session, i, stored);
+        }
+    }
+    stop = true;
+    audio.join();
+    other.host.idle();
+    other.host.idle();
+    untouched[kAutomated] = other.audio(kAutomated).value();
+    for (int i = 0; i < other.count(); ++i) {
+        EXPECT_EQ(bits(other.model(i).value()), bits(untouched[static_cast<std::size_t>(i)])) << i;
+        EXPECT_EQ(bits(other.audio(i).value()), bits(untouched[static_cast<std::size_t>(i)])) << i;
+    }
 }
 
 TEST_P(ValueRoads, FromAHostsAutomation) {

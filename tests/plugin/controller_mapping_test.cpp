@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <sstream>
 #include <string>
@@ -131,6 +134,29 @@ TEST(ControllerMapping, TheFileIsWrittenOnlyForAChange) {
     EXPECT_TRUE(map.load(path));
     EXPECT_EQ(map.controllerOf(0), -1);
     EXPECT_FALSE(map.load(folder.file("missing")));
+}
+
+TEST(ControllerMapping, AProcessThatIsKilledWhileItSavesLeavesTheOldFileOrTheNew) {
+    const ScratchFolder folder;
+    const auto path = folder.file("MidiControllerMap.qmm");
+    const auto save = [&](int controller) {
+        ControllerMapping map(31);
+        map.assign(controller, 0);
+        return map.save(path);
+    };
+    ASSERT_TRUE(save(1));
+    for (int round = 0; round < 15; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            for (int i = 0;; ++i) save(i % 2);
+        }
+        ::usleep(static_cast<useconds_t>(500 + 900 * round));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        ControllerMapping map(31);
+        ASSERT_TRUE(map.load(path));
+        ASSERT_TRUE(map.controllerOf(0) == 0 || map.controllerOf(0) == 1);
+    }
 }
 
 TEST(ControllerLearner, AssignsOnlyWhileATargetIsChosen) {

@@ -18,10 +18,14 @@ const vanta::fuzz::Target& target() {
 
 }  // namespace
 
-/// A corpus folder that is named by VANTA_FUZZ_SAMPLES gets a sound file to start from.
+/// A corpus folder that is named by VANTA_FUZZ_SAMPLES gets sound files to start from.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     if (const char* folder = std::getenv("VANTA_FUZZ_SAMPLES")) {
-        std::ofstream(std::filesystem::path(folder) / "sample", std::ios::binary) << target().sample();
+        int number = 0;
+        for (const std::string& sample : target().samples()) {
+            const std::string name = "sample-" + std::to_string(number++);
+            std::ofstream(std::filesystem::path(folder) / name, std::ios::binary) << sample;
+        }
     }
     return 0;
 }

@@ -148,48 +148,57 @@ std::string asText(std::span<const std::byte> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-std::string presetSample() {
-    return asText(readFolder(factoryArchive(), "FactoryPresets").front().bytes);
+std::vector<std::string> presetSamples() {
+    const auto older = [](const std::string& tag, int version, int values) {
+        std::ostringstream stream;
+        BinaryDataWriter writer(stream);
+        writer.writeHeader(tag, version);
+        writer.writeInt(values);
+        for (int i = 0; i < values; ++i) writer.writeFloat(0.5f);
+        return stream.str();
+    };
+    return {asText(readFolder(factoryArchive(), "FactoryPresets").front().bytes),
+            older(std::string(kPresetTag), 1, 28), older("Vntr", 3, 19)};
 }
 
-std::string presetMapSample() {
+std::vector<std::string> presetMapSamples() {
     registerPresetMaps();
     BinaryResourceReader reader(presetMapName(std::string(kPresetTag), 1));
-    return {std::istreambuf_iterator<char>(reader.stream()), {}};
+    return {std::string(std::istreambuf_iterator<char>(reader.stream()), {})};
 }
 
-std::string controllerMapSample() {
+std::vector<std::string> controllerMapSamples() {
     ControllerMapping map(31);
     for (int i = 0; i < 31; ++i) map.assign(3 * i, i);
     std::ostringstream stream;
     BinaryDataWriter writer(stream);
     map.write(writer);
-    return stream.str();
+    return {stream.str()};
 }
 
-std::string sessionSample() {
+std::vector<std::string> sessionSamples() {
     VantaPlugin& plugin = instance();
     plugin.toggleCompare();
     plugin.gain.setValue(6.5f, 0);
-    return asText(writeSessionState(plugin));
+    return {asText(writeSessionState(plugin))};
 }
 
-std::string settingsSample() {
-    return "# c\n[Integers]\nA=1\nB=-5\n\n[Texts]\nT=a\\nb\n\n[Raw Texts]\nR=ff00\n\n[Bytes]\nX=0102ff\n";
+std::vector<std::string> settingsSamples() {
+    return {"# c\n[Integers]\nA=1\nB=-5\n\n[Texts]\nT=a\\nb\n\n[Raw Texts]\nR=ff00\n\n[Bytes]\nX=0102ff\n"};
 }
 
 /// The factory archive up to its first files, which a fuzzer gets through faster than through all.
-std::string archiveSample() {
-    return asText(factoryArchive()).substr(0, 1200);
+std::vector<std::string> archiveSamples() {
+    return {asText(factoryArchive()).substr(0, 1200)};
 }
 
 constexpr Target kTargets[] = {
-    {"preset", runPreset, presetSample},
-    {"preset_map", runPresetMap, presetMapSample},
-    {"controller_map", runControllerMap, controllerMapSample},
-    {"session", runSession, sessionSample},
-    {"settings", runSettings, settingsSample},
-    {"archive", runArchive, archiveSample},
+    {"preset", runPreset, presetSamples},
+    {"preset_map", runPresetMap, presetMapSamples},
+    {"controller_map", runControllerMap, controllerMapSamples},
+    {"session", runSession, sessionSamples},
+    {"settings", runSettings, settingsSamples},
+    {"archive", runArchive, archiveSamples},
 };
 
 }  // namespace

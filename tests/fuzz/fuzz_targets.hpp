@@ -3,6 +3,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vanta::fuzz {
 
@@ -10,7 +11,8 @@ namespace vanta::fuzz {
 struct Target {
     std::string_view name;
     void (*run)(std::string_view bytes);
-    std::string (*sample)();  ///< a sound file to start from
+    /// Sound files to start from, one of each form that is read.
+    std::vector<std::string> (*samples)();
 };
 
 std::span<const Target> targets();

@@ -5,7 +5,11 @@ set -eu
 folder=$1
 seconds=${2:-60}
 # Each step of some targets saves a file, which on a disk would wait until it has arrived there.
-if [ -w /dev/shm ]; then export TMPDIR=/dev/shm; fi
+if [ -w /dev/shm ]; then TMPDIR=/dev/shm; fi
+# A program that finds something does not clean up behind itself.
+TMPDIR=$(mktemp -d "${TMPDIR:-/tmp}/vanta-fuzz.XXXXXX")
+export TMPDIR
+trap 'rm -rf "$TMPDIR"' EXIT
 for target in preset preset_map controller_map session settings archive; do
     echo "== $target"
     corpus=$folder/corpus/$target

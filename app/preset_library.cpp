@@ -114,8 +114,9 @@ std::vector<std::string> PresetLibrary::names() const {
     return result;
 }
 
-void loadNamedPreset(LimiterSettings& settings, const std::string& nameOrFile) {
+std::string loadNamedPreset(LimiterSettings& settings, const std::string& nameOrFile) {
     fs::path file = nameOrFile;
+    std::string name = file.stem().string();
     std::error_code error;
     if (!fs::exists(file, error)) {
         const PresetLibrary library;
@@ -125,9 +126,10 @@ void loadNamedPreset(LimiterSettings& settings, const std::string& nameOrFile) {
             throw UsageError(fmt::format("there is no preset '{}'{}; 'vanta presets' lists them", nameOrFile,
                                          suggestion(nameOrFile, library.names())));
         }
+        name = preset->name;
         if (preset->file.empty()) {
             loadPreset(settings, preset->record, LockOutputRule::Ignore);
-            return;
+            return name;
         }
         file = preset->file;
     }
@@ -136,6 +138,7 @@ void loadNamedPreset(LimiterSettings& settings, const std::string& nameOrFile) {
     if (!loadPresetFile(settings, file, LockOutputRule::Ignore)) {
         throw Failure(fmt::format("{}: is not a preset of this limiter, or is cut off", file.string()));
     }
+    return name;
 }
 
 }  // namespace vanta

@@ -37,7 +37,7 @@ private:
 };
 
 /// Loads a preset by its name, or a file by its path. UsageError if there is neither, Failure for a file that
-/// is no preset.
-void loadNamedPreset(LimiterSettings& settings, const std::string& nameOrFile);
+/// is no preset. The result is the preset's name as menus show it.
+std::string loadNamedPreset(LimiterSettings& settings, const std::string& nameOrFile);
 
 }  // namespace vanta

@@ -260,15 +260,17 @@ private:
 }  // namespace
 
 // The more particular has the last word.
-void applySettings(LimiterSettings& settings, const RenderCommand& command) {
+std::string applySettings(LimiterSettings& settings, const RenderCommand& command) {
     if (!command.state.empty()) recallState(settings, command.state);
-    if (!command.preset.empty()) loadNamedPreset(settings, command.preset);
+    std::string preset;
+    if (!command.preset.empty()) preset = loadNamedPreset(settings, command.preset);
     if (!command.sideChain.empty()) settings.sideChainTriggering.setMapped(true);
     for (const auto& [option, text] : command.parameters) setByOption(settings, *option, text);
     for (const std::string& assignment : command.assignments) {
         if (&setByAssignment(settings, assignment) == &settings.gain && command.loudnessLufs)
             throw UsageError("--set Gain and --loudness, which finds it, exclude each other");
     }
+    return preset;
 }
 
 int runRender(const RenderCommand& command) {

@@ -34,8 +34,8 @@ struct RenderCommand {
 };
 
 /// Sets what the command's state, preset and options say, in this order. UsageError and Failure for what
-/// cannot be set.
-void applySettings(LimiterSettings& settings, const RenderCommand& command);
+/// cannot be set. The result is the name of the preset, empty without one.
+std::string applySettings(LimiterSettings& settings, const RenderCommand& command);
 
 /// Renders all files. UsageError before anything is rendered; a file that fails does not keep the next from
 /// being tried. The result is an ExitCode.

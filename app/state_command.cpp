@@ -5,36 +5,29 @@
 #include "app/failure.hpp"
 #include "app/output_path.hpp"
 #include "app/session_file.hpp"
+#include "app/state_text.hpp"
 
 namespace vanta {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 bool changesPreset(const RenderCommand& settings) {
-    return !settings.parameters.empty() || !settings.assignments.empty() || !settings.sideChain.empty();
-}
-
-std::string slotName(const CompareStates::Contents& compare, int slot) {
-    return fmt::format("{}{}", slot == 0 ? 'A' : 'B', slot == compare.current ? " (current)" : "");
+    return !settings.parameters.empty() || !settings.assignments.empty();
 }
 
 }  // namespace
 
 int runStateSave(const StateCommand& command) {
-    std::vector<fs::path> read;
+    std::vector<std::filesystem::path> read;
     if (!command.settings.preset.empty()) read.emplace_back(command.settings.preset);
     checkOutput(command.file, read, command.replace);
     LimiterSettings settings;
-    applySettings(settings, command.settings);
+    const std::string preset = applySettings(settings, command.settings);
     SessionInstance instance;
     if (!command.settings.state.empty()) instance.recall(command.settings.state);
     instance.take(settings);
-    if (!command.settings.preset.empty()) {
-        instance.setPresetName(fs::path(command.settings.preset).stem().string());
-        if (changesPreset(command.settings)) instance.markModified();
-    }
+    // Taking the values over has marked whatever preset was there before as modified.
+    if (!preset.empty()) instance.presetState().set({preset, {}, changesPreset(command.settings)});
     instance.store(command.file);
     return kExitDone;
 }
@@ -42,23 +35,7 @@ int runStateSave(const StateCommand& command) {
 int runStateShow(const StateCommand& command) {
     SessionInstance instance;
     instance.recall(command.file);
-    const PresetState::Values preset = instance.presetState().values();
-    const CompareStates::Contents compare = instance.compareStates().contents();
-    fmt::print("{:<36}{}{}\n", "Preset", preset.name.empty() ? "none" : preset.name,
-               preset.modified ? " (modified)" : "");
-    if (compare.initialized)
-        fmt::print("{:<36}{:<20}{}\n", "Compare", slotName(compare, 0), slotName(compare, 1));
-    for (int i = 0; i < instance.parameterCount(); ++i) {
-        const AbstractPluginParameter& parameter = *instance.parameterAt(i);
-        const auto text = [&](const State& slot) {
-            return parameter.text(slot.values[static_cast<std::size_t>(i)]);
-        };
-        if (compare.initialized) {
-            fmt::print("{:<36}{:<20}{}\n", parameter.name(), text(compare.slots[0]), text(compare.slots[1]));
-        } else {
-            fmt::print("{:<36}{}\n", parameter.name(), parameter.text(parameter.value()));
-        }
-    }
+    fmt::print("{}", command.json ? stateJson(instance) : stateText(instance));
     return kExitDone;
 }
 

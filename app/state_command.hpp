@@ -11,12 +11,13 @@ struct StateCommand {
     std::string file;
     RenderCommand settings;  ///< of which only the settings count
     bool replace = false;
+    bool json = false;
 };
 
 /// Stores the state of an instance with the given settings; what they do not touch stays as in the state that
 /// they start from.
 int runStateSave(const StateCommand& command);
-/// Prints a state: its preset, and every parameter, in both compare slots if they are in use.
+/// Prints a state, see `stateText`.
 int runStateShow(const StateCommand& command);
 
 }  // namespace vanta

@@ -3,6 +3,7 @@
 #include <sndfile.h>
 
 #include <bit>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -97,6 +98,59 @@ TEST_F(StateCommands, ARenderFromAStateIsTheRenderOfItsSettings) {
     EXPECT_NE(test::readIntegers(file("louder.wav")), test::readIntegers(file("plain.wav")));
     // A command reads and writes nothing of what belongs to the plug-ins.
     EXPECT_FALSE(std::filesystem::exists(file("documents/Quillmark")));
+}
+
+TEST_F(StateCommands, JsonHasEveryValueOfBothSlotsToItsLastBit) {
+    VantaPlugin plugin(kStereoLayout);
+    setUp(plugin);
+    plugin.setPresetName("Caf\xe9 \"x\"");  // Latin-1, as an old host may have stored it
+    write("session", plugin);
+    const auto json = nlohmann::json::parse(run({"state", "show", "session", "--json"}).out);
+    EXPECT_TRUE(json["preset"]["modified"].get<bool>());
+    EXPECT_EQ(json["compare"]["current"], "B");
+    for (const int slot : {0, 1}) {
+        const State state = plugin.compareStates().contents().slots[static_cast<std::size_t>(slot)];
+        const auto& parameters = json["compare"][slot == 0 ? "A" : "B"]["parameters"];
+        ASSERT_EQ(parameters.size(), 31u);
+        for (int i = 0; i < plugin.parameterCount(); ++i) {
+            EXPECT_EQ(
+                std::bit_cast<std::uint32_t>(parameters[plugin.parameterAt(i)->name()]["value"].get<float>()),
+                std::bit_cast<std::uint32_t>(state.values[static_cast<std::size_t>(i)]));
+        }
+    }
+    EXPECT_EQ(json["parameters"], json["compare"]["B"]["parameters"]);
+}
+
+TEST_F(StateCommands, EachSlotIsShownInItsOwnWordsAndUnderItsOwnPreset) {
+    VantaPlugin plugin(kStereoLayout);
+    plugin.interfaceOpened();
+    plugin.outputLevel.setValue(-3.0f, 0);
+    plugin.setPresetName("A name that is longer than the columns of a table use to be wide");
+    plugin.toggleCompare();
+    plugin.truePeakLimiting.setMapped(false);
+    plugin.outputLevel.setValue(-2.0f, 0);
+    write("session", plugin);
+    const std::string shown = run({"state", "show", "session"}).out;
+    EXPECT_THAT(shown, testing::ContainsRegex("Output Level +-3.00 dBTP +-2.00 dB\n"));
+    EXPECT_THAT(shown, testing::ContainsRegex("Preset +A name that is longer .* \\(modified\\) +none\n"));
+}
+
+TEST_F(StateCommands, APresetIsNamedAsMenusShowIt) {
+    const auto presetOf = [this](const std::vector<std::string>& settings) {
+        std::vector<std::string> save = {"state", "save", "session", "--force"};
+        save.insert(save.end(), settings.begin(), settings.end());
+        EXPECT_EQ(run(save).code, 0);
+        return nlohmann::json::parse(run({"state", "show", "session", "--json"}).out)["preset"].dump();
+    };
+    EXPECT_EQ(presetOf({}), R"({"modified":false,"name":""})");
+    EXPECT_EQ(presetOf({"--preset", "basic/punchy"}), R"({"modified":false,"name":"Punchy"})");
+    EXPECT_EQ(presetOf({"--state", "session"}), R"({"modified":false,"name":"Punchy"})");
+    EXPECT_EQ(presetOf({"--state", "session", "--gain", "3"}), R"({"modified":true,"name":"Punchy"})");
+    ASSERT_EQ(run({"preset", "save", "Mine v1.2", "--gain", "2"}).code, 0);
+    EXPECT_EQ(presetOf({"--state", "session", "--preset", "mine V1.2"}),
+              R"({"modified":false,"name":"Mine v1.2"})");
+    EXPECT_EQ(presetOf({"--preset", file("documents/Quillmark/Vanta 2/Mine v1.2.qmp"), "--set", "Gain=4"}),
+              R"({"modified":true,"name":"Mine v1.2"})");
 }
 
 TEST_F(StateCommands, BadFilesAreNamedAndNothingIsLost) {

@@ -10,6 +10,9 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <span>
+#include <string>
+#include <vector>
 
 #include "app/failure.hpp"
 #include "app/help_format.hpp"
@@ -245,12 +248,14 @@ struct StateCommands {
         group = app.add_subcommand("state", "Stores and shows the whole state of an instance.");
         group->require_subcommand(1);
         save = group->add_subcommand("save", kStateSaveText);
-        show = group->add_subcommand("show", "Prints a state: its preset, and all settings in both A and B.");
+        show = group->add_subcommand("show", "Prints a state: preset and all settings, in A and B.");
         for (CLI::App* each : {save, show}) {
             each->add_option("file", command.file, "the state's file")->required()->type_name("FILE");
         }
         addSettings(*save, command.settings);
         save->add_flag("--force", command.replace, "replace a state that exists")->group(kFile);
+        show->add_flag("--json", command.json, "print a JSON object, with every value to its last bit")
+            ->group("Options");
     }
     std::vector<CLI::App*> all() const { return {group, save, show}; }
 
@@ -333,9 +338,7 @@ struct Commands {
 };
 
 /// An unknown option or command, with the nearest known one.
-std::string usageText(const Commands& commands, const CLI::ParseError& error,
-                      const std::vector<std::string>& arguments) {
-    if (arguments.empty()) return "a command is needed; see 'vanta --help'";
+std::string usageText(const Commands& commands, const CLI::ParseError& error) {
     const std::string text = error.what();
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch)) {
         return text.substr(0, text.find(':')) + " needs one value";
@@ -343,28 +346,45 @@ std::string usageText(const Commands& commands, const CLI::ParseError& error,
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ConversionError)) {
         return text.substr(std::min(text.size(), text.find("--"))) + " is no whole number";
     }
-    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError)) return text;
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ValidationError)) return text;
     const auto extras = commands.app.remaining(true);
     if (extras.empty()) return text;
     const std::string& extra = extras.front();
     if (!extra.starts_with('-')) return fmt::format("'{}' was not expected", extra);
-    const CLI::App& asked = commands.render->parsed()    ? *commands.render
-                            : commands.measure->parsed() ? *commands.measure
-                                                         : commands.app;
+    const CLI::App* asked = &commands.app;
+    while (!asked->get_subcommands().empty()) asked = asked->get_subcommands().front();
     const std::string flag = extra.substr(0, extra.find('='));
-    const auto known = commands.names(asked);
+    const auto known = commands.names(*asked);
     return fmt::format("there is no option {}{}", flag, suggestion(flag, known));
+}
+
+/// UsageError unless the arguments begin with a command and, where that has commands of its own, with one of
+/// these.
+void requireCommand(const CLI::App& app, std::span<const std::string> arguments) {
+    const CLI::App* group = &app;
+    std::string path = app.get_name();
+    while (true) {
+        const auto commands = group->get_subcommands([](const CLI::App*) { return true; });
+        if (commands.empty()) return;
+        if (arguments.empty()) throw UsageError(fmt::format("a command is needed; see '{} --help'", path));
+        const std::string& name = arguments.front();
+        if (name.starts_with('-')) return;
+        const auto found = std::ranges::find(commands, name, &CLI::App::get_name);
+        if (found == commands.end()) {
+            std::vector<std::string> names;
+            for (const CLI::App* command : commands) names.push_back(command->get_name());
+            throw UsageError(fmt::format("there is no command '{}'{}; see '{} --help'", name,
+                                         suggestion(name, names), path));
+        }
+        group = *found;
+        path += " " + name;
+        arguments = arguments.subspan(1);
+    }
 }
 
 int parseAndRun(const std::vector<std::string>& arguments) {
     Commands commands;
-    const std::vector<std::string> names{"render",  "measure", "styles", "params", "formats",
-                                         "layouts", "presets", "preset", "state"};
-    if (!arguments.empty() && !arguments[0].starts_with('-') &&
-        std::ranges::find(names, arguments[0]) == names.end()) {
-        throw UsageError(fmt::format("there is no command '{}'{}; see 'vanta --help'", arguments[0],
-                                     suggestion(arguments[0], names)));
-    }
+    requireCommand(commands.app, arguments);
     auto reversed = joinValues(arguments);
     std::ranges::reverse(reversed);
     try {
@@ -372,7 +392,7 @@ int parseAndRun(const std::vector<std::string>& arguments) {
     } catch (const CLI::Success& wish) {
         return commands.app.exit(wish);
     } catch (const CLI::ParseError& error) {
-        throw UsageError(usageText(commands, error, arguments));
+        throw UsageError(usageText(commands, error));
     }
     return commands.run();
 }

@@ -54,6 +54,9 @@ TEST_F(CommandErrors, EachIsOneLineAndAnExitCodeAndLeavesNoFile) {
     const std::vector<ErrorCase> cases{
         {{}, 2, "command is needed"},
         {{"rendr"}, 2, "did you mean render"},
+        {{"state"}, 2, "see 'vanta state --help'"},
+        {{"state", "shwo", "in.wav"}, 2, "did you mean show"},
+        {{"state", "save", "--gian", "3"}, 2, "did you mean --gain"},
         {{"render"}, 2, "input and an output"},
         {{"render", "in.wav"}, 2, "input and an output"},
         {{"render", "in.wav", "other.wav", "out.wav"}, 2, "--out-dir"},

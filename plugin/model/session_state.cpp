@@ -1,5 +1,6 @@
 #include "plugin/model/session_state.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -104,7 +105,10 @@ State slotFrom(const Record& record, const GenericPlugin& plugin, int slot) {
     state.compareIndex = slot;
     state.values = plugin.parameterValues();
     for (std::size_t i = 0; i < record.values.size(); ++i) {
-        if (record.values[i]) state.values[i] = *record.values[i];
+        if (!record.values[i]) continue;
+        // Nobody sets a value that lies in a slot, which would bring it into its range.
+        const AbstractPluginParameter& parameter = *plugin.parameterAt(static_cast<int>(i));
+        state.values[i] = std::clamp(*record.values[i], parameter.minimum(), parameter.maximum());
     }
     return state;
 }

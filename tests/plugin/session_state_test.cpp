@@ -106,6 +106,25 @@ TEST(SessionState, BringsValuesIntoRangeAndNumbersThatAreNoneToTheirDefault) {
     EXPECT_EQ(plugin.parameterValues(), (std::vector<float>{1.0f, -1.0f, 5.0f, 0.0f}));
 }
 
+TEST(SessionState, BringsValuesOfASlotThatIsNotInUseIntoRange) {
+    const auto record = [](float level, float balance, int mode, int view) {
+        const std::string state = stateOf(level, balance, mode, view, "");
+        return state.substr(8, state.size() - 8 - 3 * 4);
+    };
+    std::string state = stateOf(5.0f, 0.5f, 1, 2, "");
+    state.replace(state.size() - 4, 4, std::string("\1\0\0\0", 4));  // the slots are filled
+    state += record(5.0f, 0.5f, 1, 2) + record(1e30f, -1e30f, 0x7fffffff, -0x7fffffff);
+    TestPlugin plugin;
+    ASSERT_TRUE(readSessionState(plugin, asBytes(state)));
+    EXPECT_EQ(plugin.compareStates().state(1).values, (std::vector<float>{10.0f, -1.0f, 5.0f, 0.0f}));
+    const auto stored = writeSessionState(plugin);
+    plugin.toggleCompare();
+    EXPECT_EQ(plugin.parameterValues(), (std::vector<float>{10.0f, -1.0f, 5.0f, 0.0f}));
+    TestPlugin again;
+    ASSERT_TRUE(readSessionState(again, stored));
+    EXPECT_EQ(writeSessionState(again), stored);
+}
+
 TEST(SessionState, ChangesNothingUnlessItIsWhole) {
     TestPlugin source;
     source.interfaceOpened();

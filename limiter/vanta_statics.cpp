@@ -4,21 +4,13 @@
 
 #include "limiter/vanta_product.hpp"
 #include "plugin/presets/factory_presets.hpp"
-#include "plugin/settings/registry_serializer.hpp"
+#include "plugin/settings/product_settings.hpp"
 
 namespace vanta {
 namespace {
 
 constexpr const char* kInterfaceDefaultsFile = "InterfaceDefaults.qmd";
 constexpr const char* kControllerMapFile = "MidiControllerMap.qmm";
-
-/// The folder that the user has chosen, as long as it is there, else `usual`.
-std::string presetFolder(const std::string& key, const std::string& usual) {
-    RegistryReader reader(key);
-    const std::string chosen = reader.text("PresetFolder", {}, usual);
-    std::error_code error;
-    return chosen == usual || std::filesystem::is_directory(chosen, error) ? chosen : usual;
-}
 
 }  // namespace
 
@@ -29,9 +21,12 @@ VantaStatics::VantaStatics(int parameterCount) : PluginStatics(vantaProduct(), p
     settings.load();
     settings.loaded = true;
     graphics_ = readProcessGraphics(settings);
-    helpFile_ = RegistryReader(product.key(), SettingsHive::Machine).text("HelpFileName", {}, {});
-    noteVersion();
-    readPresets();
+    helpFile_ = helpFileName(product);
+    const bool newVersion = isNewVersion(product);
+    if (newVersion) settings.showWelcomeHint = true;
+    readPresets(newVersion);
+    // Last, so that a start that was cut short is made up for.
+    if (newVersion) storeVersion(product);
     controllers.load(controllerMap);
     controllers.changed.addHandler(this, &VantaStatics::onControllersChanged);
 }
@@ -41,22 +36,14 @@ VantaStatics::~VantaStatics() {
     if (controllersChanged) controllers.save(controllerMap);
 }
 
-void VantaStatics::noteVersion() {
-    const std::string last = RegistryReader(product.key()).text("CurrentVersion", {}, {});
-    newVersion = last != product.version;
-    if (!newVersion) return;
-    settings.showWelcomeHint = true;
-    RegistryWriter(product.key()).text("CurrentVersion", product.version, {});
-}
-
-void VantaStatics::readPresets() {
-    presets.rescan(presetFolder(product.key(), product.defaultPresetFolder().string()));
+void VantaStatics::readPresets(bool newVersion) {
+    presets.rescan(presetFolder(product).string());
     if (newVersion || presets.isEmpty()) {
         restoreFactoryPresets(presets, product.applicationDataFolder(), false);
     }
-    const std::string older =
-        RegistryReader(product.key(product.firstMajorVersion)).text("PresetFolder", {}, {});
-    if (!older.empty()) presets.addFolder(older, "V1 Preset Folder");
+    if (const auto older = firstVersionPresetFolder(product)) {
+        presets.addFolder(older->string(), "V1 Preset Folder");
+    }
 }
 
 std::unique_ptr<PluginSettings> VantaStatics::createSettings(const InterfaceSizes& sizes) {

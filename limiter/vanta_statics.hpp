@@ -24,13 +24,11 @@ public:
     const std::string& helpFile() const { return helpFile_; }
 
 private:
-    void readPresets();
-    void noteVersion();
+    void readPresets(bool newVersion);
     void onControllersChanged(void*) { controllersChanged = true; }
 
     ProcessGraphics graphics_{};
     std::string helpFile_;
-    bool newVersion = false;
     bool controllersChanged = false;
 };
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <string>
@@ -10,6 +11,7 @@
 #include "host/offline/offline_plugin_host.hpp"
 #include "host/unified/event_pump.hpp"
 #include "limiter/vanta_plugin.hpp"
+#include "tests/plugin/preset_bytes.hpp"
 #include "tests/plugin/user_home.hpp"
 
 namespace vanta {
@@ -90,6 +92,43 @@ TEST_F(Instances, TheFirstRestoresThePresetsButNotWhatAUserTookAway) {
     OfflinePluginHost again;
     EXPECT_FALSE(std::filesystem::exists(preset));
     EXPECT_FALSE(again.model().statics().settings.showWelcomeHint);
+}
+
+TEST_F(Instances, PresetsOfTheFirstGenerationFollowTheirOwn) {
+    std::filesystem::create_directories(home.folder.file("old"));
+    std::vector<float> values(19, 0.0f);
+    values[0] = 6.0f;
+    values[5] = 0.8f;  // a channel link, which had twice the range
+    home.write("old/From Long Ago.qmp", test::presetBytes("Vntr", 3, values));
+    home.write("old/Default Setting.qmp", test::presetBytes("Vntr", 3, values));
+    home.write("config/Quillmark/Vanta/1.0.conf",
+               "[Texts]\nPresetFolder=" + home.folder.file("old").string() + "\n");
+    OfflinePluginHost host;
+    auto& table = dynamic_cast<VantaPlugin&>(host.model());
+    EXPECT_EQ(table.gain.value(), 0.0f) << "the default is not theirs";
+    EXPECT_FALSE(table.statics().findPreset("From Long Ago", true));
+    const auto entry = table.statics().findPreset("From Long Ago", false);
+    ASSERT_TRUE(entry);
+    EXPECT_EQ(entry->label, "(0/59) From Long Ago");
+    table.lockOutput.setMapped(false);
+    ASSERT_TRUE(table.loadPreset(*entry));
+    EXPECT_EQ(table.gain.value(), 6.0f);
+    EXPECT_EQ(table.channelLinkTransients.value(), 0.4f);
+}
+
+TEST_F(Instances, AStartThatWasCutShortIsMadeUpFor) {
+    { const OfflinePluginHost complete; }
+    const auto preset = home.folder.file("documents/Quillmark/Vanta 2/_Basic/Modern Loud.qmp");
+    ASSERT_TRUE(std::filesystem::remove(preset));
+    const auto settings = home.folder.file("config/Quillmark/Vanta/2.0.conf");
+    std::string content = test::contentOf(settings);
+    const std::size_t version = content.find("CurrentVersion=");
+    ASSERT_NE(version, std::string::npos);
+    content.erase(version, content.find('\n', version) + 1 - version);
+    std::ofstream(settings, std::ios::trunc) << content;
+    const OfflinePluginHost again;
+    EXPECT_TRUE(std::filesystem::exists(preset));
+    EXPECT_NE(test::contentOf(settings).find("CurrentVersion="), std::string::npos);
 }
 
 TEST_F(Instances, AThreadOfTheProcessPumpsWhereNoHostDoes) {

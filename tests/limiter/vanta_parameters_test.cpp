@@ -10,7 +10,9 @@
 #include <thread>
 #include <vector>
 
+#include "limiter/vanta_plugin.hpp"
 #include "tests/plugin/recording_owner.hpp"
+#include "tests/plugin/user_home.hpp"
 
 namespace vanta {
 namespace {
@@ -298,11 +300,12 @@ TEST(OutputLevel, IsNamedByTruePeakLimitingAndTypedInEither) {
 }
 
 TEST(OutputLevel, IsNamedAndTypedWhileAnotherThreadSwitchesTruePeakLimiting) {
-    Table table;
-    auto& level = table.parameters.outputLevel;
+    const test::UserHome home;
+    VantaPlugin plugin(kStereoLayout);
+    const auto& level = plugin.outputLevel;
     std::atomic<bool> done = false;
     std::thread other([&] {
-        for (int i = 0; i < 20000; ++i) table.parameters.truePeakLimiting.setMapped(i % 2 == 0);
+        for (int i = 0; i < 5000; ++i) plugin.truePeakLimiting.setMapped(i % 2 == 0);
         done = true;
     });
     std::set<std::string> seen;

@@ -57,12 +57,18 @@ const std::filesystem::path& scratch() {
     return folder.path;
 }
 
-void requireInRange(const GenericPluginBase& table) {
-    for (int i = 0; i < table.parameterCount(); ++i) {
-        const AbstractPluginParameter& parameter = *table.parameterAt(i);
-        const float value = parameter.value();
-        require(value >= parameter.minimum() && value <= parameter.maximum(), "a value leaves its range");
+void requireInRange(const GenericPluginBase& table, std::span<const float> values) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const AbstractPluginParameter& parameter = *table.parameterAt(static_cast<int>(i));
+        require(values[i] >= parameter.minimum() && values[i] <= parameter.maximum(),
+                "a value leaves its range");
     }
+}
+
+void requireInRange(const GenericPluginBase& table) {
+    std::vector<float> values;
+    for (int i = 0; i < table.parameterCount(); ++i) values.push_back(table.parameterAt(i)->value());
+    requireInRange(table, values);
 }
 
 void runPreset(std::string_view bytes) {
@@ -113,6 +119,9 @@ void runSession(std::string_view bytes) {
     const std::vector<std::byte> before = writeSessionState(plugin);
     const bool taken = readSessionState(plugin, bytesOf(bytes));
     requireInRange(plugin);
+    for (int slot = 0; slot < CompareStates::kSlots; ++slot) {
+        requireInRange(plugin, plugin.compareStates().state(slot).values);
+    }
     const std::vector<std::byte> after = writeSessionState(plugin);
     require(taken || after == before, "a refused state leaves its mark");
     require(readSessionState(plugin, after), "a stored state that can't be read");

@@ -9,8 +9,8 @@ struct StageCounts {
     int outputSmartClippers = 0;
 };
 
-/// All delays of the limiter's path, from what determines them. Pure arithmetic, for any thread: the latency of
-/// a setting is known before the audio thread has taken it up.
+/// All delays of the limiter's path, from what determines them. Pure arithmetic, for any thread: the latency
+/// of a setting is known before the audio thread has taken it up.
 struct SignalPathDelays {
     SignalPathDelays(double baseRate, int oversampling, bool truePeak, const StageCounts& stages);
 

@@ -49,13 +49,23 @@ constexpr std::array<Layout, kChannelLayoutCount> kLayouts{{
     {"7.1.2", k712, 1, 1},
 }};
 
-const Layout& at(ChannelLayout layout) { return kLayouts[static_cast<std::size_t>(layout)]; }
+const Layout& at(ChannelLayout layout) {
+    return kLayouts[static_cast<std::size_t>(layout)];
+}
 
 }  // namespace
 
-std::span<const int> channelTypes(ChannelLayout layout) { return at(layout).types; }
-std::string_view channelLayoutName(ChannelLayout layout) { return at(layout).name; }
-int linkedCenterCount(ChannelLayout layout) { return at(layout).centers; }
-int linkedLfeCount(ChannelLayout layout) { return at(layout).lfes; }
+std::span<const int> channelTypes(ChannelLayout layout) {
+    return at(layout).types;
+}
+std::string_view channelLayoutName(ChannelLayout layout) {
+    return at(layout).name;
+}
+int linkedCenterCount(ChannelLayout layout) {
+    return at(layout).centers;
+}
+int linkedLfeCount(ChannelLayout layout) {
+    return at(layout).lfes;
+}
 
 }  // namespace vanta

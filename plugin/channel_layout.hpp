@@ -26,7 +26,9 @@ inline constexpr int kHeightChannel = 0x2000;  ///< a height or wide pair
 
 /// The channel type words of a layout, one per channel.
 std::span<const int> channelTypes(ChannelLayout layout);
-inline int channelCount(ChannelLayout layout) { return static_cast<int>(channelTypes(layout).size()); }
+inline int channelCount(ChannelLayout layout) {
+    return static_cast<int>(channelTypes(layout).size());
+}
 /// "5.1", "7.1.2": the name that users know the layout by.
 std::string_view channelLayoutName(ChannelLayout layout);
 

@@ -32,8 +32,8 @@ public:
     bool hasOfflineProcessor = false;
     bool supportsMono = false;
     bool supportsSurround = false;
-    int channelLayout;                   ///< row of the layout table
-    int gainReductionSource = -1;        ///< level source behind the host's meter, -1 for none
+    int channelLayout;             ///< row of the layout table
+    int gainReductionSource = -1;  ///< level source behind the host's meter, -1 for none
     AbstractPluginParameter* receiveMidiParameter = nullptr;
     AbstractPluginParameter* bypassParameter = nullptr;
     bool sideChainAvailable = false;

@@ -47,7 +47,8 @@ public:
     }
 
     void clear() {
-        if (data_) std::memset(static_cast<void*>(data_.get()), 0, static_cast<std::size_t>(size_) * sizeof(T));
+        if (data_)
+            std::memset(static_cast<void*>(data_.get()), 0, static_cast<std::size_t>(size_) * sizeof(T));
     }
 
 private:

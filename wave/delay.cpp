@@ -20,7 +20,9 @@ Delay::Delay(Environment& owner, int maxDelay, float fill)
     owner.addBlockListener(this);
 }
 
-Delay::~Delay() { environment().removeBlockListener(this); }
+Delay::~Delay() {
+    environment().removeBlockListener(this);
+}
 
 void Delay::resizeRing() {
     const int needed = std::max(environment().maxBlockSize() + maxDelay_, 1);

@@ -51,7 +51,8 @@ private:
 /// empties the ring.
 class DelayFilterBase : public FilterBase {
 public:
-    explicit DelayFilterBase(Environment& owner, float fill = 0.0f) : FilterBase(owner), delay_(owner, 0, fill) {}
+    explicit DelayFilterBase(Environment& owner, float fill = 0.0f)
+        : FilterBase(owner), delay_(owner, 0, fill) {}
 
     Delay& delayLine() { return delay_; }
     const Delay& delayLine() const { return delay_; }

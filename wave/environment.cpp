@@ -80,7 +80,9 @@ void Environment::unschedule(Producer* node) {
     processList_.erase(found);
 }
 
-void Environment::addResettable(Producer* node) { resetList_.push_back(node); }
+void Environment::addResettable(Producer* node) {
+    resetList_.push_back(node);
+}
 
 void Environment::removeResettable(Producer* node) {
     if (!destroying_) std::erase(resetList_, node);
@@ -112,7 +114,9 @@ SubEnvironment::SubEnvironment(Environment& parentEnvironment)
     setSampleRate(parent_.sampleRate());
 }
 
-SubEnvironment::~SubEnvironment() { std::erase(parent_.children_, this); }
+SubEnvironment::~SubEnvironment() {
+    std::erase(parent_.children_, this);
+}
 
 void SubEnvironment::addBlockListener(DynamicMaxBlockSizeListener* listener) {
     blockListeners_.push_back(listener);

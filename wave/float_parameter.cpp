@@ -9,7 +9,9 @@ namespace vanta {
 
 namespace {
 
-double fraction(double x) { return x - std::floor(x); }
+double fraction(double x) {
+    return x - std::floor(x);
+}
 
 }  // namespace
 
@@ -44,7 +46,9 @@ void FloatParameter::setRange(float minimum, float maximum) {
     range_ = maximum - minimum;
 }
 
-void FloatParameter::assign(float value, void*) { setValue(value, -1.0f); }
+void FloatParameter::assign(float value, void*) {
+    setValue(value, -1.0f);
+}
 
 // 0 if the parameter was read up to exactly this position with no jump in between.
 std::int64_t FloatParameter::unreadSamples() const {

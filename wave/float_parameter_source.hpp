@@ -35,8 +35,8 @@ private:
     FloatParameter parameter_;
 };
 
-/// A control input of an element: driven by its own smoothed value, or by any producer of the graph. The range
-/// belongs to the own value; what a producer delivers passes as it is.
+/// A control input of an element: driven by its own smoothed value, or by any producer of the graph. The
+/// range belongs to the own value; what a producer delivers passes as it is.
 class FloatParameterBus final : public ValueAssignable<float> {
 public:
     FloatParameterBus(wave::Environment& owner, float initial) : ownSource_(owner, initial) {}

@@ -27,7 +27,9 @@ MultiProducer::MultiProducer(Environment& owner, int outputCount) : Component(ow
 
 MultiProducer::~MultiProducer() = default;
 
-Producer& MultiProducer::output(int index) { return *outputs_[static_cast<std::size_t>(index)]; }
+Producer& MultiProducer::output(int index) {
+    return *outputs_[static_cast<std::size_t>(index)];
+}
 
 void MultiProducer::runFor(int samples, int flags) {
     for (std::size_t i = 0; i < blocks_.size(); ++i) current_[i] = {blocks_[i], 0};

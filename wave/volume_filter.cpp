@@ -13,7 +13,8 @@ void VolumeFilter::produce(wave::BasicBlock<float>* block, int samples, int flag
     }
 }
 
-void VolumeFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples, int) {
+void VolumeFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
+                           int) {
     const auto count = static_cast<std::size_t>(samples);
     const float* gains = gain.pullData(samples);
     const bool constant = gain.isConstant();

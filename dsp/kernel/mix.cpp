@@ -56,8 +56,7 @@ void MultiplyAddImpl(const float* a, const float* b, const float* c, float* out,
 }
 
 void MagnitudeImpl(const float* a, float* out, std::size_t count) {
-    vectorLoop(count,
-               [&](auto d, std::size_t i) { hn::StoreU(hn::Abs(hn::LoadU(d, a + i)), d, out + i); });
+    vectorLoop(count, [&](auto d, std::size_t i) { hn::StoreU(hn::Abs(hn::LoadU(d, a + i)), d, out + i); });
 }
 
 void MaximumImpl(const float* a, const float* b, float* out, std::size_t count) {
@@ -194,11 +193,15 @@ void moveToward(const float* a, const float* b, float amount, float* out, std::s
 void complement(const float* a, float* out, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(ComplementImpl)(a, out, count);
 }
-float peak(const float* a, std::size_t count) { return HWY_DYNAMIC_DISPATCH(PeakImpl)(a, count); }
+float peak(const float* a, std::size_t count) {
+    return HWY_DYNAMIC_DISPATCH(PeakImpl)(a, count);
+}
 void sanitize(const float* a, float* out, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(SanitizeImpl)(a, out, count);
 }
-void fill(float value, float* out, std::size_t count) { HWY_DYNAMIC_DISPATCH(FillImpl)(value, out, count); }
+void fill(float value, float* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(FillImpl)(value, out, count);
+}
 
 }  // namespace vanta::kernel
 #endif

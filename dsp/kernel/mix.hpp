@@ -38,8 +38,8 @@ void moveToward(const float* a, const float* b, float amount, float* out, std::s
 void complement(const float* a, float* out, std::size_t count);
 /// The largest |a|, 0 for an empty block.
 float peak(const float* a, std::size_t count);
-/// out = a, where a sample that is not finite counts as 0 and a magnitude above kLargestSample is limited to it.
-/// Every finite sample within the limit passes bit for bit.
+/// out = a, where a sample that is not finite counts as 0 and a magnitude above kLargestSample is limited to
+/// it. Every finite sample within the limit passes bit for bit.
 void sanitize(const float* a, float* out, std::size_t count);
 /// out = value
 void fill(float value, float* out, std::size_t count);

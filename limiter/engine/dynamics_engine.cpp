@@ -27,7 +27,8 @@ ModulationLayout DynamicsEngine::modulationLayout(const EngineLayout& layout) {
     }
     for (const EngineRange& range : layout.ranges()) {
         TargetRange target{range.defaultFactor, range.isAudio, range.minimum, range.maximum, {}};
-        for (const auto& factor : range.factors) target.factors.emplace_back(factor.sourceType, factor.factor);
+        for (const auto& factor : range.factors)
+            target.factors.emplace_back(factor.sourceType, factor.factor);
         result.ranges.push_back(std::move(target));
     }
     for (const EngineTarget& target : layout.targets()) {
@@ -56,7 +57,9 @@ void DynamicsEngine::attach(StereoLinkerFactory& factory) {
     rebuildKernels();
 }
 
-void DynamicsEngine::onSampleRateChanged(void*) { rebuildKernels(); }
+void DynamicsEngine::onSampleRateChanged(void*) {
+    rebuildKernels();
+}
 
 void DynamicsEngine::rebuildKernels() {
     const ElementGroup& group = layout_.group(ElementKind::Convolver);
@@ -68,7 +71,8 @@ void DynamicsEngine::rebuildKernels() {
                              kernels_[i]->shape);
     }
     kernels_.clear();
-    kernelPlan = std::make_unique<ConvolverPlan>(1 + samplesInMs(limitMs, environment().sampleRate()), kKernelBase);
+    kernelPlan =
+        std::make_unique<ConvolverPlan>(1 + samplesInMs(limitMs, environment().sampleRate()), kKernelBase);
     for (int i = 0; i < group.built; ++i) {
         kernels_.push_back(std::make_unique<SmoothingKernel>(environment(), *kernelPlan));
         bindKernel(i, *kernels_.back());
@@ -106,7 +110,9 @@ void DynamicsEngine::applyStyle(int index) {
     }
 }
 
-int DynamicsEngine::parameterCount() const { return static_cast<int>(table.size()); }
+int DynamicsEngine::parameterCount() const {
+    return static_cast<int>(table.size());
+}
 
 AbstractPluginParameter* DynamicsEngine::parameterAt(int index) const {
     return table[static_cast<std::size_t>(index)];
@@ -121,7 +127,9 @@ void DynamicsEngine::parameterChanged(int index, float value, int) {
     if (!queue.push(LockFreeFifo::Item::of(index, value))) reapplyAll.store(true);
 }
 
-void DynamicsEngine::notePendingChanges() { pending = queue.sizeEstimate(); }
+void DynamicsEngine::notePendingChanges() {
+    pending = queue.sizeEstimate();
+}
 
 void DynamicsEngine::applyPendingParameters() {
     if (pending > 0) {

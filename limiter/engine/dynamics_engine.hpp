@@ -23,8 +23,8 @@ class SmoothingKernel;
 /// The modular dynamics processor: a table of 749 values, a modulation matrix, and one Processor a channel
 /// whose elements and connections those values set. A style is one set of the values.
 ///
-/// A value exists twice: `setValue` of a parameter moves it at once, on the caller's thread; its effect follows
-/// on the audio thread, through a queue that `applyPendingParameters` drains.
+/// A value exists twice: `setValue` of a parameter moves it at once, on the caller's thread; its effect
+/// follows on the audio thread, through a queue that `applyPendingParameters` drains.
 class DynamicsEngine final : public GenericParameterResponder {
 public:
     class AbstractStereoLinker;
@@ -43,8 +43,8 @@ public:
     /// Set-up, once: stereo linkers, main controls as sources, kernels.
     void attach(StereoLinkerFactory& factory);
 
-    /// Reads a style resource. Result: its index in the order of loading. A resource that cannot be read keeps
-    /// its place with all values 0.
+    /// Reads a style resource. Result: its index in the order of loading. A resource that cannot be read
+    /// keeps its place with all values 0.
     int loadStyle(const std::string& resourceName);
     /// Sets all parameters from a style. Any thread.
     void applyStyle(int index);

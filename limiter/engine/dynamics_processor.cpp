@@ -14,7 +14,8 @@ namespace {
 constexpr int kTapDelaySamples = 256;
 
 template <typename Element>
-std::vector<wave::Producer*> asProducers(const std::vector<std::unique_ptr<Element>>& elements, int capacity) {
+std::vector<wave::Producer*> asProducers(const std::vector<std::unique_ptr<Element>>& elements,
+                                         int capacity) {
     std::vector<wave::Producer*> result(static_cast<std::size_t>(capacity), nullptr);
     std::transform(elements.begin(), elements.end(), result.begin(), [](const auto& e) { return e.get(); });
     return result;
@@ -22,7 +23,8 @@ std::vector<wave::Producer*> asProducers(const std::vector<std::unique_ptr<Eleme
 
 }  // namespace
 
-DynamicsEngine::Processor::Processor(DynamicsEngine& dynamicsEngine, int channel, wave::Producer& channelSignal)
+DynamicsEngine::Processor::Processor(DynamicsEngine& dynamicsEngine, int channel,
+                                     wave::Producer& channelSignal)
     : Filter(dynamicsEngine.environment(), wave::OwnBlock::No),
       engine(dynamicsEngine),
       layout(dynamicsEngine.layout()),
@@ -52,7 +54,9 @@ DynamicsEngine::Processor::Processor(DynamicsEngine& dynamicsEngine, int channel
     rebuildConvolvers();
 }
 
-DynamicsEngine::Processor::~Processor() { std::erase(engine.processors_, this); }
+DynamicsEngine::Processor::~Processor() {
+    std::erase(engine.processors_, this);
+}
 
 wave::Producer& DynamicsEngine::Processor::input(ElementKind kind, int element, int index) {
     return voice.controller(layout.targetIndex(kind, element, index));
@@ -66,7 +70,9 @@ int DynamicsEngine::Processor::position(ElementKind kind, int element, int param
     return layout.position(kind, element, parameter);
 }
 
-int DynamicsEngine::Processor::built(ElementKind kind) const { return layout.group(kind).built; }
+int DynamicsEngine::Processor::built(ElementKind kind) const {
+    return layout.group(kind).built;
+}
 
 void DynamicsEngine::Processor::buildFilters() {
     Parameters& parameters = engine.parameters();
@@ -148,7 +154,8 @@ void DynamicsEngine::Processor::buildTimeElements() {
 
     const ElementKind averaging = ElementKind::AveragingFilter;
     for (int i = 0; i < built(averaging); ++i) {
-        averagingFilters.push_back(std::make_unique<AveragingFilter>(environment(), configuration.averagingLimit));
+        averagingFilters.push_back(
+            std::make_unique<AveragingFilter>(environment(), configuration.averagingLimit));
         AveragingFilter& filter = *averagingFilters.back();
         filter.source = &input(averaging, i, AveragingFilterInput::Signal);
         filter.window.setSource(&input(averaging, i, AveragingFilterInput::WindowSize));
@@ -244,7 +251,9 @@ void DynamicsEngine::Processor::buildVcas() {
     parameters.numActive(kind).attach(asProducers(vcas, layout.group(kind).capacity));
 }
 
-void DynamicsEngine::Processor::dropConvolvers() { convolvers.clear(); }
+void DynamicsEngine::Processor::dropConvolvers() {
+    convolvers.clear();
+}
 
 void DynamicsEngine::Processor::rebuildConvolvers() {
     convolvers.clear();

@@ -19,8 +19,8 @@
 
 namespace vanta {
 
-/// The dynamics engine of one channel: a pool of elements whose inputs and outputs all stand on the modulation
-/// matrix. It fixes no signal path; a style draws one with its slots.
+/// The dynamics engine of one channel: a pool of elements whose inputs and outputs all stand on the
+/// modulation matrix. It fixes no signal path; a style draws one with its slots.
 class DynamicsEngine::Processor final : public wave::Filter, public PropertyOwner {
 public:
     /// `channelSignal` is the audio input.

@@ -44,7 +44,13 @@ enum { Signal, GainChange, LookAhead };
 // Places of the values that drive properties, within their parameter sets.
 
 enum { kFilterLowPassFreq, kFilterHighPassFreq, kFilterSlope, kFilterSolo };
-enum { kDetectorMode = 0, kDetectorPurpose = 2, kDetectorDomain = 3, kDetectorKneeStyle = 5, kDetectorStereoLink = 6 };
+enum {
+    kDetectorMode = 0,
+    kDetectorPurpose = 2,
+    kDetectorDomain = 3,
+    kDetectorKneeStyle = 5,
+    kDetectorStereoLink = 6
+};
 enum { kAveragingFilterPower = 0 };
 enum { kConvolverShape = 0 };
 enum { kTransferCurveFunction = 0 };

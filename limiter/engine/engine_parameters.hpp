@@ -17,8 +17,8 @@ namespace vanta {
 /// The value behind an element's control input or a slot's level.
 class ModulationTargetParameter : public FloatPluginParameter {
 public:
-    ModulationTargetParameter(GenericParameterOwner& owner, const std::string& name, ModulationMatrix& modulation,
-                              int targetIndex)
+    ModulationTargetParameter(GenericParameterOwner& owner, const std::string& name,
+                              ModulationMatrix& modulation, int targetIndex)
         : FloatPluginParameter(owner, name), matrix(modulation), target(targetIndex) {}
 
     void applyValue(float value) override {
@@ -34,8 +34,8 @@ private:
 /// The corner of a Filter Set: at the end of its range the filter is switched off.
 class FilterFreqTargetParameter final : public ModulationTargetParameter {
 public:
-    FilterFreqTargetParameter(GenericParameterOwner& owner, const std::string& name, ModulationMatrix& modulation,
-                              int targetIndex, float valueOfOff)
+    FilterFreqTargetParameter(GenericParameterOwner& owner, const std::string& name,
+                              ModulationMatrix& modulation, int targetIndex, float valueOfOff)
         : ModulationTargetParameter(owner, name, modulation, targetIndex), offValue(valueOfOff) {}
 
     void addSwitch(Property<bool>& enabled) { switches.push_back(&enabled); }

@@ -25,8 +25,8 @@ public:
     virtual std::unique_ptr<AbstractStereoLinker> createStereoLinker() = 0;
 };
 
-/// Links left and right of each pair while `amount` goes from 0 to 0.5, and all pairs with each other while it
-/// goes on to 1. Centre and LFE take part only where asked for. Without memory from block to block.
+/// Links left and right of each pair while `amount` goes from 0 to 0.5, and all pairs with each other while
+/// it goes on to 1. Centre and LFE take part only where asked for. Without memory from block to block.
 class DefaultStereoLinker final : public DynamicsEngine::AbstractStereoLinker {
 public:
     DefaultStereoLinker(wave::Environment& environment, ChannelLayout layout);

@@ -35,7 +35,8 @@ private:
 
 class DynamicsEngine::VCA::GainFactorConverter final : public wave::Filter {
 public:
-    explicit GainFactorConverter(wave::Environment& environment, wave::Producer& input) : Filter(environment) {
+    explicit GainFactorConverter(wave::Environment& environment, wave::Producer& input)
+        : Filter(environment) {
         source = &input;
     }
 
@@ -108,14 +109,18 @@ int DynamicsEngine::VCA::delayFor(int convolvers, int smartClippers) const {
            convolvers * convolverBlock;
 }
 
-int DynamicsEngine::VCA::audioDelaySamples() const { return delayFor(numConvolvers, numSmartClippers); }
+int DynamicsEngine::VCA::audioDelaySamples() const {
+    return delayFor(numConvolvers, numSmartClippers);
+}
 
 void DynamicsEngine::VCA::updateDelay() {
     audioDelay.setMaxDelay(delayFor(numConvolvers.maximum, numSmartClippers.maximum));
     audioDelay.setDelay(audioDelaySamples());
 }
 
-void DynamicsEngine::VCA::reset() { updateDelay(); }
+void DynamicsEngine::VCA::reset() {
+    updateDelay();
+}
 
 void DynamicsEngine::VCA::propertyChanged(AbstractProperty& property) {
     if (&property == &domain) {
@@ -129,7 +134,8 @@ void DynamicsEngine::VCA::propertyChanged(AbstractProperty& property) {
     }
 }
 
-void DynamicsEngine::VCA::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>*, int samples, int) {
+void DynamicsEngine::VCA::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>*, int samples,
+                                  int) {
     multiplier.pull(samples);
     publish(multiplier);
 }

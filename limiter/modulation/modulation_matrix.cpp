@@ -83,7 +83,9 @@ ModulationMatrix::ModulationMatrix(wave::Environment& environment, ModulationLay
 
 ModulationMatrix::~ModulationMatrix() = default;
 
-ModulationMatrix::Controller& ModulationMatrix::controller() { return *internalController; }
+ModulationMatrix::Controller& ModulationMatrix::controller() {
+    return *internalController;
+}
 
 ModulationMatrix::VoiceMatrix& ModulationMatrix::createVoice() {
     voices.push_back(std::make_unique<VoiceMatrix>(*this));

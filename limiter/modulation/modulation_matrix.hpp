@@ -10,8 +10,9 @@
 namespace vanta {
 
 /// The wiring of the dynamics engine. A slot takes a source, multiplies it with a level, which is itself a
-/// target, and adds the result to a target. A slot that would close a loop stays off. What all voices share is
-/// computed once, in the global producers; a voice adds what differs. Audio thread, except for construction.
+/// target, and adds the result to a target. A slot that would close a loop stays off. What all voices share
+/// is computed once, in the global producers; a voice adds what differs. Audio thread, except for
+/// construction.
 class ModulationMatrix final : public wave::Component {
 public:
     class Controller;
@@ -63,10 +64,10 @@ private:
     };
 
     struct TargetState {
-        std::vector<SlotState*> slots;      ///< in the order of connection
-        SlotState* levelOfSlot = nullptr;   ///< the slot whose level this target is
+        std::vector<SlotState*> slots;     ///< in the order of connection
+        SlotState* levelOfSlot = nullptr;  ///< the slot whose level this target is
         const TargetRange* range = nullptr;
-        float scale = 1.0f;                 ///< the factor of the slot whose level this is
+        float scale = 1.0f;  ///< the factor of the slot whose level this is
         float lowLimit = 0.0f;
         float highLimit = 1.0f;
         float baseValue = 0.0f;

@@ -71,7 +71,8 @@ bool ModulationMatrix::TargetSum::finish() {
     return wasConstant;
 }
 
-ModulationMatrix::GlobalModulationProducer::GlobalModulationProducer(ModulationMatrix& owner, TargetState& targetState)
+ModulationMatrix::GlobalModulationProducer::GlobalModulationProducer(ModulationMatrix& owner,
+                                                                     TargetState& targetState)
     : Source(owner.environment()), matrix(owner), state(targetState) {}
 
 void ModulationMatrix::GlobalModulationProducer::produce(wave::BasicBlock<float>* block, int samples, int) {

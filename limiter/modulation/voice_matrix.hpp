@@ -26,7 +26,7 @@ private:
     int count;
     bool constant = true;
     bool empty = true;
-    float value = 0.0f;          ///< the result while it is constant
+    float value = 0.0f;            ///< the result while it is constant
     const float* first = nullptr;  ///< the start block while nothing was added
 };
 
@@ -81,7 +81,8 @@ private:
     GlobalModulationProducer& global;
 };
 
-/// The value of a target for a reader that stands outside of the voices: the first voice's, where they differ.
+/// The value of a target for a reader that stands outside of the voices: the first voice's, where they
+/// differ.
 class ModulationMatrix::GlobalTargetController final : public wave::Source {
 public:
     GlobalTargetController(ModulationMatrix& owner, int targetIndex);

@@ -107,8 +107,8 @@ void StyleParser::parseLine(std::string_view text) {
 void StyleParser::parseValue(std::string_view name, std::string_view text) {
     const std::optional<int> position = layout.findParameter(name);
     if (!position) {
-        fault(line, fmt::format("unknown parameter \"{}\"{}", name,
-                                hint(name, namesOf(layout.parameters()))));
+        fault(line,
+              fmt::format("unknown parameter \"{}\"{}", name, hint(name, namesOf(layout.parameters()))));
         return;
     }
     const auto index = static_cast<std::size_t>(*position);

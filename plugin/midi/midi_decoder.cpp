@@ -32,15 +32,22 @@ void MidiDecoder::decode(std::size_t slot, int status, int data1, int data2) {
     if (!channel) return;
     const float value = static_cast<float>(data2) * kDataScale;
     switch (status >> 4) {
-        case 0x8: return channel->noteOff(data1, value);
-        case 0x9: return data2 ? channel->noteOn(data1, value) : channel->noteOff(data1, 0.0f);
-        case 0xA: return channel->polyPressure(data1, value);
-        case 0xB: return decodeController(channels[slot], *channel, data1, data2);
-        case 0xC: return channel->programChange(channels[slot].bank, data1);
-        case 0xD: return channel->channelPressure(static_cast<float>(data1) * kDataScale);
+        case 0x8:
+            return channel->noteOff(data1, value);
+        case 0x9:
+            return data2 ? channel->noteOn(data1, value) : channel->noteOff(data1, 0.0f);
+        case 0xA:
+            return channel->polyPressure(data1, value);
+        case 0xB:
+            return decodeController(channels[slot], *channel, data1, data2);
+        case 0xC:
+            return channel->programChange(channels[slot].bank, data1);
+        case 0xD:
+            return channel->channelPressure(static_cast<float>(data1) * kDataScale);
         case 0xE:
             return channel->pitchBend(static_cast<float>(data2 * 128 + data1) * kBendScale - 0.5f);
-        default: return;
+        default:
+            return;
     }
 }
 
@@ -48,10 +55,17 @@ void MidiDecoder::decode(std::size_t slot, int status, int data1, int data2) {
 void MidiDecoder::decodeController(Record& record, AbstractChannelEventReceiver& channel, int number,
                                    int data2) {
     switch (number) {
-        case kBankSelectMsb: record.bank = data2 * 128 + (record.bank & 127); break;
-        case kBankSelectLsb: record.bank = data2 + (record.bank & 0x3F80); break;
-        case kAllNotesOff: channel.noteOff(0, 0.0f); break;
-        default: channel.controller(number, data2, static_cast<float>(data2) * kDataScale);
+        case kBankSelectMsb:
+            record.bank = data2 * 128 + (record.bank & 127);
+            break;
+        case kBankSelectLsb:
+            record.bank = data2 + (record.bank & 0x3F80);
+            break;
+        case kAllNotesOff:
+            channel.noteOff(0, 0.0f);
+            break;
+        default:
+            channel.controller(number, data2, static_cast<float>(data2) * kDataScale);
     }
 }
 

@@ -15,7 +15,8 @@ public:
     VANTA_REALTIME virtual void receive(const std::uint8_t message[3]) = 0;
 };
 
-/// Turns messages into calls on a music receiver: each goes to the slot for all channels and to its channel's.
+/// Turns messages into calls on a music receiver: each goes to the slot for all channels and to its
+/// channel's.
 class MidiDecoder final : public MidiMessageReceiver {
 public:
     explicit MidiDecoder(AbstractMusicEventReceiver& musicReceiver) : receiver(musicReceiver) {}

@@ -31,7 +31,9 @@ public:
     private:
         class Node final : public wave::Filter {
         public:
-            explicit Node(Doubler& owner) : Filter(owner.environment()), processor(owner) { makeResettable(); }
+            explicit Node(Doubler& owner) : Filter(owner.environment()), processor(owner) {
+                makeResettable();
+            }
             void reset() override { ++processor.resets; }
 
         protected:
@@ -98,7 +100,9 @@ public:
     std::vector<int> programs, learned, set;
 };
 
-std::vector<float> ones(int count) { return std::vector<float>(static_cast<std::size_t>(count), 1.0f); }
+std::vector<float> ones(int count) {
+    return std::vector<float>(static_cast<std::size_t>(count), 1.0f);
+}
 
 std::vector<float> noise(int count) {
     std::vector<float> out;
@@ -201,7 +205,8 @@ TEST(ProcessorFrame, BypassFadesInAndOutWithoutAStep) {
         EXPECT_NEAR(out[0], 2.0f, 0.01f);
         EXPECT_GT(out[static_cast<std::size_t>(fade / 2)], 1.4f);
         EXPECT_EQ(out[3000], 1.0f);
-        for (std::size_t i = 1; i < out.size(); ++i) ASSERT_LE(std::abs(out[i] - out[i - 1]), 1.01f / 2400.0f);
+        for (std::size_t i = 1; i < out.size(); ++i)
+            ASSERT_LE(std::abs(out[i] - out[i - 1]), 1.01f / 2400.0f);
 
         processor.blocks.clear();
         processor.play(ones(1000), 100);
@@ -211,8 +216,10 @@ TEST(ProcessorFrame, BypassFadesInAndOutWithoutAStep) {
         processor.setBypassed(false, 1);
         EXPECT_GT(processor.resets, resets);
         out = processor.play(ones(6000), 100);
-        for (int i = 0; i < latency; ++i) ASSERT_EQ(out[static_cast<std::size_t>(i)], 1.0f) << "held while it fills";
-        for (std::size_t i = 1; i < out.size(); ++i) ASSERT_LE(std::abs(out[i] - out[i - 1]), 1.01f / 2400.0f);
+        for (int i = 0; i < latency; ++i)
+            ASSERT_EQ(out[static_cast<std::size_t>(i)], 1.0f) << "held while it fills";
+        for (std::size_t i = 1; i < out.size(); ++i)
+            ASSERT_LE(std::abs(out[i] - out[i - 1]), 1.01f / 2400.0f);
         EXPECT_EQ(out[static_cast<std::size_t>(latency + fade)], 2.0f);
     }
 }

@@ -218,7 +218,8 @@ TEST(Environment, RouterFadesBetweenInputsAndThenRestsOnOne) {
     router.setInput(0, low);
     router.setInput(1, high);
     step(environment, router, 64);
-    EXPECT_EQ(router.current().data(), high.current().data()) << "what is set before the first block needs no fade";
+    EXPECT_EQ(router.current().data(), high.current().data())
+        << "what is set before the first block needs no fade";
 
     router.selected = 0;
     float last = 2.0f;

@@ -68,6 +68,23 @@ SpeakerOrder AudioFileReader::usualOrder() const {
     return type ? type->order : SpeakerOrder::Wave;
 }
 
+ChannelMapping AudioFileReader::mapTo(std::optional<ChannelLayout> layout,
+                                      std::vector<std::string>& warnings) {
+    try {
+        const ChannelMapping found = mapChannels(positions(), channelCount(), usualOrder(), layout);
+        if (found.positionsIgnored) {
+            warnings.push_back(
+                fmt::format("{}: its speaker positions fit no layout: its channels are taken for {}; "
+                            "--layout can say otherwise",
+                            path_.string(), channelLayoutName(found.layout)));
+        }
+        setMapping(found);
+        return found;
+    } catch (const Failure& cause) {
+        throw failure(path_, cause.what());
+    }
+}
+
 void AudioFileReader::rewind() {
     if (sf_seek(file.get(), 0, SEEK_SET) != 0) throw failure(path_, sf_strerror(file.get()));
     delivered = 0;

@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "app/channel_mapping.hpp"
@@ -31,7 +33,11 @@ public:
     SpeakerOrder usualOrder() const;
     StreamShape shape() const { return {info_.format, info_.samplerate, info_.channels, info_.frames}; }
 
-    /// From now on channels come in the layout's order.
+    /// From now on channels come in the order of a layout: the one that the file's own positions mean, or
+    /// `layout` where they leave it open. `warnings` is told when they fit none. Failure, with the path in
+    /// front, for channels that no layout takes.
+    ChannelMapping mapTo(std::optional<ChannelLayout> layout, std::vector<std::string>& warnings);
+    /// The same for a mapping that is known.
     void setMapping(const ChannelMapping& mapping) { fileChannel = mapping.fileChannel; }
     void rewind();
 

@@ -26,23 +26,6 @@ void checkRate(const AudioFileReader& file) {
                               file.path().string(), rate));
 }
 
-ChannelMapping mapped(AudioFileReader& file, std::optional<ChannelLayout> layout, Measurement& measurement) {
-    try {
-        const ChannelMapping mapping =
-            mapChannels(file.positions(), file.channelCount(), file.usualOrder(), layout);
-        if (mapping.positionsIgnored) {
-            measurement.warnings.push_back(fmt::format(
-                "{}: its speaker positions fit no layout: its channels are taken for {}; --layout can "
-                "say otherwise",
-                file.path().string(), channelLayoutName(mapping.layout)));
-        }
-        file.setMapping(mapping);
-        return mapping;
-    } catch (const Failure& failure) {
-        throw Failure(fmt::format("{}: {}", file.path().string(), failure.what()));
-    }
-}
-
 void run(AudioFileReader& file, ProgrammeMeter& meter, ProgressBar& progress) {
     const auto width = static_cast<std::size_t>(file.channelCount());
     std::vector<float> samples(width * kBlock);
@@ -69,7 +52,7 @@ Measurement measureFile(const std::filesystem::path& path, std::optional<Channel
     measurement.file = path;
     measurement.format = formatName(file.info().format);
     measurement.sampleRate = file.info().samplerate;
-    measurement.layout = mapped(file, layout, measurement).layout;
+    measurement.layout = file.mapTo(layout, measurement.warnings).layout;
 
     ProgrammeMeter meter(measurement.layout, static_cast<double>(measurement.sampleRate));
     ProgressBar progress(path.filename().string(), file.info().frames, measurement.sampleRate, showProgress);

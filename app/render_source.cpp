@@ -10,7 +10,7 @@ RenderSource::RenderSource(const std::filesystem::path& inputPath, const std::fi
                            std::optional<ChannelLayout> layout)
     : input_(inputPath) {
     checkRate();
-    mapping_ = mapped(input_, layout);
+    mapping_ = input_.mapTo(layout, warnings_);
     if (!sideChainPath.empty()) openSideChain(sideChainPath);
 }
 
@@ -27,23 +27,6 @@ void RenderSource::checkRate() const {
                     input_.path().string(), sampleRate()));
 }
 
-ChannelMapping RenderSource::mapped(AudioFileReader& file, std::optional<ChannelLayout> layout) {
-    try {
-        const ChannelMapping found =
-            mapChannels(file.positions(), file.channelCount(), file.usualOrder(), layout);
-        if (found.positionsIgnored) {
-            warnings_.push_back(
-                fmt::format("{}: its speaker positions fit no layout: its channels are taken for {}; "
-                            "--layout can say otherwise",
-                            file.path().string(), channelLayoutName(found.layout)));
-        }
-        file.setMapping(found);
-        return found;
-    } catch (const Failure& failure) {
-        throw Failure(fmt::format("{}: {}", file.path().string(), failure.what()));
-    }
-}
-
 void RenderSource::openSideChain(const std::filesystem::path& path) {
     sideChain_.emplace(path);
     const SF_INFO& side = sideChain_->info();
@@ -56,7 +39,7 @@ void RenderSource::openSideChain(const std::filesystem::path& path) {
     if (side.frames != main.frames) differs("frames", side.frames, main.frames);
     if (side.channels > main.channels) differs("channels", side.channels, main.channels);
     const bool same = side.channels == main.channels;
-    mapped(*sideChain_, same ? std::optional(mapping_.layout) : std::nullopt);
+    sideChain_->mapTo(same ? std::optional(mapping_.layout) : std::nullopt, warnings_);
 }
 
 }  // namespace vanta

@@ -30,7 +30,6 @@ public:
 
 private:
     void checkRate() const;
-    ChannelMapping mapped(AudioFileReader& file, std::optional<ChannelLayout> layout);
     void openSideChain(const std::filesystem::path& path);
 
     AudioFileReader input_;

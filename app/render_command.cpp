@@ -26,6 +26,8 @@ namespace fs = std::filesystem;
 
 /// What is promised of a loudness.
 constexpr double kToleranceLu = 0.1;
+/// Searches after the first, for what a codec does to the file.
+constexpr int kMostSearches = 3;
 
 struct Route {
     fs::path input;
@@ -184,23 +186,76 @@ private:
     }
 
     void renderOne(std::size_t index, RenderOutcome& outcome) {
-        const Route& route = routes[index];
+        if (command.loudnessLufs && !album) checkDestination(routes[index]);
         LimiterSettings chosen;
-        settings.applyTo(chosen);
+        render(index, {settings, options, command.loudnessLufs}, outcome, chosen);
+        if (misses(outcome)) renderAgain(index, outcome, chosen);
+        noteMiss(outcome);
+        tell(outcome, chosen);
+    }
+
+    /// What a render starts from. The loudness to aim at need not be the one that is wanted.
+    struct Start {
+        const LimiterSettings& settings;
+        const RenderOptions& options;
+        std::optional<double> aimLufs;
+    };
+
+    void render(std::size_t index, const Start& start, RenderOutcome& outcome,
+                LimiterSettings& chosen) const {
+        const Route& route = routes[index];
+        start.settings.applyTo(chosen);
         if (album) {
             outcome.plan = album;
-        } else if (command.loudnessLufs) {
-            checkDestination(route);
-            outcome.plan = planLoudness(std::span(&route.input, 1), settings, options, *command.loudnessLufs);
+        } else if (start.aimLufs) {
+            outcome.plan =
+                planLoudness(std::span(&route.input, 1), start.settings, start.options, *start.aimLufs);
+            outcome.plan->targetLufs = *command.loudnessLufs;
         }
         if (outcome.plan) {
             const auto& levels = outcome.plan->outputLevelDb;
             chosen.gain.setValue(static_cast<float>(outcome.plan->gainDb), 0);
             chosen.outputLevel.setValue(static_cast<float>(levels[album ? index : 0]), 0);
         }
-        outcome.report = renderFile(route.input, route.output, chosen, options);
-        noteMiss(outcome);
-        tell(outcome, chosen);
+        outcome.report = renderFile(route.input, route.output, chosen, start.options);
+    }
+
+    /// A codec takes loudness away and moves peaks, and a ceiling that gave way to them costs loudness, too:
+    /// another search, that much higher and under the ceiling that held. What was written stays if it leads
+    /// nowhere.
+    void renderAgain(std::size_t index, RenderOutcome& outcome, LimiterSettings& chosen) const {
+        RenderOptions again = options;
+        again.replace = true;
+        double aimLufs = *command.loudnessLufs;
+        for (int round = 0; round < kMostSearches && misses(outcome); ++round) {
+            const auto lufs = outcome.report.after->figures.integrated;
+            if (!lufs) return;
+            // What the lower ceiling took is not the codec's.
+            const double ceilingMoved = outcome.plan->outputLevelDb.front() - outcome.report.outputLevelDb;
+            aimLufs += *command.loudnessLufs - *lufs - ceilingMoved;
+            LimiterSettings lower;
+            settings.applyTo(lower);
+            lower.outputLevel.setValue(static_cast<float>(outcome.report.outputLevelDb), 0);
+            RenderOutcome next = outcome;
+            try {
+                render(index, {lower, again, aimLufs}, next, chosen);
+            } catch (const Failure&) {
+                return;
+            }
+            next.plan->passes += outcome.plan->passes;
+            next.report.renders += outcome.report.renders;
+            outcome = std::move(next);
+        }
+    }
+
+    /// Whether the one file is off the loudness that was asked for.
+    bool misses(const RenderOutcome& outcome) const {
+        return outcome.plan && !album && isOff(outcome.report.after->programme);
+    }
+
+    bool isOff(const Programme& written) const {
+        const auto lufs = written.figures().integrated;
+        return !lufs || std::abs(*lufs - *command.loudnessLufs) > kToleranceLu;
     }
 
     /// A search takes minutes: what forbids the output is told before it.
@@ -213,8 +268,8 @@ private:
 
     /// What to say if the loudness is off the target: the file's own rounding, or a codec, may still do that.
     std::optional<std::string> missText(const Programme& written, std::string_view name) {
+        if (!isOff(written)) return {};
         const auto lufs = written.figures().integrated;
-        if (lufs && std::abs(*lufs - *command.loudnessLufs) <= kToleranceLu) return {};
         if (code == kExitDone) code = kExitMissed;
         return fmt::format("{}: what was written has {} instead of {:.2f} LUFS", name,
                            lufs ? fmt::format("{:.2f}", *lufs) : "no loudness", *command.loudnessLufs);

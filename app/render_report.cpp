@@ -19,9 +19,10 @@ std::string decibels(std::optional<double> value, int decimals) {
 
 std::string line(std::string_view name, const ProgrammeFigures& figures) {
     const auto& peak = figures.total.truePeak;
-    return fmt::format("  {:<7}{:>7} LUFS, range {:>4} LU, true peak {:>6} dBTP\n", name,
+    return fmt::format("  {:<7}{:>7} LUFS, range {:>4} LU, true peak {:>6} dBTP{}\n", name,
                        decibels(figures.integrated, 2), decibels(figures.range, 1),
-                       decibels(peak ? std::optional(peak->level) : std::nullopt, 2));
+                       decibels(peak ? std::optional(peak->level) : std::nullopt, 2),
+                       figures.integrated ? "" : " (too short or too soft for a loudness)");
 }
 
 std::string loudnessLine(const LoudnessPlan& plan, const FileReport& report) {

@@ -84,6 +84,14 @@ TEST_F(RenderReport, AFileThatGoesTooFarIsRenderedAgain) {
     EXPECT_GT(report("report.json").at("files").at(0).at("renders").get<int>(), 1);
 }
 
+TEST_F(RenderReport, WhatACodecDoesToTheFileIsMadeUpFor) {
+    const ProgramRun done = run({"render", "in.wav", "out.ogg", "--loudness", "-11", "--max-true-peak", "-1"});
+    ASSERT_EQ(done.code, 0) << done.err;
+    EXPECT_EQ(done.err, "");
+    EXPECT_NEAR(lufs("out.ogg"), -11.0, 0.1);
+    EXPECT_LE(truePeakDb("out.ogg"), -0.999);
+}
+
 TEST_F(RenderReport, OneGainServesAnAlbum) {
     ASSERT_EQ(run({"render", "in.wav", "soft.wav", "--out-dir", ".", "--format", "aiff", "--loudness", "-20",
                    "--loudness-mode", "album", "--report", "report.json"})

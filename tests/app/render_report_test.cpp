@@ -85,7 +85,8 @@ TEST_F(RenderReport, AFileThatGoesTooFarIsRenderedAgain) {
 }
 
 TEST_F(RenderReport, WhatACodecDoesToTheFileIsMadeUpFor) {
-    const ProgramRun done = run({"render", "in.wav", "out.ogg", "--loudness", "-11", "--max-true-peak", "-1"});
+    const ProgramRun done =
+        run({"render", "in.wav", "out.ogg", "--loudness", "-11", "--max-true-peak", "-1"});
     ASSERT_EQ(done.code, 0) << done.err;
     EXPECT_EQ(done.err, "");
     EXPECT_NEAR(lufs("out.ogg"), -11.0, 0.1);

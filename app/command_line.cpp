@@ -50,7 +50,9 @@ constexpr const char* kRenderExamples = R"(Examples:
   vanta render mix.wav cd.wav --style Transparent --gain 4 --subtype pcm_16 --dither 16
   vanta render stems/*.wav --out-dir limited --style Bus --oversampling 4x
   vanta render mix.wav master.wav --loudness -14 --max-true-peak -1 --report master.json
-  vanta render mix.wav master.wav --preset "Wide and Open" --set "Channel Link Transients=80%")";
+  vanta render mix.wav master.wav --preset "Wide and Open" --set "Channel Link Transients=80%"
+
+Exit status: 0 all is well, 1 a file could not be rendered as asked for, 2 wrong usage.)";
 
 constexpr const char* kMeasureText = R"(Measures loudness and peaks of audio files.
 
@@ -146,8 +148,10 @@ void addSideChain(CLI::App& render, RenderCommand& command) {
 void addGoals(CLI::App& render, RenderCommand& command) {
     const char* const group = "Goals and report";
     render
-        .add_option("--loudness", command.loudnessLufs,
-                    "find the Gain that gives this integrated loudness, within 0.1 LU")
+        .add_option(
+            "--loudness", command.loudnessLufs,
+            "find the Gain that gives the written file this integrated loudness, within 0.1 LU; a preset's "
+            "own Gain does not count")
         ->type_name("LUFS")
         ->check(within(-70.0, 10.0))
         ->group(group);

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include <cmath>
+#include <array>
 #include <cstdio>
 
 #include "app/channel_mapping.hpp"
@@ -23,11 +23,6 @@ namespace vanta {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// What is promised of a loudness.
-constexpr double kToleranceLu = 0.1;
-/// Searches after the first, for what a codec does to the file.
-constexpr int kMostSearches = 3;
 
 struct Route {
     fs::path input;
@@ -57,7 +52,6 @@ RenderOptions optionsOf(const RenderCommand& command) {
     options.ditherSeed = command.ditherSeed;
     options.replace = command.replace;
     options.quiet = command.quiet;
-    options.maxTruePeakDb = command.maxTruePeakDb;
     options.measure = !command.quiet || !command.reportFile.empty() || command.loudnessLufs.has_value() ||
                       command.maxTruePeakDb.has_value();
     for (const std::string& file : {command.preset, command.state})
@@ -112,6 +106,16 @@ void checkGoals(const RenderCommand& command) {
     }
 }
 
+/// What leaves Gain and Output Level without effect leaves nothing to reach a goal with.
+void checkGoals(const RenderCommand& command, const LimiterSettings& settings) {
+    if (!command.loudnessLufs && !command.maxTruePeakDb) return;
+    const std::string_view goal = command.loudnessLufs ? "--loudness" : "--max-true-peak";
+    for (const auto* parameter : {&settings.bypass, &settings.unityGain}) {
+        if (parameter->mapped())
+            throw UsageError(fmt::format("{}: cannot be reached with {} on", goal, parameter->name()));
+    }
+}
+
 void checkReport(const RenderCommand& command, std::span<const Route> routes) {
     if (command.reportFile.empty()) return;
     std::vector<fs::path> taken;
@@ -127,6 +131,15 @@ void checkReport(const RenderCommand& command, std::span<const Route> routes) {
     checkOutput(command.reportFile, taken, true);
 }
 
+RenderGoals goalsOf(const RenderCommand& command, const LimiterSettings& settings) {
+    RenderGoals goals;
+    goals.loudnessLufs = command.loudnessLufs;
+    goals.maxTruePeakDb = command.maxTruePeakDb;
+    goals.gainDb = static_cast<double>(settings.gain.value());
+    goals.outputLevelDb = static_cast<double>(settings.outputLevel.value());
+    return goals;
+}
+
 void writeReport(const RenderCommand& command, std::span<const RenderOutcome> outcomes) {
     if (command.reportFile.empty()) return;
     FileReplacement replacement(command.reportFile);
@@ -134,182 +147,97 @@ void writeReport(const RenderCommand& command, std::span<const RenderOutcome> ou
     if (!replacement.commit()) throw Failure(fmt::format("{}: cannot be put in place", command.reportFile));
 }
 
-/// All files of a command, one after the other.
+/// All files of a command: an album at once, other files one after the other.
 class Batch {
 public:
     Batch(const RenderCommand& renderCommand, const RenderOptions& renderOptions,
           const LimiterSettings& limiterSettings, std::span<const Route> fileRoutes)
-        : command(renderCommand), options(renderOptions), settings(limiterSettings), routes(fileRoutes) {}
+        : command(renderCommand), options(renderOptions), settings(limiterSettings) {
+        for (const Route& route : fileRoutes) {
+            RenderOutcome& outcome = outcomes.emplace_back();
+            outcome.report.input = route.input;
+            outcome.report.output = route.output;
+            outcome.goals = goalsOf(command, settings);
+            outcome.album = isAlbum(command);
+            if (command.loudnessLufs && !(command.preset.empty() && command.state.empty()))
+                outcome.replacedGainDb = outcome.goals.gainDb;
+        }
+    }
 
     int run() {
-        if (!planAlbum()) return finish();
-        for (std::size_t i = 0; i < routes.size(); ++i) {
-            RenderOutcome& outcome = begin(routes[i]);
-            try {
-                renderOne(i, outcome);
-            } catch (const Failure& failure) {
-                fail(outcome, failure.what());
-            }
+        std::vector<RenderOutcome*> all;
+        for (RenderOutcome& outcome : outcomes) all.push_back(&outcome);
+        if (isAlbum(command)) {
+            renderTogether(all);
+        } else {
+            for (RenderOutcome* outcome : all) renderTogether({outcome});
         }
-        return finish();
+        writeReport(command, outcomes);
+        return failed ? kExitFailed : kExitDone;
     }
 
 private:
-    RenderOutcome& begin(const Route& route) {
-        RenderOutcome& outcome = outcomes.emplace_back();
-        outcome.report.input = route.input;
-        outcome.report.output = route.output;
-        outcome.maxTruePeakDb = options.maxTruePeakDb;
-        return outcome;
-    }
-
-    void fail(RenderOutcome& outcome, const std::string& text) {
+    void fail(std::span<RenderOutcome* const> which, const std::string& text) {
         fmt::print(stderr, "vanta: {}\n", text);
-        outcome.error = text;
-        code = kExitFailed;
+        for (RenderOutcome* outcome : which) outcome->error = text;
+        failed = true;
     }
 
-    /// One Gain is for all or for none: false if it could not be found.
-    bool planAlbum() {
-        if (!command.loudnessLufs || !isAlbum(command)) return true;
-        std::vector<fs::path> inputs;
-        for (const Route& route : routes) inputs.push_back(route.input);
-        try {
-            album = planLoudness(inputs, settings, options, *command.loudnessLufs);
-            return true;
-        } catch (const Failure& failure) {
-            for (const Route& route : routes) begin(route).error = failure.what();
-            fmt::print(stderr, "vanta: {}\n", failure.what());
-            code = kExitFailed;
-            return false;
-        }
-    }
-
-    void renderOne(std::size_t index, RenderOutcome& outcome) {
-        if (command.loudnessLufs && !album) checkDestination(routes[index]);
-        LimiterSettings chosen;
-        render(index, {settings, options, command.loudnessLufs}, outcome, chosen);
-        if (misses(outcome)) renderAgain(index, outcome, chosen);
-        noteMiss(outcome);
-        tell(outcome, chosen);
-    }
-
-    /// What a render starts from. The loudness to aim at need not be the one that is wanted.
-    struct Start {
-        const LimiterSettings& settings;
-        const RenderOptions& options;
-        std::optional<double> aimLufs;
-    };
-
-    void render(std::size_t index, const Start& start, RenderOutcome& outcome,
-                LimiterSettings& chosen) const {
-        const Route& route = routes[index];
-        start.settings.applyTo(chosen);
-        if (album) {
-            outcome.plan = album;
-        } else if (start.aimLufs) {
-            outcome.plan =
-                planLoudness(std::span(&route.input, 1), start.settings, start.options, *start.aimLufs);
-            outcome.plan->targetLufs = *command.loudnessLufs;
-        }
-        if (outcome.plan) {
-            const auto& levels = outcome.plan->outputLevelDb;
-            chosen.gain.setValue(static_cast<float>(outcome.plan->gainDb), 0);
-            chosen.outputLevel.setValue(static_cast<float>(levels[album ? index : 0]), 0);
-        }
-        outcome.report = renderFile(route.input, route.output, chosen, start.options);
-    }
-
-    /// A codec takes loudness away and moves peaks, and a ceiling that gave way to them costs loudness, too:
-    /// another search, that much higher and under the ceiling that held. What was written stays if it leads
-    /// nowhere.
-    void renderAgain(std::size_t index, RenderOutcome& outcome, LimiterSettings& chosen) const {
-        RenderOptions again = options;
-        again.replace = true;
-        double aimLufs = *command.loudnessLufs;
-        for (int round = 0; round < kMostSearches && misses(outcome); ++round) {
-            const auto lufs = outcome.report.after->figures.integrated;
-            if (!lufs) return;
-            // What the lower ceiling took is not the codec's.
-            const double ceilingMoved = outcome.plan->outputLevelDb.front() - outcome.report.outputLevelDb;
-            aimLufs += *command.loudnessLufs - *lufs - ceilingMoved;
-            LimiterSettings lower;
-            settings.applyTo(lower);
-            lower.outputLevel.setValue(static_cast<float>(outcome.report.outputLevelDb), 0);
-            RenderOutcome next = outcome;
+    /// With one Gain, if a loudness is asked for. A file that fails is left out.
+    void renderTogether(std::vector<RenderOutcome*> which) {
+        std::vector<std::unique_ptr<FileRender>> files;
+        std::erase_if(which, [&](RenderOutcome* outcome) {
             try {
-                render(index, {lower, again, aimLufs}, next, chosen);
-            } catch (const Failure&) {
-                return;
+                files.push_back(std::make_unique<FileRender>(outcome->report.input, outcome->report.output,
+                                                             settings, options));
+                return false;
+            } catch (const Failure& failure) {
+                fail(std::span(&outcome, 1), failure.what());
+                return true;
             }
-            next.plan->passes += outcome.plan->passes;
-            next.report.renders += outcome.report.renders;
-            outcome = std::move(next);
+        });
+        while (!files.empty() && !reach(which, files)) {
         }
+        for (std::size_t i = 0; i < files.size(); ++i) putInPlace(*which[i], *files[i]);
     }
 
-    /// Whether the one file is off the loudness that was asked for.
-    bool misses(const RenderOutcome& outcome) const {
-        return outcome.plan && !album && isOff(outcome.report.after->programme);
+    /// False if a file had to be left out: the rest has to begin anew.
+    bool reach(std::vector<RenderOutcome*>& which, std::vector<std::unique_ptr<FileRender>>& files) {
+        try {
+            const GoalsReached reached = reachGoals(files, which[0]->goals, options.measure);
+            for (RenderOutcome* outcome : which) outcome->reached = reached;
+            return true;
+        } catch (const FileFailure& failure) {
+            const auto at = static_cast<std::ptrdiff_t>(failure.index);
+            fail(std::span(&which[failure.index], 1), failure.what());
+            which.erase(which.begin() + at);
+            files.erase(files.begin() + at);
+        } catch (const Failure& failure) {
+            fail(which, failure.what());
+            files.clear();
+        }
+        return false;
     }
 
-    bool isOff(const Programme& written) const {
-        const auto lufs = written.figures().integrated;
-        return !lufs || std::abs(*lufs - *command.loudnessLufs) > kToleranceLu;
-    }
-
-    /// A search takes minutes: what forbids the output is told before it.
-    void checkDestination(const Route& route) const {
-        std::vector<fs::path> read = options.alsoRead;
-        read.push_back(route.input);
-        if (!options.sideChain.empty()) read.push_back(options.sideChain);
-        checkOutput(route.output, read, options.replace);
-    }
-
-    /// What to say if the loudness is off the target: the file's own rounding, or a codec, may still do that.
-    std::optional<std::string> missText(const Programme& written, std::string_view name) {
-        if (!isOff(written)) return {};
-        const auto lufs = written.figures().integrated;
-        if (code == kExitDone) code = kExitMissed;
-        return fmt::format("{}: what was written has {} instead of {:.2f} LUFS", name,
-                           lufs ? fmt::format("{:.2f}", *lufs) : "no loudness", *command.loudnessLufs);
-    }
-
-    void noteMiss(RenderOutcome& outcome) {
-        if (!outcome.plan || album) return;
-        if (const auto text = missText(outcome.report.after->programme, outcome.report.output.string()))
-            outcome.report.warnings.push_back(*text);
-    }
-
-    /// Nothing if a part of the album is missing: that was said.
-    void checkAlbum() {
-        if (!album || code != kExitDone) return;
-        Programme all;
-        for (const RenderOutcome& outcome : outcomes) all.merge(outcome.report.after->programme);
-        if (const auto text = missText(all, "the album")) fmt::print(stderr, "vanta: warning: {}\n", *text);
-    }
-
-    void tell(const RenderOutcome& outcome, const LimiterSettings& used) const {
+    void putInPlace(RenderOutcome& outcome, FileRender& file) {
+        try {
+            file.commit();
+        } catch (const Failure& failure) {
+            return fail(std::array{&outcome}, failure.what());
+        }
+        outcome.report = file.report();
         for (const std::string& warning : outcome.report.warnings)
             fmt::print(stderr, "vanta: warning: {}\n", warning);
         if (options.quiet) return;
-        fmt::print("{}\n{}", summary(outcome.report, used), renderFigures(outcome));
+        fmt::print("{}\n{}", summary(outcome.report, settings), renderFigures(outcome));
         std::fflush(stdout);
-    }
-
-    int finish() {
-        checkAlbum();
-        writeReport(command, outcomes);
-        return code;
     }
 
     const RenderCommand& command;
     const RenderOptions& options;
     const LimiterSettings& settings;
-    std::span<const Route> routes;
     std::vector<RenderOutcome> outcomes;
-    std::optional<LoudnessPlan> album;
-    int code = kExitDone;
+    bool failed = false;
 };
 
 }  // namespace
@@ -333,9 +261,7 @@ int runRender(const RenderCommand& command) {
     const RenderOptions options = optionsOf(command);
     LimiterSettings settings;
     applySettings(settings, command);
-    // A ceiling above the highest true peak could only be found too high, at the cost of a render.
-    if (command.maxTruePeakDb && *command.maxTruePeakDb < static_cast<double>(settings.outputLevel.value()))
-        settings.outputLevel.setValue(static_cast<float>(*command.maxTruePeakDb), 0);
+    checkGoals(command, settings);
     const auto routes = routesOf(command, options.format.type);
     checkReport(command, routes);
 

@@ -11,10 +11,7 @@
 #include "app/interrupt.hpp"
 #include "app/output_path.hpp"
 #include "app/progress_bar.hpp"
-#include "app/render_source.hpp"
-#include "foundation/file_replacement.hpp"
 #include "foundation/numbers.hpp"
-#include "host/offline/measuring_streams.hpp"
 
 namespace vanta {
 
@@ -22,208 +19,26 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Each render comes nearer by what was missing; what still does not hold by then never will.
-constexpr int kMostRenders = 10;
-constexpr double kLowestOutputLevelDb = -30.0;
-
 /// The word length of the Dithering setting; 0 when off.
 int ditherBits(const LimiterSettings& settings) {
     const int index = settings.dithering.currentIndex();
     return index == 0 ? 0 : 14 + 2 * index;
 }
 
-/// One file on its way through the limiter.
-class FileRender {
-public:
-    FileRender(const fs::path& inputPath, const fs::path& outputPath, const LimiterSettings& limiterSettings,
-               const RenderOptions& renderOptions)
-        : options(renderOptions),
-          source(inputPath, options.sideChain, options.layout),
-          input(source.input()),
-          mapping(source.mapping()) {
-        limiterSettings.applyTo(settings);
-        report.input = inputPath;
-        report.output = outputPath;
-        report.sampleRate = source.sampleRate();
-        report.warnings = source.warnings();
-        checkDestination();
-    }
-
-    FileReport run() {
-        StreamShape shape = input.shape();
-        shape.frames += tailSamples();
-        int format = chooseFormat(shape, report.output, options.format);
-        const bool mayClip = options.format.subtype != nullptr;
-        auto limit = mayClip ? AudioFileWriter::Limit::Clip : AudioFileWriter::Limit::Refuse;
-        for (bool holds = false; !holds;) {
-            try {
-                holds = renderAs(format, limit);
-            } catch (const BeyondFullScale&) {
-                format = formatBeyondFullScale(format, shape);
-                limit = AudioFileWriter::Limit::Refuse;
-            }
-        }
-        noteSignal();
-        report.gainDb = static_cast<double>(settings.gain.value());
-        report.outputLevelDb = static_cast<double>(settings.outputLevel.value());
-        report.style = settings.style.text(settings.style.value());
-        return std::move(report);
-    }
-
-private:
-    void warn(std::string text) { report.warnings.push_back(std::move(text)); }
-    std::int64_t tailSamples() const {
-        return std::llround(options.tailSeconds * static_cast<double>(report.sampleRate));
-    }
-
-    void checkDestination() const {
-        std::vector<fs::path> read = options.alsoRead;
-        read.push_back(report.input);
-        if (!options.sideChain.empty()) read.push_back(options.sideChain);
-        checkOutput(report.output, read, options.replace);
-    }
-
-    /// A format for samples beyond full scale.
-    int formatBeyondFullScale(int format, const StreamShape& shape) {
-        const auto wide = floatFormat(format, shape);
-        if (!wide) {
-            throw Failure(
-                fmt::format("{}: the result goes beyond full scale, which {} cannot hold: lower "
-                            "--output-level, write a type with float samples such as wav, or give "
-                            "--subtype to have it clipped",
-                            report.output.string(), formatName(format)));
-        }
-        warn(fmt::format("{}: the result goes beyond full scale and is written as {}", report.output.string(),
-                         formatName(*wide)));
-        return *wide;
-    }
-
-    AudioFileWriter::Target targetFor(int format, const fs::path& file, AudioFileWriter::Limit limit) const {
-        const FileType& type = *fileTypeOf(format);
-        const bool sameType = fileTypeOf(input.info().format) == &type;
-        const auto speakers = sameType ? mapping.speakers : sortSpeakers(mapping.speakers, type.order);
-        const bool positioned = mapping.speakers.size() > 2 && (!sameType || !input.positions().empty());
-        return {file,
-                report.output.string(),
-                format,
-                report.sampleRate,
-                fileOrder(mapping, speakers),
-                positioned ? speakers : std::vector<int>(),
-                limit};
-    }
-
-    /// False if the file went beyond the highest true peak: then nothing was put in place, and the ceiling
-    /// is lower now.
-    bool renderAs(int format, AudioFileWriter::Limit limit) {
-        FileReplacement replacement(report.output);
-        AudioFileWriter writer(targetFor(format, replacement.temporary(), limit));
-        copyTags(input.handle(), writer.handle());
-        source.rewind();
-        MeasuringReader before(input, mapping.layout, static_cast<double>(report.sampleRate));
-        const bool measureInput = options.measure && !report.before;
-
-        const std::int64_t total = input.info().frames + tailSamples();
-        ProgressBar progress(report.output.filename().string(), total, report.sampleRate, !options.quiet);
-        const auto proceed = [&](std::int64_t frames) {
-            progress.show(frames);
-            return !interruptRequested();
-        };
-        report.format = format;
-        ++report.renders;
-        report.result = render({.settings = settings,
-                                .input = measureInput ? static_cast<AudioReader&>(before) : input,
-                                .output = writer,
-                                .sideChain = source.sideChain(),
-                                .layout = mapping.layout,
-                                .sampleRate = static_cast<double>(report.sampleRate),
-                                .blockSamples = options.blockSamples,
-                                .tailSamples = tailSamples(),
-                                .ditherSeed = options.ditherSeed,
-                                .proceed = proceed});
-        if (!report.result.complete) throw Interrupted();
-        if (report.result.output.notFinite > 0) {
-            throw Failure(
-                fmt::format("{}: the limiter gave {} samples that are no numbers; nothing was written",
-                            report.output.string(), report.result.output.notFinite));
-        }
-        writer.finish();
-        if (interruptRequested()) throw Interrupted();
-        if (measureInput) noteInput(before.finish());
-        if (options.measure) noteOutput(replacement.temporary());
-        if (options.maxTruePeakDb && !holdsTruePeak(*options.maxTruePeakDb)) return false;
-        if (!replacement.commit())
-            throw Failure(fmt::format("{}: cannot be put in place", report.output.string()));
-        noteWriter(writer);
-        return true;
-    }
-
-    void noteInput(const Programme& programme) {
-        Measurement& measurement = report.before.emplace();
-        measurement.file = report.input;
-        measurement.format = formatName(input.info().format);
-        measurement.layout = mapping.layout;
-        measurement.sampleRate = report.sampleRate;
-        measurement.programme = programme;
-        measurement.figures = programme.figures();
-    }
-
-    /// What the file holds counts, not what was sent there: it went through dither and rounding.
-    void noteOutput(const fs::path& file) {
-        report.after = measureFile(file, mapping.layout, false);
-        report.after->file = report.output;
-    }
-
-    bool holdsTruePeak(double limit) {
-        const auto& peak = report.after->figures.total.truePeak;
-        const double missing = peak ? peak->level - limit : 0.0;
-        if (missing <= 0.0) return true;
-        const double lower = static_cast<double>(settings.outputLevel.value()) - missing - kTruePeakReserveDb;
-        if (report.renders >= kMostRenders || lower < kLowestOutputLevelDb) {
-            throw Failure(
-                fmt::format("{}: its true peak stays {:.3f} dB above {:.2f} dBTP after {} renders; "
-                            "nothing was written",
-                            report.output.string(), missing, limit, report.renders));
-        }
-        settings.outputLevel.setValue(static_cast<float>(lower), 0);
-        return false;
-    }
-
-    void noteWriter(const AudioFileWriter& writer) {
-        const std::string name = report.output.string();
-        if (writer.clipped() > 0) {
-            warn(fmt::format("{}: {} samples beyond full scale were clipped", name, writer.clipped()));
-        }
-        const FileSubtype& subtype = *fileSubtypeOf(report.format);
-        const int bits = ditherBits(settings);
-        if (bits == 0 || subtype.kind == FileSubtype::Float) return;
-        if (subtype.kind != FileSubtype::Integer) {
-            warn(fmt::format("{}: {} does not keep the {} bits of the dither", name, subtype.name, bits));
-        } else if (subtype.bits < bits) {
-            warn(fmt::format(
-                "{}: {} has fewer bits than the {} of the dither: the result was rounded once more", name,
-                subtype.name, bits));
-        }
-    }
-
-    void noteSignal() {
-        const auto note = [&](const fs::path& path, const StreamLevels& levels) {
-            if (levels.notFinite == 0) return;
-            warn(fmt::format("{}: {} samples are not finite numbers and count as silence", path.string(),
-                             levels.notFinite));
-        };
-        note(report.input, report.result.input);
-        if (source.sideChain()) note(options.sideChain, report.result.sideChain);
-        if (settings.bypass.mapped())
-            warn(fmt::format("{}: Bypass is on, nothing was limited", report.output.string()));
-    }
-
-    LimiterSettings settings;
-    const RenderOptions& options;
-    FileReport report;
-    RenderSource source;
-    AudioFileReader& input;
-    const ChannelMapping& mapping;
+/// Where the channels of the layout go in a file, and which speakers it is to name.
+struct FilePlace {
+    std::vector<int> fileChannel;
+    std::vector<int> speakers;  ///< empty: none
 };
+
+FilePlace placeOf(const RenderSource& source, int format) {
+    const FileType& type = *fileTypeOf(format);
+    const ChannelMapping& mapping = source.mapping();
+    const bool sameType = fileTypeOf(source.input().info().format) == &type;
+    const auto speakers = sameType ? mapping.speakers : sortSpeakers(mapping.speakers, type.order);
+    const bool positioned = mapping.speakers.size() > 2 && (!sameType || !source.input().positions().empty());
+    return {fileOrder(mapping, speakers), positioned ? speakers : std::vector<int>()};
+}
 
 std::string peakText(const StreamLevels& levels) {
     if (levels.peak <= kSilence) return "-INF dBFS";
@@ -245,9 +60,147 @@ std::string roundingText(const FileReport& report, const LimiterSettings& settin
 
 }  // namespace
 
-FileReport renderFile(const fs::path& input, const fs::path& output, const LimiterSettings& settings,
-                      const RenderOptions& options) {
-    return FileRender(input, output, settings, options).run();
+FileRender::FileRender(const fs::path& inputPath, const fs::path& outputPath,
+                       const LimiterSettings& limiterSettings, const RenderOptions& renderOptions)
+    : options(renderOptions),
+      source(inputPath, options.sideChain, options.layout),
+      shape(source.input().shape()) {
+    limiterSettings.applyTo(settings);
+    report_.input = inputPath;
+    report_.output = outputPath;
+    report_.sampleRate = source.sampleRate();
+    report_.style = settings.style.text(settings.style.value());
+    shape.frames += tailSamples();
+    checkDestination();
+}
+
+FileRender::~FileRender() = default;
+
+std::int64_t FileRender::tailSamples() const {
+    return std::llround(options.tailSeconds * static_cast<double>(report_.sampleRate));
+}
+
+void FileRender::checkDestination() const {
+    std::vector<fs::path> read = options.alsoRead;
+    read.push_back(report_.input);
+    if (!options.sideChain.empty()) read.push_back(options.sideChain);
+    checkOutput(report_.output, read, options.replace);
+}
+
+void FileRender::measureInput() {
+    if (report_.before) return;
+    report_.before = measureFile(report_.input, source.mapping().layout, !options.quiet);
+}
+
+void FileRender::render(double gainDb, double outputLevelDb) {
+    settings.gain.setValue(static_cast<float>(gainDb), 0);
+    settings.outputLevel.setValue(static_cast<float>(outputLevelDb), 0);
+    report_.gainDb = static_cast<double>(settings.gain.value());
+    report_.outputLevelDb = static_cast<double>(settings.outputLevel.value());
+    // What is said of a render goes with it.
+    report_.warnings = source.warnings();
+    ++report_.renders;
+    const int format = chooseFormat(shape, report_.output, options.format);
+    const bool mayClip = options.format.subtype != nullptr;
+    try {
+        renderAs(format, mayClip);
+    } catch (const BeyondFullScale&) {
+        renderAs(formatBeyondFullScale(format), false);
+    }
+    noteSignal();
+    // What the file holds counts, not what was sent there: it went through dither and rounding.
+    if (!options.measure) return;
+    report_.after = measureFile(replacement->temporary(), source.mapping().layout, false);
+    report_.after->file = report_.output;
+}
+
+void FileRender::commit() {
+    if (!replacement->commit())
+        throw Failure(fmt::format("{}: cannot be put in place", report_.output.string()));
+}
+
+/// A format for samples beyond full scale.
+int FileRender::formatBeyondFullScale(int format) {
+    const auto wide = floatFormat(format, shape);
+    if (!wide) {
+        throw Failure(
+            fmt::format("{}: the result goes beyond full scale, which {} cannot hold: lower "
+                        "--output-level, write a type with float samples such as wav, or give "
+                        "--subtype to have it clipped",
+                        report_.output.string(), formatName(format)));
+    }
+    warn(fmt::format("{}: the result goes beyond full scale and is written as {}", report_.output.string(),
+                     formatName(*wide)));
+    return *wide;
+}
+
+void FileRender::renderAs(int format, bool mayClip) {
+    report_.format = format;
+    replacement.reset();
+    replacement = std::make_unique<FileReplacement>(report_.output);
+    const auto limit = mayClip ? AudioFileWriter::Limit::Clip : AudioFileWriter::Limit::Refuse;
+    const auto place = placeOf(source, format);
+    AudioFileWriter writer({replacement->temporary(), report_.output.string(), format, report_.sampleRate,
+                            place.fileChannel, place.speakers, limit});
+    copyTags(source.input().handle(), writer.handle());
+    source.rewind();
+    report_.result = runLimiter(writer);
+    if (!report_.result.complete) throw Interrupted();
+    if (report_.result.output.notFinite > 0) {
+        throw Failure(fmt::format("{}: the limiter gave {} samples that are no numbers; nothing was written",
+                                  report_.output.string(), report_.result.output.notFinite));
+    }
+    writer.finish();
+    if (interruptRequested()) throw Interrupted();
+    noteWriter(writer);
+}
+
+RenderResult FileRender::runLimiter(AudioFileWriter& writer) {
+    const std::string name = report_.output.filename().string();
+    ProgressBar progress(report_.renders > 1 ? fmt::format("{}, render {}", name, report_.renders) : name,
+                         shape.frames, report_.sampleRate, !options.quiet);
+    const auto proceed = [&](std::int64_t frames) {
+        progress.show(frames);
+        return !interruptRequested();
+    };
+    return vanta::render({.settings = settings,
+                          .input = source.input(),
+                          .output = writer,
+                          .sideChain = source.sideChain(),
+                          .layout = source.mapping().layout,
+                          .sampleRate = static_cast<double>(report_.sampleRate),
+                          .blockSamples = options.blockSamples,
+                          .tailSamples = tailSamples(),
+                          .ditherSeed = options.ditherSeed,
+                          .proceed = proceed});
+}
+
+void FileRender::noteWriter(const AudioFileWriter& writer) {
+    const std::string name = report_.output.string();
+    if (writer.clipped() > 0) {
+        warn(fmt::format("{}: {} samples beyond full scale were clipped", name, writer.clipped()));
+    }
+    const FileSubtype& subtype = *fileSubtypeOf(report_.format);
+    const int bits = ditherBits(settings);
+    if (bits == 0 || subtype.kind == FileSubtype::Float) return;
+    if (subtype.kind != FileSubtype::Integer) {
+        warn(fmt::format("{}: {} does not keep the {} bits of the dither", name, subtype.name, bits));
+    } else if (subtype.bits < bits) {
+        warn(fmt::format("{}: {} has fewer bits than the {} of the dither: the result was rounded once more",
+                         name, subtype.name, bits));
+    }
+}
+
+void FileRender::noteSignal() {
+    const auto note = [&](const fs::path& path, const StreamLevels& levels) {
+        if (levels.notFinite == 0) return;
+        warn(fmt::format("{}: {} samples are not finite numbers and count as silence", path.string(),
+                         levels.notFinite));
+    };
+    note(report_.input, report_.result.input);
+    if (source.sideChain()) note(options.sideChain, report_.result.sideChain);
+    if (settings.bypass.mapped())
+        warn(fmt::format("{}: Bypass is on, nothing was limited", report_.output.string()));
 }
 
 std::string summary(const FileReport& report, const LimiterSettings& settings) {

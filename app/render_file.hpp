@@ -2,19 +2,21 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "app/file_format.hpp"
 #include "app/measurement.hpp"
+#include "app/render_source.hpp"
+#include "foundation/file_replacement.hpp"
 #include "host/offline/limiter_settings.hpp"
 #include "host/offline/render.hpp"
 
 namespace vanta {
 
-/// By how much further Output Level goes down than was missing, in dB, so that one more render is enough.
-inline constexpr double kTruePeakReserveDb = 0.005;
+class AudioFileWriter;
 
 /// How files are to be rendered.
 struct RenderOptions {
@@ -27,7 +29,6 @@ struct RenderOptions {
     bool replace = false;
     bool quiet = false;
     bool measure = true;                          ///< loudness and peaks of input and output
-    std::optional<double> maxTruePeakDb;          ///< that the output may have, in dBTP; needs `measure`
     std::vector<std::filesystem::path> alsoRead;  ///< further files that no output may replace
 };
 
@@ -38,20 +39,51 @@ struct FileReport {
     RenderResult result;
     std::string style;
     double gainDb = 0.0;
-    double outputLevelDb = 0.0;         ///< of the last render
-    int renders = 0;                    ///< until the true peak held
+    double outputLevelDb = 0.0;
+    int renders = 0;                    ///< until it was as wanted
     std::optional<Measurement> before;  ///< of the input
-    std::optional<Measurement> after;   ///< of the written file
+    std::optional<Measurement> after;   ///< of the file as it was written
     int sampleRate = 0;                 ///< Hz
     int format = 0;                     ///< libsndfile's, of the output
     std::vector<std::string> warnings;
 };
 
-/// Limits one file into another, which appears under its name when it is whole and not before. A file beyond
-/// the highest true peak is rendered again with Output Level lowered by what was missing. Failure or
-/// Interrupted leave nothing behind.
-FileReport renderFile(const std::filesystem::path& input, const std::filesystem::path& output,
-                      const LimiterSettings& settings, const RenderOptions& options);
+/// One file on its way through the limiter: rendered and measured as often as it takes, put in place once.
+/// Whatever is not put in place leaves nothing behind. Everything may throw Failure or Interrupted.
+class FileRender {
+public:
+    /// Opens and checks what is read and written.
+    FileRender(const std::filesystem::path& inputPath, const std::filesystem::path& outputPath,
+               const LimiterSettings& limiterSettings, const RenderOptions& renderOptions);
+    ~FileRender();
+
+    /// Fills `report().before`, once.
+    void measureInput();
+    /// Renders with these settings of the limiter beside the place of the output, and measures what it wrote.
+    void render(double gainDb, double outputLevelDb);
+    /// Puts the last render in place.
+    void commit();
+
+    /// Complete after `commit`.
+    const FileReport& report() const { return report_; }
+
+private:
+    std::int64_t tailSamples() const;
+    void checkDestination() const;
+    int formatBeyondFullScale(int format);
+    void renderAs(int format, bool mayClip);
+    RenderResult runLimiter(AudioFileWriter& writer);
+    void noteWriter(const AudioFileWriter& writer);
+    void noteSignal();
+    void warn(std::string text) { report_.warnings.push_back(std::move(text)); }
+
+    LimiterSettings settings;
+    const RenderOptions& options;
+    RenderSource source;
+    StreamShape shape;  ///< of the output
+    FileReport report_;
+    std::unique_ptr<FileReplacement> replacement;  ///< holds the last render
+};
 
 /// One line that says what was done.
 std::string summary(const FileReport& report, const LimiterSettings& settings);

@@ -25,12 +25,18 @@ std::string line(std::string_view name, const ProgrammeFigures& figures) {
                        figures.integrated ? "" : " (too short or too soft for a loudness)");
 }
 
-std::string loudnessLine(const LoudnessPlan& plan, const FileReport& report) {
-    return fmt::format("  loudness {:.2f} LUFS: found a Gain of {:.2f} dB in {} passes{}\n", plan.targetLufs,
-                       report.gainDb, plan.passes,
-                       plan.outputLevelDb.size() > 1
-                           ? fmt::format(", one for {} files", plan.outputLevelDb.size())
-                           : std::string());
+std::string loudnessLine(const RenderOutcome& outcome) {
+    const GoalsReached& reached = outcome.reached;
+    std::string text =
+        fmt::format("  loudness {:.2f} LUFS: Gain {:.2f} dB, found in {} {}", *outcome.goals.loudnessLufs,
+                    outcome.report.gainDb, reached.passes, reached.passes == 1 ? "pass" : "passes");
+    if (outcome.album)
+        text += fmt::format(", gives {} together {:.2f} LUFS",
+                            reached.files == 1 ? "1 file" : fmt::format("{} files", reached.files),
+                            *reached.lufs);
+    if (outcome.replacedGainDb && *outcome.replacedGainDb != 0.0)
+        text += fmt::format("; replaces the {:.2f} dB that were set", *outcome.replacedGainDb);
+    return text + "\n";
 }
 
 /// Rounded towards the limit, so that the line never promises more than there is.
@@ -38,23 +44,22 @@ double margin(double limitDb, double truePeakDb) {
     return std::floor(1000.0 * (limitDb - truePeakDb)) / 1000.0;
 }
 
-/// The true peak that was held against a limit, in dBTP.
+/// The true peak that was held against a limit, in dBTP; nothing for silence.
 std::optional<double> verifiedPeak(const RenderOutcome& outcome) {
-    if (!outcome.maxTruePeakDb || !outcome.report.after) return {};
+    if (!outcome.goals.maxTruePeakDb || !outcome.report.after) return {};
     const auto& peak = outcome.report.after->figures.total.truePeak;
     return peak ? std::optional(peak->level) : std::nullopt;
 }
 
 std::string truePeakLine(const RenderOutcome& outcome, double truePeakDb) {
     const FileReport& report = outcome.report;
-    const double limitDb = *outcome.maxTruePeakDb;
+    const double limitDb = *outcome.goals.maxTruePeakDb;
     std::string text =
         fmt::format("  true peak holds {:.2f} dBTP by {:.3f} dB", limitDb, margin(limitDb, truePeakDb));
-    if (report.renders > 1) {
-        text += fmt::format(", after {} renders with Output Level at {:.3f} dB", report.renders,
-                            report.outputLevelDb);
-    }
-    return text + "\n";
+    if (report.outputLevelDb < outcome.goals.outputLevelDb)
+        text += fmt::format(", with Output Level at {:.3f} instead of {:.2f} dB", report.outputLevelDb,
+                            outcome.goals.outputLevelDb);
+    return text + fmt::format(", after {} {}\n", report.renders, report.renders == 1 ? "render" : "renders");
 }
 
 Json rounded(double value, double steps = 1000.0) {
@@ -80,16 +85,20 @@ Json renderObject(const RenderOutcome& outcome) {
                                 {"highest_db", rounded(report.result.largestReductionDb)},
                                 {"share_of_time", rounded(report.result.reducedShare, 1e4)}};
     object["renders"] = report.renders;
-    if (outcome.plan) {
-        object["loudness"] = {{"target_lufs", outcome.plan->targetLufs},
-                              {"expected_lufs", rounded(outcome.plan->lufs)},
-                              {"passes", outcome.plan->passes},
-                              {"files", outcome.plan->outputLevelDb.size()}};
+    if (outcome.goals.loudnessLufs) {
+        object["loudness"] = {
+            {"target_lufs", *outcome.goals.loudnessLufs},
+            {"reached_lufs", rounded(*outcome.reached.lufs)},
+            {"mode", outcome.album ? "album" : "track"},
+            {"files", outcome.reached.files},
+            {"passes", outcome.reached.passes},
+            {"replaced_gain_db", outcome.replacedGainDb ? rounded(*outcome.replacedGainDb) : Json(nullptr)}};
     }
     if (const auto peak = verifiedPeak(outcome)) {
-        object["max_true_peak"] = {{"limit_dbtp", *outcome.maxTruePeakDb},
+        object["max_true_peak"] = {{"limit_dbtp", *outcome.goals.maxTruePeakDb},
                                    {"true_peak_dbtp", rounded(*peak)},
-                                   {"holds_by_db", margin(*outcome.maxTruePeakDb, *peak)}};
+                                   {"holds_by_db", margin(*outcome.goals.maxTruePeakDb, *peak)},
+                                   {"output_level_asked_db", rounded(outcome.goals.outputLevelDb)}};
     }
     object["warnings"] = report.warnings;
     return object;
@@ -108,7 +117,7 @@ std::string renderFigures(const RenderOutcome& outcome) {
             report.result.meanReductionDb, report.result.largestReductionDb,
             100.0 * report.result.reducedShare);
     }
-    if (outcome.plan) text += loudnessLine(*outcome.plan, report);
+    if (outcome.goals.loudnessLufs) text += loudnessLine(outcome);
     if (const auto peak = verifiedPeak(outcome)) text += truePeakLine(outcome, *peak);
     return text;
 }

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "app/loudness_plan.hpp"
 #include "app/render_file.hpp"
+#include "app/render_goals.hpp"
 
 namespace vanta {
 
@@ -14,8 +14,10 @@ namespace vanta {
 struct RenderOutcome {
     FileReport report;
     std::string error;  ///< why nothing was written; empty if all is well
-    std::optional<LoudnessPlan> plan;
-    std::optional<double> maxTruePeakDb;
+    RenderGoals goals;
+    std::optional<double> replacedGainDb;  ///< of a preset or state, if a loudness decides now
+    bool album = false;
+    GoalsReached reached;
 };
 
 /// Lines for people: loudness, range and true peak before and after, gain reduction, and what became of the

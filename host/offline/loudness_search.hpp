@@ -1,6 +1,6 @@
 #pragma once
 
-#include <functional>
+#include <limits>
 #include <optional>
 
 namespace vanta {
@@ -8,26 +8,51 @@ namespace vanta {
 /// What loudness is wanted, and where to look for it.
 struct LoudnessTarget {
     double lufs = -14.0;
-    double toleranceLu = 0.03;  ///< how near is near enough
+    double toleranceLu = 0.05;  ///< how near is near enough
     double lowestGainDb = 0.0;
     double highestGainDb = 30.0;
     double firstGainDb = 0.0;  ///< where to begin; limited to the range
-    int mostPasses = 12;
 };
 
-struct LoudnessFound {
-    double gainDb = 0.0;         ///< of the pass that came nearest
-    std::optional<double> lufs;  ///< there; nothing if it was silent
-    int passes = 0;
-    bool reached = false;  ///< within the tolerance
-};
+/// Looks for the gain at which a limited programme has a loudness. The loudness grows with the gain, at most
+/// dB for dB and less the harder is limited: steps follow the slope of the last two passes, and once the
+/// target lies between two of them, false position with the Illinois rule (Dowell and Jarratt, 1971) closes
+/// in.
+class LoudnessSearch {
+public:
+    enum class State { Searching, Reached, OutOfReach };
 
-/// Finds the gain at which `loudnessOf` gives the target. The loudness grows with the gain, and the
-/// less the more is limited: steps follow the slope between the last two passes, and once the target lies
-/// between two passes, false position with the Illinois rule closes in. Each call of `loudnessOf` is one
-/// pass; nothing stands for what lies below the gate. Where even an end of the range does not reach the
-/// target, that end is the result.
-LoudnessFound findLoudness(const LoudnessTarget& target,
-                           const std::function<std::optional<double>(double gainDb)>& loudnessOf);
+    explicit LoudnessSearch(const LoudnessTarget& wanted);
+
+    /// What to try next, or again.
+    double gainDb() const { return gain; }
+    /// What a pass at `gainDb()` gave; nothing stands for what lies below the gate. `Reached`: this gain is
+    /// within the tolerance. `OutOfReach`: it is the end of the range, or there is nothing left between the
+    /// passes.
+    State note(std::optional<double> lufs);
+
+private:
+    /// A pass on one side of the target. The Illinois rule halves `weight` while the other side stays.
+    struct Side {
+        double gainDb = 0.0;
+        double weight = 0.0;  ///< LU from the target, positive above it
+        bool known = false;
+    };
+
+    double limited(double gainDb) const;
+    void place(double missedBy);
+    void follow(double missedBy);
+    bool isSpent(double missedBy) const;
+    double nextGain() const;
+
+    LoudnessTarget target;
+    Side below;
+    Side above;
+    const Side* last = nullptr;
+    double gain;
+    double lastGain = std::numeric_limits<double>::quiet_NaN();
+    double lastMiss = 0.0;
+    double slope;  ///< LU per dB
+};
 
 }  // namespace vanta

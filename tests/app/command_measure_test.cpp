@@ -138,6 +138,15 @@ TEST_F(CommandMeasure, TheTimelineHasAPointEvery100MsAndThePlotIsAPicture) {
     const std::string picture = readBytes(folder / "plot.png");
     EXPECT_EQ(picture.substr(0, 8), "\x89PNG\r\n\x1a\n");
     EXPECT_GT(picture.size(), 5000u);
+    // Width and height are big-endian, behind the header chunk's length and name.
+    const auto size = [&](std::size_t at) {
+        return 256 * static_cast<unsigned char>(picture.at(at + 2)) +
+               static_cast<unsigned char>(picture.at(at + 3));
+    };
+    EXPECT_GE(size(16), 800);
+    EXPECT_GE(size(20), 400);
+    EXPECT_LE(size(16), 4000);
+    EXPECT_LE(size(20), 4000);
 }
 
 TEST_F(CommandMeasure, TheExitTellsWhatMissesItsRequirements) {

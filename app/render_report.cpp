@@ -44,18 +44,18 @@ double margin(double limitDb, double truePeakDb) {
     return std::floor(1000.0 * (limitDb - truePeakDb)) / 1000.0;
 }
 
-/// The true peak that was held against a limit, in dBTP; nothing for silence.
+/// The true peak that was held against the limit, in dBTP; nothing for silence.
 std::optional<double> verifiedPeak(const RenderOutcome& outcome) {
-    if (!outcome.goals.maxTruePeakDb || !outcome.report.after) return {};
     const auto& peak = outcome.report.after->figures.total.truePeak;
     return peak ? std::optional(peak->level) : std::nullopt;
 }
 
-std::string truePeakLine(const RenderOutcome& outcome, double truePeakDb) {
+std::string truePeakLine(const RenderOutcome& outcome) {
     const FileReport& report = outcome.report;
     const double limitDb = *outcome.goals.maxTruePeakDb;
-    std::string text =
-        fmt::format("  true peak holds {:.2f} dBTP by {:.3f} dB", limitDb, margin(limitDb, truePeakDb));
+    const auto peak = verifiedPeak(outcome);
+    std::string text = fmt::format("  true peak holds {:.2f} dBTP", limitDb);
+    text += peak ? fmt::format(" by {:.3f} dB", margin(limitDb, *peak)) : ": silence";
     if (report.outputLevelDb < outcome.goals.outputLevelDb)
         text += fmt::format(", with Output Level at {:.3f} instead of {:.2f} dB", report.outputLevelDb,
                             outcome.goals.outputLevelDb);
@@ -94,10 +94,12 @@ Json renderObject(const RenderOutcome& outcome) {
             {"passes", outcome.reached.passes},
             {"replaced_gain_db", outcome.replacedGainDb ? rounded(*outcome.replacedGainDb) : Json(nullptr)}};
     }
-    if (const auto peak = verifiedPeak(outcome)) {
-        object["max_true_peak"] = {{"limit_dbtp", *outcome.goals.maxTruePeakDb},
-                                   {"true_peak_dbtp", rounded(*peak)},
-                                   {"holds_by_db", margin(*outcome.goals.maxTruePeakDb, *peak)},
+    if (outcome.goals.maxTruePeakDb) {
+        const double limitDb = *outcome.goals.maxTruePeakDb;
+        const auto peak = verifiedPeak(outcome);
+        object["max_true_peak"] = {{"limit_dbtp", limitDb},
+                                   {"true_peak_dbtp", peak ? rounded(*peak) : Json(nullptr)},
+                                   {"holds_by_db", peak ? Json(margin(limitDb, *peak)) : Json(nullptr)},
                                    {"output_level_asked_db", rounded(outcome.goals.outputLevelDb)}};
     }
     object["warnings"] = report.warnings;
@@ -118,7 +120,7 @@ std::string renderFigures(const RenderOutcome& outcome) {
             100.0 * report.result.reducedShare);
     }
     if (outcome.goals.loudnessLufs) text += loudnessLine(outcome);
-    if (const auto peak = verifiedPeak(outcome)) text += truePeakLine(outcome, *peak);
+    if (outcome.goals.maxTruePeakDb) text += truePeakLine(outcome);
     return text;
 }
 

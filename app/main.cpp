@@ -1,4 +1,4 @@
-#include "app/command_line.hpp"
+#include "cli/command_line.hpp"
 
 int main(int argc, char** argv) {
     return vanta::runCommandLine({argv + 1, argv + argc});

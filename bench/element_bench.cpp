@@ -3,12 +3,12 @@
 #include <memory>
 #include <string>
 
-#include "dsp/capacitor.hpp"
 #include "dsp/convolver/convolver.hpp"
 #include "dsp/convolver/fft.hpp"
 #include "dsp/convolver/smoothing_kernel.hpp"
-#include "dsp/detector.hpp"
-#include "dsp/peak_hold.hpp"
+#include "dsp/detector/detector.hpp"
+#include "dsp/detector/peak_hold.hpp"
+#include "dsp/envelope/capacitor.hpp"
 #include "dsp/sr/converter_filter.hpp"
 #include "dsp/sr/true_peak_exposer.hpp"
 #include "tests/support/element_rig.hpp"
@@ -90,7 +90,7 @@ void fft(benchmark::State& state) {
     const int size = static_cast<int>(state.range(0));
     FFT transform(size);
     FFT::Work work(size);
-    AlignedBuffer<float> spectrum(size);
+    wave::AlignedBuffer<float> spectrum(size);
     const auto samples = test::pinkNoise(1, static_cast<std::size_t>(size));
     for (auto _ : state) {
         transform.forward(samples.data(), samples.data() + size / 2, spectrum.data(), work, 0,

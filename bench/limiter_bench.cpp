@@ -113,7 +113,7 @@ void memory(benchmark::State& state, int oversampling) {
     for (auto _ : state) {
         const std::size_t before = heapBytes();
         VantaProcessor processor(kStereoLayout);
-        processor.setSampleRate(44100.0f);
+        processor.prepare(44100.0f);
         processor.oversampling.setValue(static_cast<float>(oversampling), kFromHost);
         float silence[kBlock] = {};
         const float* in[] = {silence, silence};

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "limiter/vanta_processor.hpp"
+#include "limiter/processor/vanta_processor.hpp"
 #include "tests/support/signals.hpp"
 
 namespace vanta::bench {
@@ -21,45 +21,45 @@ struct Setting {
 class LimiterRig {
 public:
     explicit LimiterRig(const Setting& setting) : processor(setting.layout) {
-        processor.setSampleRate(setting.sampleRate);
+        processor.prepare(setting.sampleRate);
         processor.style.setValue(static_cast<float>(setting.style), kFromHost);
         processor.oversampling.setValue(static_cast<float>(setting.oversampling), kFromHost);
         processor.truePeakLimiting.setValue(setting.truePeak ? 1.0f : 0.0f, kFromHost);
         processor.gain.setValue(setting.gainDb, kFromHost);
         const auto frames = static_cast<std::size_t>(setting.sampleRate * 2.0f);
         for (int c = 0; c < channelCount(setting.layout); ++c) {
-            input.push_back(test::pinkNoise(1000u + static_cast<unsigned>(c), frames, 0.25));
+            input_.push_back(test::pinkNoise(1000u + static_cast<unsigned>(c), frames, 0.25));
             for (std::size_t i = 0; i < frames; ++i) {
                 const float phase = static_cast<float>(i % 11025) / 11025.0f;
-                input.back()[i] *= 0.2f + 0.8f * (1.0f - phase) * (1.0f - phase);
+                input_.back()[i] *= 0.2f + 0.8f * (1.0f - phase) * (1.0f - phase);
             }
         }
-        output.assign(input.size(), std::vector<float>(kLargestBlock));
+        output_.assign(input_.size(), std::vector<float>(kLargestBlock));
     }
 
-    int frames() const { return static_cast<int>(input[0].size()); }
+    int frames() const { return static_cast<int>(input_[0].size()); }
 
     /// The next block, over and over the same two seconds.
     void run(int samples) {
-        if (position + samples > frames()) position = 0;
+        if (position_ + samples > frames()) position_ = 0;
         const float* in[kMaxChannels];
         float* out[kMaxChannels];
-        for (std::size_t c = 0; c < input.size(); ++c) {
-            in[c] = input[c].data() + position;
-            out[c] = output[c].data();
+        for (std::size_t c = 0; c < input_.size(); ++c) {
+            in[c] = input_[c].data() + position_;
+            out[c] = output_[c].data();
         }
-        const int channels = static_cast<int>(input.size());
+        const int channels = static_cast<int>(input_.size());
         processor.processBlock(in, channels, out, channels, samples);
-        position += samples;
+        position_ += samples;
     }
 
     VantaProcessor processor;
 
 private:
     static constexpr std::size_t kLargestBlock = 8192;
-    std::vector<std::vector<float>> input;
-    std::vector<std::vector<float>> output;
-    int position = 0;
+    std::vector<std::vector<float>> input_;
+    std::vector<std::vector<float>> output_;
+    int position_ = 0;
 };
 
 }  // namespace vanta::bench

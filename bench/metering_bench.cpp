@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "bench/limiter_rig.hpp"
+#include "dsp/detector/rms_filter.hpp"
 #include "dsp/metering/level_meter.hpp"
 #include "dsp/metering/loudness_meter.hpp"
 #include "dsp/metering/true_peak_judge.hpp"
-#include "dsp/rms_filter.hpp"
 #include "dsp/sr/true_peak_exposer.hpp"
-#include "host/offline/programme_meter.hpp"
+#include "measure/programme_meter.hpp"
 #include "tests/support/signals.hpp"
 
 namespace vanta::bench {
@@ -38,28 +38,30 @@ void count(benchmark::State& state) {
 class MeterRig {
 public:
     explicit MeterRig(bool withTruePeak) {
-        environment.setSampleRate(static_cast<float>(kRate));
+        environment_.setSampleRate(static_cast<float>(kRate));
         for (int c = 0; c < 2; ++c) {
-            channels.push_back(std::make_unique<Channel>(environment, style));
-            channels.back()->exposer.enabled = withTruePeak;
-            loudness.setChannel(c, c == 0 ? 0x21E : 0x41E, channels.back()->weighting);
+            channels_.push_back(std::make_unique<Channel>(environment_, style_));
+            channels_.back()->exposer.enabled = withTruePeak;
+            loudness_.setChannel(c, c == 0 ? 0x21E : 0x41E, channels_.back()->weighting);
         }
     }
 
     void run() {
-        if (at == kFrames) at = 0;
-        for (std::size_t c = 0; c < 2; ++c) channels[c]->input.setBuffer(signal[c].data() + at, kBlock);
-        at += kBlock;
-        environment.advanceTick();
-        environment.run(kBlock, 0);
+        if (at_ == kFrames) at_ = 0;
+        for (std::size_t c = 0; c < 2; ++c) channels_[c]->input.setBuffer(signal_[c].data() + at_, kBlock);
+        at_ += kBlock;
+        environment_.advanceTick();
+        environment_.run(kBlock, 0);
     }
 
     float look() {
         float sum = 0.0f;
-        for (auto& channel : channels)
-            sum += channel->peak.value(LevelSource::Current) + channel->level.value(LevelSource::Current);
+        for (auto& channel : channels_)
+            sum += channel->peak.value(wave::LevelSource::Current) +
+                   channel->level.value(wave::LevelSource::Current);
         for (int i = 0; i < LoudnessMeter::SourceCount; ++i) {
-            sum += loudness.source(static_cast<LoudnessMeter::SourceIndex>(i)).value(LevelSource::Current);
+            sum += loudness_.source(static_cast<LoudnessMeter::SourceIndex>(i))
+                       .value(wave::LevelSource::Current);
         }
         return sum;
     }
@@ -89,12 +91,12 @@ private:
         LevelMeter level;
     };
 
-    std::array<std::vector<float>, 2> signal = programme();
-    wave::Environment environment{kBlock};
-    LoudnessMeter loudness{environment};
-    sr::TruePeakExposer::Style style{environment};
-    std::vector<std::unique_ptr<Channel>> channels;
-    std::size_t at = 0;
+    std::array<std::vector<float>, 2> signal_ = programme();
+    wave::Environment environment_{kBlock};
+    LoudnessMeter loudness_{environment_};
+    sr::TruePeakExposer::Style style_{environment_};
+    std::vector<std::unique_ptr<Channel>> channels_;
+    std::size_t at_ = 0;
 };
 
 void ownMeters(benchmark::State& state, bool withTruePeak) {

@@ -1,67 +1,116 @@
-# Who may include whom. A room sees itself and the rooms named behind it, nothing else: the build of
-# a room fails when one of its files includes what stands above it.
-set(VANTA_ROOMS foundation kernel wave dsp plugin styles limiter factory unified offline cli)
+# Who may include whom, from the ground up. A room is one folder. It sees itself and the rooms behind SEES, and
+# nothing else: the build fails when one of its files includes what it may not see. As a room can only see rooms
+# that stand above it on this page, there is no circle.
 
-set(VANTA_DIR_foundation foundation)
-set(VANTA_DIR_kernel     dsp/kernel)
-set(VANTA_DIR_wave       wave)
-set(VANTA_DIR_dsp        dsp)
-set(VANTA_DIR_plugin     plugin)
-set(VANTA_DIR_styles     limiter/styles)
-set(VANTA_DIR_limiter    limiter)
-set(VANTA_DIR_factory    limiter/factory)
-set(VANTA_DIR_unified    host/unified)
-set(VANTA_DIR_offline    host/offline)
-set(VANTA_DIR_cli        app)
-
-set(VANTA_SEES_foundation)
-set(VANTA_SEES_kernel)
-set(VANTA_SEES_wave       foundation kernel)
-set(VANTA_SEES_dsp        foundation kernel wave)
-set(VANTA_SEES_plugin     foundation kernel wave)
-set(VANTA_SEES_styles     foundation)
-set(VANTA_SEES_limiter    foundation kernel wave dsp plugin styles)
-set(VANTA_SEES_factory    foundation plugin limiter)
-set(VANTA_SEES_unified    foundation kernel wave dsp plugin limiter factory)
-set(VANTA_SEES_offline    foundation kernel wave dsp plugin limiter factory unified)
-set(VANTA_SEES_cli        foundation wave dsp plugin limiter factory unified offline)
-
-# vanta_room(NAME HEADERS h... SOURCES s... [LIBRARIES l...])
-# Makes the static library vanta_NAME from the current folder. LIBRARIES are further link targets
-# from outside the house.
-function(vanta_room name)
-  cmake_parse_arguments(ROOM "" "" "HEADERS;SOURCES;LIBRARIES" ${ARGN})
-  set(target vanta_${name})
-  add_library(${target} STATIC ${ROOM_SOURCES})
-  target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${ROOM_HEADERS})
-  target_link_libraries(${target} PRIVATE vanta_warnings)
-  set(allowed ${VANTA_DIR_${name}})
-  foreach(seen ${VANTA_SEES_${name}})
-    target_link_libraries(${target} PUBLIC vanta_${seen})
-    list(APPEND allowed ${VANTA_DIR_${seen}})
+# vanta_layer(FOLDER [SEES folders...]) states a room's place and checks all that lies in its folder.
+function(vanta_layer folder)
+  cmake_parse_arguments(LAYER "" "" "SEES" ${ARGN})
+  get_property(known GLOBAL PROPERTY vanta_layers)
+  foreach(seen ${LAYER_SEES})
+    if(NOT seen IN_LIST known)
+      message(FATAL_ERROR "cmake/layers.cmake: ${folder} sees ${seen}, which is not a room below it")
+    endif()
   endforeach()
-  target_link_libraries(${target} PUBLIC fmt::fmt Threads::Threads ${ROOM_LIBRARIES})
+  set_property(GLOBAL APPEND PROPERTY vanta_layers ${folder})
+  string(REPLACE "/" "_" name ${folder})
+  set_property(GLOBAL PROPERTY vanta_sees_${name} ${LAYER_SEES})
 
-  list(TRANSFORM ROOM_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ OUTPUT_VARIABLE headers)
-  list(TRANSFORM ROOM_SOURCES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ OUTPUT_VARIABLE sources)
-  list(FILTER sources EXCLUDE REGEX "${PROJECT_BINARY_DIR}")
-  set(stamp ${CMAKE_CURRENT_BINARY_DIR}/${target}.layers)
+  file(GLOB files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*.hpp ${PROJECT_SOURCE_DIR}/${folder}/*.cpp)
+  set(stamp ${PROJECT_BINARY_DIR}/layers/${name})
   add_custom_command(OUTPUT ${stamp}
-    COMMAND ${CMAKE_COMMAND} "-DALLOWED=${allowed}" "-DFILES=${headers};${sources}" "-DROOT=${PROJECT_SOURCE_DIR}"
+    COMMAND ${CMAKE_COMMAND} -DROOM=${folder} "-DSEES=${LAYER_SEES}" "-DFILES=${files}" -DROOT=${PROJECT_SOURCE_DIR}
             -P ${PROJECT_SOURCE_DIR}/cmake/check_layers.cmake
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/layers
     COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
-    DEPENDS ${headers} ${sources} ${PROJECT_SOURCE_DIR}/cmake/check_layers.cmake ${PROJECT_SOURCE_DIR}/cmake/layers.cmake
+    DEPENDS ${files} ${PROJECT_SOURCE_DIR}/cmake/check_layers.cmake ${PROJECT_SOURCE_DIR}/cmake/layers.cmake
     VERBATIM)
-  add_custom_target(${target}_layers DEPENDS ${stamp})
-  add_dependencies(${target} ${target}_layers)
+  add_custom_target(layers_${name} ALL DEPENDS ${stamp})
 endfunction()
 
-# vanta_test(NAME SOURCES s... LIBRARIES l...): one GoogleTest program, registered with ctest as one test.
-function(vanta_test name)
-  cmake_parse_arguments(T "" "" "SOURCES;LIBRARIES" ${ARGN})
-  add_executable(test_${name} ${T_SOURCES})
-  target_link_libraries(test_${name} PRIVATE vanta_warnings vanta_test_support ${T_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
-  target_precompile_headers(test_${name} REUSE_FROM vanta_test_pch)
-  add_test(NAME ${name} COMMAND test_${name})
-  set_tests_properties(${name} PROPERTIES TIMEOUT 600)
-endfunction()
+vanta_layer(foundation)
+vanta_layer(kernel)
+vanta_layer(wave SEES foundation kernel)
+
+vanta_layer(dsp/envelope SEES foundation kernel wave)
+vanta_layer(dsp/delay SEES foundation wave)
+vanta_layer(dsp/detector SEES foundation kernel wave)
+vanta_layer(dsp/mixer SEES foundation kernel wave)
+vanta_layer(dsp/filter SEES foundation wave)
+vanta_layer(dsp/convolver SEES foundation kernel wave)
+vanta_layer(dsp/dither SEES foundation wave)
+vanta_layer(dsp/sr SEES foundation kernel wave)
+vanta_layer(dsp/metering SEES foundation kernel wave dsp/detector dsp/mixer dsp/filter)
+
+vanta_layer(plugin/base SEES foundation)
+vanta_layer(plugin/parameters SEES foundation wave plugin/base)
+vanta_layer(plugin/presets SEES foundation plugin/base plugin/parameters)
+vanta_layer(plugin/settings SEES foundation)
+vanta_layer(plugin/metering SEES foundation wave)
+vanta_layer(plugin/midi SEES foundation)
+vanta_layer(plugin/processor SEES foundation kernel wave plugin/base plugin/parameters plugin/metering plugin/midi)
+vanta_layer(plugin/model SEES foundation plugin/base plugin/parameters plugin/presets plugin/settings
+            plugin/metering plugin/midi)
+
+vanta_layer(limiter/styles SEES foundation)
+vanta_layer(limiter/modulation SEES foundation kernel wave limiter/styles)
+vanta_layer(limiter/clippers SEES foundation kernel wave dsp/detector dsp/convolver)
+vanta_layer(limiter/parameters SEES dsp/dither plugin/base plugin/parameters limiter/styles)
+vanta_layer(limiter/latency SEES foundation dsp/sr limiter/styles limiter/clippers limiter/parameters)
+vanta_layer(limiter/engine SEES foundation kernel wave dsp/envelope dsp/delay dsp/detector dsp/mixer dsp/filter
+            dsp/convolver plugin/base plugin/parameters plugin/presets limiter/styles limiter/modulation
+            limiter/clippers limiter/latency)
+vanta_layer(limiter/processor SEES foundation wave dsp/detector dsp/mixer dsp/filter dsp/dither dsp/sr dsp/metering
+            plugin/parameters plugin/processor limiter/styles limiter/clippers limiter/parameters limiter/latency
+            limiter/engine)
+vanta_layer(limiter/model SEES foundation plugin/presets plugin/settings plugin/model limiter/parameters
+            limiter/latency)
+vanta_layer(limiter/factory SEES foundation plugin/presets)
+
+vanta_layer(host/unified SEES foundation plugin/parameters plugin/processor plugin/model limiter/processor
+            limiter/model limiter/factory)
+vanta_layer(host/offline SEES foundation wave dsp/dither plugin/base plugin/parameters plugin/model
+            limiter/parameters limiter/processor host/unified)
+
+vanta_layer(audiofile SEES foundation plugin/base)
+vanta_layer(measure SEES foundation kernel dsp/metering plugin/base audiofile)
+vanta_layer(mastering SEES foundation plugin/parameters host/offline audiofile measure)
+vanta_layer(cli SEES foundation plugin/base plugin/parameters plugin/presets plugin/settings plugin/model
+            limiter/styles limiter/parameters limiter/model limiter/factory host/offline audiofile measure mastering)
+vanta_layer(app SEES cli)
+
+vanta_layer(tools/song SEES foundation)
+vanta_layer(tools/compile_styles SEES limiter/styles)
+vanta_layer(tools/compile_presets SEES foundation plugin/base plugin/parameters plugin/presets limiter/parameters
+            limiter/model)
+vanta_layer(tools/preset_table SEES plugin/presets limiter/model limiter/factory host/offline measure
+            tools/song)
+
+# Tests may look into all that they test, and into nothing above it.
+set(signal_rooms foundation kernel wave
+    dsp/envelope dsp/delay dsp/detector dsp/mixer dsp/filter dsp/convolver dsp/dither dsp/sr dsp/metering)
+set(plugin_rooms plugin/base plugin/parameters plugin/presets plugin/settings plugin/metering plugin/midi
+    plugin/processor plugin/model)
+set(limiter_rooms limiter/styles limiter/modulation limiter/clippers limiter/parameters limiter/latency limiter/engine
+    limiter/processor limiter/model limiter/factory)
+set(host_rooms host/unified host/offline)
+set(file_rooms audiofile measure mastering)
+
+vanta_layer(tests/support SEES foundation wave limiter/processor)
+vanta_layer(tests/foundation SEES foundation tests/support)
+vanta_layer(tests/kernel SEES kernel tests/support)
+vanta_layer(tests/wave SEES foundation kernel wave tests/support)
+vanta_layer(tests/dsp SEES ${signal_rooms} limiter/clippers tests/support)
+vanta_layer(tests/plugin SEES foundation wave ${plugin_rooms} tests/support)
+vanta_layer(tests/limiter SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms} tests/support tests/plugin)
+vanta_layer(tests/conformance SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms} ${host_rooms} measure tools/song
+            tests/support)
+vanta_layer(tests/realtime SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms} tests/support)
+vanta_layer(tests/host SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} tests/support tests/plugin)
+vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} tests/support tests/plugin)
+vanta_layer(tests/audiofile SEES foundation plugin/base audiofile tests/support)
+vanta_layer(tests/measure SEES foundation plugin/base audiofile measure tests/support)
+vanta_layer(tests/mastering SEES foundation plugin/base host/offline ${file_rooms} tools/song tests/support)
+vanta_layer(tests/cli SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} ${file_rooms} cli tools/song
+            tests/support tests/plugin)
+vanta_layer(tests/tools SEES tools/song)
+vanta_layer(bench SEES ${signal_rooms} limiter/processor measure tests/support)

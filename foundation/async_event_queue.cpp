@@ -3,23 +3,23 @@
 namespace vanta {
 
 PumpedEventQueue::PumpedEventQueue(std::uint32_t capacity)
-    : events(capacity, capacity), owner(std::this_thread::get_id()) {}
+    : events_(capacity, capacity), owner_(std::this_thread::get_id()) {}
 
 void PumpedEventQueue::post(int postedKind, int postedValue) {
     const LockFreeFifo::Item item{static_cast<std::uint32_t>(postedKind),
                                   static_cast<std::uint32_t>(postedValue)};
-    if (!events.push(item)) dropped.fetch_add(1, std::memory_order_relaxed);
+    if (!events_.push(item)) dropped_.fetch_add(1, std::memory_order_relaxed);
 }
 
 int PumpedEventQueue::pump() {
-    if (std::this_thread::get_id() != owner) return 0;
+    if (std::this_thread::get_id() != owner_) return 0;
     // A handler may pump again, as a modal dialog does; its own event must read the same afterwards.
     const int outerKind = kind;
     const int outerValue = value;
-    const std::uint32_t standing = events.sizeEstimate();
+    const std::uint32_t standing = events_.sizeEstimate();
     int delivered = 0;
     LockFreeFifo::Item item{};
-    for (std::uint32_t i = 0; i < standing && events.pop(item); ++i) {
+    for (std::uint32_t i = 0; i < standing && events_.pop(item); ++i) {
         kind = static_cast<int>(item.first);
         value = static_cast<int>(item.second);
         event.raise(this);

@@ -42,12 +42,12 @@ public:
     /// post meanwhile waits for the next call. On any thread but the owner it does nothing and returns 0.
     int pump();
 
-    std::uint32_t droppedEvents() const { return dropped.load(std::memory_order_relaxed); }
+    std::uint32_t droppedEvents() const { return dropped_.load(std::memory_order_relaxed); }
 
 private:
-    LockFreeFifo events;
-    std::atomic<std::uint32_t> dropped{0};
-    std::thread::id owner;
+    LockFreeFifo events_;
+    std::atomic<std::uint32_t> dropped_{0};
+    std::thread::id owner_;
 };
 
 }  // namespace vanta

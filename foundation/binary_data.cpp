@@ -92,16 +92,16 @@ bool BinaryDataWriter::flush() {
     return !failed();
 }
 
-BinaryFileReader::BinaryFileReader(const std::filesystem::path& path) : file(path, std::ios::binary) {
+BinaryFileReader::BinaryFileReader(const std::filesystem::path& path) : file_(path, std::ios::binary) {
     // A directory opens like a file here, and only its reads would fail.
-    if (isDirectory(path)) file.setstate(std::ios::failbit);
-    setStream(file);
+    if (isDirectory(path)) file_.setstate(std::ios::failbit);
+    setStream(file_);
 }
 
 BinaryFileWriter::BinaryFileWriter(const std::filesystem::path& path) {
     const auto update = isThere(path) && !isDirectory(path) ? std::ios::in : std::ios::openmode{};
-    file.open(path, std::ios::out | std::ios::binary | update);
-    setStream(file);
+    file_.open(path, std::ios::out | std::ios::binary | update);
+    setStream(file_);
 }
 
 BinaryMemoryReader::SpanBuffer::SpanBuffer(std::span<const std::byte> bytes) {
@@ -125,8 +125,8 @@ std::streambuf::pos_type BinaryMemoryReader::SpanBuffer::seekpos(pos_type positi
     return seekoff(position, std::ios_base::beg, which);
 }
 
-BinaryMemoryReader::BinaryMemoryReader(std::span<const std::byte> bytes) : buffer(bytes), source(&buffer) {
-    setStream(source);
+BinaryMemoryReader::BinaryMemoryReader(std::span<const std::byte> bytes) : buffer_(bytes), source_(&buffer_) {
+    setStream(source_);
 }
 
 BinaryResourceReader::BinaryResourceReader(std::string_view name)

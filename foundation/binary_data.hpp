@@ -81,7 +81,7 @@ public:
     explicit BinaryFileReader(const std::filesystem::path& path);
 
 private:
-    std::ifstream file;
+    std::ifstream file_;
 };
 
 /// Opens an existing file for reading and writing without truncating it, so that single values can be
@@ -92,7 +92,7 @@ public:
     explicit BinaryFileWriter(const std::filesystem::path& path);
 
 private:
-    std::fstream file;
+    std::fstream file_;
 };
 
 /// Reads bytes in memory where they lie. They must outlive the reader.
@@ -111,8 +111,8 @@ private:
         pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
     };
 
-    SpanBuffer buffer;
-    std::istream source;
+    SpanBuffer buffer_;
+    std::istream source_;
 };
 
 /// Reads a file that is built into the program. A name that is not among the resources reads as failed.

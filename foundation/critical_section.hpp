@@ -16,37 +16,37 @@ public:
     /// Holds the section for a scope.
     class Scope {
     public:
-        explicit Scope(CriticalSection& entered) : section(entered) { section.enter(); }
-        ~Scope() { section.leave(); }
+        explicit Scope(CriticalSection& entered) : section_(entered) { section_.enter(); }
+        ~Scope() { section_.leave(); }
         Scope(const Scope&) = delete;
         Scope& operator=(const Scope&) = delete;
 
     private:
-        CriticalSection& section;
+        CriticalSection& section_;
     };
 };
 
 class RecursiveCriticalSection final : public CriticalSection {
 public:
-    void enter() override { mutex.lock(); }
-    void leave() override { mutex.unlock(); }
+    void enter() override { mutex_.lock(); }
+    void leave() override { mutex_.unlock(); }
 
 private:
-    std::recursive_mutex mutex;
+    std::recursive_mutex mutex_;
 };
 
 /// Base for objects with a lock, which the derived class makes.
 class LockedObject {
 public:
-    void lockObject() { lock->enter(); }
-    void unlockObject() { lock->leave(); }
+    void lockObject() { lock_->enter(); }
+    void unlockObject() { lock_->leave(); }
 
 protected:
-    explicit LockedObject(std::unique_ptr<CriticalSection> section) : lock(std::move(section)) {}
+    explicit LockedObject(std::unique_ptr<CriticalSection> section) : lock_(std::move(section)) {}
     ~LockedObject() = default;
 
 private:
-    std::unique_ptr<CriticalSection> lock;
+    std::unique_ptr<CriticalSection> lock_;
 };
 
 }  // namespace vanta

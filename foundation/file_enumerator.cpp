@@ -1,9 +1,9 @@
 #include "foundation/file_enumerator.hpp"
 
 #include <fnmatch.h>
+#include <sys/stat.h>
 
-#include <system_error>
-#include <utility>
+#include <cstring>
 
 namespace vanta {
 namespace {
@@ -30,33 +30,27 @@ std::string wildcardOf(const std::string& pattern) {
 
 }  // namespace
 
-PosixFileEnumerator::PosixFileEnumerator(std::string searchPattern, bool listDirectories)
-    : pattern(std::move(searchPattern)), directories(listDirectories) {}
+PosixFileEnumerator::PosixFileEnumerator(std::string pattern, bool directories)
+    : shellPattern_(toShellPattern(wildcardOf(pattern))),
+      directories_(directories),
+      folder_(::opendir(folderOf(pattern).c_str())) {}
 
 bool PosixFileEnumerator::next() {
-    std::error_code failed;
-    if (!started) {
-        started = true;
-        search = std::filesystem::directory_iterator(folderOf(pattern), failed);
-    } else if (search != std::filesystem::directory_iterator{}) {
-        search.increment(failed);
+    while (const dirent* entry = folder_ ? ::readdir(folder_.get()) : nullptr) {
+        if (!fits(entry->d_name)) continue;
+        current_ = entry->d_name;
+        return true;
     }
-    while (!failed && search != std::filesystem::directory_iterator{}) {
-        if (fits(*search)) {
-            current = search->path().filename().string();
-            return true;
-        }
-        search.increment(failed);
-    }
-    search = {};
+    folder_.reset();
     return false;
 }
 
-bool PosixFileEnumerator::fits(const std::filesystem::directory_entry& entry) const {
-    std::error_code ignored;
-    const bool wanted = directories ? entry.is_directory(ignored) : entry.is_regular_file(ignored);
-    const std::string shell = toShellPattern(wildcardOf(pattern));
-    return wanted && fnmatch(shell.c_str(), entry.path().filename().c_str(), FNM_CASEFOLD) == 0;
+bool PosixFileEnumerator::fits(const char* name) const {
+    if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) return false;
+    if (::fnmatch(shellPattern_.c_str(), name, FNM_CASEFOLD) != 0) return false;
+    struct stat status {};
+    if (::fstatat(::dirfd(folder_.get()), name, &status, 0) != 0) return false;
+    return directories_ ? S_ISDIR(status.st_mode) : S_ISREG(status.st_mode);
 }
 
 }  // namespace vanta

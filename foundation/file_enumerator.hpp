@@ -1,6 +1,8 @@
 #pragma once
 
-#include <filesystem>
+#include <dirent.h>
+
+#include <memory>
 #include <string>
 
 namespace vanta {
@@ -23,16 +25,20 @@ public:
     /// without "." and "..", or regular files; links count as what they lead to.
     PosixFileEnumerator(std::string pattern, bool directories);
     bool next() override;
-    void name(std::string& out) const override { out = current; }
+    void name(std::string& out) const override { out = current_; }
 
 private:
-    bool fits(const std::filesystem::directory_entry& entry) const;
+    struct Close {
+        void operator()(DIR* folder) const { ::closedir(folder); }
+    };
 
-    std::string current;
-    std::string pattern;
-    bool directories;
-    bool started = false;
-    std::filesystem::directory_iterator search;
+    bool fits(const char* name) const;
+
+    std::string current_;
+    std::string shellPattern_;
+    bool directories_;
+    // The iterator of the C++ library ends the process where memory runs out.
+    std::unique_ptr<DIR, Close> folder_;
 };
 
 }  // namespace vanta

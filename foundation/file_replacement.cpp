@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <fstream>
 #include <string>
 #include <system_error>
 
@@ -49,7 +50,7 @@ FileReplacement::~FileReplacement() {
 }
 
 bool FileReplacement::commit() {
-    // What stands there may have changed in the meantime.
+    // The target may have become something else in the meantime.
     if (temporary_.empty() || !isReplaceable(target_) || !reachesDisk(temporary_)) return false;
     std::error_code error;
     const auto old = std::filesystem::status(target_, error);
@@ -60,6 +61,15 @@ bool FileReplacement::commit() {
     if (error) return false;
     temporary_.clear();
     return true;
+}
+
+bool replaceFile(const std::filesystem::path& path, const std::function<bool(std::ostream&)>& write) {
+    FileReplacement replacement(path);
+    if (replacement.temporary().empty()) return false;
+    std::ofstream file(replacement.temporary(), std::ios::binary);
+    if (!file || !write(file)) return false;
+    file.close();
+    return file && replacement.commit();
 }
 
 }  // namespace vanta

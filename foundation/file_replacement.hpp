@@ -1,6 +1,8 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <iosfwd>
 
 namespace vanta {
 
@@ -26,5 +28,9 @@ private:
     std::filesystem::path target_;
     std::filesystem::path temporary_;
 };
+
+/// Replaces a file, or makes it, with what `write` puts on the stream. False if `write` is, or the system
+/// refuses: the old file then stands as it was, as it does if `write` throws.
+bool replaceFile(const std::filesystem::path& path, const std::function<bool(std::ostream&)>& write);
 
 }  // namespace vanta

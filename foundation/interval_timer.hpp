@@ -20,15 +20,15 @@ public:
     using Clock = std::uint32_t (*)();
 
     /// `clock` gives milliseconds and may wrap.
-    explicit SteadyIntervalTimer(Clock clock = &monotonicMilliseconds) : now(clock), start(clock()) {}
-    int elapsed() const override { return static_cast<int>(now() - start); }
-    void reset() override { start = now(); }
+    explicit SteadyIntervalTimer(Clock clock = &monotonicMilliseconds) : now_(clock), start_(clock()) {}
+    int elapsed() const override { return static_cast<int>(now_() - start_); }
+    void reset() override { start_ = now_(); }
 
     static std::uint32_t monotonicMilliseconds();
 
 private:
-    Clock now;
-    std::uint32_t start;
+    Clock now_;
+    std::uint32_t start_;
 };
 
 }  // namespace vanta

@@ -48,7 +48,7 @@ public:
 
     /// Never less than what finished pushes have left in the queue; pushes and pops that are under way may
     /// add to it. A drain that takes at most this many ends, however fast others push.
-    VANTA_REALTIME std::uint32_t sizeEstimate() const { return count.load(std::memory_order_acquire); }
+    VANTA_REALTIME std::uint32_t sizeEstimate() const { return count_.load(std::memory_order_acquire); }
 
 private:
     struct Node {
@@ -64,13 +64,13 @@ private:
     void giveBack(std::uint32_t index);
     void setNext(Node& node, std::uint32_t next);
 
-    std::uint32_t nodeCount;  ///< with the end mark at index 0 and the queue's own dummy node
-    std::unique_ptr<Node[], FreeStorage> nodes;
-    alignas(kCacheLine) std::atomic<std::uint64_t> head;
-    alignas(kCacheLine) std::atomic<std::uint64_t> tail;
-    alignas(kCacheLine) std::atomic<std::uint64_t> freeNodes{0};
-    std::atomic<std::uint32_t> untouched;  ///< the nodes from here on have never been used
-    alignas(kCacheLine) std::atomic<std::uint32_t> count{0};
+    std::uint32_t nodeCount_;  ///< with the end mark at index 0 and the queue's own dummy node
+    std::unique_ptr<Node[], FreeStorage> nodes_;
+    alignas(kCacheLine) std::atomic<std::uint64_t> head_;
+    alignas(kCacheLine) std::atomic<std::uint64_t> tail_;
+    alignas(kCacheLine) std::atomic<std::uint64_t> freeNodes_{0};
+    std::atomic<std::uint32_t> untouched_;  ///< the nodes from here on have never been used
+    alignas(kCacheLine) std::atomic<std::uint32_t> count_{0};
 };
 
 }  // namespace vanta

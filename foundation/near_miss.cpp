@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <numeric>
 
+#include "foundation/ascii.hpp"
+
 namespace vanta {
 
 namespace {
 
 std::string lowered(std::string_view text) {
     std::string result(text);
-    for (char& c : result) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
+    std::transform(result.begin(), result.end(), result.begin(), lowerCase);
     return result;
 }
 

@@ -56,10 +56,10 @@ private:
     void removeHandler(const HandlerKey& key);
     void dropRemoved();
 
-    std::unique_ptr<Handler> handler;
-    std::vector<std::unique_ptr<Handler>> handlers;
-    std::vector<std::unique_ptr<Handler>> removed;  ///< taken out during a raise, kept until it ends
-    int raising = 0;
+    std::unique_ptr<Handler> handler_;
+    std::vector<std::unique_ptr<Handler>> handlers_;
+    std::vector<std::unique_ptr<Handler>> removed_;  ///< taken out during a raise, kept until it ends
+    int raising_ = 0;
 };
 
 template <typename C>
@@ -67,14 +67,14 @@ class NotifyEvent::HandlerImpl final : public Handler {
 public:
     using Method = void (C::*)(void*);
 
-    HandlerImpl(C* boundObject, Method boundMethod) : object(boundObject), method(boundMethod) {}
-    void invoke(void* sender) override { (object->*method)(sender); }
+    HandlerImpl(C* boundObject, Method boundMethod) : object_(boundObject), method_(boundMethod) {}
+    void invoke(void* sender) override { (object_->*method_)(sender); }
     bool equals(const HandlerKey& key) const override {
         static_assert(sizeof(Method) == sizeof(key.method), "a member function pointer is two words");
-        if (key.object != object || key.methodType != &typeMark) return false;
+        if (key.object != object_ || key.methodType != &typeMark) return false;
         Method other;
         __builtin_memcpy(&other, key.method, sizeof other);
-        return other == method;
+        return other == method_;
     }
     static HandlerKey key(C* object, Method method) {
         HandlerKey result{object, &typeMark, {}};
@@ -84,8 +84,8 @@ public:
 
 private:
     static inline const char typeMark = 0;
-    C* object;
-    Method method;
+    C* object_;
+    Method method_;
 };
 
 template <typename C>

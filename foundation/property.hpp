@@ -24,7 +24,7 @@ public:
 
 class AbstractProperty;
 
-/// Owns properties and hears of every real change. An owner tells its properties apart by address.
+/// Owns properties and hears of every real change, with the address of the property.
 class PropertyOwner {
 public:
     virtual ~PropertyOwner() = default;
@@ -56,6 +56,7 @@ public:
         : AbstractProperty(propertyOwner), value_(std::move(initial)) {}
 
     const T& value() const { return value_; }
+    /// A cell reads as its value.
     operator const T&() const { return value_; }
 
     void assign(T value, void* /*sender*/ = nullptr) override {
@@ -116,11 +117,11 @@ class ValueAssignableAdapter : public ManagedObject, public ValueAssignable<T> {
 template <typename From, typename To>
 class ValueAssignableConverter final : public ValueAssignableAdapter<From> {
 public:
-    explicit ValueAssignableConverter(ValueAssignable<To>& receiver) : target(&receiver) {}
-    void assign(From value, void* sender) override { target->assign(static_cast<To>(value), sender); }
+    explicit ValueAssignableConverter(ValueAssignable<To>& receiver) : target_(&receiver) {}
+    void assign(From value, void* sender) override { target_->assign(static_cast<To>(value), sender); }
 
 private:
-    ValueAssignable<To>* target;
+    ValueAssignable<To>* target_;
 };
 
 }  // namespace vanta

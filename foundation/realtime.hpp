@@ -6,7 +6,7 @@
 
 namespace vanta {
 
-/// Says that this thread is inside an audio callback. Costs two thread-local accesses.
+/// Marks this thread as inside an audio callback. Costs two thread-local accesses.
 class RealtimeScope {
 public:
     RealtimeScope() {

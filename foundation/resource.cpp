@@ -4,6 +4,8 @@
 #include <mutex>
 #include <vector>
 
+#include "foundation/ascii.hpp"
+
 namespace vanta {
 namespace {
 
@@ -18,10 +20,6 @@ Registry& registry() {
     return instance;
 }
 
-char toLower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::string_view baseName(std::string_view path) {
     const std::size_t slash = path.find_last_of("/\\");
     return slash == std::string_view::npos ? path : path.substr(slash + 1);
@@ -31,7 +29,7 @@ bool sameBaseName(std::string_view a, std::string_view b) {
     a = baseName(a);
     b = baseName(b);
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return toLower(x) == toLower(y); });
+                      [](char x, char y) { return lowerCase(x) == lowerCase(y); });
 }
 
 }  // namespace

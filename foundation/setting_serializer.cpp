@@ -1,11 +1,12 @@
 #include "foundation/setting_serializer.hpp"
 
 #include <charconv>
-#include <iterator>
 #include <optional>
 #include <string_view>
 
 #include <fmt/format.h>
+
+#include "foundation/hex_text.hpp"
 
 namespace vanta {
 namespace {
@@ -28,35 +29,13 @@ std::optional<Number> parseNumber(std::string_view text) {
     return number;
 }
 
-std::string toHex(const std::vector<std::uint8_t>& bytes) {
-    std::string digits;
-    digits.reserve(2 * bytes.size());
-    for (const std::uint8_t byte : bytes) fmt::format_to(std::back_inserter(digits), "{:02x}", byte);
-    return digits;
-}
-
-/// Empty if any digit is none or one is missing: half a blob is worth nothing.
-std::vector<std::uint8_t> fromHex(std::string_view digits) {
-    std::vector<std::uint8_t> bytes;
-    if (digits.size() % 2) return bytes;
-    bytes.reserve(digits.size() / 2);
-    for (std::size_t i = 0; i < digits.size(); i += 2) {
-        std::uint8_t byte = 0;
-        const char* end = digits.data() + i + 2;
-        const auto result = std::from_chars(digits.data() + i, end, byte, 16);
-        if (result.ec != std::errc{} || result.ptr != end) return {};
-        bytes.push_back(byte);
-    }
-    return bytes;
-}
-
 }  // namespace
 
 void SettingSerializer::binary(const std::string& key, std::vector<std::uint8_t>& bytes) {
     if (isWriter()) {
         text(key, toHex(bytes), {});
     } else {
-        bytes = fromHex(text(key, {}, {}));
+        bytes = fromHex(text(key, {}, {})).value_or(std::vector<std::uint8_t>());
     }
 }
 

@@ -23,7 +23,7 @@ public:
     }
 
     /// The length of a pass in samples, at least 1. It counts from the next restart on.
-    VANTA_REALTIME void setDuration(int samples) { nextDuration = samples > 1 ? samples : 1; }
+    VANTA_REALTIME void setDuration(int samples) { nextDuration_ = samples > 1 ? samples : 1; }
 
     /// Prepares every enabled task and points at the first. What an unfinished pass has left is dropped.
     /// A task that is enabled later takes no part in this pass; one that is disabled later is skipped from
@@ -35,7 +35,7 @@ public:
     VANTA_REALTIME bool advance(int samples);
 
     /// Whether no task is left to run: after the pass, or before the first.
-    VANTA_REALTIME bool finished() const { return current == tasks.size(); }
+    VANTA_REALTIME bool finished() const { return current_ == tasks_.size(); }
 
 private:
     struct Entry {
@@ -47,14 +47,14 @@ private:
     void skipToRunnable();
     bool runOne(std::int64_t& budget);
 
-    std::size_t current = 0;
-    int progress = 0;       ///< samples since the restart, up to `duration`
-    int grain = 0;          ///< the next grain of the current task
-    std::int64_t done = 0;  ///< cost paid
-    int duration = 1;
-    int nextDuration = 1;
-    std::int64_t totalCost = 0;
-    std::vector<Entry> tasks;
+    std::size_t current_ = 0;
+    int progress_ = 0;       ///< samples since the restart, up to `duration`
+    int grain_ = 0;          ///< the next grain of the current task
+    std::int64_t done_ = 0;  ///< cost paid
+    int duration_ = 1;
+    int nextDuration_ = 1;
+    std::int64_t totalCost_ = 0;
+    std::vector<Entry> tasks_;
 };
 
 }  // namespace vanta

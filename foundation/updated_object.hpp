@@ -20,10 +20,10 @@ public:
 
 private:
     friend class UpdatedObject;
-    NotifyEvent* event;
-    bool pending = false;
-    UpdatedObject* object;
-    void* sender;
+    NotifyEvent* event_;
+    bool pending_ = false;
+    UpdatedObject* object_;
+    void* sender_;
 };
 
 /// Turns many small changes into one `update()`. Requests inside an update block wait for its end; a
@@ -37,7 +37,7 @@ public:
     virtual ~UpdatedObject() = default;
 
     void requestUpdate();
-    void beginUpdate() { ++updateBlocks; }
+    void beginUpdate() { ++updateBlocks_; }
     void endUpdate();
 
 protected:
@@ -52,21 +52,21 @@ private:
 
     void runUpdate();
 
-    std::vector<UpdateNotification*> notifications;  ///< members of the derived object
-    State updateState = State::Idle;
-    int updateBlocks = 0;
+    std::vector<UpdateNotification*> notifications_;  ///< members of the derived object
+    State updateState_ = State::Idle;
+    int updateBlocks_ = 0;
 };
 
 /// Holds an update block open for a scope.
 class UpdateBlock {
 public:
-    explicit UpdateBlock(UpdatedObject& updated) : object(updated) { object.beginUpdate(); }
-    ~UpdateBlock() { object.endUpdate(); }
+    explicit UpdateBlock(UpdatedObject& updated) : object_(updated) { object_.beginUpdate(); }
+    ~UpdateBlock() { object_.endUpdate(); }
     UpdateBlock(const UpdateBlock&) = delete;
     UpdateBlock& operator=(const UpdateBlock&) = delete;
 
 private:
-    UpdatedObject& object;
+    UpdatedObject& object_;
 };
 
 class EventForwarderList;
@@ -85,10 +85,10 @@ public:
 
 private:
     friend class EventForwarderList;
-    std::unique_ptr<NotifyEvent::Handler> handler;
-    bool pending = false;
-    EventForwarderList* list;
-    void* sender = nullptr;
+    std::unique_ptr<NotifyEvent::Handler> handler_;
+    bool pending_ = false;
+    EventForwarderList* list_;
+    void* sender_ = nullptr;
 };
 
 /// Delivers triggered forwarders in the order of their triggers, at the end of an update block.
@@ -99,12 +99,12 @@ public:
 
 protected:
     void update() override;
-    bool hasPending() const override { return !queue.empty() || UpdatedObject::hasPending(); }
+    bool hasPending() const override { return !queue_.empty() || UpdatedObject::hasPending(); }
 
 private:
     friend class EventForwarder;
-    std::vector<std::unique_ptr<EventForwarder>> forwarders;
-    std::vector<EventForwarder*> queue;
+    std::vector<std::unique_ptr<EventForwarder>> forwarders_;
+    std::vector<EventForwarder*> queue_;
 };
 
 }  // namespace vanta

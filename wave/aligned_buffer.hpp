@@ -6,7 +6,7 @@
 #include <memory>
 #include <new>
 
-namespace vanta {
+namespace vanta::wave {
 
 /// Zero-filled storage for samples, aligned for every vector width in use.
 template <typename T>
@@ -61,4 +61,4 @@ private:
     Storage data_;
 };
 
-}  // namespace vanta
+}  // namespace vanta::wave

@@ -30,9 +30,7 @@ private:
 /// A block that holds one value throughout.
 class ConstValueBlock final : public BasicBlock<float> {
 public:
-    ConstValueBlock(Environment& owner, float blockValue) : BasicBlock<float>(owner), value_(blockValue) {
-        fill();
-    }
+    ConstValueBlock(Environment& owner, float value) : BasicBlock<float>(owner), value_(value) { fill(); }
     void maxBlockSizeChanged() override {
         BasicBlock<float>::maxBlockSizeChanged();
         fill();

@@ -27,7 +27,6 @@ public:
 
     int delay() const { return delay_; }
     int maxDelay() const { return maxDelay_; }
-    float fillValue() const { return fillValue_; }
     /// For reads at fractional places: the ring, its mask, and how far it is filled.
     const float* ring() const { return ring_.data(); }
     int mask() const { return mask_; }

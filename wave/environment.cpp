@@ -48,6 +48,10 @@ void Environment::resetGraph(ResetMode mode) {
     for (SubEnvironment* child : children_) child->resetGraph(mode);
 }
 
+void Environment::prepareNodes() {
+    for (Producer* node : resetList_) node->prepare();
+}
+
 void Environment::setSampleRate(float rate) {
     const float old = sampleRate_;
     sampleRate_ = rate;
@@ -56,6 +60,7 @@ void Environment::setSampleRate(float rate) {
     }
     if (nearlyEqual(rate, old)) return;
     discontinuityPosition_ = resetPosition_ = position_;
+    prepareNodes();
     for (Producer* node : resetList_) node->reset();
     for (SubEnvironment* child : children_) child->resetGraph(ResetMode::ResetAll);
     sampleRateChanged.raise(this);
@@ -107,9 +112,8 @@ void Environment::registerNode() {
 }
 
 // The silent block has room for the largest factor, so that it never has to grow.
-SubEnvironment::SubEnvironment(Environment& parentEnvironment)
-    : Environment(parentEnvironment.blockLimit() * kMaxFactor, parentEnvironment.blockLimit() * kMaxFactor),
-      parent_(parentEnvironment) {
+SubEnvironment::SubEnvironment(Environment& parent)
+    : Environment(parent.blockLimit() * kMaxFactor, parent.blockLimit() * kMaxFactor), parent_(parent) {
     parent_.children_.push_back(this);
     setSampleRate(parent_.sampleRate());
 }
@@ -137,6 +141,7 @@ void SubEnvironment::setFactor(int factor) {
     factor_ = factor;
     for (DynamicMaxBlockSizeListener* listener : blockListeners_) listener->maxBlockSizeChanged();
     setSampleRate(static_cast<float>(factor) * parent_.sampleRate());
+    parent_.prepareNodes();
     parent_.resetGraph(ResetMode::ResetActiveLocal);
 }
 

@@ -56,8 +56,10 @@ public:
     VANTA_REALTIME void run(int samples, int flags);
     /// Opens a new sub-block: every node computes again at its next pull.
     VANTA_REALTIME void advanceTick();
-    void resetGraph(ResetMode mode);
-    /// Hz. A real change resets every node and raises `sampleRateChanged`.
+    VANTA_REALTIME void resetGraph(ResetMode mode);
+    /// Prepares every node of this environment for what has changed around it. A reset follows. May allocate.
+    void prepareNodes();
+    /// Hz. A real change prepares and resets every node and raises `sampleRateChanged`. May allocate.
     void setSampleRate(float rate);
 
     void schedule(Producer* node, int group);
@@ -71,7 +73,7 @@ public:
     void setMeteringActive(bool active);
     bool meteringActive() const { return meteringActive_; }
 
-    /// The length of the host's blocks, for whoever waits for the next one. Any thread.
+    /// The length of the host's blocks, by which a reader judges whether audio has stopped. Any thread.
     int hostBlockSamples() const { return hostBlockSamples_.load(std::memory_order_relaxed); }
     void setHostBlockSamples(int samples) { hostBlockSamples_.store(samples, std::memory_order_relaxed); }
 
@@ -121,7 +123,7 @@ class SubEnvironment final : public Environment {
 public:
     static constexpr int kMaxFactor = 32;
 
-    explicit SubEnvironment(Environment& parentEnvironment);
+    explicit SubEnvironment(Environment& parent);
     ~SubEnvironment() override;
 
     int maxBlockSize() const override { return parent_.blockLimit() * factor_; }
@@ -129,8 +131,8 @@ public:
     void removeBlockListener(DynamicMaxBlockSizeListener* listener) override;
 
     int factor() const { return factor_; }
-    /// 1 to 32. A change resizes all blocks, resets this environment and the active nodes of the parent.
-    /// Allocates.
+    /// 1 to 32. A change resizes all blocks, prepares the nodes here and in the parent, and resets this
+    /// environment and the active nodes of the parent. Allocates.
     void setFactor(int factor);
     Environment& parent() const { return parent_; }
 

@@ -5,7 +5,7 @@
 
 #include "foundation/numbers.hpp"
 
-namespace vanta {
+namespace vanta::wave {
 
 namespace {
 
@@ -15,7 +15,7 @@ double fraction(double x) {
 
 }  // namespace
 
-FloatParameter::FloatParameter(wave::Environment& owner, float initial)
+FloatParameter::FloatParameter(Environment& owner, float initial)
     : Component(owner),
       period(nullptr, 0.0f),
       slowTime(nullptr, 150.0f),
@@ -90,7 +90,7 @@ float FloatParameter::defaultTimeMs(float value) const {
     return fastTime + (slowTime - fastTime) * x * x;
 }
 
-const wave::BasicBlock<float>& FloatParameter::read(int samples, bool* constant) {
+const BasicBlock<float>& FloatParameter::read(int samples, bool* constant) {
     float* out = block_.data();
     lastPosition_ = environment().position() + samples;
     if (rampPosition_ >= rampLength_) {
@@ -113,7 +113,7 @@ const wave::BasicBlock<float>& FloatParameter::read(int samples, bool* constant)
     return block_;
 }
 
-const wave::BasicBlock<float>& FloatParameter::readInStream(int samples, bool* constant) {
+const BasicBlock<float>& FloatParameter::readInStream(int samples, bool* constant) {
     const std::int64_t left = rampLength_ - rampPosition_;
     const bool jumped = lastPosition_ <= environment().discontinuityPosition();
     const std::int64_t unread = jumped ? left : environment().position() - lastPosition_;
@@ -121,4 +121,4 @@ const wave::BasicBlock<float>& FloatParameter::readInStream(int samples, bool* c
     return read(samples, constant);
 }
 
-}  // namespace vanta
+}  // namespace vanta::wave

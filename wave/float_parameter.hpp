@@ -5,14 +5,14 @@
 #include "foundation/property.hpp"
 #include "wave/producer.hpp"
 
-namespace vanta {
+namespace vanta::wave {
 
 /// A smoothed control value: it takes a target from the control side and hands out blocks that never step
 /// while somebody listens, marked as constant when nothing moves. A value that nobody reads jumps.
-class FloatParameter final : public ValueAssignable<float>, public wave::Component {
+class FloatParameter final : public ValueAssignable<float>, public Component {
 public:
     /// Range: 0 and 1, widened to hold the value.
-    FloatParameter(wave::Environment& owner, float initial);
+    FloatParameter(Environment& owner, float initial);
     /// Copies times, range and target, on the other's environment.
     FloatParameter(const FloatParameter& other);
 
@@ -21,10 +21,10 @@ public:
     /// is clamped to the range; a NaN is ignored. Called where the stream is at a seam.
     VANTA_REALTIME void setValue(float value, float timeMs);
     /// The next `samples` values. Time that passed unread does not count, nor does a discontinuity.
-    VANTA_REALTIME const wave::BasicBlock<float>& read(int samples, bool* constant);
+    VANTA_REALTIME const BasicBlock<float>& read(int samples, bool* constant);
     /// The same, but a ramp does not wait for its reader: unread time counts, and after a discontinuity the
     /// ramp has ended.
-    VANTA_REALTIME const wave::BasicBlock<float>& readInStream(int samples, bool* constant);
+    VANTA_REALTIME const BasicBlock<float>& readInStream(int samples, bool* constant);
     /// Ends a ramp at once.
     VANTA_REALTIME void jumpToTarget() { rampPosition_ = rampLength_; }
 
@@ -39,11 +39,11 @@ public:
     Property<float> fastTime;  ///< ms, the default time of a change by 30 % of the range or more
 
 private:
-    class ValueBlock final : public wave::BasicBlock<float> {
+    class ValueBlock final : public BasicBlock<float> {
     public:
-        using wave::BasicBlock<float>::BasicBlock;
+        using BasicBlock<float>::BasicBlock;
         void maxBlockSizeChanged() override {
-            wave::BasicBlock<float>::maxBlockSizeChanged();
+            BasicBlock<float>::maxBlockSizeChanged();
             filled = 0;
         }
         int filled = 0;  ///< how many samples at the start hold the target
@@ -65,4 +65,4 @@ private:
     float target_;
 };
 
-}  // namespace vanta
+}  // namespace vanta::wave

@@ -3,33 +3,33 @@
 #include "wave/float_parameter.hpp"
 #include "wave/producer.hpp"
 
-namespace vanta {
+namespace vanta::wave {
 
 /// Reads a smoothed value that it does not own.
-class FloatParameterForwarder : public wave::Source {
+class FloatParameterForwarder : public Source {
 public:
-    explicit FloatParameterForwarder(FloatParameter& forwarded)
-        : Source(forwarded.environment(), wave::OwnBlock::No), parameter_(forwarded) {}
+    explicit FloatParameterForwarder(FloatParameter& parameter)
+        : Source(parameter.environment(), OwnBlock::No), parameter_(parameter) {}
 
 protected:
-    void produce(wave::BasicBlock<float>*, int samples, int) override;
+    void produce(BasicBlock<float>*, int samples, int) override;
 
 private:
     FloatParameter& parameter_;
 };
 
 /// A smoothed value as a producer.
-class FloatParameterSource final : public wave::Source, public ValueAssignable<float> {
+class FloatParameterSource final : public Source, public ValueAssignable<float> {
 public:
-    FloatParameterSource(wave::Environment& owner, float initial)
-        : Source(owner, wave::OwnBlock::No), parameter_(owner, initial) {}
+    FloatParameterSource(Environment& owner, float initial)
+        : Source(owner, OwnBlock::No), parameter_(owner, initial) {}
 
     void assign(float value, void*) override { parameter_.setValue(value, -1.0f); }
     FloatParameter& parameter() { return parameter_; }
     const FloatParameter& parameter() const { return parameter_; }
 
 protected:
-    void produce(wave::BasicBlock<float>*, int samples, int) override;
+    void produce(BasicBlock<float>*, int samples, int) override;
 
 private:
     FloatParameter parameter_;
@@ -39,8 +39,8 @@ private:
 /// range belongs to the own value; what a producer delivers passes as it is.
 class FloatParameterBus final : public ValueAssignable<float> {
 public:
-    FloatParameterBus(wave::Environment& owner, float initial) : ownSource_(owner, initial) {}
-    FloatParameterBus(wave::Environment& owner, float initial, float minimum, float maximum)
+    FloatParameterBus(Environment& owner, float initial) : ownSource_(owner, initial) {}
+    FloatParameterBus(Environment& owner, float initial, float minimum, float maximum)
         : FloatParameterBus(owner, initial) {
         parameter().setRange(minimum, maximum);
     }
@@ -48,8 +48,8 @@ public:
     FloatParameterBus& operator=(const FloatParameterBus&) = delete;
 
     /// Null goes back to the own value.
-    void setSource(wave::Producer* producer) { source_ = producer ? producer : &ownSource_; }
-    wave::Producer& source() const { return *source_; }
+    void setSource(Producer* producer) { source_ = producer ? producer : &ownSource_; }
+    Producer& source() const { return *source_; }
 
     /// Goes to the own value, whichever source is in use.
     void assign(float value, void* sender) override { ownSource_.assign(value, sender); }
@@ -60,17 +60,17 @@ public:
 
 private:
     FloatParameterSource ownSource_;
-    wave::Producer* source_ = &ownSource_;
+    Producer* source_ = &ownSource_;
 };
 
 /// Presents a bus as a producer.
-class FloatParameterBusForwarder final : public wave::Source {
+class FloatParameterBusForwarder final : public Source {
 public:
-    FloatParameterBusForwarder(wave::Environment& owner, FloatParameterBus& forwarded)
-        : Source(owner, wave::OwnBlock::No), bus_(forwarded) {}
+    FloatParameterBusForwarder(Environment& owner, FloatParameterBus& bus)
+        : Source(owner, OwnBlock::No), bus_(bus) {}
 
 protected:
-    void produce(wave::BasicBlock<float>*, int samples, int) override {
+    void produce(BasicBlock<float>*, int samples, int) override {
         bus_.source().pull(samples);
         publish(bus_.source());
     }
@@ -79,4 +79,4 @@ private:
     FloatParameterBus& bus_;
 };
 
-}  // namespace vanta
+}  // namespace vanta::wave

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-namespace vanta {
+namespace vanta::wave {
 
 /// What an interface reads levels through.
 class LevelSource {
@@ -29,7 +29,7 @@ public:
     virtual void resetPeak() = 0;
     /// Starts a long-term measurement over.
     virtual void resetMeasurement() = 0;
-    /// Travels with the values to whoever displays them.
+    /// Travels with the values to the display.
     virtual std::int32_t infoWord() const { return detection(); }
 };
 
@@ -60,4 +60,4 @@ public:
     virtual std::int32_t spectrumCount() const = 0;
 };
 
-}  // namespace vanta
+}  // namespace vanta::wave

@@ -4,8 +4,9 @@ namespace vanta::wave {
 
 class MultiProducer::Output final : public Producer {
 public:
-    Output(Environment& environment, MultiProducer& multi)
-        : Producer(environment, OwnBlock::No), owner_(multi) {}
+    Output(Environment& environment, MultiProducer& owner)
+        : Producer(environment, OwnBlock::No), owner_(owner) {}
+    void prepare() override { owner_.prepare(); }
     void reset() override { owner_.reset(); }
 
 protected:

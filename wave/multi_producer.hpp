@@ -15,8 +15,9 @@ public:
     MultiProducer(Environment& owner, int outputCount);
     virtual ~MultiProducer();
 
-    /// Clears what the component remembers of the signal.
-    virtual void reset() {}
+    /// The verbs of a Producer, which reach the component through its outputs.
+    virtual void prepare() {}
+    VANTA_REALTIME virtual void reset() {}
 
     int outputCount() const { return static_cast<int>(outputs_.size()); }
     Producer& output(int index);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "dsp/kernel/mix.hpp"
+#include "kernel/mix.hpp"
 
 namespace vanta::wave {
 

@@ -45,8 +45,11 @@ public:
     /// The same as a pointer to the first sample.
     VANTA_REALTIME const float* pullData(int samples) { return pull(samples).data(); }
 
-    /// Clears what the node remembers of the signal. Called between blocks.
-    virtual void reset() {}
+    /// Sizes what the node holds for the sample rate, the largest block and the factors around it. May
+    /// allocate. The environment calls it when one of them has changed, and then `reset`.
+    virtual void prepare() {}
+    /// Clears what the node remembers of the signal. Called between blocks; never allocates.
+    VANTA_REALTIME virtual void reset() {}
 
     const BasicBlock<float>& current() const { return *current_; }
     int blockFlags() const { return blockFlags_; }
@@ -55,9 +58,9 @@ public:
     /// Lets the node run every block by itself, in a group of Environment.
     void setScheduled(int group);
     /// A node that is not active is out of the process list and of most resets. Going active resets it.
-    void setActive(bool active);
+    VANTA_REALTIME void setActive(bool active);
     bool active() const { return active_; }
-    /// Enters the node in the environment's reset list, once.
+    /// Enters the node in the environment's reset list, once: from then on it is prepared and reset.
     void makeResettable();
 
 protected:
@@ -72,7 +75,7 @@ protected:
     void publish(const Producer& other) { publish(other.current(), other.blockFlags()); }
     void publishSilence() { publish(environment().silentBlock(), kConstant); }
     void setConstant(bool constant) { blockFlags_ = constant ? kConstant : 0; }
-    /// Counts the node as computed for this tick, for whoever computes on its behalf.
+    /// Marks the node as computed for this tick, when another has computed it on its behalf.
     void markProduced() { stamp_ = environment().tick(); }
     /// Whether the current block is this tick's.
     bool produced() const { return stamp_ == environment().tick(); }
@@ -147,8 +150,8 @@ protected:
 /// Publishes what another consumer reads at the moment.
 class InputForwarder final : public Producer {
 public:
-    InputForwarder(Environment& owner, const Consumer& followed)
-        : Producer(owner, OwnBlock::No), consumer_(followed) {}
+    InputForwarder(Environment& owner, const Consumer& consumer)
+        : Producer(owner, OwnBlock::No), consumer_(consumer) {}
 
 protected:
     void produce(BasicBlock<float>*, int samples, int) override {

@@ -2,17 +2,17 @@
 
 #include <cstring>
 
-#include "dsp/kernel/mix.hpp"
 #include "foundation/numbers.hpp"
+#include "kernel/mix.hpp"
 
-namespace vanta {
+namespace vanta::wave {
 
-Router::Router(wave::Environment& owner, int inputCount)
+Router::Router(Environment& owner, int inputCount)
     : Source(owner), selected(this, 0), fadeTime(this, 20.0f), warmUpSamples(nullptr, 0) {
     for (int i = 0; i < inputCount; ++i) inputs_.push_back(std::make_unique<Input>(owner));
 }
 
-void Router::setInput(int index, wave::Producer& input) {
+void Router::setInput(int index, Producer& input) {
     Input& entry = *inputs_[static_cast<std::size_t>(index)];
     entry.source = &input;
     entry.gain.setValue(index == selected ? 1.0f : 0.0f, 0.0f);
@@ -44,16 +44,16 @@ void Router::warmUp(int samples) {
         startFade();
         return;
     }
-    wave::Producer* coming = inputs_[static_cast<std::size_t>(selected)]->source;
+    Producer* coming = inputs_[static_cast<std::size_t>(selected)]->source;
     if (coming) coming->pull(samples);
     warmUpLeft_ -= samples;
 }
 
-void Router::produce(wave::BasicBlock<float>* block, int samples, int) {
+void Router::produce(BasicBlock<float>* block, int samples, int) {
     if (warmingUp_) warmUp(samples);
     expectedPosition_ = environment().position() + samples;
     const auto count = static_cast<std::size_t>(samples);
-    const wave::Producer* remembered = nullptr;
+    const Producer* remembered = nullptr;
     bool mixed = false;
     for (const auto& input : inputs_) {
         bool constant = false;
@@ -82,4 +82,4 @@ void Router::produce(wave::BasicBlock<float>* block, int samples, int) {
     }
 }
 
-}  // namespace vanta
+}  // namespace vanta::wave

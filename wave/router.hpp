@@ -7,16 +7,16 @@
 #include "wave/float_parameter.hpp"
 #include "wave/producer.hpp"
 
-namespace vanta {
+namespace vanta::wave {
 
 /// Selects one of several signals with a crossfade. Outside of a fade it publishes the selected block and
 /// pulls nothing else.
-class Router final : public wave::Source, public PropertyOwner {
+class Router final : public Source, public PropertyOwner {
 public:
-    Router(wave::Environment& owner, int inputCount);
+    Router(Environment& owner, int inputCount);
 
-    /// Wires an input; its gain stands at once as the selection wants it.
-    void setInput(int index, wave::Producer& input);
+    /// Wires an input; its gain takes the selection's value at once, without a fade.
+    void setInput(int index, Producer& input);
     int inputCount() const { return static_cast<int>(inputs_.size()); }
 
     Property<int> selected;
@@ -26,14 +26,14 @@ public:
     Property<int> warmUpSamples;
 
 protected:
-    void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
+    void produce(BasicBlock<float>* block, int samples, int flags) override;
     void propertyChanged(AbstractProperty& property) override;
 
 private:
     struct Input {
-        explicit Input(wave::Environment& owner) : gain(owner, 1.0f) {}
+        explicit Input(Environment& owner) : gain(owner, 1.0f) {}
         FloatParameter gain;
-        wave::Producer* source = nullptr;
+        Producer* source = nullptr;
     };
 
     void startFade();
@@ -46,4 +46,4 @@ private:
     std::int64_t expectedPosition_ = 0;
 };
 
-}  // namespace vanta
+}  // namespace vanta::wave

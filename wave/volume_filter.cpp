@@ -1,11 +1,11 @@
 #include "wave/volume_filter.hpp"
 
-#include "dsp/kernel/mix.hpp"
 #include "foundation/numbers.hpp"
+#include "kernel/mix.hpp"
 
-namespace vanta {
+namespace vanta::wave {
 
-void VolumeFilter::produce(wave::BasicBlock<float>* block, int samples, int flags) {
+void VolumeFilter::produce(BasicBlock<float>* block, int samples, int flags) {
     if (muteTest && muteTest->muted()) {
         publishSilence();
     } else {
@@ -13,8 +13,7 @@ void VolumeFilter::produce(wave::BasicBlock<float>* block, int samples, int flag
     }
 }
 
-void VolumeFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
-                           int) {
+void VolumeFilter::process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int) {
     const auto count = static_cast<std::size_t>(samples);
     const float* gains = gain.pullData(samples);
     const bool constant = gain.isConstant();
@@ -30,7 +29,7 @@ void VolumeFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<f
             publishInput();
         }
     } else if (second) {
-        kernel::multiply(in.data(), gains, second, out->data(), count);
+        kernel::multiplyTwice(in.data(), gains, second, out->data(), count);
     } else if (constant) {
         kernel::scale(in.data(), gains[0], out->data(), count);
     } else {
@@ -38,4 +37,4 @@ void VolumeFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<f
     }
 }
 
-}  // namespace vanta
+}  // namespace vanta::wave

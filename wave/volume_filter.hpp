@@ -2,11 +2,11 @@
 
 #include "wave/float_parameter_source.hpp"
 
-namespace vanta {
+namespace vanta::wave {
 
 /// Multiplies its source with one or two gains. At unity it hands on the block of its source, at zero the
 /// silent block.
-class VolumeFilter final : public wave::Filter {
+class VolumeFilter final : public Filter {
 public:
     class MuteTest {
     public:
@@ -14,16 +14,15 @@ public:
         virtual bool muted() = 0;
     };
 
-    explicit VolumeFilter(wave::Environment& owner) : Filter(owner), gain(owner, 1.0f) {}
+    explicit VolumeFilter(Environment& owner) : Filter(owner), gain(owner, 1.0f) {}
 
     FloatParameterBus gain;
-    wave::Producer* secondGain = nullptr;
+    Producer* secondGain = nullptr;
     MuteTest* muteTest = nullptr;  ///< while it says so, the source is not even pulled
 
 protected:
-    void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
-    void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
-                 int flags) override;
+    void produce(BasicBlock<float>* block, int samples, int flags) override;
+    void process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int flags) override;
 };
 
-}  // namespace vanta
+}  // namespace vanta::wave

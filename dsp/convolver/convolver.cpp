@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "dsp/kernel/convolver_kernels.hpp"
 #include "foundation/numbers.hpp"
+#include "kernel/convolver_kernels.hpp"
 
 namespace vanta {
 
@@ -61,7 +61,7 @@ void Convolver::restart(std::int64_t position) {
     resting_ = false;
 }
 
-// Follows how long the input has stood still, and tells whether nothing but that is left in any stage.
+// Follows how long the input has been constant. True once no stage remembers anything else.
 bool Convolver::atRest(const wave::BasicBlock<float>& in, int samples) {
     constant_ = source->isConstant() || kernel::allEqual(in.data(), static_cast<std::size_t>(samples));
     if (!constant_ || in[0] != heldValue_) {
@@ -99,7 +99,7 @@ const float* Convolver::delayInput(const wave::BasicBlock<float>& in, int sample
 }
 
 // Until the first partition is complete no version has been heard. Later a new one is taken where a partition
-// of the outermost stage begins, one partition ahead: so long its output takes to be computed.
+// of the outermost stage begins, one partition ahead, which is how long its output takes to compute.
 void Convolver::chooseVersion(std::int64_t time) {
     const int unheard = direct_ ? 0 : plan_.innermost().partitionSize();
     const bool boundary = (time & (period_ - 1)) == 0;
@@ -121,8 +121,8 @@ void Convolver::adoptPublished() {
     transition_ = {nullptr, kernel_.published(), 0, 0};
 }
 
-// Up to the next boundary the stages read what they read now. A boundary comes to its turn after the kernel
-// has been updated for its block, hence one period more.
+// Up to the next boundary the stages read what they read now. The kernel is updated for a block before the
+// boundary in it is handled, hence one period more.
 void Convolver::extendLeases(std::int64_t time) {
     const std::int64_t until = origin_ + time + 2 * period_;
     if (transition_.to) transition_.to->lease(until);

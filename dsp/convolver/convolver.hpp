@@ -50,7 +50,7 @@ private:
     KernelTransition transition_;
     std::int64_t expectedPosition_ = -1;
     std::int64_t origin_ = 0;  ///< the stream position of the last restart
-    int restSamples_ = 0;      ///< so long must an input stand still until nothing else is remembered
+    int restSamples_ = 0;      ///< how long an input must be constant until nothing else is remembered
     float heldValue_ = 0.0f;
     std::int64_t heldSamples_ = 0;     ///< how many of the newest input samples have that value
     std::int64_t delayedSamples_ = 0;  ///< the same behind the delay

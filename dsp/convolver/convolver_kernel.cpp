@@ -23,7 +23,7 @@ public:
         if (partition_ >= node_.partitionsFor(version.length)) {
             skip();
         } else {
-            // A partition's taps stand in the first half of its window; the second half is the room in which
+            // A partition's taps fill the first half of its window; the second half is the room in which
             // the products of the previous partition's input end.
             const int start = (partition_ + node_.skippedPartitions()) * node_.partitionSize();
             set(version.taps.data() + start, kernel_.zeros_.data(), version.spectrum(stage_, partition_));

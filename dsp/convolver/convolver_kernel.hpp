@@ -20,7 +20,7 @@ public:
     virtual ~ConvolverKernel();
 
     const ConvolverPlan& plan() const { return plan_; }
-    /// Brings the kernel to the end of this block, once a tick, whoever asks first.
+    /// Brings the kernel to the end of this block. The first call in a tick does the work.
     VANTA_REALTIME void updateInTick(int samples);
     /// The newest complete version; null before the first one.
     KernelVersion* published() const { return published_; }
@@ -70,7 +70,7 @@ private:
     std::array<std::unique_ptr<KernelVersion>, kVersions> versions_;
     KernelVersion* published_ = nullptr;
     KernelVersion* writing_ = nullptr;
-    AlignedBuffer<float> zeros_;
+    wave::AlignedBuffer<float> zeros_;
     FFT::Work work_;  ///< of the largest stage; one transform runs at a time
     TaskSchedule schedule_;
     std::int64_t expectedPosition_ = -1;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <memory>
 
-#include "dsp/kernel/convolver_kernels.hpp"
-#include "dsp/kernel/mix.hpp"
+#include "kernel/convolver_kernels.hpp"
+#include "kernel/mix.hpp"
 
 namespace vanta {
 

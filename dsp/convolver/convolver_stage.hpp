@@ -61,7 +61,7 @@ private:
         explicit Result(int samples) : block(samples) {}
         bool constant = true;  ///< `value` throughout, and `block` is not written
         float value = 0.0f;
-        AlignedBuffer<float> block;  ///< the second half counts, times the transform's size
+        wave::AlignedBuffer<float> block;  ///< the second half counts, times the transform's size
     };
 
     /// The output that one version gives: what plays now, and what is being computed.
@@ -85,7 +85,7 @@ private:
     FFT::Work work_;
     std::array<InputHalf, 3> halves_;  ///< being filled, complete, the one before
     std::vector<Slot> slots_;
-    AlignedBuffer<float> spectra_;  ///< a ring, one for each slot
+    wave::AlignedBuffer<float> spectra_;  ///< a ring, one for each slot
     int half_ = 0;
     int head_ = 0;     ///< the newest slot; older ones follow
     int playing_ = 0;  ///< which result of a row plays

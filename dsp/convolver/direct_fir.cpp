@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "dsp/kernel/convolver_kernels.hpp"
+#include "kernel/convolver_kernels.hpp"
 
 namespace vanta {
 

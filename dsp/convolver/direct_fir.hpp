@@ -19,7 +19,7 @@ private:
 
     int tapCount_;
     int largestBlock_;
-    AlignedBuffer<float> history_;  ///< tapCount_ samples of the past, then those of the block
+    wave::AlignedBuffer<float> history_;  ///< tapCount_ samples of the past, then those of the block
 };
 
 }  // namespace vanta

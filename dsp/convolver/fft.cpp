@@ -5,8 +5,9 @@
 #include <cmath>
 #include <numbers>
 #include <stdexcept>
+#include <utility>
 
-#include "dsp/kernel/fft_kernels.hpp"
+#include "kernel/fft_kernels.hpp"
 
 namespace vanta {
 
@@ -23,7 +24,7 @@ int unitAt(int units, int grain, int cost) {
 
 FFT::FFT(int size) : size_(size) {
     if (size < kSmallest || size > kLargest || !std::has_single_bit(static_cast<unsigned>(size))) {
-        throw std::invalid_argument("FFT: the size is no power of two from 32 on");
+        throw std::invalid_argument("FFT: the size must be a power of two, 32 or more");
     }
     // Even and odd samples make one complex transform of half the size: radix-4 passes, and a last one of
     // radix 8 where an odd power of two is left.
@@ -37,12 +38,13 @@ FFT::FFT(int size) : size_(size) {
     }
     const bool radix8 = half / stride == 8;
     addPass(radix8 ? Kind::Last8 : Kind::Last4, radix8 ? half / 8 : half / 4, stride, size);
-    addPass(Kind::Unzip, half / 2, 1, size);
+    addPass(Kind::Zip, half / 2, 1, size);
     addZipTwiddles();
 }
 
 void FFT::addPass(Kind kind, int units, int stride, int cost) {
-    passes_.push_back({kind, units, stride, static_cast<int>(twiddles_.size()), cost});
+    passes_.push_back(
+        {kind, units, static_cast<std::size_t>(stride), static_cast<int>(twiddles_.size()), cost});
     grains_ += cost;
 }
 
@@ -75,75 +77,71 @@ void FFT::addZipTwiddles() {
     }
 }
 
-// Calls run(pass, number of the pass, first unit, end) for what lies in the given grains.
+// Calls run(piece) for what lies in the given grains.
 template <typename Run>
-void FFT::runGrains(bool backward, int firstGrain, int count, Run&& run) const {
+void FFT::runGrains(bool backward, Work& work, int firstGrain, int count, Run&& run) const {
     const int passCount = static_cast<int>(passes_.size());
     const int endGrain = firstGrain + count;
     int start = 0;
+    float* in = work.second.data();
+    float* out = work.first.data();
     for (int number = 0; number < passCount && start < endGrain; ++number) {
         const int index = !backward ? number : number == 0 ? passCount - 1 : number - 1;
         const Pass& pass = passes_[static_cast<std::size_t>(index)];
         const int begin = unitAt(pass.units, std::max(firstGrain - start, 0), pass.cost);
         const int end = unitAt(pass.units, endGrain - start, pass.cost);
         if (firstGrain < start + pass.cost && begin < end) {
-            run(pass, number, static_cast<std::size_t>(begin), static_cast<std::size_t>(end));
+            run(Piece{pass, in, out, twiddles_.data() + pass.twiddles, static_cast<std::size_t>(begin),
+                      static_cast<std::size_t>(end)});
         }
         start += pass.cost;
+        std::swap(in, out);
     }
 }
 
 void FFT::forward(const float* firstHalf, const float* secondHalf, float* spectrum, Work& work,
                   int firstGrain, int count) const {
     const auto half = static_cast<std::size_t>(size_ / 2);
-    runGrains(false, firstGrain, count,
-              [&](const Pass& pass, int number, std::size_t begin, std::size_t end) {
-                  const float* twiddles = twiddles_.data() + pass.twiddles;
-                  float* out = number % 2 ? work.second.data() : work.first.data();
-                  const float* in = number % 2 ? work.first.data() : work.second.data();
-                  switch (pass.kind) {
-                      case Kind::First:
-                          kernel::fftFirstReal(firstHalf, secondHalf, out, twiddles, half, begin, end);
-                          break;
-                      case Kind::Middle:
-                          kernel::fftMiddle(in, out, twiddles, half, static_cast<std::size_t>(pass.stride),
-                                            begin, end);
-                          break;
-                      case Kind::Last4:
-                          kernel::fftLast4(in, out, half, begin, end);
-                          break;
-                      case Kind::Last8:
-                          kernel::fftLast8(in, out, half, begin, end);
-                          break;
-                      default:
-                          kernel::fftUnzip(in, spectrum, twiddles, half, begin, end);
-                          break;
-                  }
-              });
+    runGrains(false, work, firstGrain, count, [&](const Piece& p) {
+        switch (p.pass.kind) {
+            case Kind::First:
+                kernel::fftFirstReal(firstHalf, secondHalf, p.out, p.twiddles, half, p.begin, p.end);
+                break;
+            case Kind::Middle:
+                kernel::fftMiddle(p.in, p.out, p.twiddles, half, p.pass.stride, p.begin, p.end);
+                break;
+            case Kind::Last4:
+                kernel::fftLast4(p.in, p.out, half, p.begin, p.end);
+                break;
+            case Kind::Last8:
+                kernel::fftLast8(p.in, p.out, half, p.begin, p.end);
+                break;
+            case Kind::Zip:
+                kernel::fftUnzip(p.in, spectrum, p.twiddles, half, p.begin, p.end);
+                break;
+        }
+    });
 }
 
 // An inverse transform is a forward one with real and imaginary parts exchanged before and after.
 void FFT::inverse(const float* spectrum, float* samples, Work& work, int firstGrain, int count) const {
     const auto half = static_cast<std::size_t>(size_ / 2);
-    runGrains(true, firstGrain, count, [&](const Pass& pass, int number, std::size_t begin, std::size_t end) {
-        const float* twiddles = twiddles_.data() + pass.twiddles;
-        float* out = number % 2 ? work.second.data() : work.first.data();
-        const float* in = number % 2 ? work.first.data() : work.second.data();
-        switch (pass.kind) {
+    runGrains(true, work, firstGrain, count, [&](const Piece& p) {
+        switch (p.pass.kind) {
             case Kind::First:
-                kernel::fftFirst(in, out, twiddles, half, begin, end);
+                kernel::fftFirst(p.in, p.out, p.twiddles, half, p.begin, p.end);
                 break;
             case Kind::Middle:
-                kernel::fftMiddle(in, out, twiddles, half, static_cast<std::size_t>(pass.stride), begin, end);
+                kernel::fftMiddle(p.in, p.out, p.twiddles, half, p.pass.stride, p.begin, p.end);
                 break;
             case Kind::Last4:
-                kernel::fftLast4Real(in, samples, half, begin, end);
+                kernel::fftLast4Real(p.in, samples, half, p.begin, p.end);
                 break;
             case Kind::Last8:
-                kernel::fftLast8Real(in, samples, half, begin, end);
+                kernel::fftLast8Real(p.in, samples, half, p.begin, p.end);
                 break;
-            default:
-                kernel::fftZip(spectrum, out, twiddles, half, begin, end);
+            case Kind::Zip:
+                kernel::fftZip(spectrum, p.out, p.twiddles, half, p.begin, p.end);
                 break;
         }
     });

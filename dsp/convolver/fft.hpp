@@ -21,7 +21,7 @@ public:
     /// What the passes of one transform write into in turn.
     struct Work {
         explicit Work(int size) : first(size), second(size) {}
-        AlignedBuffer<float> first, second;
+        wave::AlignedBuffer<float> first, second;
     };
 
     /// Throws std::invalid_argument unless `size` is a power of two from kSmallest to kLargest.
@@ -40,25 +40,35 @@ public:
                                 int count) const;
 
 private:
-    enum class Kind { Zip, First, Middle, Last4, Last8, Unzip };
+    enum class Kind { First, Middle, Last4, Last8, Zip };
 
     struct Pass {
         Kind kind;
-        int units;     ///< how many steps it has
-        int stride;    ///< of the self-sorting passes
-        int twiddles;  ///< where its table begins
-        int cost;      ///< in grains
+        int units;           ///< how many steps it has
+        std::size_t stride;  ///< of the self-sorting passes
+        int twiddles;        ///< where its table begins
+        int cost;            ///< in grains
+    };
+
+    /// A part of a pass, from one work array to the other.
+    struct Piece {
+        const Pass& pass;
+        const float* in;
+        float* out;
+        const float* twiddles;
+        std::size_t begin;
+        std::size_t end;
     };
 
     void addPass(Kind kind, int units, int stride, int cost);
     void addStepTwiddles(int points, bool byRow);
     void addZipTwiddles();
     template <typename Run>
-    void runGrains(bool backward, int firstGrain, int count, Run&& run) const;
+    void runGrains(bool backward, Work& work, int firstGrain, int count, Run&& run) const;
 
     int size_;
     int grains_ = 0;
-    std::vector<Pass> passes_;  ///< zip or unzip stands at the end; an inverse transform begins with it
+    std::vector<Pass> passes_;  ///< the zip, which is the last; an inverse transform begins with it
     std::vector<float> twiddles_;
 };
 

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "dsp/convolver/fft.hpp"
-#include "dsp/kernel/convolver_kernels.hpp"
 #include "foundation/granular_task.hpp"
+#include "kernel/convolver_kernels.hpp"
 
 namespace vanta {
 
@@ -12,7 +12,7 @@ namespace vanta {
 /// grains in it.
 class FFTTask : public GranularTask {
 public:
-    explicit FFTTask(const FFT& transform) : fft_(transform) {}
+    explicit FFTTask(const FFT& fft) : fft_(fft) {}
 
 protected:
     const FFT& fft_;
@@ -22,7 +22,7 @@ protected:
 class FFTCalculateTask : public FFTTask {
 public:
     /// Tasks that never run at the same time may share their work memory.
-    FFTCalculateTask(const FFT& transform, FFT::Work& work) : FFTTask(transform), work_(work) {}
+    FFTCalculateTask(const FFT& fft, FFT::Work& work) : FFTTask(fft), work_(work) {}
 
     /// For the next pass: two halves of samples, and where their spectrum goes.
     void set(const float* firstHalf, const float* secondHalf, float* spectrum) {
@@ -48,7 +48,7 @@ private:
 /// An inverse transform, unscaled.
 class FFTCalculateInverseTask final : public FFTTask {
 public:
-    FFTCalculateInverseTask(const FFT& transform, FFT::Work& work) : FFTTask(transform), work_(work) {}
+    FFTCalculateInverseTask(const FFT& fft, FFT::Work& work) : FFTTask(fft), work_(work) {}
 
     void set(const float* spectrum, float* samples) {
         spectrum_ = spectrum;
@@ -70,7 +70,7 @@ private:
 /// The sum of products of input and kernel spectra. A grain is half a bin of one product.
 class FFTMultiplyTask final : public FFTTask {
 public:
-    FFTMultiplyTask(const FFT& transform, int capacity) : FFTTask(transform), sum_(transform.size()) {
+    FFTMultiplyTask(const FFT& fft, int capacity) : FFTTask(fft), sum_(fft.size()) {
         pairs_.reserve(static_cast<std::size_t>(capacity));
     }
 
@@ -96,7 +96,7 @@ public:
 
 private:
     std::vector<kernel::SpectrumPair> pairs_;
-    AlignedBuffer<float> sum_;
+    wave::AlignedBuffer<float> sum_;
     double constantPart_ = 0.0;
 };
 

@@ -23,7 +23,7 @@ public:
 private:
     void writeValue(int count);
 
-    AlignedBuffer<float> samples_;
+    wave::AlignedBuffer<float> samples_;
     float value_ = 0.0f;
     bool constant_ = true;
     bool written_ = false;

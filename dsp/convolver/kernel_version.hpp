@@ -22,12 +22,12 @@ public:
         return const_cast<KernelVersion*>(this)->spectrum(stage, partition);
     }
 
-    /// Says that this version is read up to the stream position `until`.
+    /// Keeps this version from being rewritten up to the stream position `until`.
     void lease(std::int64_t until) {
         if (until > readyAt) readyAt = until;
     }
 
-    AlignedBuffer<float> taps;  ///< zero from `length` on
+    wave::AlignedBuffer<float> taps;  ///< zero from `length` on
     int length = 0;
     std::int64_t readyAt = 0;  ///< the stream position before which nothing here may be rewritten
 
@@ -38,7 +38,7 @@ private:
     };
 
     std::vector<Spectra> stages_;
-    AlignedBuffer<float> bins_;
+    wave::AlignedBuffer<float> bins_;
 };
 
 }  // namespace vanta

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "dsp/kernel/mix.hpp"
 #include "foundation/numbers.hpp"
+#include "kernel/mix.hpp"
 
 namespace vanta {
 
@@ -89,8 +89,8 @@ int SmoothingKernel::lengthFor(float windowMs) const {
 }
 
 void SmoothingKernel::update(int samples) {
-    const auto last = [&](FloatParameterBus& bus) { return bus.pullData(samples)[samples - 1]; };
-    const auto unit = [&](FloatParameterBus& bus) {
+    const auto last = [&](wave::FloatParameterBus& bus) { return bus.pullData(samples)[samples - 1]; };
+    const auto unit = [&](wave::FloatParameterBus& bus) {
         const float value = last(bus);
         return value > 0.0f ? std::min(value, 1.0f) : 0.0f;  // no NaN passes
     };

@@ -19,10 +19,10 @@ public:
 
     Property<int> shape{this, Triangle};
     /// Milliseconds, 0 to 50. The kernel has 1 tap more than the samples in it, at most the plan's length.
-    FloatParameterBus windowSize;
-    FloatParameterBus offset;     ///< 0 to 1
-    FloatParameterBus power;      ///< 0 to 1
-    FloatParameterBus smoothing;  ///< 0 to 1
+    wave::FloatParameterBus windowSize;
+    wave::FloatParameterBus offset;     ///< 0 to 1
+    wave::FloatParameterBus power;      ///< 0 to 1
+    wave::FloatParameterBus smoothing;  ///< 0 to 1
 
 protected:
     void update(int samples) override;

@@ -17,12 +17,12 @@ class BiquadProcessor final : public wave::DynamicMaxBlockSizeListener, public w
 public:
     enum ResetMode {
         ClearState,   ///< from silence
-        PreloadInput  ///< as if the first sample had stood there for ever, at unity gain
+        PreloadInput  ///< as if the input had always been the first sample, at unity gain
     };
 
     /// `granularity`: coefficients are changed at most every so many samples.
     BiquadProcessor(wave::Environment& owner, int maxSections, int granularity);
-    ~BiquadProcessor();
+    ~BiquadProcessor() override;
 
     void maxBlockSizeChanged() override;
 
@@ -36,8 +36,8 @@ public:
     /// the result is mixed with the dry signal.
     VANTA_REALTIME void queue(int samples, std::span<const BiquadCoefficients> sections, float amount = 1.0f);
 
-    /// Filters `in` into another block `out` with the queued runs, and blends. False if nothing of the filter
-    /// is to be heard: then `out` is as it was. Empties the queue.
+    /// Filters `in` into another block `out` with the queued runs, and blends. False if the filter is
+    /// inaudible: then `out` is left alone. Empties the queue.
     VANTA_REALTIME bool process(const float* in, float* out, int samples);
 
     /// The next block starts from a state of `resetMode`.

@@ -17,7 +17,7 @@ public:
 
     explicit CrossoverFilter(wave::Environment& owner);
 
-    FloatParameterBus frequency;  ///< log2 of hertz, 0 to 15
+    wave::FloatParameterBus frequency;  ///< log2 of hertz, 0 to 15
 
     Property<int> response;  ///< a Response
     Property<int> slope;     ///< a Slope; anything above counts as the steepest

@@ -15,9 +15,9 @@ public:
 
     explicit EQFilter(wave::Environment& owner);
 
-    FloatParameterBus frequency;  ///< log2 of hertz, 0 to 15
-    FloatParameterBus gain;       ///< dB, -30 to 30, of the shelf
-    FloatParameterBus q;          ///< 0.025 to 40; 1 gives the plain Butterworth response
+    wave::FloatParameterBus frequency;  ///< log2 of hertz, 0 to 15
+    wave::FloatParameterBus gain;       ///< dB, -30 to 30, of the shelf
+    wave::FloatParameterBus q;          ///< 0.025 to 40; 1 gives the plain Butterworth response
 
     Property<int> coefficientCalculation;  ///< a CoefficientCalculation
     Property<int> shape;                   ///< an AnalogFilterPrototype::Shape

@@ -18,7 +18,7 @@ constexpr float kNoFrequency = -1.0f;
 }  // namespace
 
 TunedFilter::TunedFilter(wave::Environment& owner, int maxSections,
-                         std::initializer_list<FloatParameterBus*> controls)
+                         std::initializer_list<wave::FloatParameterBus*> controls)
     : BiquadFilter(owner, maxSections),
       controlCount_(static_cast<int>(controls.size())),
       sections_(static_cast<std::size_t>(maxSections)) {

@@ -22,7 +22,7 @@ protected:
     using Values = std::array<float, kMaxControls>;
 
     TunedFilter(wave::Environment& owner, int maxSections,
-                std::initializer_list<FloatParameterBus*> controls);
+                std::initializer_list<wave::FloatParameterBus*> controls);
 
     void updateCoefficients(int samples, BiquadProcessor& target) final;
 
@@ -41,7 +41,7 @@ private:
     void redesign(const Values& values);
     void queue(int samples, BiquadProcessor& target);
 
-    std::array<FloatParameterBus*, kMaxControls> controls_{};
+    std::array<wave::FloatParameterBus*, kMaxControls> controls_{};
     std::array<const float*, kMaxControls> blocks_{};
     int controlCount_;
     Values lastValues_{};

@@ -23,22 +23,17 @@ constexpr double kHighPassGain = 1.0045;
 
 KFilter::KFilter(wave::Environment& owner) : BiquadFilter(owner, 2, kWeightingGranularity) {
     processor.setSectionCount(2);
-    design();
+    prepare();
 }
 
-void KFilter::reset() {
-    BiquadFilter::reset();
-    design();
-}
-
-void KFilter::design() {
+void KFilter::prepare() {
     const double rate = environment().sampleRate();
     const AnalogFilterPrototype::BiquadPrototype shelf(kShelfGain, std::sqrt(2.0 * kShelfGain), 1.0, 1.0,
                                                        std::numbers::sqrt2, 1.0);
     const AnalogFilterPrototype::BiquadPrototype highPass(kHighPassGain, 0.0, 0.0, 1.0, 1.0 / kHighPassQ,
                                                           1.0);
-    sections[0] = bilinearTransform(shelf, bilinearScale(kShelfFrequency / kTwoPi, rate));
-    sections[1] = bilinearTransform(highPass, bilinearScale(kHighPassFrequency / kTwoPi, rate));
+    sections_[0] = bilinearTransform(shelf, bilinearScale(kShelfFrequency / kTwoPi, rate));
+    sections_[1] = bilinearTransform(highPass, bilinearScale(kHighPassFrequency / kTwoPi, rate));
 }
 
 }  // namespace vanta

@@ -12,18 +12,16 @@ class KFilter final : public BiquadFilter {
 public:
     explicit KFilter(wave::Environment& owner);
 
-    /// Designs for the sample rate and starts from silence.
-    void reset() override;
+    /// Designs the weighting for the sample rate.
+    void prepare() override;
 
 protected:
     void updateCoefficients(int samples, BiquadProcessor& target) override {
-        target.queue(samples, sections);
+        target.queue(samples, sections_);
     }
 
 private:
-    void design();
-
-    std::array<BiquadCoefficients, 2> sections;
+    std::array<BiquadCoefficients, 2> sections_;
 };
 
 }  // namespace vanta

@@ -16,7 +16,7 @@ namespace vanta {
 /// falls at the same rate however often it is read. Without audio it falls by wall clock.
 ///
 /// One thread computes and sets properties, one other thread reads.
-class LevelMeter final : public wave::Source, public LevelSource, public PropertyOwner {
+class LevelMeter final : public wave::Source, public wave::LevelSource, public PropertyOwner {
 public:
     enum LevelDomain : int { Amplitude, Decibel, PowerDomain };
 
@@ -26,7 +26,7 @@ public:
     // LevelSource
     Detection detection() const override { return static_cast<Detection>(detectionMode.value()); }
     float value(Info info) override;
-    void resetPeak() override { peakResetRequested.store(true, std::memory_order_release); }
+    void resetPeak() override { peakResetRequested_.store(true, std::memory_order_release); }
     void resetMeasurement() override {}
 
     void reset() override;
@@ -96,18 +96,18 @@ private:
     float limited(float x) const;
     void rest(bool everything);
 
-    Settings settings;
-    std::array<Slot, 2> slots;
-    std::atomic<std::int32_t> sequence{kEmpty};
-    std::atomic<bool> resetRequested{false};
-    std::atomic<bool> limitsChanged{false};
-    std::atomic<bool> peakResetRequested{false};
+    Settings settings_;
+    std::array<Slot, 2> slots_;
+    std::atomic<std::int32_t> sequence_{kEmpty};
+    std::atomic<bool> resetRequested_{false};
+    std::atomic<bool> limitsChanged_{false};
+    std::atomic<bool> peakResetRequested_{false};
 
-    std::array<Reading, 3> readings;
-    bool clip = false;
-    bool stale = false;
-    float secondPeak = 0.0f;
-    SteadyIntervalTimer timer;
+    std::array<Reading, 3> readings_;
+    bool clip_ = false;
+    bool stale_ = false;
+    float secondPeak_ = 0.0f;
+    SteadyIntervalTimer timer_;
 };
 
 }  // namespace vanta

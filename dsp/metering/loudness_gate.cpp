@@ -26,30 +26,30 @@ double binLevel(int index) {
 
 }  // namespace
 
-LoudnessGate::LoudnessGate(int strideCount) : blocks(strideCount), bins(kBins) {
+LoudnessGate::LoudnessGate(int strideCount) : blocks_(strideCount), bins_(kBins) {
     reset(44100.0);
 }
 
 void LoudnessGate::reset(double sampleRate) {
-    size = std::max(samplesInSeconds(kStrideSeconds, sampleRate), 1);
-    untilNext = blocks * size;
-    cleared = 0;
+    size_ = std::max(samplesInSeconds(kStrideSeconds, sampleRate), 1);
+    untilNext_ = blocks_ * size_;
+    cleared_ = 0;
 }
 
 void LoudnessGate::clearUpTo(int end) {
-    for (; cleared < end; ++cleared) at(cleared) = {};
+    for (; cleared_ < end; ++cleared_) at(cleared_) = {};
 }
 
 bool LoudnessGate::feed(const float* meanSquares, int count) {
-    if (cleared < kBins) clearUpTo(count < kBins - cleared ? cleared + count : kBins);
-    const bool due = untilNext < count;
-    while (untilNext < count) {
+    if (cleared_ < kBins) clearUpTo(count < kBins - cleared_ ? cleared_ + count : kBins);
+    const bool due = untilNext_ < count;
+    while (untilNext_ < count) {
         // At low rates a window fills before the clearing is through.
         clearUpTo(kBins);
-        take(meanSquares[untilNext]);
-        untilNext += size;
+        take(meanSquares[untilNext_]);
+        untilNext_ += size_;
     }
-    untilNext -= count;
+    untilNext_ -= count;
     return due;
 }
 
@@ -78,7 +78,7 @@ void LoudnessGate::addBin(int index, Total& total) const {
 
 LoudnessGate::Total LoudnessGate::query(double relativeThreshold) const {
     Total total;
-    if (cleared < kBins) return total;
+    if (cleared_ < kBins) return total;
     const double mean = at(kRoot).subtreeSum / std::max(at(kRoot).subtreeCount, 1);
     const int threshold = binOf(loudnessOf(mean) + static_cast<float>(relativeThreshold));
     int node = kRoot;
@@ -118,7 +118,7 @@ LoudnessRange LoudnessGate::range() const {
 
 void LoudnessGate::merge(const LoudnessGate& other) {
     clearUpTo(kBins);
-    for (int i = 0; i < other.cleared; ++i) {
+    for (int i = 0; i < other.cleared_; ++i) {
         at(i).leafCount += other.at(i).leafCount;
         at(i).subtreeCount += other.at(i).subtreeCount;
         at(i).subtreeSum += other.at(i).subtreeSum;

@@ -29,9 +29,8 @@ public:
 
     /// Forgets everything. The bins are cleared along with the samples that follow.
     VANTA_REALTIME void reset(double sampleRate);
-    /// Takes in a stream of mean squares over the window: a value once it is full, and every 100 ms from then
-    /// on.
-    /// Whether one was due.
+    /// Takes in a stream of mean squares over the window: a value once it is full, then one every 100 ms.
+    /// Returns whether one was due.
     VANTA_REALTIME bool feed(const float* meanSquares, int count);
     /// What lies at or above a threshold relative to the mean of all, in LU. Nothing while the bins are
     /// cleared.
@@ -55,17 +54,17 @@ private:
 
     static constexpr int kRoot = kBins / 2;
 
-    LoudnessBin& at(int index) { return bins[static_cast<std::size_t>(index)]; }
-    const LoudnessBin& at(int index) const { return bins[static_cast<std::size_t>(index)]; }
+    LoudnessBin& at(int index) { return bins_[static_cast<std::size_t>(index)]; }
+    const LoudnessBin& at(int index) const { return bins_[static_cast<std::size_t>(index)]; }
     void clearUpTo(int end);
     void take(float meanSquare);
     void addBin(int index, Total& total) const;
 
-    int blocks;
-    int size = 4410;    ///< samples of a stride
-    int untilNext = 0;  ///< samples until the next value is due
-    int cleared = 0;    ///< bins that are clean
-    std::vector<LoudnessBin> bins;
+    int blocks_;
+    int size_ = 4410;    ///< samples of a stride
+    int untilNext_ = 0;  ///< samples until the next value is due
+    int cleared_ = 0;    ///< bins that are clean
+    std::vector<LoudnessBin> bins_;
 };
 
 }  // namespace vanta

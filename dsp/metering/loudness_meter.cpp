@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "dsp/kernel/scan.hpp"
 #include "dsp/metering/loudness.hpp"
 #include "foundation/numbers.hpp"
+#include "kernel/scan.hpp"
 
 namespace vanta {
 
@@ -37,30 +37,30 @@ float weightOf(int typeWord) {
 
 LoudnessMeter::ChannelFilter::ChannelFilter(wave::Environment& owner)
     : Filter(owner, wave::OwnBlock::No),
-      input(owner, *this),
-      weighting(owner),
-      fourHundredMs(owner, kMomentaryMs),
-      threeSeconds(owner, kShortTermMs) {
-    weighting.source = &input;
-    fourHundredMs.source = threeSeconds.source = &weighting;
-    fourHundredMs.domain = RMSFilter::Power;
-    threeSeconds.domain = RMSFilter::Power;
-    fourHundredMs.window.parameter().setRange(0.0f, kMomentaryMs);
-    fourHundredMs.window.parameter().setValue(kMomentaryMs, 0.0f);
-    threeSeconds.window.parameter().setRange(0.0f, kShortTermMs);
-    threeSeconds.window.parameter().setValue(kShortTermMs, 0.0f);
+      input_(owner, *this),
+      weighting_(owner),
+      fourHundredMs_(owner, kMomentaryMs),
+      threeSeconds_(owner, kShortTermMs) {
+    weighting_.source = &input_;
+    fourHundredMs_.source = threeSeconds_.source = &weighting_;
+    fourHundredMs_.domain = RMSFilter::Power;
+    threeSeconds_.domain = RMSFilter::Power;
+    fourHundredMs_.window.parameter().setRange(0.0f, kMomentaryMs);
+    fourHundredMs_.window.parameter().setValue(kMomentaryMs, 0.0f);
+    threeSeconds_.window.parameter().setRange(0.0f, kShortTermMs);
+    threeSeconds_.window.parameter().setValue(kShortTermMs, 0.0f);
 }
 
 void LoudnessMeter::ChannelFilter::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>*,
                                            int samples, int) {
-    fourHundredMs.pull(samples);
-    publish(fourHundredMs);
+    fourHundredMs_.pull(samples);
+    publish(fourHundredMs_);
 }
 
-void LoudnessMeter::ChannelFilter::clear() {
-    weighting.processor.restart();
-    fourHundredMs.clear();
-    threeSeconds.clear();
+void LoudnessMeter::ChannelFilter::reset() {
+    weighting_.processor.restart();
+    fourHundredMs_.reset();
+    threeSeconds_.reset();
 }
 
 LoudnessMeter::LoudnessMeter(wave::Environment& owner, SteadyIntervalTimer::Clock clock)
@@ -68,18 +68,18 @@ LoudnessMeter::LoudnessMeter(wave::Environment& owner, SteadyIntervalTimer::Cloc
       precision(this, 1),
       enabled(this, true),
       autoReset(this, false),
-      gateMomentary(kMomentaryStrides),
-      mixerMomentary(owner, kMaxChannels),
-      gateShortTerm(kShortTermStrides),
-      mixerShortTerm(owner, kMaxChannels),
-      timer(clock) {
+      gateMomentary_(kMomentaryStrides),
+      mixerMomentary_(owner, kMaxChannels),
+      gateShortTerm_(kShortTermStrides),
+      mixerShortTerm_(owner, kMaxChannels),
+      timer_(clock) {
     for (int i = 0; i < SourceCount; ++i) {
-        sources[static_cast<std::size_t>(i)] = std::make_unique<LoudnessSource>(*this, i);
+        sources_[static_cast<std::size_t>(i)] = std::make_unique<LoudnessSource>(*this, i);
     }
     // The weight of side channels lies above 1.
-    mixerMomentary.widenGainRange();
-    mixerShortTerm.widenGainRange();
-    clear();
+    mixerMomentary_.widenGainRange();
+    mixerShortTerm_.widenGainRange();
+    reset();
     makeResettable();
     setScheduled(wave::Environment::kBackGroup);
 }
@@ -88,43 +88,39 @@ LoudnessMeter::~LoudnessMeter() = default;
 
 void LoudnessMeter::setChannel(int index, int typeWord, ChannelFilter& filter) {
     const float weight = weightOf(typeWord);
-    mixerMomentary.setInput(index, &filter);
-    mixerMomentary.gain(index).parameter().setValue(weight, 0.0f);
-    mixerShortTerm.setInput(index, &filter.shortTerm());
-    mixerShortTerm.gain(index).parameter().setValue(weight, 0.0f);
-    filters.push_back(&filter);
+    mixerMomentary_.setInput(index, &filter);
+    mixerMomentary_.gain(index).parameter().setValue(weight, 0.0f);
+    mixerShortTerm_.setInput(index, &filter.shortTerm());
+    mixerShortTerm_.gain(index).parameter().setValue(weight, 0.0f);
+    filters_.push_back(&filter);
 }
 
 void LoudnessMeter::propertyChanged(AbstractProperty& property) {
-    if (&property == &enabled) measuring.store(enabled, std::memory_order_relaxed);
+    if (&property == &enabled) measuring_.store(enabled, std::memory_order_relaxed);
 }
 
 void LoudnessMeter::reset() {
-    clear();
-}
-
-void LoudnessMeter::clear() {
     const double rate = environment().sampleRate();
-    gateMomentary.reset(rate);
-    gateShortTerm.reset(rate);
-    waiting = true;
-    for (auto& source : sources) source->clear();
-    for (ChannelFilter* filter : filters) filter->clear();
+    gateMomentary_.reset(rate);
+    gateShortTerm_.reset(rate);
+    waiting_ = true;
+    for (auto& source : sources_) source->clear();
+    for (ChannelFilter* filter : filters_) filter->reset();
 }
 
 void LoudnessMeter::takeRequests() {
-    if (resetRequested.load(std::memory_order_acquire)) {
-        clear();
-        resetRequested.store(false, std::memory_order_release);
+    if (resetRequested_.load(std::memory_order_acquire)) {
+        reset();
+        resetRequested_.store(false, std::memory_order_release);
     }
-    for (auto& source : sources) source->takeRequests();
+    for (auto& source : sources_) source->takeRequests();
 }
 
 void LoudnessMeter::produce(wave::BasicBlock<float>*, int samples, int) {
     publishSilence();
     takeRequests();
     if (autoReset && !environment().meteringActive()) {
-        if (!waiting) clear();
+        if (!waiting_) reset();
         return;
     }
     if (enabled) measure(samples);
@@ -136,18 +132,18 @@ int LoudnessMeter::firstSound(const float* block, int samples) const {
 }
 
 void LoudnessMeter::measure(int samples) {
-    const float* momentary = mixerMomentary.pullData(samples);
-    const float* shortTerm = mixerShortTerm.pullData(samples);
+    const float* momentary = mixerMomentary_.pullData(samples);
+    const float* shortTerm = mixerShortTerm_.pullData(samples);
     // Silence in front of the programme counts for nothing.
-    const int first = waiting ? firstSound(momentary, samples) : 0;
+    const int first = waiting_ ? firstSound(momentary, samples) : 0;
     if (first == samples) return;
     // The gated figures change ten times a second, and when a measurement begins.
-    if (gateMomentary.feed(momentary + first, samples - first) || waiting) updateIntegrated();
-    if (gateShortTerm.feed(shortTerm + first, samples - first) || waiting) updateRange();
-    sources[MomentarySource]->take(momentary, samples);
-    sources[ShortTermSource]->take(shortTerm, samples);
-    newData.store(true, std::memory_order_release);
-    waiting = false;
+    if (gateMomentary_.feed(momentary + first, samples - first) || waiting_) updateIntegrated();
+    if (gateShortTerm_.feed(shortTerm + first, samples - first) || waiting_) updateRange();
+    sources_[MomentarySource]->take(momentary, samples);
+    sources_[ShortTermSource]->take(shortTerm, samples);
+    newData_.store(true, std::memory_order_release);
+    waiting_ = false;
 }
 
 float LoudnessMeter::rounded(double meanSquare) const {
@@ -155,23 +151,23 @@ float LoudnessMeter::rounded(double meanSquare) const {
 }
 
 void LoudnessMeter::updateIntegrated() {
-    sources[IntegratedSource]->set(LevelSource::Current, rounded(gateMomentary.gatedMeanSquare()));
+    sources_[IntegratedSource]->set(wave::LevelSource::Current, rounded(gateMomentary_.gatedMeanSquare()));
 }
 
 void LoudnessMeter::updateRange() {
-    const auto [low, high] = gateShortTerm.range();
-    sources[IntegratedSource]->set(LevelSource::Range, high - low);
-    sources[IntegratedSource]->set(LevelSource::RangeLow, low);
+    const auto [low, high] = gateShortTerm_.range();
+    sources_[IntegratedSource]->set(wave::LevelSource::Range, high - low);
+    sources_[IntegratedSource]->set(wave::LevelSource::RangeLow, low);
 }
 
-LoudnessMeter::LoudnessSource::LoudnessSource(LoudnessMeter& owner, int sourceIndex)
-    : meter(owner), index(sourceIndex) {
+LoudnessMeter::LoudnessSource::LoudnessSource(LoudnessMeter& meter, int index)
+    : meter_(meter), index_(index) {
     clear();
 }
 
 void LoudnessMeter::LoudnessSource::clear() {
-    for (auto& value : values) value.store(kNoLoudness, std::memory_order_relaxed);
-    counter = 0;
+    for (auto& value : values_) value.store(kNoLoudness, std::memory_order_relaxed);
+    counter_ = 0;
 }
 
 void LoudnessMeter::LoudnessSource::clearPeaks() {
@@ -180,39 +176,39 @@ void LoudnessMeter::LoudnessSource::clearPeaks() {
 }
 
 void LoudnessMeter::LoudnessSource::takeRequests() {
-    if (!peakResetRequested.load(std::memory_order_acquire)) return;
+    if (!peakResetRequested_.load(std::memory_order_acquire)) return;
     clearPeaks();
-    peakResetRequested.store(false, std::memory_order_release);
+    peakResetRequested_.store(false, std::memory_order_release);
 }
 
 void LoudnessMeter::LoudnessSource::take(const float* block, int samples) {
-    const double rate = meter.environment().sampleRate();
-    set(Current, meter.rounded(block[samples - 1]));
+    const double rate = meter_.environment().sampleRate();
+    set(Current, meter_.rounded(block[samples - 1]));
     const int window = samplesInSeconds(kPeakSeconds, rate);
-    counter = std::min(counter + samples, window + 1);
-    if (counter > window) set(Highest, kNoLoudness);
-    const float peak = meter.rounded(kernel::highest(block, static_cast<std::size_t>(samples)));
+    counter_ = std::min(counter_ + samples, window + 1);
+    if (counter_ > window) set(Highest, kNoLoudness);
+    const float peak = meter_.rounded(kernel::highest(block, static_cast<std::size_t>(samples)));
     if (peak > get(Highest)) {
         set(Highest, peak);
-        counter = 0;
+        counter_ = 0;
     }
     set(Extreme, std::max(get(Extreme), peak));
 }
 
 void LoudnessMeter::LoudnessSource::resetMeasurement() {
-    if (index == IntegratedSource) meter.requestReset();
+    if (index_ == IntegratedSource) meter_.requestReset();
 }
 
 float LoudnessMeter::LoudnessSource::value(Info info) {
-    if (meter.newData.exchange(false, std::memory_order_acq_rel)) meter.timer.reset();
-    if (meter.resetRequested.load(std::memory_order_acquire)) return kNoLoudness;
+    if (meter_.newData_.exchange(false, std::memory_order_acq_rel)) meter_.timer_.reset();
+    if (meter_.resetRequested_.load(std::memory_order_acquire)) return kNoLoudness;
     const bool isPeak = info == Highest || info == Extreme;
-    if (isPeak && peakResetRequested.load(std::memory_order_acquire)) return kNoLoudness;
-    const int elapsed = meter.timer.elapsed();
-    const float blockMs = 2000.0f * static_cast<float>(meter.environment().hostBlockSamples()) /
-                          meter.environment().sampleRate();
+    if (isPeak && peakResetRequested_.load(std::memory_order_acquire)) return kNoLoudness;
+    const int elapsed = meter_.timer_.elapsed();
+    const float blockMs = 2000.0f * static_cast<float>(meter_.environment().hostBlockSamples()) /
+                          meter_.environment().sampleRate();
     const bool runs = static_cast<float>(elapsed) <= std::max(static_cast<float>(kStaleMs), blockMs);
-    if (index == IntegratedSource || info == Extreme || !meter.measuring.load(std::memory_order_relaxed) ||
+    if (index_ == IntegratedSource || info == Extreme || !meter_.measuring_.load(std::memory_order_relaxed) ||
         runs) {
         return get(info);
     }
@@ -222,7 +218,7 @@ float LoudnessMeter::LoudnessSource::value(Info info) {
 // After the audio has stopped the window seems to empty.
 float LoudnessMeter::LoudnessSource::runningDown(Info info, int elapsedMs) const {
     if (info != Current) return elapsedMs > kPeakMs ? kNoLoudness : get(info);
-    const double window = index == ShortTermSource ? kShortTermMs : kMomentaryMs;
+    const double window = index_ == ShortTermSource ? kShortTermMs : kMomentaryMs;
     const float level = get(Current);
     if (elapsedMs >= window || level <= kNoLoudness) return kNoLoudness;
     return loudnessOf(meanSquareOf(level) * (1.0 - elapsedMs / window));

@@ -20,140 +20,142 @@ LockFreeFifo::Item itemOf(int frame) {
 
 }  // namespace
 
-RealTimeAudioBuffer::Measurement::Measurement(RealTimeAudioBuffer& bufferOwner, int list, int channels)
+RealTimeAudioBuffer::Measurement::Measurement(RealTimeAudioBuffer& owner, int list, int channels)
     : enabled(this, true),
-      owner(bufferOwner),
-      index(list),
-      inputs(static_cast<std::size_t>(channels), nullptr) {}
+      owner_(owner),
+      index_(list),
+      inputs_(static_cast<std::size_t>(channels), nullptr) {}
 
 const float* RealTimeAudioBuffer::Measurement::block(int frame, int channel) const {
     if (frame < 0 || frame >= frameCount()) return nullptr;
-    const auto storage = static_cast<std::size_t>(owner.held[static_cast<std::size_t>(frame)]);
-    return owner.frames[storage].get() + (owner.channels * index + channel) * kBlockLength;
+    const auto storage = static_cast<std::size_t>(owner_.held_[static_cast<std::size_t>(frame)]);
+    return owner_.frames_[storage].get() + (owner_.channels_ * index_ + channel) * kBlockLength;
 }
 
 void RealTimeAudioBuffer::Measurement::propertyChanged(AbstractProperty&) {
-    owner.updateSchedule();
+    owner_.updateSchedule();
 }
 
 RealTimeAudioBuffer::RealTimeAudioBuffer(wave::Environment& owner, int channelCount)
     : Producer(owner, wave::OwnBlock::No),
       stopWhenFull(nullptr, true),
-      channels(channelCount),
-      freeFrames(1024, kMaxFrames),
-      finishedFrames(1024, kMaxFrames) {
+      channels_(channelCount),
+      freeFrames_(1024, kMaxFrames),
+      finishedFrames_(1024, kMaxFrames) {
     for (int i = 0; i < kListCount; ++i) {
-        measurements[static_cast<std::size_t>(i)] = std::make_unique<Measurement>(*this, i, channels);
+        measurements_[static_cast<std::size_t>(i)] = std::make_unique<Measurement>(*this, i, channels_);
     }
-    inputs.reserve(static_cast<std::size_t>(kListCount * channels));
-    frames.reserve(kMaxFrames);
-    held.reserve(kMaxFrames);
-    fillPool();
+    inputs_.reserve(static_cast<std::size_t>(kListCount * channels_));
+    frames_.reserve(kMaxFrames);
+    held_.reserve(kMaxFrames);
+    prepare();
     makeResettable();
     setScheduled(wave::Environment::kFrontGroup);
 }
 
 RealTimeAudioBuffer::~RealTimeAudioBuffer() = default;
 
-int RealTimeAudioBuffer::framesWanted() const {
+void RealTimeAudioBuffer::prepare() {
     const float rate = std::min(environment().sampleRate(), kHighestRate);
-    const int forRate = static_cast<int>(std::lround(std::max(rate / kBudgetRate, 1.0f) * kFrameBudget));
-    const int forHost = 2 * environment().hostBlockSamples() / kBlockLength + 2;
-    return std::min(std::max(forRate, forHost), kMaxFrames);
+    framesForRate_ = static_cast<int>(std::lround(std::max(rate / kBudgetRate, 1.0f) * kFrameBudget));
+    growPool();
 }
 
-void RealTimeAudioBuffer::fillPool() {
-    const auto wanted = static_cast<std::size_t>(framesWanted());
-    while (frames.size() < wanted) {
-        frames.push_back(
-            std::make_unique<float[]>(static_cast<std::size_t>(kListCount * channels * kBlockLength)));
-        freeFrames.push(itemOf(static_cast<int>(frames.size()) - 1));
+// The vector has its final capacity, so that the audio thread may go on using the frames that are there.
+void RealTimeAudioBuffer::growPool() {
+    const std::lock_guard lock(growing_);
+    const int forHost = 2 * environment().hostBlockSamples() / kBlockLength + 2;
+    const auto wanted = static_cast<std::size_t>(std::clamp(forHost, framesForRate_.load(), kMaxFrames));
+    while (frames_.size() < wanted) {
+        frames_.push_back(
+            std::make_unique<float[]>(static_cast<std::size_t>(kListCount * channels_ * kBlockLength)));
+        freeFrames_.push(itemOf(static_cast<int>(frames_.size()) - 1));
     }
 }
 
 void RealTimeAudioBuffer::reset() {
     LockFreeFifo::Item item{};
-    while (finishedFrames.pop(item)) freeFrames.push(item);
-    if (currentFrame >= 0) freeFrames.push(itemOf(currentFrame));
-    currentFrame = -1;
-    fillPosition = 0;
-    fillPool();
+    while (finishedFrames_.pop(item)) freeFrames_.push(item);
+    if (currentFrame_ >= 0) freeFrames_.push(itemOf(currentFrame_));
+    currentFrame_ = -1;
+    fillPosition_ = 0;
 }
 
 void RealTimeAudioBuffer::updateSchedule() {
-    setActive(std::any_of(measurements.begin(), measurements.end(),
+    setActive(std::any_of(measurements_.begin(), measurements_.end(),
                           [](const auto& m) { return m->enabled.value(); }));
 }
 
 void RealTimeAudioBuffer::collectInputs(int samples) {
-    inputs.clear();
-    for (const auto& measurement : measurements) {
-        for (wave::Producer* input : measurement->inputs) {
-            inputs.push_back(input ? input->pullData(samples) : environment().silentBlock().data());
+    inputs_.clear();
+    for (const auto& measurement : measurements_) {
+        for (wave::Producer* input : measurement->inputs_) {
+            inputs_.push_back(input ? input->pullData(samples) : environment().silentBlock().data());
         }
     }
 }
 
 bool RealTimeAudioBuffer::takeFrame() {
     LockFreeFifo::Item item{};
-    if (!freeFrames.pop(item)) {
+    if (!freeFrames_.pop(item)) {
         if (stopWhenFull) {
-            overflow.store(true, std::memory_order_release);
+            overflow_.store(true, std::memory_order_release);
             return false;
         }
-        if (!finishedFrames.pop(item)) return false;
+        if (!finishedFrames_.pop(item)) return false;
     }
-    currentFrame = item.index();
+    currentFrame_ = item.index();
     return true;
 }
 
 void RealTimeAudioBuffer::copyInputs(int from, int count) {
-    float* frame = frames[static_cast<std::size_t>(currentFrame)].get() + fillPosition;
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-        std::memcpy(frame + i * kBlockLength, inputs[i] + from,
+    float* frame = frames_[static_cast<std::size_t>(currentFrame_)].get() + fillPosition_;
+    for (std::size_t i = 0; i < inputs_.size(); ++i) {
+        std::memcpy(frame + i * kBlockLength, inputs_[i] + from,
                     static_cast<std::size_t>(count) * sizeof(float));
     }
 }
 
 void RealTimeAudioBuffer::produce(wave::BasicBlock<float>*, int samples, int) {
     publishSilence();
-    if (overflow.load(std::memory_order_acquire)) return;
+    if (overflow_.load(std::memory_order_acquire)) return;
     collectInputs(samples);
     for (int done = 0; done < samples;) {
-        if (currentFrame < 0 && !takeFrame()) return;
-        const int count = std::min(kBlockLength - fillPosition, samples - done);
+        if (currentFrame_ < 0 && !takeFrame()) return;
+        const int count = std::min(kBlockLength - fillPosition_, samples - done);
         copyInputs(done, count);
-        fillPosition += count;
+        fillPosition_ += count;
         done += count;
-        if (fillPosition < kBlockLength) continue;
-        finishedFrames.push(itemOf(currentFrame));
-        currentFrame = -1;
-        fillPosition = 0;
+        if (fillPosition_ < kBlockLength) continue;
+        finishedFrames_.push(itemOf(currentFrame_));
+        currentFrame_ = -1;
+        fillPosition_ = 0;
     }
 }
 
 void RealTimeAudioBuffer::lock() {
-    if (lockCount++ == 0) drain();
+    if (lockCount_++ == 0) drain();
 }
 
 void RealTimeAudioBuffer::drain() {
     // What was recorded before a gap is of no use: the reader is promised one stretch.
-    const bool dropped = overflow.load(std::memory_order_acquire);
+    const bool dropped = overflow_.load(std::memory_order_acquire);
     LockFreeFifo::Item item{};
-    while (finishedFrames.pop(item)) {
+    while (finishedFrames_.pop(item)) {
         if (dropped) {
-            freeFrames.push(item);
+            freeFrames_.push(item);
         } else {
-            held.push_back(item.index());
+            held_.push_back(item.index());
         }
     }
-    overflow.store(false, std::memory_order_release);
+    overflow_.store(false, std::memory_order_release);
 }
 
 void RealTimeAudioBuffer::unlock() {
-    if (--lockCount != 0) return;
-    for (std::size_t i = held.size(); i-- > 0;) freeFrames.push(itemOf(held[i]));
-    held.clear();
+    if (--lockCount_ != 0) return;
+    for (std::size_t i = held_.size(); i-- > 0;) freeFrames_.push(itemOf(held_[i]));
+    held_.clear();
+    growPool();
 }
 
 }  // namespace vanta

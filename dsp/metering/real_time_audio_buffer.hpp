@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "foundation/lock_free_fifo.hpp"
@@ -14,7 +15,7 @@ namespace vanta {
 
 /// Carries whole streams from the audio thread to a display without a lock in the audio path: frames of 256
 /// samples go from a pool through a queue to the reader and back. A reader that is too slow stops the
-/// recording until it comes by, and what was pending is dropped, so that it always gets one unbroken stretch.
+/// recording until its next visit and drops what was pending, so that it always gets one unbroken stretch.
 ///
 /// One audio thread, one reader.
 class RealTimeAudioBuffer final : public wave::Producer {
@@ -27,10 +28,12 @@ public:
     RealTimeAudioBuffer(wave::Environment& owner, int channelCount);
     ~RealTimeAudioBuffer() override;
 
-    Measurement& measurement(int list) { return *measurements[static_cast<std::size_t>(list)]; }
+    Measurement& measurement(int list) { return *measurements_[static_cast<std::size_t>(list)]; }
 
-    /// Gives all frames but the reader's back, and sizes the pool for the sample rate and the host's blocks.
-    /// Allocates when the pool grows.
+    /// Sizes the pool for the sample rate and the host's blocks; it only grows. For longer blocks of the host
+    /// the reader adds frames at its next visit.
+    void prepare() override;
+    /// Takes back all frames but the reader's.
     void reset() override;
 
     Property<bool> stopWhenFull;  ///< false: with no free frame the oldest finished one is used again
@@ -39,9 +42,8 @@ protected:
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
 
 private:
-    void fillPool();
+    void growPool();
     void updateSchedule();
-    int framesWanted() const;
     VANTA_REALTIME bool takeFrame();
     VANTA_REALTIME void collectInputs(int samples);
     VANTA_REALTIME void copyInputs(int from, int count);
@@ -49,35 +51,37 @@ private:
     void lock();
     void unlock();
 
-    int channels;
-    std::vector<std::unique_ptr<float[]>> frames;  ///< the pool: 3 lists times the channels, a block each
-    LockFreeFifo freeFrames;
-    LockFreeFifo finishedFrames;
-    std::vector<const float*> inputs;
-    std::array<std::unique_ptr<Measurement>, kListCount> measurements;
-    std::atomic<bool> overflow{false};
-    int currentFrame = -1;
-    int fillPosition = 0;
+    int channels_;
+    std::vector<std::unique_ptr<float[]>> frames_;  ///< the pool: 3 lists times the channels, a block each
+    std::mutex growing_;                            ///< never taken in a block
+    std::atomic<int> framesForRate_{0};
+    LockFreeFifo freeFrames_;
+    LockFreeFifo finishedFrames_;
+    std::vector<const float*> inputs_;
+    std::array<std::unique_ptr<Measurement>, kListCount> measurements_;
+    std::atomic<bool> overflow_{false};
+    int currentFrame_ = -1;
+    int fillPosition_ = 0;
 
     // The reader's.
-    int lockCount = 0;
-    std::vector<int> held;  ///< oldest first
+    int lockCount_ = 0;
+    std::vector<int> held_;  ///< oldest first
 };
 
 /// One of the lists as an audio source.
-class RealTimeAudioBuffer::Measurement final : public AudioSource, public PropertyOwner {
+class RealTimeAudioBuffer::Measurement final : public wave::AudioSource, public PropertyOwner {
 public:
-    Measurement(RealTimeAudioBuffer& bufferOwner, int list, int channels);
+    Measurement(RealTimeAudioBuffer& owner, int list, int channels);
 
-    void lock() override { owner.lock(); }
-    void unlock() override { owner.unlock(); }
+    void lock() override { owner_.lock(); }
+    void unlock() override { owner_.unlock(); }
     int blockLength() const override { return kBlockLength; }
     const float* block(int frame, int channel) const override;
-    int frameCount() const override { return static_cast<int>(owner.held.size()); }
-    int channelCount() const override { return owner.channels; }
+    int frameCount() const override { return static_cast<int>(owner_.held_.size()); }
+    int channelCount() const override { return owner_.channels_; }
 
     /// Set-up; a channel without one records silence.
-    void setInput(int channel, wave::Producer& input) { inputs[static_cast<std::size_t>(channel)] = &input; }
+    void setInput(int channel, wave::Producer& input) { inputs_[static_cast<std::size_t>(channel)] = &input; }
 
     Property<bool> enabled;  ///< all lists are recorded as long as one is enabled
 
@@ -85,9 +89,9 @@ private:
     friend class RealTimeAudioBuffer;
     void propertyChanged(AbstractProperty& property) override;
 
-    RealTimeAudioBuffer& owner;
-    int index;
-    std::vector<wave::Producer*> inputs;
+    RealTimeAudioBuffer& owner_;
+    int index_;
+    std::vector<wave::Producer*> inputs_;
 };
 
 }  // namespace vanta

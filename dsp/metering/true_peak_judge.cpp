@@ -4,8 +4,8 @@
 #include <cmath>
 #include <numbers>
 
-#include "dsp/kernel/convolver_kernels.hpp"
-#include "dsp/kernel/scan.hpp"
+#include "kernel/convolver_kernels.hpp"
+#include "kernel/scan.hpp"
 
 namespace vanta {
 
@@ -27,9 +27,9 @@ double windowedSinc(double x, double halfWidth) {
 
 }  // namespace
 
-TruePeakJudge::TruePeakJudge() : history(kTaps - 1 + kChunk) {
+TruePeakJudge::TruePeakJudge() : history_(kTaps - 1 + kChunk) {
     for (int phase = 0; phase < kPoints; ++phase) {
-        Taps& row = taps[static_cast<std::size_t>(phase)];
+        Taps& row = taps_[static_cast<std::size_t>(phase)];
         for (int j = 0; j < kTaps; ++j) {
             // Tap j meets the sample j before the newest one; the points lie just behind the middle.
             const double distance = j - kHalfWidth + static_cast<double>(phase) / kPoints;
@@ -44,9 +44,9 @@ TruePeakJudge::TruePeakJudge() : history(kTaps - 1 + kChunk) {
 }
 
 void TruePeakJudge::reset() {
-    history.clear();
-    points.fill(0.0f);
-    firstPoint = -kHalfWidth * kPoints - kCarried;
+    history_.clear();
+    points_.fill(0.0f);
+    firstPoint_ = -kHalfWidth * kPoints - kCarried;
     peak_ = latest_ = position_ = 0.0;
 }
 
@@ -63,43 +63,43 @@ void TruePeakJudge::finish() {
 
 void TruePeakJudge::processChunk(const float* samples, int count) {
     const auto length = static_cast<std::size_t>(count);
-    float* newest = history.data() + kTaps - 1;
+    float* newest = history_.data() + kTaps - 1;
     std::copy_n(samples, length, newest);
     // The first phase falls on the samples themselves.
-    std::copy_n(newest - kHalfWidth, length, rows[0].data());
-    for (std::size_t phase = 1; phase < rows.size(); ++phase) {
-        kernel::fir(newest, taps[phase].data(), kTaps, rows[phase].data(), length);
+    std::copy_n(newest - kHalfWidth, length, rows_[0].data());
+    for (std::size_t phase = 1; phase < rows_.size(); ++phase) {
+        kernel::fir(newest, taps_[phase].data(), kTaps, rows_[phase].data(), length);
     }
-    std::copy_n(history.data() + count, kTaps - 1, history.data());
+    std::copy_n(history_.data() + count, kTaps - 1, history_.data());
     interleave(count);
     if (isWorthALook(count)) look(count);
-    std::copy_n(points.data() + count * kPoints, kCarried, points.data());
-    firstPoint += count * kPoints;
+    std::copy_n(points_.data() + count * kPoints, kCarried, points_.data());
+    firstPoint_ += count * kPoints;
 }
 
 void TruePeakJudge::interleave(int count) {
-    float* out = points.data() + kCarried;
-    for (std::size_t phase = 0; phase < rows.size(); ++phase) {
+    float* out = points_.data() + kCarried;
+    for (std::size_t phase = 0; phase < rows_.size(); ++phase) {
         for (int i = 0; i < count; ++i) {
-            out[i * kPoints + static_cast<int>(phase)] = rows[phase][static_cast<std::size_t>(i)];
+            out[i * kPoints + static_cast<int>(phase)] = rows_[phase][static_cast<std::size_t>(i)];
         }
     }
 }
 
-// Most chunks hold nothing that could be higher, which one scan tells.
+// One scan shows that most chunks hold nothing higher.
 bool TruePeakJudge::isWorthALook(int count) const {
     const auto length = static_cast<std::size_t>(kCarried + count * kPoints);
-    return static_cast<double>(kernel::highestMagnitude(points.data(), length)) * kMostBetweenPoints >
+    return static_cast<double>(kernel::highestMagnitude(points_.data(), length)) * kMostBetweenPoints >
            latest_;
 }
 
 void TruePeakJudge::look(int count) {
     for (int i = 1; i < kCarried + count * kPoints - 1; ++i) {
         const auto at = static_cast<std::size_t>(i);
-        const double magnitude = std::abs(static_cast<double>(points[at]));
+        const double magnitude = std::abs(static_cast<double>(points_[at]));
         if (magnitude * kMostBetweenPoints <= latest_) continue;
-        if (magnitude >= std::abs(static_cast<double>(points[at - 1])) &&
-            magnitude >= std::abs(static_cast<double>(points[at + 1]))) {
+        if (magnitude >= std::abs(static_cast<double>(points_[at - 1])) &&
+            magnitude >= std::abs(static_cast<double>(points_[at + 1]))) {
             weigh(i);
         }
     }
@@ -108,17 +108,17 @@ void TruePeakJudge::look(int count) {
 // The vertex of the parabola through a point and its neighbours, none of which is higher.
 void TruePeakJudge::weigh(int point) {
     const auto at = static_cast<std::size_t>(point);
-    const double sign = points[at] < 0.0f ? -1.0 : 1.0;
-    const double before = sign * static_cast<double>(points[at - 1]);
-    const double here = sign * static_cast<double>(points[at]);
-    const double behind = sign * static_cast<double>(points[at + 1]);
+    const double sign = points_[at] < 0.0f ? -1.0 : 1.0;
+    const double before = sign * static_cast<double>(points_[at - 1]);
+    const double here = sign * static_cast<double>(points_[at]);
+    const double behind = sign * static_cast<double>(points_[at + 1]);
     const double bend = before - 2.0 * here + behind;
     const double shift = bend < 0.0 ? 0.5 * (before - behind) / bend : 0.0;
     const double height = here - 0.25 * (before - behind) * shift;
     latest_ = std::max(latest_, height);
     if (height <= peak_) return;
     peak_ = height;
-    position_ = (static_cast<double>(firstPoint + point) + shift) / kPoints;
+    position_ = (static_cast<double>(firstPoint_ + point) + shift) / kPoints;
 }
 
 }  // namespace vanta

@@ -50,11 +50,11 @@ private:
     void look(int count);
     void weigh(int point);
 
-    std::array<Taps, kPoints> taps{};
-    AlignedBuffer<float> history;                             ///< kTaps - 1 samples of the past, then a chunk
-    std::array<Row, kPoints> rows{};                          ///< one phase a row
-    std::array<float, kCarried + kChunk * kPoints> points{};  ///< all phases in order of time
-    std::int64_t firstPoint = 0;  ///< of `points`, in points from the first sample
+    std::array<Taps, kPoints> taps_{};
+    wave::AlignedBuffer<float> history_;  ///< kTaps - 1 samples of the past, then a chunk
+    std::array<Row, kPoints> rows_{};     ///< one phase a row
+    std::array<float, kCarried + kChunk * kPoints> points_{};  ///< all phases in order of time
+    std::int64_t firstPoint_ = 0;  ///< of `points`, in points from the first sample
     double peak_ = 0.0;
     double latest_ = 0.0;
     double position_ = 0.0;

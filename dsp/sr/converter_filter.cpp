@@ -2,9 +2,9 @@
 
 namespace vanta::sr {
 
-ConverterFilterBase::ConverterFilterBase(wave::Environment& owner, ConverterStyleBase& converterStyle,
-                                         std::unique_ptr<ConverterBase> ownConverter)
-    : Filter(owner), style_(converterStyle), converter_(std::move(ownConverter)) {
+ConverterFilterBase::ConverterFilterBase(wave::Environment& owner, ConverterStyleBase& style,
+                                         std::unique_ptr<ConverterBase> converter)
+    : Filter(owner), style_(style), converter_(std::move(converter)) {
     makeResettable();
 }
 
@@ -16,7 +16,7 @@ void ConverterFilterBase::convert(const wave::BasicBlock<float>& in, wave::Basic
 // Nobody pulled in the meantime: what the filter remembers does not belong to the stream that comes.
 void ConverterFilterBase::noteBlock(int samples) {
     const std::int64_t position = environment().position();
-    if (position != expectedPosition_) converter_->update();
+    if (position != expectedPosition_) converter_->reset();
     expectedPosition_ = position + samples;
 }
 
@@ -40,9 +40,8 @@ void DecimatorFilterBase::process(const wave::BasicBlock<float>& in, wave::Basic
     convert(in, out, samples);
 }
 
-SkipDecimatorFilter::SkipDecimatorFilter(ConverterStyleBase& converterStyle, SkipDecimator::Mode initialMode)
-    : DecimatorFilterBase(converterStyle.environment(), converterStyle,
-                          std::make_unique<SkipDecimator>(converterStyle, initialMode)),
+SkipDecimatorFilter::SkipDecimatorFilter(ConverterStyleBase& style, SkipDecimator::Mode initialMode)
+    : DecimatorFilterBase(style.environment(), style, std::make_unique<SkipDecimator>(style, initialMode)),
       mode(static_cast<SkipDecimator&>(converter()).mode) {}
 
 void SkipDecimatorFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out,

@@ -11,12 +11,12 @@ namespace vanta::sr {
 /// anew from silence.
 class ConverterFilterBase : public wave::Filter {
 public:
-    /// Rebuilds the converter after a change of factor, rate or block size.
-    void reset() override { converter_->update(); }
+    void prepare() override { converter_->update(); }
+    void reset() override { converter_->reset(); }
 
 protected:
-    ConverterFilterBase(wave::Environment& owner, ConverterStyleBase& converterStyle,
-                        std::unique_ptr<ConverterBase> ownConverter);
+    ConverterFilterBase(wave::Environment& owner, ConverterStyleBase& style,
+                        std::unique_ptr<ConverterBase> converter);
 
     ConverterStyleBase& style() const { return style_; }
     ConverterBase& converter() const { return *converter_; }
@@ -51,25 +51,22 @@ protected:
 class InterpolatorFilter final : public InterpolatorFilterBase {
 public:
     /// `oversampled` runs at the style's factor times the rate of the source.
-    InterpolatorFilter(wave::Environment& oversampled, ConverterStyleBase& converterStyle)
-        : InterpolatorFilterBase(oversampled, converterStyle, converterStyle.createInterpolator()) {}
+    InterpolatorFilter(wave::Environment& oversampled, ConverterStyleBase& style)
+        : InterpolatorFilterBase(oversampled, style, style.createInterpolator()) {}
 };
 
 class DecimatorFilter final : public DecimatorFilterBase {
 public:
     /// Lives in the style's own environment.
-    explicit DecimatorFilter(ConverterStyleBase& converterStyle)
-        : DecimatorFilterBase(converterStyle.environment(), converterStyle,
-                              converterStyle.createDecimator()) {}
+    explicit DecimatorFilter(ConverterStyleBase& style)
+        : DecimatorFilterBase(style.environment(), style, style.createDecimator()) {}
 };
 
 /// Takes one sample of each group, see SkipDecimator. A constant source makes a constant result.
 class SkipDecimatorFilter final : public DecimatorFilterBase {
 public:
-    explicit SkipDecimatorFilter(ConverterStyleBase& converterStyle,
+    explicit SkipDecimatorFilter(ConverterStyleBase& style,
                                  SkipDecimator::Mode initialMode = SkipDecimator::First);
-
-    void reset() override {}
 
     Property<int>& mode;  ///< a SkipDecimator::Mode
 

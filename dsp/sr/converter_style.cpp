@@ -6,12 +6,11 @@
 
 namespace vanta::sr {
 
-ConverterStyle::ConverterStyle(wave::Environment& baseEnvironment, int fixedFactor, float stopAttenuation,
-                               float passbandEdge)
-    : ConverterStyleBase(baseEnvironment),
+ConverterStyle::ConverterStyle(wave::Environment& base, int factor, float stopAttenuation, float passbandEdge)
+    : ConverterStyleBase(base),
       attenuation(nullptr, stopAttenuation),
       passband(nullptr, passbandEdge),
-      factor_(fixedFactor) {}
+      factor_(factor) {}
 
 ConverterStyle::ConverterStyle(wave::SubEnvironment& oversampled) : ConverterStyle(oversampled.parent(), 1) {
     subEnvironment_ = &oversampled;
@@ -33,7 +32,9 @@ int ConverterStyle::latency(int factor) const {
 void ConverterStyle::setFactor(int factor) {
     const int before = this->factor();
     factor_ = factor;
-    if (this->factor() != before) environment().resetGraph(wave::ResetMode::ResetActiveLocal);
+    if (this->factor() == before) return;
+    environment().prepareNodes();
+    environment().resetGraph(wave::ResetMode::ResetActiveLocal);
 }
 
 bool ConverterStyle::designed() const {

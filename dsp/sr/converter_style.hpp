@@ -22,8 +22,8 @@ public:
         SetCount
     };
 
-    /// `fixedFactor` is a power of two up to kMaxFactor; attenuation in dB, passband in Hz.
-    ConverterStyle(wave::Environment& baseEnvironment, int fixedFactor, float stopAttenuation = 90.0f,
+    /// `factor` is a power of two up to kMaxFactor; attenuation in dB, passband in Hz.
+    ConverterStyle(wave::Environment& base, int factor, float stopAttenuation = 90.0f,
                    float passbandEdge = 20000.0f);
     /// The factor is that of the sub-environment; its parent runs at the base rate.
     explicit ConverterStyle(wave::SubEnvironment& oversampled);

@@ -22,7 +22,7 @@ public:
     virtual int maxFactor() const = 0;
     /// A power of two; at 1 nothing is converted.
     virtual int factor() const = 0;
-    /// A real change resets the active nodes of the environment, which rebuilds the converters. Allocates.
+    /// A real change rebuilds the converters of the environment and resets its active nodes. Allocates.
     virtual void setFactor(int factor) = 0;
 };
 
@@ -35,9 +35,11 @@ public:
     /// `count` samples at the lower rate, `factor` times as many at the higher one. False, and nothing is
     /// written, if the factor is 1.
     VANTA_REALTIME virtual bool convert(const float* in, float* out, int count) = 0;
-    /// Follows the style and starts anew from silence. Allocates only if the factor, the block size or the
-    /// design has changed.
+    /// Rebuilds the converter from its style, and starts anew from silence. Allocates where the factor, the
+    /// block size or the design has changed.
     virtual void update() = 0;
+    /// Starts anew from silence.
+    VANTA_REALTIME virtual void reset() = 0;
 };
 
 }  // namespace vanta::sr

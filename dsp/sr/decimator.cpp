@@ -2,8 +2,8 @@
 
 namespace vanta::sr {
 
-Decimator::Decimator(ConverterStyle& converterStyle)
-    : FIRConverter(converterStyle, ConverterStyle::NarrowFull, ConverterStyle::WideFull) {
+Decimator::Decimator(ConverterStyle& style)
+    : FIRConverter(style, ConverterStyle::NarrowFull, ConverterStyle::WideFull) {
     update();
 }
 

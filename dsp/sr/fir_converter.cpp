@@ -5,11 +5,8 @@
 
 namespace vanta::sr {
 
-FIRConverter::FIRConverter(ConverterStyle& converterStyle, int firstSet, int otherSets)
-    : ConverterBase(converterStyle.environment()),
-      style_(converterStyle),
-      firstSet_(firstSet),
-      otherSets_(otherSets) {}
+FIRConverter::FIRConverter(ConverterStyle& style, int firstSet, int otherSets)
+    : ConverterBase(style.environment()), style_(style), firstSet_(firstSet), otherSets_(otherSets) {}
 
 void FIRConverter::update() {
     const int factor = style_.factor();
@@ -29,6 +26,10 @@ void FIRConverter::update() {
         }
         stage->prepare(style_.set(index));
     }
+}
+
+void FIRConverter::reset() {
+    for (auto& stage : stages_) stage->reset();
 }
 
 }  // namespace vanta::sr

@@ -12,10 +12,11 @@ namespace vanta::sr {
 class FIRConverter : public ConverterBase {
 public:
     void update() override;
+    void reset() override;
 
 protected:
     /// Indexes of the style's sets for stage 0 and for all others.
-    FIRConverter(ConverterStyle& converterStyle, int firstSet, int otherSets);
+    FIRConverter(ConverterStyle& style, int firstSet, int otherSets);
 
     std::vector<std::unique_ptr<FIRStage>>& stages() { return stages_; }
     /// Room for the output of every stage but the last one.
@@ -24,7 +25,7 @@ protected:
 private:
     ConverterStyle& style_;
     std::vector<std::unique_ptr<FIRStage>> stages_;
-    AlignedBuffer<float> workBlock_;
+    wave::AlignedBuffer<float> workBlock_;
     int maxBlock_ = 0;
     int firstSet_;
     int otherSets_;

@@ -1,6 +1,6 @@
 #include "dsp/sr/fir_stage.hpp"
 
-#include "dsp/kernel/fir_kernels.hpp"
+#include "kernel/fir_kernels.hpp"
 
 namespace vanta::sr {
 
@@ -13,11 +13,11 @@ constexpr std::size_t size(int count) {
 }  // namespace
 
 // The pad is below the ratio.
-FIRStage::FIRStage(int stageRatio, int longestLength, int maxBlock)
-    : ring_(longestLength - 1 + stageRatio + maxBlock * stageRatio),
+FIRStage::FIRStage(int ratio, int longestLength, int maxBlock)
+    : ring_(longestLength - 1 + ratio + maxBlock * ratio),
       scratch_(static_cast<int>(kernel::decimatorScratch(size(longestLength)))),
       longestLength_(longestLength),
-      ratio_(stageRatio) {}
+      ratio_(ratio) {}
 
 void FIRStage::prepare(const CoefficientSet& set) {
     set_ = &set;
@@ -26,7 +26,7 @@ void FIRStage::prepare(const CoefficientSet& set) {
     const int missing = stageDelay(branch ? 2 * set.length + 1 : set.length, ratio_) - delay;
     // A branch reads the lower of the two rates; the delay and the ratio are even.
     pad_ = branch ? missing / 2 : missing;
-    ring_.restart();
+    reset();
 }
 
 const float* FIRStage::write(const float* in, int count) {

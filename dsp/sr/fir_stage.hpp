@@ -1,7 +1,7 @@
 #pragma once
 
-#include "dsp/mirrored_ring.hpp"
 #include "dsp/sr/half_band_design.hpp"
+#include "wave/mirrored_ring.hpp"
 
 namespace vanta::sr {
 
@@ -10,10 +10,12 @@ namespace vanta::sr {
 class FIRStage {
 public:
     /// Room for filters of up to `longestLength` taps and blocks of `maxBlock` samples of the base rate.
-    FIRStage(int stageRatio, int longestLength, int maxBlock);
+    FIRStage(int ratio, int longestLength, int maxBlock);
 
     /// Takes the taps, which the caller keeps alive, and starts anew from silence.
     void prepare(const CoefficientSet& set);
+    /// Starts anew from silence.
+    VANTA_REALTIME void reset() { ring_.clear(); }
     /// `count` samples in, twice as many out. Taps are a polyphase branch.
     VANTA_REALTIME void interpolate(const float* in, float* out, int count);
     /// Twice `count` samples in, `count` samples out. Taps are a full filter.
@@ -28,8 +30,8 @@ public:
 private:
     VANTA_REALTIME const float* write(const float* in, int count);
 
-    MirroredRing ring_;
-    AlignedBuffer<float> scratch_;
+    wave::MirroredRing ring_;
+    wave::AlignedBuffer<float> scratch_;
     const CoefficientSet* set_ = nullptr;
     int longestLength_;
     int ratio_;

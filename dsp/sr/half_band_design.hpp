@@ -14,7 +14,7 @@ inline constexpr float kNarrowestTransition = 0.09f;
 
 /// Taps of one filter with a few zeros behind, so that loops may read whole vectors.
 struct CoefficientSet {
-    AlignedBuffer<float> taps;
+    wave::AlignedBuffer<float> taps;
     int length = 0;
 };
 

@@ -2,8 +2,8 @@
 
 namespace vanta::sr {
 
-Interpolator::Interpolator(ConverterStyle& converterStyle)
-    : FIRConverter(converterStyle, ConverterStyle::NarrowBranch, ConverterStyle::WideBranch) {
+Interpolator::Interpolator(ConverterStyle& style)
+    : FIRConverter(style, ConverterStyle::NarrowBranch, ConverterStyle::WideBranch) {
     update();
 }
 

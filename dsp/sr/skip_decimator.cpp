@@ -1,6 +1,6 @@
 #include "dsp/sr/skip_decimator.hpp"
 
-#include "dsp/kernel/fir_kernels.hpp"
+#include "kernel/fir_kernels.hpp"
 
 namespace vanta::sr {
 

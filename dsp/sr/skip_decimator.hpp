@@ -11,11 +11,12 @@ class SkipDecimator final : public ConverterBase {
 public:
     enum Mode { First, LargestMagnitude, Smallest };
 
-    explicit SkipDecimator(ConverterStyleBase& converterStyle, Mode initialMode = First)
-        : ConverterBase(converterStyle.environment()), mode(nullptr, initialMode), style_(converterStyle) {}
+    explicit SkipDecimator(ConverterStyleBase& style, Mode initialMode = First)
+        : ConverterBase(style.environment()), mode(nullptr, initialMode), style_(style) {}
 
     bool convert(const float* in, float* out, int count) override;
     void update() override {}
+    void reset() override {}
 
     Property<int> mode;  ///< a Mode
 

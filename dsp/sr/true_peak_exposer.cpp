@@ -16,21 +16,20 @@ void TruePeakExposer::Style::updateFactor() {
     replaceFactor(truePeakFactor(static_cast<double>(rate)));
 }
 
-TruePeakExposer::TruePeakExposer(wave::Environment& owner, Style& exposerStyle)
+TruePeakExposer::TruePeakExposer(wave::Environment& owner, Style& style)
     : Filter(owner),
       enabled(nullptr, true),
-      style_(exposerStyle),
-      interpolator_(exposerStyle),
-      peaks_(exposerStyle, SkipDecimator::LargestMagnitude) {
+      style_(style),
+      interpolator_(style),
+      peaks_(style, SkipDecimator::LargestMagnitude) {
     makeResettable();
-    reset();
+    prepare();
 }
 
-void TruePeakExposer::reset() {
+void TruePeakExposer::prepare() {
     style_.updateFactor();
     workBlock_.resize(environment().maxBlockSize() * style_.factor());
     interpolator_.update();
-    peaks_.update();
 }
 
 void TruePeakExposer::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
@@ -41,7 +40,7 @@ void TruePeakExposer::process(const wave::BasicBlock<float>& in, wave::BasicBloc
     }
     // What came before a pause does not belong to the stream that comes.
     const std::int64_t position = environment().position();
-    if (position != expectedPosition_) interpolator_.update();
+    if (position != expectedPosition_) reset();
     expectedPosition_ = position + samples;
     interpolator_.convert(in.data(), workBlock_.data(), samples);
     peaks_.convert(workBlock_.data(), out->data(), samples);

@@ -28,10 +28,11 @@ public:
         float factorRate_;
     };
 
-    TruePeakExposer(wave::Environment& owner, Style& exposerStyle);
+    TruePeakExposer(wave::Environment& owner, Style& style);
 
-    /// Allocates if the rate or the block size has changed.
-    void reset() override;
+    /// Chooses the factor for the sample rate, and designs the filters.
+    void prepare() override;
+    void reset() override { interpolator_.reset(); }
 
     Property<bool> enabled;  ///< when false the input passes as it is, without delay
 
@@ -43,7 +44,7 @@ private:
     Style& style_;
     Interpolator interpolator_;
     SkipDecimator peaks_;
-    AlignedBuffer<float> workBlock_;
+    wave::AlignedBuffer<float> workBlock_;
     std::int64_t expectedPosition_ = 0;
 };
 

@@ -14,28 +14,28 @@ GainReductionMeter::GainReductionMeter(wave::Producer& gain)
 }
 
 void GainReductionMeter::start(std::int64_t samples) {
-    toSkip = samples;
-    smallest = 1.0f;
-    end = std::numeric_limits<std::int64_t>::max();
-    measured = 0;
-    reduced = 0;
-    decibels = 0.0;
+    toSkip_ = samples;
+    smallest_ = 1.0f;
+    end_ = std::numeric_limits<std::int64_t>::max();
+    measured_ = 0;
+    reduced_ = 0;
+    decibels_ = 0.0;
 }
 
 double GainReductionMeter::meanReductionDb() const {
-    return measured == 0 ? 0.0 : std::max(0.0, -decibels / static_cast<double>(measured));
+    return measured_ == 0 ? 0.0 : std::max(0.0, -decibels_ / static_cast<double>(measured_));
 }
 
 double GainReductionMeter::reducedShare() const {
-    return measured == 0 ? 0.0 : static_cast<double>(reduced) / static_cast<double>(measured);
+    return measured_ == 0 ? 0.0 : static_cast<double>(reduced_) / static_cast<double>(measured_);
 }
 
 void GainReductionMeter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>*, int samples,
                                  int) {
-    const auto first = static_cast<int>(std::min<std::int64_t>(toSkip, samples));
-    toSkip -= first;
-    const auto count =
-        static_cast<int>(std::min<std::int64_t>(samples - first, std::max<std::int64_t>(end - measured, 0)));
+    const auto first = static_cast<int>(std::min<std::int64_t>(toSkip_, samples));
+    toSkip_ -= first;
+    const auto count = static_cast<int>(
+        std::min<std::int64_t>(samples - first, std::max<std::int64_t>(end_ - measured_, 0)));
     measure(in.data() + first, count);
     publishInput();
 }
@@ -47,13 +47,13 @@ void GainReductionMeter::measure(const float* gains, int count) {
     for (int i = 0; i < count; i += kFactors) {
         double product = 1.0;
         for (int k = i; k < std::min(count, i + kFactors); ++k) {
-            smallest = std::min(smallest, gains[k]);
-            reduced += gains[k] < turnedDown ? 1 : 0;
+            smallest_ = std::min(smallest_, gains[k]);
+            reduced_ += gains[k] < turnedDown ? 1 : 0;
             product *= std::max(static_cast<double>(gains[k]), 1e-15);
         }
-        decibels += 20.0 * std::log10(product);
+        decibels_ += 20.0 * std::log10(product);
     }
-    measured += count;
+    measured_ += count;
 }
 
 }  // namespace vanta

@@ -20,9 +20,9 @@ public:
     /// Starts anew, passing over the first `samples`.
     void start(std::int64_t samples);
     /// Measures no more than `samples` in all.
-    void endAfter(std::int64_t samples) { end = samples; }
+    void endAfter(std::int64_t samples) { end_ = samples; }
     /// As a factor, at most 1.
-    float smallestGain() const { return smallest; }
+    float smallestGain() const { return smallest_; }
     /// In dB, 0 or more; 0 before the first sample.
     double meanReductionDb() const;
     /// Share of the samples that were turned down by more than kReducedDb, 0 to 1.
@@ -35,12 +35,12 @@ protected:
 private:
     void measure(const float* gains, int count);
 
-    std::int64_t toSkip = 0;
-    std::int64_t end = std::numeric_limits<std::int64_t>::max();
-    std::int64_t measured = 0;
-    std::int64_t reduced = 0;
-    double decibels = 0.0;  ///< sum of all gains in dB
-    float smallest = 1.0f;
+    std::int64_t toSkip_ = 0;
+    std::int64_t end_ = std::numeric_limits<std::int64_t>::max();
+    std::int64_t measured_ = 0;
+    std::int64_t reduced_ = 0;
+    double decibels_ = 0.0;  ///< sum of all gains in dB
+    float smallest_ = 1.0f;
 };
 
 }  // namespace vanta

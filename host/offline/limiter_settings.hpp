@@ -1,7 +1,7 @@
 #pragma once
 
-#include "limiter/vanta_parameters.hpp"
-#include "plugin/generic_plugin_base.hpp"
+#include "limiter/parameters/vanta_parameters.hpp"
+#include "plugin/base/generic_plugin_base.hpp"
 
 namespace vanta {
 

@@ -7,7 +7,7 @@
 
 #include "host/offline/gain_reduction_meter.hpp"
 #include "host/offline/limiter_settings.hpp"
-#include "limiter/vanta_processor.hpp"
+#include "limiter/processor/vanta_processor.hpp"
 
 namespace vanta {
 
@@ -19,12 +19,12 @@ public:
     OfflineHost(const LimiterSettings& settings, ChannelLayout layout, float sampleRate, int blockSamples,
                 int sideChainChannels);
 
-    int latency() const { return processor.latency(); }
-    int blockSamples() const { return blockLength; }
+    int latency() const { return processor_.latency(); }
+    int blockSamples() const { return blockLength_; }
 
     /// Where the next block of input goes, one pointer a channel; likewise of the side chain.
-    std::span<float* const> input() { return std::span(pointers).first(channels); }
-    std::span<float* const> sideChain() { return std::span(pointers).subspan(channels); }
+    std::span<float* const> input() { return std::span(pointers_).first(channels_); }
+    std::span<float* const> sideChain() { return std::span(pointers_).subspan(channels_); }
     /// Processes the block in place: the result stands where the input stood.
     void process();
 
@@ -39,12 +39,12 @@ public:
     void endReductionAfter(std::int64_t count);
 
 private:
-    VantaProcessor processor;
-    std::vector<std::unique_ptr<GainReductionMeter>> meters;
-    std::size_t channels;
-    int blockLength;
-    std::vector<float> samples;
-    std::vector<float*> pointers;
+    VantaProcessor processor_;
+    std::vector<std::unique_ptr<GainReductionMeter>> meters_;
+    std::size_t channels_;
+    int blockLength_;
+    std::vector<float> samples_;
+    std::vector<float*> pointers_;
 };
 
 }  // namespace vanta

@@ -14,28 +14,28 @@ constexpr float kTempo = 120.0f;
 /// Hands to this host what the plug-in reports.
 class OfflinePluginHost::Adapter final : public UnifiedPluginAdapter {
 public:
-    explicit Adapter(OfflinePluginHost& owner) : UnifiedPluginAdapter(RoundTrip::ByHost), host(owner) {}
+    explicit Adapter(OfflinePluginHost& owner) : UnifiedPluginAdapter(RoundTrip::ByHost), host_(owner) {}
 
     void reportLatency() override {
-        host.latency_.store(model().latency());
-        host.latencyReports_.fetch_add(1);
+        host_.latency_.store(model().latency());
+        host_.latencyReports_.fetch_add(1);
     }
-    void reportParameter(int index, float value) override { host.valueReported(index, value); }
-    void presetNameChanged() override { host.nameReports_.fetch_add(1); }
+    void reportParameter(int index, float value) override { host_.valueReported(index, value); }
+    void presetNameChanged() override { host_.nameReports_.fetch_add(1); }
 
 private:
-    OfflinePluginHost& host;
+    OfflinePluginHost& host_;
 };
 
 OfflinePluginHost::OfflinePluginHost(ChannelLayout layout, float sampleRate, Answers when)
-    : answers(when), adapter_(std::make_unique<Adapter>(*this)) {
+    : answers_(when), adapter_(std::make_unique<Adapter>(*this)) {
     adapter_->create(layout);
-    positions = std::vector<std::atomic<double>>(static_cast<std::size_t>(model().parameterCount()));
+    positions_ = std::vector<std::atomic<double>>(static_cast<std::size_t>(model().parameterCount()));
     for (int i = 0; i < model().parameterCount(); ++i) {
         const AbstractPluginParameter& parameter = *model().parameterAt(i);
-        positions[static_cast<std::size_t>(i)].store(hostPosition(parameter, parameter.value()));
+        positions_[static_cast<std::size_t>(i)].store(hostPosition(parameter, parameter.value()));
     }
-    adapter_->setSampleRate(sampleRate);
+    adapter_->prepare(sampleRate);
     latency_.store(model().latency());
 }
 
@@ -44,27 +44,27 @@ OfflinePluginHost::~OfflinePluginHost() = default;
 void OfflinePluginHost::idle() {
     std::vector<std::pair<int, double>> due;
     {
-        const std::lock_guard held(answerMutex);
-        due.swap(dueAnswers);
+        const std::lock_guard held(answerMutex_);
+        due.swap(dueAnswers_);
     }
     for (const auto& [index, position] : due) adapter_->hostPositionChanged(index, position);
     adapter_->pumpEvents();
 }
 
 void OfflinePluginHost::setPosition(int index, double position) {
-    positions[static_cast<std::size_t>(index)].store(position);
+    positions_[static_cast<std::size_t>(index)].store(position);
     adapter_->hostPositionChanged(index, position);
 }
 
 void OfflinePluginHost::valueReported(int index, float value) {
     const double told = hostPosition(*model().parameterAt(index), value);
-    if (positions[static_cast<std::size_t>(index)].exchange(told) != told) answer(index, told);
+    if (positions_[static_cast<std::size_t>(index)].exchange(told) != told) answer(index, told);
 }
 
 void OfflinePluginHost::answer(int index, double position) {
-    if (answers == Answers::AtOnce) return adapter_->hostPositionChanged(index, position);
-    const std::lock_guard held(answerMutex);
-    dueAnswers.emplace_back(index, position);
+    if (answers_ == Answers::AtOnce) return adapter_->hostPositionChanged(index, position);
+    const std::lock_guard held(answerMutex_);
+    dueAnswers_.emplace_back(index, position);
 }
 
 std::vector<std::byte> OfflinePluginHost::saveState() {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "host/unified/unified_plugin_adapter.hpp"
-#include "plugin/channel_layout.hpp"
+#include "plugin/base/channel_layout.hpp"
 
 namespace vanta {
 
@@ -44,7 +44,7 @@ public:
     // Any thread.
 
     /// The host's copy.
-    double position(int index) const { return positions[static_cast<std::size_t>(index)].load(); }
+    double position(int index) const { return positions_[static_cast<std::size_t>(index)].load(); }
     /// Samples, as the host was told last.
     int latency() const { return latency_.load(); }
     /// How often it was told of a latency or of the name of a preset.
@@ -71,13 +71,13 @@ private:
     void valueReported(int index, float value);
     void answer(int index, double position);
 
-    const Answers answers;
-    std::vector<std::atomic<double>> positions;
+    const Answers answers_;
+    std::vector<std::atomic<double>> positions_;
     std::atomic<int> latency_{0};
     std::atomic<int> latencyReports_{0};
     std::atomic<int> nameReports_{0};
-    std::mutex answerMutex;
-    std::vector<std::pair<int, double>> dueAnswers;
+    std::mutex answerMutex_;
+    std::vector<std::pair<int, double>> dueAnswers_;
     std::unique_ptr<UnifiedPluginAdapter> adapter_;
 };
 

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <stdexcept>
 
-#include "dsp/dither_seed.hpp"
+#include "dsp/dither/dither_seed.hpp"
 #include "host/offline/offline_host.hpp"
 
 namespace vanta {
@@ -44,66 +44,66 @@ void note(std::span<const float* const> channels, std::size_t frames, StreamLeve
 /// One run through a limiter, block by block.
 class Render {
 public:
-    explicit Render(const RenderJob& renderJob)
-        : job(renderJob),
-          host(job.settings, job.layout, static_cast<float>(job.sampleRate), job.blockSamples,
-               job.sideChain ? job.sideChain->channelCount() : 0),
-          toDrop(host.latency()) {
-        result.latencySamples = host.latency();
+    explicit Render(const RenderJob& job)
+        : job_(job),
+          host_(job_.settings, job_.layout, static_cast<float>(job_.sampleRate), job_.blockSamples,
+                job_.sideChain ? job_.sideChain->channelCount() : 0),
+          toDrop_(host_.latency()) {
+        result_.latencySamples = host_.latency();
     }
 
     RenderResult run() {
         while (!finished()) {
-            fill(job.input, host.input(), result.input, true);
-            if (job.sideChain) fill(*job.sideChain, host.sideChain(), result.sideChain, false);
-            host.process();
+            fill(job_.input, host_.input(), result_.input, true);
+            if (job_.sideChain) fill(*job_.sideChain, host_.sideChain(), result_.sideChain, false);
+            host_.process();
             drain();
-            if (job.proceed && !job.proceed(result.outputFrames)) return result;
+            if (job_.progress && !job_.progress(result_.outputFrames)) return result_;
         }
-        result.largestReductionDb = host.largestReductionDb();
-        result.meanReductionDb = host.meanReductionDb();
-        result.reducedShare = host.reducedShare();
-        result.complete = true;
-        return result;
+        result_.largestReductionDb = host_.largestReductionDb();
+        result_.meanReductionDb = host_.meanReductionDb();
+        result_.reducedShare = host_.reducedShare();
+        result_.complete = true;
+        return result_;
     }
 
 private:
-    bool finished() const { return inputEnded && result.outputFrames == outputLength(); }
-    std::int64_t outputLength() const { return result.inputFrames + job.tailSamples; }
+    bool finished() const { return inputEnded_ && result_.outputFrames == outputLength(); }
+    std::int64_t outputLength() const { return result_.inputFrames + job_.tailSamples; }
 
     void fill(AudioReader& reader, std::span<float* const> channels, StreamLevels& levels, bool isInput) {
-        const auto wanted = static_cast<std::size_t>(job.blockSamples);
-        const std::size_t frames = isInput && inputEnded ? 0 : reader.read(channels, wanted);
+        const auto wanted = static_cast<std::size_t>(job_.blockSamples);
+        const std::size_t frames = isInput && inputEnded_ ? 0 : reader.read(channels, wanted);
         note({channels.data(), channels.size()}, frames, levels);
         for (float* channel : channels) std::fill(channel + frames, channel + wanted, 0.0f);
         if (!isInput) return;
-        result.inputFrames += static_cast<std::int64_t>(frames);
-        inputEnded = frames < wanted;
-        if (inputEnded) host.endReductionAfter(outputLength());
+        result_.inputFrames += static_cast<std::int64_t>(frames);
+        inputEnded_ = frames < wanted;
+        if (inputEnded_) host_.endReductionAfter(outputLength());
     }
 
     /// Hands on what of the block belongs to the output.
     void drain() {
-        const auto dropped = std::min<std::int64_t>(toDrop, job.blockSamples);
-        toDrop -= dropped;
-        std::int64_t frames = job.blockSamples - dropped;
-        if (inputEnded) frames = std::min(frames, outputLength() - result.outputFrames);
+        const auto dropped = std::min<std::int64_t>(toDrop_, job_.blockSamples);
+        toDrop_ -= dropped;
+        std::int64_t frames = job_.blockSamples - dropped;
+        if (inputEnded_) frames = std::min(frames, outputLength() - result_.outputFrames);
         if (frames <= 0) return;
 
         std::array<const float*, kMaxChannels> from{};
-        const auto channels = host.input();
+        const auto channels = host_.input();
         for (std::size_t i = 0; i < channels.size(); ++i) from[i] = channels[i] + dropped;
         const std::span<const float* const> block(from.data(), channels.size());
-        note(block, static_cast<std::size_t>(frames), result.output);
-        job.output.write(block, static_cast<std::size_t>(frames));
-        result.outputFrames += frames;
+        note(block, static_cast<std::size_t>(frames), result_.output);
+        job_.output.write(block, static_cast<std::size_t>(frames));
+        result_.outputFrames += frames;
     }
 
-    const RenderJob& job;
-    OfflineHost host;
-    std::int64_t toDrop;
-    bool inputEnded = false;
-    RenderResult result;
+    const RenderJob& job_;
+    OfflineHost host_;
+    std::int64_t toDrop_;
+    bool inputEnded_ = false;
+    RenderResult result_;
 };
 
 }  // namespace

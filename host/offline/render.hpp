@@ -1,16 +1,14 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 
-#include "host/offline/audio_stream.hpp"
+#include "foundation/audio_stream.hpp"
+#include "foundation/progress.hpp"
 #include "host/offline/limiter_settings.hpp"
-#include "plugin/channel_layout.hpp"
+#include "plugin/base/channel_layout.hpp"
 
 namespace vanta {
 
-inline constexpr double kLowestSampleRate = 8000.0;     ///< Hz
-inline constexpr double kHighestSampleRate = 384000.0;  ///< Hz
 inline constexpr int kLargestBlock = 8192;
 inline constexpr int kUsualBlock = 512;
 
@@ -25,14 +23,13 @@ struct RenderJob {
     int blockSamples = kUsualBlock;
     std::int64_t tailSamples = 0;  ///< of output behind the end of the input
     std::uint32_t ditherSeed = 1;  ///< equal seeds give equal files
-    /// Told the frames written so far, once a block; false stops the render.
-    std::function<bool(std::int64_t)> proceed;
+    Progress progress;             ///< told the frames written so far, once a block; may be empty
 };
 
-/// What was found in a stream.
+/// What the samples of a stream were like.
 struct StreamLevels {
     float peak = 0.0f;           ///< largest magnitude of a sample, as a factor of full scale
-    std::int64_t notFinite = 0;  ///< samples that are no number; they count as 0
+    std::int64_t notFinite = 0;  ///< samples that are not numbers; they count as 0
 };
 
 struct RenderResult {

@@ -18,44 +18,44 @@ EventPump& EventPump::instance() {
     return pump;
 }
 
-EventPump::Registration::Registration(UnifiedPluginAdapter& pumped) : adapter(pumped) {
-    instance().add(adapter);
+EventPump::Registration::Registration(UnifiedPluginAdapter& pumped) : adapter_(pumped) {
+    instance().add(adapter_);
 }
 
 EventPump::Registration::~Registration() {
-    instance().remove(adapter);
+    instance().remove(adapter_);
 }
 
 void EventPump::add(UnifiedPluginAdapter& adapter) {
-    const std::lock_guard life(lifecycle);
+    const std::lock_guard life(lifecycle_);
     bool first = false;
     {
-        const std::lock_guard held(mutex);
-        first = adapters.empty();
-        adapters.push_back(&adapter);
+        const std::lock_guard held(mutex_);
+        first = adapters_.empty();
+        adapters_.push_back(&adapter);
     }
-    if (first) thread = std::thread([this] { run(); });
+    if (first) thread_ = std::thread([this] { run(); });
 }
 
 void EventPump::remove(UnifiedPluginAdapter& adapter) {
-    const std::lock_guard life(lifecycle);
+    const std::lock_guard life(lifecycle_);
     bool last = false;
     {
         // Also waits for a round that is under way.
-        const std::lock_guard held(mutex);
-        std::erase(adapters, &adapter);
-        last = adapters.empty();
+        const std::lock_guard held(mutex_);
+        std::erase(adapters_, &adapter);
+        last = adapters_.empty();
     }
     if (!last) return;
-    ending.notify_all();
-    thread.join();
+    ending_.notify_all();
+    thread_.join();
 }
 
 void EventPump::run() {
-    std::unique_lock held(mutex);
-    while (!adapters.empty()) {
-        for (UnifiedPluginAdapter* adapter : adapters) adapter->claimAndPump();
-        ending.wait_for(held, kInterval, [this] { return adapters.empty(); });
+    std::unique_lock held(mutex_);
+    while (!adapters_.empty()) {
+        for (UnifiedPluginAdapter* adapter : adapters_) adapter->claimAndPump();
+        ending_.wait_for(held, kInterval, [this] { return adapters_.empty(); });
     }
 }
 

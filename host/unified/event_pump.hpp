@@ -23,7 +23,7 @@ public:
         Registration& operator=(const Registration&) = delete;
 
     private:
-        UnifiedPluginAdapter& adapter;
+        UnifiedPluginAdapter& adapter_;
     };
 
 private:
@@ -33,11 +33,11 @@ private:
     void remove(UnifiedPluginAdapter& adapter);
     void run();
 
-    std::mutex mutex;      ///< for the list and what is pumped from it
-    std::mutex lifecycle;  ///< for starting and ending the thread
-    std::condition_variable ending;
-    std::vector<UnifiedPluginAdapter*> adapters;
-    std::thread thread;
+    std::mutex mutex_;      ///< for the list and what is pumped from it
+    std::mutex lifecycle_;  ///< for starting and ending the thread
+    std::condition_variable ending_;
+    std::vector<UnifiedPluginAdapter*> adapters_;
+    std::thread thread_;
 };
 
 }  // namespace vanta

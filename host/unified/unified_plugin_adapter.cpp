@@ -1,34 +1,33 @@
 #include "host/unified/unified_plugin_adapter.hpp"
 
 #include <cmath>
-#include <limits>
 
 #include "foundation/numbers.hpp"
 #include "host/unified/host_position.hpp"
 #include "limiter/factory/factory_archive.hpp"
-#include "limiter/vanta_plugin.hpp"
-#include "limiter/vanta_processor.hpp"
+#include "limiter/model/vanta_plugin.hpp"
+#include "limiter/processor/vanta_processor.hpp"
 
 namespace vanta {
 namespace {
 
-/// A host may round what it was told. So near to the value that the model has, it is that value.
+/// A host may round what it was told. A position this near to that of the model's value is that value.
 constexpr double kHostRounding = 2.77e-5;
 
 /// Holds an interface for a scope, if there is one.
 class InterfaceLock {
 public:
-    explicit InterfaceLock(GenericPlugin::Listener* held) : listener(held) {
-        if (listener) listener->lockInterface();
+    explicit InterfaceLock(PluginListener* listener) : listener_(listener) {
+        if (listener_) listener_->lockInterface();
     }
     ~InterfaceLock() {
-        if (listener) listener->unlockInterface();
+        if (listener_) listener_->unlockInterface();
     }
     InterfaceLock(const InterfaceLock&) = delete;
     InterfaceLock& operator=(const InterfaceLock&) = delete;
 
 private:
-    GenericPlugin::Listener* listener;
+    PluginListener* listener_;
 };
 
 }  // namespace
@@ -56,14 +55,10 @@ std::unique_ptr<GenericPluginProcessor> UnifiedPluginAdapter::createProcessor(Ch
 
 void UnifiedPluginAdapter::create(ChannelLayout layout) {
     model_ = createModel(layout);
-    const int count = model_->parameterCount();
-    dueToModel = std::make_unique<AtomicBitSet>(count);
-    dueToHost = std::make_unique<AtomicBitSet>(count);
-    reportedFromAudio = std::vector<std::atomic<double>>(static_cast<std::size_t>(count));
-    for (auto& position : reportedFromAudio) position.store(std::numeric_limits<double>::quiet_NaN());
+    audioSide_.emplace(model_->parameterCount());
     processor_ = createProcessor(layout);
     processor_->setAdapter(this);
-    processor_->setSampleRate(model_->sampleRate());
+    processor_->prepare(model_->sampleRate());
     {
         // From here on another instance that edits the controller map calls us.
         const auto shared = model_->statics().lock();
@@ -73,15 +68,15 @@ void UnifiedPluginAdapter::create(ChannelLayout layout) {
     sendAllParameters(false);
 }
 
-void UnifiedPluginAdapter::setSampleRate(float rate) {
-    if (!nearlyEqual(rate, model_->sampleRate())) model_->setSampleRate(rate);
-    if (!nearlyEqual(rate, processor_->sampleRate())) processor_->setSampleRate(rate);
+void UnifiedPluginAdapter::prepare(float sampleRate) {
+    if (!nearlyEqual(sampleRate, model_->sampleRate())) model_->setSampleRate(sampleRate);
+    if (!nearlyEqual(sampleRate, processor_->sampleRate())) processor_->prepare(sampleRate);
 }
 
 // From the host
 
 void UnifiedPluginAdapter::hostPositionChanged(int index, double position) {
-    if (!isParameter(index) || std::isnan(position) || isStale(index, position)) return;
+    if (!isParameter(index) || std::isnan(position) || audioSide_->isStale(index, position)) return;
     AbstractPluginParameter& parameter = *model_->parameterAt(index);
     const double distance = std::abs(hostPosition(parameter, parameter.value()) - position);
     // The model's own value comes back: to the last bit, whatever its trip through the host has cost.
@@ -95,24 +90,17 @@ void UnifiedPluginAdapter::hostPositionChanged(int index, double position) {
 void UnifiedPluginAdapter::hostValueChanged(int index, double value) {
     if (!isParameter(index)) return;
     AbstractPluginParameter& parameter = *model_->parameterAt(index);
-    if (isStale(index, hostPosition(parameter, static_cast<float>(value)))) return;
+    if (audioSide_->isStale(index, hostPosition(parameter, static_cast<float>(value)))) return;
     const float own = fromHostValue(parameter, value);
     parameter.setValue(own, kFromHost);
     processor_->parameterAt(index)->setValue(own, kFromHost);
-}
-
-// The host answers what we told it of an audio-side change, while a newer one is already on its way: to take
-// the old one would move a controller back.
-bool UnifiedPluginAdapter::isStale(int index, double position) const {
-    const double told = reportedFromAudio[static_cast<std::size_t>(index)].load();
-    return dueToModel->test(index) && std::abs(told - position) <= static_cast<double>(kEqualWithin);
 }
 
 void UnifiedPluginAdapter::hostValueChangedInBlock(int index, double value) {
     if (!isParameter(index)) return;
     AbstractPluginParameter& parameter = *processor_->parameterAt(index);
     parameter.setValue(fromHostValue(parameter, value), kFromHost);
-    dueToModel->set(index);
+    audioSide_->markForModel(index);
 }
 
 bool UnifiedPluginAdapter::receivesMidi() const {
@@ -137,11 +125,11 @@ void UnifiedPluginAdapter::give(int index, float value) {
 }
 
 void UnifiedPluginAdapter::parameterUpdated(int index, bool reset) {
-    const CriticalSection::Scope held(lock);
+    const CriticalSection::Scope held(lock_);
     if (index != GenericPlugin::kAllParameters) {
         const float value = model_->parameterAt(index)->value();
         reportParameter(index, value);
-        if (roundTrip == RoundTrip::ByUs) give(index, value);
+        if (roundTrip_ == RoundTrip::ByUs) give(index, value);
         return;
     }
     sendAllParameters(reset);
@@ -151,70 +139,67 @@ void UnifiedPluginAdapter::parameterUpdated(int index, bool reset) {
 void UnifiedPluginAdapter::midiMapChanged() {
     // The lock of what instances share comes before ours.
     const auto shared = model_->statics().lock();
-    const CriticalSection::Scope held(lock);
+    const CriticalSection::Scope held(lock_);
     model_->statics().controllers.applyTo(*processor_);
 }
 
 void UnifiedPluginAdapter::sendMidi(const MidiMessage& message) {
-    const CriticalSection::Scope held(lock);
+    const CriticalSection::Scope held(lock_);
     queueMidi(0, message);
 }
 
 void UnifiedPluginAdapter::syncLevels() {
     pumpEvents();
     // The interface's lock comes before ours.
-    const GenericPlugin::ListenerCall call(*model_);
+    const ModelOwner::ListenerCall call(model_->owner());
     const InterfaceLock interface(call.listener());
-    const CriticalSection::Scope held(lock);
+    const CriticalSection::Scope held(lock_);
     transferLevels();
 }
 
 void UnifiedPluginAdapter::transferLevels() {
-    model_->takeLevelCommands(levelCommands);
-    processor_->applyLevelCommands(levelCommands);
-    transfer.clear();
-    transfer.seekp(0);
-    transfer.seekg(0);
-    BinaryDataWriter writer(transfer);
+    model_->levels().takeCommands(levelCommands_);
+    processor_->applyLevelCommands(levelCommands_);
+    transfer_.clear();
+    transfer_.seekp(0);
+    transfer_.seekg(0);
+    BinaryDataWriter writer(transfer_);
     processor_->writeVisualData(writer);
-    BinaryDataReader reader(transfer);
+    BinaryDataReader reader(transfer_);
     model_->readLevelData(reader);
 }
 
 // From the processor
 
 void UnifiedPluginAdapter::programChange(int bank, int program) {
-    model_->eventQueue().post(ModelEventQueue::Program, bank << 8 | program);
+    model_->eventQueue().post(ProgramRequested{bank, program});
 }
 
 void UnifiedPluginAdapter::midiLearnHappened(int controller) {
-    if (controller >= 0) model_->eventQueue().post(ModelEventQueue::LearnedController, controller);
+    if (controller >= 0) model_->eventQueue().post(ControllerMoved{controller});
 }
 
 void UnifiedPluginAdapter::parameterWasSet(int index) {
-    dueToModel->set(index);
-    dueToHost->set(index);
+    audioSide_->markForModelAndHost(index);
 }
 
 int UnifiedPluginAdapter::pumpEvents() {
-    if (!model_->onOwnerThread()) return 0;
+    if (!model_->owner().isThisThread()) return 0;
     return deliverAudioSideChanges() + model_->pumpEvents();
 }
 
 int UnifiedPluginAdapter::claimAndPump() {
-    return model_->claim() ? pumpEvents() : 0;
+    return model_->owner().claim() ? pumpEvents() : 0;
 }
 
 int UnifiedPluginAdapter::deliverAudioSideChanges() {
-    int delivered = 0;
-    dueToModel->takeEach([&](int index) {
+    const int delivered = audioSide_->takeForModel([this](int index) {
         model_->parameterAt(index)->setValue(processor_->parameterAt(index)->value(), kFromHost);
-        ++delivered;
     });
-    dueToHost->takeEach([&](int index) {
+    audioSide_->takeForHost([this](int index, std::atomic<double>& told) {
         const AbstractPluginParameter& parameter = *model_->parameterAt(index);
         const float value = parameter.value();
-        reportedFromAudio[static_cast<std::size_t>(index)].store(hostPosition(parameter, value));
+        told.store(hostPosition(parameter, value));
         reportParameter(index, value);
     });
     return delivered;

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <atomic>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <vector>
 
-#include "foundation/atomic_bit_set.hpp"
 #include "foundation/binary_data.hpp"
 #include "foundation/critical_section.hpp"
+#include "host/unified/audio_side_changes.hpp"
 #include "plugin/model/generic_plugin.hpp"
 #include "plugin/processor/generic_plugin_processor.hpp"
 
@@ -29,7 +29,7 @@ public:
         ByUs,    ///< the host keeps it to itself
     };
 
-    explicit UnifiedPluginAdapter(RoundTrip answeredBy) : roundTrip(answeredBy) {}
+    explicit UnifiedPluginAdapter(RoundTrip roundTrip) : roundTrip_(roundTrip) {}
     ~UnifiedPluginAdapter() override;
 
     /// Builds the pair. Called once, before any other thread knows the adapter.
@@ -56,10 +56,10 @@ public:
 
     // Set-up, while no block runs.
 
-    /// Hz.
-    void setSampleRate(float rate);
+    /// Builds both sides for a sample rate in Hz. Allocates.
+    void prepare(float sampleRate);
 
-    // Audio thread.
+    // Audio thread. Neither waits nor allocates.
 
     /// A change that a host delivers with a block. The model follows when the owner thread pumps.
     VANTA_REALTIME void hostValueChangedInBlock(int index, double value);
@@ -83,21 +83,17 @@ protected:
 private:
     bool isParameter(int index) const { return index >= 0 && index < model_->parameterCount(); }
     bool receivesMidi() const;
-    bool isStale(int index, double position) const;
     void give(int index, float value);
     void transferLevels();
     int deliverAudioSideChanges();
 
-    const RoundTrip roundTrip;
-    RecursiveCriticalSection lock;  ///< for all that goes from the model to the processor
+    const RoundTrip roundTrip_;
+    RecursiveCriticalSection lock_;  ///< for all that goes from the model to the processor
     std::unique_ptr<GenericPlugin> model_;
     std::unique_ptr<GenericPluginProcessor> processor_;
-    // The processor's own value is the newest, so a mark is all that needs to travel.
-    std::unique_ptr<AtomicBitSet> dueToModel;
-    std::unique_ptr<AtomicBitSet> dueToHost;
-    std::vector<std::atomic<double>> reportedFromAudio;  ///< positions as last told to the host
-    std::stringstream transfer;                          ///< reused, so that it need not grow anew
-    std::vector<std::uint8_t> levelCommands;
+    std::optional<AudioSideChanges> audioSide_;
+    std::stringstream transfer_;  ///< reused, so that it need not grow anew
+    std::vector<std::uint8_t> levelCommands_;
 };
 
 }  // namespace vanta

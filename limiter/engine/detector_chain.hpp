@@ -3,12 +3,12 @@
 #include <memory>
 #include <vector>
 
-#include "dsp/db_converter.hpp"
-#include "dsp/detector.hpp"
-#include "dsp/effect_mixer.hpp"
-#include "dsp/mixer.hpp"
-#include "dsp/rms_filter.hpp"
-#include "limiter/smart_clipper.hpp"
+#include "dsp/detector/db_converter.hpp"
+#include "dsp/detector/detector.hpp"
+#include "dsp/detector/rms_filter.hpp"
+#include "dsp/mixer/effect_mixer.hpp"
+#include "dsp/mixer/mixer.hpp"
+#include "limiter/clippers/smart_clipper.hpp"
 #include "wave/router.hpp"
 
 namespace vanta {
@@ -29,12 +29,12 @@ struct DetectorChain {
     Mixer magnitude;
     EffectMixer linkMix;  ///< -1 is this channel's own level, 1 the linked one
     RMSFilter rms;
-    Router modeRouter;
+    wave::Router modeRouter;
     DBConverter toDb;
-    Router domainRouter;
+    wave::Router domainRouter;
     Detector detector;
     std::unique_ptr<SmartClipper> clipper;  ///< null where the chain cannot clip
-    Router output;
+    wave::Router output;
 };
 
 }  // namespace vanta

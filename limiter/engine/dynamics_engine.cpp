@@ -4,19 +4,13 @@
 #include "foundation/binary_data.hpp"
 #include "foundation/numbers.hpp"
 #include "limiter/engine/dynamics_processor.hpp"
-#include "limiter/engine/engine_inputs.hpp"
 #include "limiter/engine/engine_parameters.hpp"
 #include "limiter/engine/stereo_linker.hpp"
+#include "limiter/latency/signal_path_delays.hpp"
 #include "limiter/styles/style_record.hpp"
 #include "plugin/presets/preset_preloader.hpp"
 
 namespace vanta {
-
-namespace {
-
-constexpr int kKernelBase = 256;
-
-}  // namespace
 
 ModulationLayout DynamicsEngine::modulationLayout(const EngineLayout& layout) {
     ModulationLayout result;
@@ -25,20 +19,15 @@ ModulationLayout DynamicsEngine::modulationLayout(const EngineLayout& layout) {
     for (const EngineSource& source : layout.sources()) {
         result.sources.push_back({static_cast<int>(source.kind), source.inputs});
     }
-    for (const EngineRange& range : layout.ranges()) {
-        TargetRange target{range.defaultFactor, range.isAudio, range.minimum, range.maximum, {}};
-        for (const auto& factor : range.factors)
-            target.factors.emplace_back(factor.sourceType, factor.factor);
-        result.ranges.push_back(std::move(target));
-    }
+    result.ranges.assign(layout.ranges().begin(), layout.ranges().end());
     for (const EngineTarget& target : layout.targets()) {
         result.rangeOf.push_back(static_cast<int>(target.range));
     }
     return result;
 }
 
-DynamicsEngine::DynamicsEngine(const EngineLayout& engineLayout, ModulationMatrix& modulationMatrix)
-    : layout_(engineLayout), matrix_(modulationMatrix), queue(8192) {
+DynamicsEngine::DynamicsEngine(const EngineLayout& layout, ModulationMatrix& matrix)
+    : layout_(layout), matrix_(matrix), queue_(8192) {
     parameters_ = std::make_unique<Parameters>(*this);
     environment().sampleRateChanged.addHandler(this, &DynamicsEngine::onSampleRateChanged);
 }
@@ -49,7 +38,7 @@ DynamicsEngine::~DynamicsEngine() {
 
 void DynamicsEngine::attach(StereoLinkerFactory& factory) {
     for (int i = 0; i < layout_.group(ElementKind::Detector).built; ++i) {
-        linkers.push_back(factory.createStereoLinker());
+        linkers_.push_back(factory.createStereoLinker());
     }
     for (int control = 0; control < kOutputTarget; ++control) {
         matrix_.setGlobalSource(kFirstMainSource + control, matrix_.globalTarget(control));
@@ -67,29 +56,39 @@ void DynamicsEngine::rebuildKernels() {
     // The Convolvers of all channels stand on the old kernels and go first.
     for (Processor* processor : processors_) processor->dropConvolvers();
     for (std::size_t i = 0; i < kernels_.size(); ++i) {
-        parameters_->release(layout_.position(ElementKind::Convolver, static_cast<int>(i), kConvolverShape),
-                             kernels_[i]->shape);
+        parameters_->release(shapePosition(static_cast<int>(i)), kernels_[i]->shape);
     }
     kernels_.clear();
-    kernelPlan =
-        std::make_unique<ConvolverPlan>(1 + samplesInMs(limitMs, environment().sampleRate()), kKernelBase);
+    kernelPlan_ = std::make_unique<ConvolverPlan>(1 + samplesInMs(limitMs, environment().sampleRate()),
+                                                  kConvolverSamples);
     for (int i = 0; i < group.built; ++i) {
-        kernels_.push_back(std::make_unique<SmoothingKernel>(environment(), *kernelPlan));
+        kernels_.push_back(std::make_unique<SmoothingKernel>(environment(), *kernelPlan_));
         bindKernel(i, *kernels_.back());
     }
     for (Processor* processor : processors_) processor->rebuildConvolvers();
 }
 
+int DynamicsEngine::shapePosition(int convolver) const {
+    static_assert(choicesAre(ElementKind::Convolver, "Shape",
+                             {{"Triangle", SmoothingKernel::Triangle},
+                              {"Polynome", SmoothingKernel::Polynome},
+                              {"Sine", SmoothingKernel::Sine},
+                              {"Classic", SmoothingKernel::Classic}}));
+    return layout_.position(ElementKind::Convolver, convolver,
+                            parameterIndex(ElementKind::Convolver, "Shape"));
+}
+
 // One kernel serves all channels, so its controls are read outside of the voices.
 void DynamicsEngine::bindKernel(int index, SmoothingKernel& kernel) {
+    constexpr ElementKind kind = ElementKind::Convolver;
     const auto control = [&](int input) -> wave::Producer* {
-        return &matrix_.globalTarget(layout_.targetIndex(ElementKind::Convolver, index, input));
+        return &matrix_.globalTarget(layout_.targetIndex(kind, index, input));
     };
-    kernel.windowSize.setSource(control(ConvolverInput::WindowSize));
-    kernel.smoothing.setSource(control(ConvolverInput::Smoothing));
-    kernel.offset.setSource(control(ConvolverInput::Offset));
-    kernel.power.setSource(control(ConvolverInput::Power));
-    const int position = layout_.position(ElementKind::Convolver, index, kConvolverShape);
+    kernel.windowSize.setSource(control(inputIndex(kind, "Window Size")));
+    kernel.smoothing.setSource(control(inputIndex(kind, "Smoothing")));
+    kernel.offset.setSource(control(inputIndex(kind, "Offset")));
+    kernel.power.setSource(control(inputIndex(kind, "Power")));
+    const int position = shapePosition(index);
     kernel.shape = static_cast<int>(parameterAt(position)->value());
     parameters_->drive(position, kernel.shape);
 }
@@ -99,54 +98,52 @@ int DynamicsEngine::loadStyle(const std::string& resourceName) {
     BinaryResourceReader reader(resourceName);
     PresetPreloader loader(*this, std::string(kStyleTag), values);
     if (!readPreset(loader, reader, kStyleVersion)) std::fill(values.begin(), values.end(), 0.0f);
-    styles.push_back(std::move(values));
-    return static_cast<int>(styles.size()) - 1;
+    styles_.push_back(std::move(values));
+    return static_cast<int>(styles_.size()) - 1;
 }
 
 void DynamicsEngine::applyStyle(int index) {
-    const auto& values = styles[static_cast<std::size_t>(index)];
-    for (int i = 0; i < parameterCount(); ++i) {
-        parameterAt(i)->setValue(values[static_cast<std::size_t>(i)], 0);
-    }
+    const StyleValues values = styleValues(index);
+    for (int i = 0; i < parameterCount(); ++i) parameterAt(i)->setValue(values.at(i), 0);
 }
 
 int DynamicsEngine::parameterCount() const {
-    return static_cast<int>(table.size());
+    return static_cast<int>(table_.size());
 }
 
 AbstractPluginParameter* DynamicsEngine::parameterAt(int index) const {
-    return table[static_cast<std::size_t>(index)];
+    return table_[static_cast<std::size_t>(index)];
 }
 
 int DynamicsEngine::addParameter(AbstractPluginParameter& parameter) {
-    table.push_back(&parameter);
+    table_.push_back(&parameter);
     return parameterCount() - 1;
 }
 
 void DynamicsEngine::parameterChanged(int index, float value, int) {
-    if (!queue.push(LockFreeFifo::Item::of(index, value))) reapplyAll.store(true);
+    if (!queue_.push(LockFreeFifo::Item::of(index, value))) reapplyAll_.store(true);
 }
 
 void DynamicsEngine::notePendingChanges() {
-    pending = queue.sizeEstimate();
+    pending_ = queue_.sizeEstimate();
 }
 
 void DynamicsEngine::applyPendingParameters() {
-    if (pending > 0) {
+    if (pending_ > 0) {
         matrix_.beginUpdate();
         LockFreeFifo::Item change{};
-        for (; pending > 0 && queue.pop(change); --pending) {
+        for (; pending_ > 0 && queue_.pop(change); --pending_) {
             parameterAt(change.index())->applyValue(change.value());
         }
         matrix_.endUpdate();
     }
     // Last, for what the queue holds is older than what it had no room for.
-    if (reapplyAll.load(std::memory_order_relaxed) && reapplyAll.exchange(false)) applyAllParameters();
+    if (reapplyAll_.load(std::memory_order_relaxed) && reapplyAll_.exchange(false)) applyAllParameters();
 }
 
 void DynamicsEngine::applyAllParameters() {
     matrix_.beginUpdate();
-    for (AbstractPluginParameter* parameter : table) parameter->applyValue(parameter->value());
+    for (AbstractPluginParameter* parameter : table_) parameter->applyValue(parameter->value());
     matrix_.endUpdate();
 }
 

@@ -13,7 +13,8 @@
 #include "foundation/realtime.hpp"
 #include "limiter/modulation/modulation_matrix.hpp"
 #include "limiter/styles/engine_layout.hpp"
-#include "plugin/generic_parameter_owner.hpp"
+#include "limiter/styles/style_values.hpp"
+#include "plugin/base/generic_parameter_owner.hpp"
 #include "wave/environment.hpp"
 
 namespace vanta {
@@ -34,7 +35,7 @@ public:
     class VCA;
 
     /// The matrix lives in the environment of the processors, the oversampled one.
-    DynamicsEngine(const EngineLayout& engineLayout, ModulationMatrix& modulationMatrix);
+    DynamicsEngine(const EngineLayout& layout, ModulationMatrix& matrix);
     ~DynamicsEngine() override;
 
     /// The shape of the matrix that this layout needs.
@@ -48,7 +49,7 @@ public:
     int loadStyle(const std::string& resourceName);
     /// Sets all parameters from a style. Any thread.
     void applyStyle(int index);
-    std::span<const float> styleValues(int index) const { return styles[static_cast<std::size_t>(index)]; }
+    StyleValues styleValues(int index) const { return {styles_[static_cast<std::size_t>(index)]}; }
 
     /// At start-up: gives every parameter its effect.
     void applyAllParameters();
@@ -71,9 +72,9 @@ public:
     Parameters& parameters() const { return *parameters_; }
     ModulationMatrix& matrix() const { return matrix_; }
     wave::Environment& environment() const { return matrix_.environment(); }
-    AbstractStereoLinker& linker(int detector) const { return *linkers[static_cast<std::size_t>(detector)]; }
+    AbstractStereoLinker& linker(int detector) const { return *linkers_[static_cast<std::size_t>(detector)]; }
     /// Samples of delay of every Convolver.
-    int convolverLatency() const { return kernelPlan->latency(); }
+    int convolverLatency() const { return kernelPlan_->latency(); }
     std::span<const std::unique_ptr<SmoothingKernel>> kernels() const { return kernels_; }
     std::span<Processor* const> processors() const { return processors_; }
 
@@ -83,19 +84,20 @@ private:
     void rebuildKernels();
     void onSampleRateChanged(void*);
     void bindKernel(int index, SmoothingKernel& kernel);
+    int shapePosition(int convolver) const;
 
     const EngineLayout& layout_;
     ModulationMatrix& matrix_;
-    std::vector<AbstractPluginParameter*> table;
+    std::vector<AbstractPluginParameter*> table_;
     std::unique_ptr<Parameters> parameters_;
-    LockFreeFifo queue;
-    std::uint32_t pending = 0;
-    std::atomic<bool> reapplyAll{false};  ///< a change found the queue full
-    std::vector<std::unique_ptr<AbstractStereoLinker>> linkers;
-    std::unique_ptr<ConvolverPlan> kernelPlan;
+    LockFreeFifo queue_;
+    std::uint32_t pending_ = 0;
+    std::atomic<bool> reapplyAll_{false};  ///< a change found the queue full
+    std::vector<std::unique_ptr<AbstractStereoLinker>> linkers_;
+    std::unique_ptr<ConvolverPlan> kernelPlan_;
     std::vector<std::unique_ptr<SmoothingKernel>> kernels_;
     std::vector<Processor*> processors_;
-    std::vector<std::vector<float>> styles;
+    std::vector<std::vector<float>> styles_;
 };
 
 }  // namespace vanta

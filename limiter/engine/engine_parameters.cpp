@@ -6,11 +6,6 @@ namespace vanta {
 
 namespace {
 
-/// Stored values at which the filters of a Filter Set are out of the path.
-constexpr float kLowPassOff = 1.0f;
-constexpr float kHighPassOff = 0.0f;
-constexpr int kHighPassInput = 1;
-
 void describe(FloatPluginParameter& parameter, const ParameterDescription& description) {
     parameter.setRange(description.minimum, description.maximum, description.defaultValue);
     parameter.display.curve = curveFunction(description.curve);
@@ -44,12 +39,20 @@ std::unique_ptr<AbstractPluginParameter> makeFloat(GenericParameterOwner& owner,
     if (entry.target < 0) {
         parameter = std::make_unique<LimFloatPropPluginParameter>(owner, name);
     } else if (entry.kind == ElementKind::Filter) {
-        const float off = description.input == kHighPassInput ? kHighPassOff : kLowPassOff;
-        parameter = std::make_unique<FilterFreqTargetParameter>(owner, name, matrix, entry.target, off);
+        parameter = std::make_unique<FilterFreqTargetParameter>(owner, name, matrix, entry.target,
+                                                                description.defaultValue);
     } else {
         parameter = std::make_unique<ModulationTargetParameter>(owner, name, matrix, entry.target);
     }
     describe(*parameter, description);
+    return parameter;
+}
+
+std::unique_ptr<AbstractPluginParameter> makeSlotField(GenericParameterOwner& owner,
+                                                       const EngineParameter& entry, ModulationMatrix& matrix,
+                                                       SlotField field) {
+    auto parameter = std::make_unique<SlotFieldParameter>(owner, entry.name, matrix, entry.element, field);
+    describe(*parameter, entry.description);
     return parameter;
 }
 
@@ -58,51 +61,43 @@ std::unique_ptr<AbstractPluginParameter> makeFloat(GenericParameterOwner& owner,
 void SlotFieldParameter::applyValue(float value) {
     IndexedPluginParameter<int>::applyValue(value);
     const int index = engineValue(value);
-    ModulationMatrix::Controller& controller = matrix.controller();
-    switch (field) {
+    ModulationMatrix::Controller& controller = matrix_.controller();
+    switch (field_) {
         case SlotField::Source:
-            controller.setSource(slot, index - 1);
+            controller.setSource(slot_, index - 1);
             break;
         case SlotField::Target:
-            controller.setTarget(slot, index - 1);
+            controller.setTarget(slot_, index - 1);
             break;
         case SlotField::Bypassed:
-            controller.setBypassed(slot, index != 0);
+            controller.setBypassed(slot_, index != 0);
             break;
         case SlotField::Inverted:
-            controller.setInverted(slot, index != 0);
+            controller.setInverted(slot_, index != 0);
             break;
         case SlotField::Level:
             break;
     }
 }
 
-EngineParameterSet::EngineParameterSet(GenericParameterOwner& owner, const std::string& name,
+EngineParameterSet::EngineParameterSet(GenericParameterOwner& owner, const std::string&,
                                        DynamicsEngine& engine, ElementKind kind)
     : PluginParameterSet(owner) {
-    const auto descriptions = elementDescription(kind).parameters;
-    for (std::size_t i = 0; i < descriptions.size(); ++i) {
+    const std::size_t count = EngineTable::element(kind).parameters.size();
+    for (std::size_t i = 0; i < count; ++i) {
         const auto position = static_cast<std::size_t>(engine.parameterCount());
         const EngineParameter& entry = engine.layout().parameters()[position];
-        const std::string fullName = name + std::string(descriptions[i].suffix);
-        // The limits of sources and targets are those of the whole table.
         if (entry.description.isFloat()) {
-            owned.push_back(makeFloat(*this, fullName, entry, engine.matrix()));
+            owned_.push_back(makeFloat(*this, entry.name, entry, engine.matrix()));
         } else if (kind == ElementKind::Slot) {
-            addSlotField(fullName, engine.matrix(), entry.element, static_cast<SlotField>(i));
-            describe(static_cast<IndexedParameter&>(*owned.back()), entry.description);
+            owned_.push_back(makeSlotField(*this, entry, engine.matrix(), static_cast<SlotField>(i)));
         } else {
-            owned.push_back(makeIndexed(*this, fullName, entry.description));
+            owned_.push_back(makeIndexed(*this, entry.name, entry.description));
         }
     }
 }
 
-void EngineParameterSet::addSlotField(const std::string& name, ModulationMatrix& matrix, int slot,
-                                      SlotField field) {
-    owned.push_back(std::make_unique<SlotFieldParameter>(*this, name, matrix, slot, field));
-}
-
-DynamicsEngine::Parameters::Parameters(DynamicsEngine& engine) : owner(engine) {
+DynamicsEngine::Parameters::Parameters(DynamicsEngine& engine) : owner_(engine) {
     const auto entries = engine.layout().parameters();
     const auto makeCount = [&](int position) {
         auto count =
@@ -110,34 +105,31 @@ DynamicsEngine::Parameters::Parameters(DynamicsEngine& engine) : owner(engine) {
         describe(*count, entries[static_cast<std::size_t>(position)].description);
         return count;
     };
-    numActiveInputs = makeCount(kNumActiveInputsPosition);
-    numActiveMainSources = makeCount(kNumActiveMainSourcesPosition);
+    numActiveInputs_ = makeCount(kNumActiveInputsPosition);
+    numActiveMainSources_ = makeCount(kNumActiveMainSourcesPosition);
     addMainControls(engine.matrix());
     for (int position = kLookAheadStagesPosition; position <= kOutputSmartClippersPosition; ++position) {
         const EngineParameter& entry = entries[static_cast<std::size_t>(position)];
-        stageCounts.push_back(makeIndexed(engine, entry.name, entry.description));
+        stageCounts_.push_back(makeIndexed(engine, entry.name, entry.description));
     }
     const auto addList = [&](ElementKind kind) {
-        const ElementDescription& description = elementDescription(kind);
+        const ElementDescription& description = EngineTable::element(kind);
         const int capacity = engine.layout().group(kind).capacity;
-        lists.push_back(std::make_unique<SetList>(engine, std::string(description.listName), capacity,
-                                                  std::string(description.prefix), engine, kind));
+        lists_.push_back(std::make_unique<SetList>(engine, std::string(description.listName), capacity,
+                                                   std::string(description.name), engine, kind));
     };
-    for (ElementKind kind = kFirstElement; kind <= kLastElement; kind = next(kind)) addList(kind);
-    addList(ElementKind::Slot);
+    for (const ElementDescription& element : EngineTable::elements()) addList(element.kind);
 }
 
 void DynamicsEngine::Parameters::addMainControls(ModulationMatrix& matrix) {
     for (int position = kMainThresholdPosition; position <= kCustom2Position; ++position) {
-        const EngineParameter& entry = owner.layout().parameters()[static_cast<std::size_t>(position)];
-        mainControls.push_back(makeFloat(owner, entry.name, entry, matrix));
+        const EngineParameter& entry = owner_.layout().parameters()[static_cast<std::size_t>(position)];
+        mainControls_.push_back(makeFloat(owner_, entry.name, entry, matrix));
     }
 }
 
 NumActiveParameter& DynamicsEngine::Parameters::numActive(ElementKind kind) {
-    const std::size_t list =
-        kind == ElementKind::Slot ? lists.size() - 1 : indexOf(kind) - indexOf(kFirstElement);
-    return lists[list]->numActive;
+    return lists_[indexOf(kind) - indexOf(kFirstElement)]->numActive;
 }
 
 PropPluginParameter<int>& DynamicsEngine::Parameters::indexed(int position) const {

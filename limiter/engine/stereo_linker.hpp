@@ -5,7 +5,7 @@
 
 #include "foundation/property.hpp"
 #include "limiter/engine/dynamics_engine.hpp"
-#include "plugin/channel_layout.hpp"
+#include "plugin/base/channel_layout.hpp"
 #include "wave/multi_producer.hpp"
 
 namespace vanta {
@@ -32,7 +32,7 @@ public:
     DefaultStereoLinker(wave::Environment& environment, ChannelLayout layout);
 
     void setSource(int channel, wave::Producer& source) override {
-        sources[static_cast<std::size_t>(channel)] = &source;
+        sources_[static_cast<std::size_t>(channel)] = &source;
     }
 
     LimitedProperty<float> amount;
@@ -49,11 +49,11 @@ private:
     VANTA_REALTIME void linkPair(Blocks blocks, int left, std::size_t count);
     int centerOfPair(int left) const;
 
-    int stereo;  ///< channels that stand in pairs
-    int center;
-    int lfe;
-    wave::BasicBlock<float> scratch;  ///< the common envelope above 0.5, the peak of a pair below
-    std::vector<wave::Producer*> sources;
+    int stereo_;  ///< channels that stand in pairs
+    int center_;
+    int lfe_;
+    wave::BasicBlock<float> scratch_;  ///< the common envelope above 0.5, the peak of a pair below
+    std::vector<wave::Producer*> sources_;
 };
 
 }  // namespace vanta

@@ -2,25 +2,25 @@
 
 #include <algorithm>
 
-#include "dsp/kernel/mix.hpp"
 #include "foundation/numbers.hpp"
-#include "limiter/signal_path_delays.hpp"
+#include "kernel/mix.hpp"
+#include "limiter/clippers/smart_clipper.hpp"
 
 namespace vanta {
 
 class DynamicsEngine::VCA::LookAheadMixer final : public wave::Source {
 public:
-    LookAheadMixer(wave::Environment& environment, FloatParameterBus& lookAheadBus, float limit)
-        : Source(environment), lookAhead(lookAheadBus), limitMs(limit) {}
+    LookAheadMixer(wave::Environment& environment, wave::FloatParameterBus& lookAhead, float limitMs)
+        : Source(environment), lookAhead_(lookAhead), limitMs_(limitMs) {}
 
 protected:
     void produce(wave::BasicBlock<float>* block, int samples, int) override {
-        const float* ms = lookAhead.pullData(samples);
+        const float* ms = lookAhead_.pullData(samples);
         const double rate = environment().sampleRate();
-        const int limitSamples = samplesInMs(limitMs, rate);
+        const int limitSamples = samplesInMs(limitMs_, rate);
         float* out = block->data();
         const auto delay = [&](float x) { return static_cast<float>(limitSamples - samplesInMs(x, rate)); };
-        if (lookAhead.isConstant()) {
+        if (lookAhead_.isConstant()) {
             std::fill(out, out + samples, delay(ms[0]));
             setConstant(true);
         } else {
@@ -29,8 +29,8 @@ protected:
     }
 
 private:
-    FloatParameterBus& lookAhead;
-    float limitMs;
+    wave::FloatParameterBus& lookAhead_;
+    float limitMs_;
 };
 
 class DynamicsEngine::VCA::GainFactorConverter final : public wave::Filter {
@@ -60,37 +60,37 @@ DynamicsEngine::VCA::VCA(wave::Environment& environment, const DynamicsEngineCon
       lookAheadEnabled(this, false),
       numConvolvers(this, 0, configuration.maxConvolversInGainPath, 0),
       numSmartClippers(this, 0, configuration.maxSmartClippersInGainPath, 0),
-      limitMs(configuration.lookAheadLimit),
-      audioDirect(environment, *this),
-      audioDelay(environment),
-      audioRouter(environment, 2),
-      lookAheadMixer(std::make_unique<LookAheadMixer>(environment, lookAhead, limitMs)),
-      gainDelay(environment, configuration.lookAheadLimit),
-      gainRouter(environment, 2),
-      gainFactor(std::make_unique<GainFactorConverter>(environment, gainRouter)),
-      gainFromDb(environment),
-      gainOutput(environment, 3),
-      multiplier(environment, 1) {
+      limitMs_(configuration.lookAheadLimit),
+      audioDirect_(environment, *this),
+      audioDelay_(environment),
+      audioRouter_(environment, 2),
+      lookAheadMixer_(std::make_unique<LookAheadMixer>(environment, lookAhead, limitMs_)),
+      gainDelay_(environment, configuration.lookAheadLimit),
+      gainRouter_(environment, 2),
+      gainFactor_(std::make_unique<GainFactorConverter>(environment, gainRouter_)),
+      gainFromDb_(environment),
+      gainOutput_(environment, 3),
+      multiplier_(environment, 1) {
     source = &input;
-    audioDelay.source = &input;
-    audioRouter.setInput(0, audioDirect);
-    audioRouter.setInput(1, audioDelay);
+    audioDelay_.source = &input;
+    audioRouter_.setInput(0, audioDirect_);
+    audioRouter_.setInput(1, audioDelay_);
 
-    gainDelay.source = &gainChangeInput;
-    gainDelay.delayInterpretation = DelayLine::Samples;
-    gainDelay.delay.setSource(lookAheadMixer.get());
-    gainRouter.setInput(0, gainChangeInput);
-    gainRouter.setInput(1, gainDelay);
+    gainDelay_.source = &gainChangeInput;
+    gainDelay_.delayInterpretation = DelayLine::Samples;
+    gainDelay_.delay.setSource(lookAheadMixer_.get());
+    gainRouter_.setInput(0, gainChangeInput);
+    gainRouter_.setInput(1, gainDelay_);
 
-    gainFromDb.source = &gainRouter;
-    gainFromDb.conversion = DBConverter::DbToAmplitude;
-    gainOutput.setInput(Amplitude, *gainFactor);
-    gainOutput.setInput(Decibel, gainFromDb);
-    gainOutput.setInput(AmplitudeInverse, gainRouter);
-    gainOutput.selected = domain.value();
+    gainFromDb_.source = &gainRouter_;
+    gainFromDb_.conversion = DBConverter::DbToAmplitude;
+    gainOutput_.setInput(Amplitude, *gainFactor_);
+    gainOutput_.setInput(Decibel, gainFromDb_);
+    gainOutput_.setInput(AmplitudeInverse, gainRouter_);
+    gainOutput_.selected = domain.value();
 
-    multiplier.setInput(0, &audioRouter);
-    multiplier.gain(0).setSource(&gainOutput);
+    multiplier_.setInput(0, &audioRouter_);
+    multiplier_.gain(0).setSource(&gainOutput_);
 
     makeResettable();
     reset();
@@ -99,14 +99,15 @@ DynamicsEngine::VCA::VCA(wave::Environment& environment, const DynamicsEngineCon
 DynamicsEngine::VCA::~VCA() = default;
 
 void DynamicsEngine::VCA::setConvolverBlock(int samples) {
-    convolverBlock = samples;
+    convolverBlock_ = samples;
     updateDelay();
 }
 
 int DynamicsEngine::VCA::delayFor(int convolvers, int smartClippers) const {
     const double rate = environment().sampleRate();
-    return samplesInMs(limitMs, rate) + samplesInSeconds(kSmartClipperSeconds, rate) * smartClippers +
-           convolvers * convolverBlock;
+    return samplesInMs(limitMs_, rate) +
+           samplesInSeconds(SmartClipper::kWindowSeconds, rate) * smartClippers +
+           convolvers * convolverBlock_;
 }
 
 int DynamicsEngine::VCA::audioDelaySamples() const {
@@ -114,30 +115,30 @@ int DynamicsEngine::VCA::audioDelaySamples() const {
 }
 
 void DynamicsEngine::VCA::updateDelay() {
-    audioDelay.setMaxDelay(delayFor(numConvolvers.maximum, numSmartClippers.maximum));
-    audioDelay.setDelay(audioDelaySamples());
+    audioDelay_.setMaxDelay(delayFor(numConvolvers.maximum, numSmartClippers.maximum));
+    audioDelay_.setDelay(audioDelaySamples());
 }
 
-void DynamicsEngine::VCA::reset() {
+void DynamicsEngine::VCA::prepare() {
     updateDelay();
 }
 
 void DynamicsEngine::VCA::propertyChanged(AbstractProperty& property) {
     if (&property == &domain) {
-        gainOutput.selected = domain.value();
+        gainOutput_.selected = domain.value();
     } else if (&property == &numConvolvers || &property == &numSmartClippers) {
         updateDelay();
     } else {
         const int delayed = lookAheadEnabled && numLookAheadStages > 0 ? 1 : 0;
-        audioRouter.selected = delayed;
-        gainRouter.selected = delayed;
+        audioRouter_.selected = delayed;
+        gainRouter_.selected = delayed;
     }
 }
 
 void DynamicsEngine::VCA::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>*, int samples,
                                   int) {
-    multiplier.pull(samples);
-    publish(multiplier);
+    multiplier_.pull(samples);
+    publish(multiplier_);
 }
 
 }  // namespace vanta

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "dsp/db_converter.hpp"
-#include "dsp/delay_line.hpp"
-#include "dsp/mixer.hpp"
+#include "dsp/delay/delay_line.hpp"
+#include "dsp/detector/db_converter.hpp"
+#include "dsp/mixer/mixer.hpp"
 #include "foundation/property.hpp"
 #include "limiter/engine/dynamics_engine.hpp"
+#include "limiter/latency/signal_path_delays.hpp"
 #include "wave/delay.hpp"
 #include "wave/float_parameter_source.hpp"
 #include "wave/router.hpp"
@@ -28,15 +29,15 @@ public:
     ~VCA() override;
 
     /// The gain that the product uses, with the delay of the gain path.
-    wave::Producer& gain() { return gainOutput; }
-    /// Samples of latency of one Convolver in the gain path.
+    wave::Producer& gain() { return gainOutput_; }
+    /// Samples of latency of one Convolver in the gain path. Set-up.
     void setConvolverBlock(int samples);
     /// Samples by which the audio is delayed while look-ahead is on.
     int audioDelaySamples() const;
 
-    void reset() override;
+    void prepare() override;
 
-    FloatParameterBus lookAhead;  ///< ms
+    wave::FloatParameterBus lookAhead;  ///< ms
     Property<int> domain;
     Property<int> numLookAheadStages;  ///< of the engine; without one nothing is delayed
     Property<bool> lookAheadEnabled;
@@ -54,21 +55,21 @@ private:
     /// 1 - x
     class GainFactorConverter;
 
-    void updateDelay();
+    VANTA_REALTIME void updateDelay();
     int delayFor(int convolvers, int smartClippers) const;
 
-    float limitMs;
-    int convolverBlock = 256;
-    wave::InputForwarder audioDirect;
-    wave::DelayFilter audioDelay;
-    Router audioRouter;
-    std::unique_ptr<LookAheadMixer> lookAheadMixer;
-    DelayLine gainDelay;
-    Router gainRouter;
-    std::unique_ptr<GainFactorConverter> gainFactor;
-    DBConverter gainFromDb;
-    Router gainOutput;
-    Mixer multiplier;
+    float limitMs_;
+    int convolverBlock_ = kConvolverSamples;
+    wave::InputForwarder audioDirect_;
+    wave::DelayFilter audioDelay_;
+    wave::Router audioRouter_;
+    std::unique_ptr<LookAheadMixer> lookAheadMixer_;
+    DelayLine gainDelay_;
+    wave::Router gainRouter_;
+    std::unique_ptr<GainFactorConverter> gainFactor_;
+    DBConverter gainFromDb_;
+    wave::Router gainOutput_;
+    Mixer multiplier_;
 };
 
 }  // namespace vanta

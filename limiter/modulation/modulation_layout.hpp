@@ -1,25 +1,10 @@
 #pragma once
 
-#include <utility>
 #include <vector>
 
+#include "limiter/styles/target_range.hpp"
+
 namespace vanta {
-
-/// How a target takes sources of each type, and what its value is limited to.
-struct TargetRange {
-    float factorFor(int sourceType) const {
-        for (const auto& [type, factor] : factors) {
-            if (type == sourceType) return factor;
-        }
-        return defaultFactor;
-    }
-
-    float defaultFactor = 1.0f;
-    bool isAudio = false;  ///< the target sums signals: no value of its own, no limits
-    float minimum = 0.0f;
-    float maximum = 1.0f;
-    std::vector<std::pair<int, float>> factors;  ///< source type and factor; the first match counts
-};
 
 /// What stands behind a source.
 struct SourceInfo {

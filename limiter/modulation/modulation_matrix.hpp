@@ -23,7 +23,7 @@ public:
     enum class SlotMode { Off, Global, PerVoice };
 
     /// The layout is copied.
-    ModulationMatrix(wave::Environment& environment, ModulationLayout matrixLayout);
+    ModulationMatrix(wave::Environment& environment, ModulationLayout layout);
     ~ModulationMatrix();
 
     /// Set-up: one voice per channel. The first one feeds what is global but depends on a voice.
@@ -34,7 +34,7 @@ public:
     wave::Producer& globalTarget(int target);
 
     /// Brackets a batch of changes: slots are connected once, when the outermost bracket closes.
-    VANTA_REALTIME void beginUpdate() { ++updateDepth; }
+    VANTA_REALTIME void beginUpdate() { ++updateDepth_; }
     VANTA_REALTIME void endUpdate();
 
     /// The value that a parameter gives a target, before modulation and before the factor of a slot's level.
@@ -42,7 +42,7 @@ public:
     Controller& controller();
 
     const ModulationLayout& layout() const { return layout_; }
-    SlotMode slotMode(int slot) const { return slots[static_cast<std::size_t>(slot)].mode; }
+    SlotMode slotMode(int slot) const { return slots_[static_cast<std::size_t>(slot)].mode; }
 
 private:
     class InternalController;
@@ -71,13 +71,13 @@ private:
         float lowLimit = 0.0f;
         float highLimit = 1.0f;
         float baseValue = 0.0f;
-        std::unique_ptr<FloatParameter> base;  ///< `scale` times `baseValue`; none for an audio target
-        bool allGlobal = true;                 ///< no feeding slot differs between the voices
+        std::unique_ptr<wave::FloatParameter> base;  ///< `scale` times `baseValue`; none for an audio target
+        bool allGlobal = true;                       ///< no feeding slot differs between the voices
         std::unique_ptr<GlobalModulationProducer> producer;
         std::unique_ptr<GlobalTargetController> globalController;
     };
 
-    TargetState& target(int index) { return targets[static_cast<std::size_t>(index)]; }
+    TargetState& target(int index) { return targets_[static_cast<std::size_t>(index)]; }
     bool isAudio(const TargetState& state) const { return state.range && state.range->isAudio; }
     GlobalModulationProducer& globalProducer(int target);
 
@@ -92,14 +92,14 @@ private:
     void moveSlot(SlotState& slot, int newTarget);
 
     ModulationLayout layout_;
-    std::vector<wave::Producer*> globalSources;
-    std::vector<TargetState> targets;
-    std::vector<SlotState> slots;
-    std::vector<std::unique_ptr<VoiceMatrix>> voices;
-    std::unique_ptr<InternalController> internalController;
-    std::vector<char> visited;  ///< one per target, the walk's memory
-    int updateDepth = 0;
-    bool dirty = false;
+    std::vector<wave::Producer*> globalSources_;
+    std::vector<TargetState> targets_;
+    std::vector<SlotState> slots_;
+    std::vector<std::unique_ptr<VoiceMatrix>> voices_;
+    std::unique_ptr<InternalController> internalController_;
+    std::vector<char> visited_;  ///< one per target, the walk's memory
+    int updateDepth_ = 0;
+    bool dirty_ = false;
 };
 
 /// Through which the slots of a matrix are read and written. -1 is no source and no target.

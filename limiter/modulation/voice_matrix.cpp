@@ -2,91 +2,91 @@
 
 #include <algorithm>
 
-#include "dsp/kernel/mix.hpp"
 #include "foundation/numbers.hpp"
+#include "kernel/mix.hpp"
 
 namespace vanta {
 
 void ModulationMatrix::TargetSum::start(const float* block, bool isConstant) {
     if (!block) return;
-    empty = false;
-    constant = isConstant;
-    value = block[0];
-    first = block;
+    empty_ = false;
+    constant_ = isConstant;
+    value_ = block[0];
+    first_ = block;
 }
 
 // Leaves the running result in `out`, whole.
 void ModulationMatrix::TargetSum::expand() {
-    if (constant) {
-        std::fill(out, out + count, value);
-    } else if (first) {
-        std::copy(first, first + count, out);
+    if (constant_) {
+        std::fill(out_, out_ + count_, value_);
+    } else if (first_) {
+        std::copy(first_, first_ + count_, out_);
     }
-    first = nullptr;
-    constant = false;
+    first_ = nullptr;
+    constant_ = false;
 }
 
 void ModulationMatrix::TargetSum::add(const float* source, bool sourceConstant, const float* level,
                                       bool levelConstant) {
-    const auto n = static_cast<std::size_t>(count);
-    if (constant && sourceConstant && levelConstant) {
-        value += source[0] * level[0];
-        empty = false;
-        first = nullptr;
+    const auto n = static_cast<std::size_t>(count_);
+    if (constant_ && sourceConstant && levelConstant) {
+        value_ += source[0] * level[0];
+        empty_ = false;
+        first_ = nullptr;
         return;
     }
-    if (empty || (constant && value == 0.0f)) {
+    if (empty_ || (constant_ && value_ == 0.0f)) {
         // Nothing to add to yet: the first signal is written, not added.
         if (levelConstant) {
-            kernel::scale(source, level[0], out, n);
+            kernel::scale(source, level[0], out_, n);
         } else {
-            kernel::multiply(source, level, out, n);
+            kernel::multiply(source, level, out_, n);
         }
-        empty = constant = false;
-        first = nullptr;
+        empty_ = constant_ = false;
+        first_ = nullptr;
         return;
     }
-    const float* running = first && !constant ? first : out;
-    if (constant) expand();
-    first = nullptr;
+    const float* running = first_ && !constant_ ? first_ : out_;
+    if (constant_) expand();
+    first_ = nullptr;
     if (levelConstant) {
-        kernel::addScaled(running, source, level[0], out, n);
+        kernel::addScaled(running, source, level[0], out_, n);
     } else {
-        kernel::multiplyAdd(running, source, level, out, n);
+        kernel::multiplyAdd(running, source, level, out_, n);
     }
 }
 
 void ModulationMatrix::TargetSum::clamp(float low, float high) {
-    if (constant) {
-        value = value < low ? low : std::min(value, high);
+    if (constant_) {
+        value_ = value_ < low ? low : std::min(value_, high);
     } else {
-        kernel::clamp(first ? first : out, low, high, out, static_cast<std::size_t>(count));
-        first = nullptr;
+        kernel::clamp(first_ ? first_ : out_, low, high, out_, static_cast<std::size_t>(count_));
+        first_ = nullptr;
     }
 }
 
 bool ModulationMatrix::TargetSum::finish() {
-    const bool wasConstant = constant;
-    if (constant || first) expand();
+    const bool wasConstant = constant_;
+    if (constant_ || first_) expand();
     return wasConstant;
 }
 
-ModulationMatrix::GlobalModulationProducer::GlobalModulationProducer(ModulationMatrix& owner,
-                                                                     TargetState& targetState)
-    : Source(owner.environment()), matrix(owner), state(targetState) {}
+ModulationMatrix::GlobalModulationProducer::GlobalModulationProducer(ModulationMatrix& matrix,
+                                                                     TargetState& state)
+    : Source(matrix.environment()), matrix_(matrix), state_(state) {}
 
 void ModulationMatrix::GlobalModulationProducer::produce(wave::BasicBlock<float>* block, int samples, int) {
     const wave::BasicBlock<float>* base = nullptr;
     bool baseConstant = true;
-    if (state.base) base = &state.base->readInStream(samples, &baseConstant);
+    if (state_.base) base = &state_.base->readInStream(samples, &baseConstant);
 
     TargetSum sum(block->data(), samples);
     sum.start(base ? base->data() : nullptr, baseConstant);
     bool contributed = false;
-    for (const SlotState* slot : state.slots) {
+    for (const SlotState* slot : state_.slots) {
         if (slot->mode != SlotMode::Global) continue;
-        wave::Producer& source = *matrix.globalSources[static_cast<std::size_t>(slot->source)];
-        GlobalModulationProducer& level = *matrix.target(slot->levelTarget).producer;
+        wave::Producer& source = *matrix_.globalSources_[static_cast<std::size_t>(slot->source)];
+        GlobalModulationProducer& level = *matrix_.target(slot->levelTarget).producer;
         const float* in = source.pullData(samples);
         const float* gain = level.pullData(samples);
         sum.add(in, source.isConstant(), gain, level.isConstant());
@@ -100,58 +100,58 @@ void ModulationMatrix::GlobalModulationProducer::produce(wave::BasicBlock<float>
         }
         return;
     }
-    if (state.allGlobal && !matrix.isAudio(state)) sum.clamp(state.lowLimit, state.highLimit);
+    if (state_.allGlobal && !matrix_.isAudio(state_)) sum.clamp(state_.lowLimit, state_.highLimit);
     setConstant(sum.finish());
 }
 
-ModulationMatrix::VoiceMatrix::VoiceMatrix(ModulationMatrix& owner)
-    : matrix(owner), sources(owner.globalSources), targetControllers(owner.targets.size()) {}
+ModulationMatrix::VoiceMatrix::VoiceMatrix(ModulationMatrix& matrix)
+    : matrix_(matrix), sources_(matrix.globalSources_), targetControllers_(matrix.targets_.size()) {}
 
 ModulationMatrix::VoiceMatrix::~VoiceMatrix() = default;
 
 ModulationMatrix::VoiceMatrix::TargetController& ModulationMatrix::VoiceMatrix::controller(int target) {
-    auto& entry = targetControllers[static_cast<std::size_t>(target)];
+    auto& entry = targetControllers_[static_cast<std::size_t>(target)];
     if (!entry) entry = std::make_unique<TargetController>(*this, target);
     return *entry;
 }
 
-ModulationMatrix::VoiceMatrix::TargetController::TargetController(VoiceMatrix& owner, int targetIndex)
-    : Source(owner.matrix.environment()),
-      voice(owner),
-      state(owner.matrix.target(targetIndex)),
-      global(owner.matrix.globalProducer(targetIndex)) {}
+ModulationMatrix::VoiceMatrix::TargetController::TargetController(VoiceMatrix& voice, int target)
+    : Source(voice.matrix_.environment()),
+      voice_(voice),
+      state_(voice.matrix_.target(target)),
+      global_(voice.matrix_.globalProducer(target)) {}
 
 void ModulationMatrix::VoiceMatrix::TargetController::produce(wave::BasicBlock<float>* block, int samples,
                                                               int) {
-    global.pull(samples);
-    if (state.allGlobal) {
-        publish(global);
+    global_.pull(samples);
+    if (state_.allGlobal) {
+        publish(global_);
         return;
     }
-    const bool audio = voice.matrix.isAudio(state);
-    if (audio && state.slots.size() == 1 && publishSingleSlot(samples)) return;
+    const bool audio = voice_.matrix_.isAudio(state_);
+    if (audio && state_.slots.size() == 1 && publishSingleSlot(samples)) return;
 
     TargetSum sum(block->data(), samples);
-    sum.start(global.current().data(), global.isConstant());
-    for (const SlotState* slot : state.slots) {
+    sum.start(global_.current().data(), global_.isConstant());
+    for (const SlotState* slot : state_.slots) {
         if (slot->mode != SlotMode::PerVoice) continue;
-        wave::Producer* source = voice.source(slot->source);
+        wave::Producer* source = voice_.source(slot->source);
         if (!source) continue;
-        TargetController& level = voice.controller(slot->levelTarget);
+        TargetController& level = voice_.controller(slot->levelTarget);
         const float* in = source->pullData(samples);
         const float* gain = level.pullData(samples);
         sum.add(in, source->isConstant(), gain, level.isConstant());
     }
-    if (!audio) sum.clamp(state.lowLimit, state.highLimit);
+    if (!audio) sum.clamp(state_.lowLimit, state_.highLimit);
     setConstant(sum.finish());
 }
 
 // A plain connection adds neither copy nor multiplication.
 bool ModulationMatrix::VoiceMatrix::TargetController::publishSingleSlot(int samples) {
-    const SlotState& slot = *state.slots.front();
-    wave::Producer* source = voice.source(slot.source);
+    const SlotState& slot = *state_.slots.front();
+    wave::Producer* source = voice_.source(slot.source);
     if (!source) return false;
-    TargetController& level = voice.controller(slot.levelTarget);
+    TargetController& level = voice_.controller(slot.levelTarget);
     const float* gain = level.pullData(samples);
     if (!level.isConstant() || !nearlyEqual(gain[0], 1.0f)) return false;
     source->pull(samples);
@@ -159,16 +159,16 @@ bool ModulationMatrix::VoiceMatrix::TargetController::publishSingleSlot(int samp
     return true;
 }
 
-ModulationMatrix::GlobalTargetController::GlobalTargetController(ModulationMatrix& owner, int targetIndex)
-    : Source(owner.environment(), wave::OwnBlock::No), matrix(owner), target(targetIndex) {
-    matrix.globalProducer(target);
+ModulationMatrix::GlobalTargetController::GlobalTargetController(ModulationMatrix& matrix, int target)
+    : Source(matrix.environment(), wave::OwnBlock::No), matrix_(matrix), target_(target) {
+    matrix_.globalProducer(target_);
 }
 
 void ModulationMatrix::GlobalTargetController::produce(wave::BasicBlock<float>*, int samples, int) {
-    TargetState& state = matrix.target(target);
-    wave::Producer& value = state.allGlobal || matrix.voices.empty()
+    TargetState& state = matrix_.target(target_);
+    wave::Producer& value = state.allGlobal || matrix_.voices_.empty()
                                 ? static_cast<wave::Producer&>(*state.producer)
-                                : matrix.voices.front()->controller(target);
+                                : matrix_.voices_.front()->controller(target_);
     value.pull(samples);
     publish(value);
 }

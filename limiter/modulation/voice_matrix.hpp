@@ -10,7 +10,7 @@ namespace vanta {
 /// Adds weighted signals to a running result. As long as all of them are constant, one sample is computed.
 class ModulationMatrix::TargetSum {
 public:
-    TargetSum(float* block, int samples) : out(block), count(samples) {}
+    TargetSum(float* block, int samples) : out_(block), count_(samples) {}
 
     /// Starts from a block, or with null from nothing.
     void start(const float* block, bool isConstant);
@@ -22,25 +22,25 @@ public:
 private:
     void expand();
 
-    float* out;
-    int count;
-    bool constant = true;
-    bool empty = true;
-    float value = 0.0f;            ///< the result while it is constant
-    const float* first = nullptr;  ///< the start block while nothing was added
+    float* out_;
+    int count_;
+    bool constant_ = true;
+    bool empty_ = true;
+    float value_ = 0.0f;            ///< the result while it is constant
+    const float* first_ = nullptr;  ///< the start block while nothing was added
 };
 
 /// What all voices share of one target: its own value and the slots in the global mode.
 class ModulationMatrix::GlobalModulationProducer final : public wave::Source {
 public:
-    GlobalModulationProducer(ModulationMatrix& owner, TargetState& targetState);
+    GlobalModulationProducer(ModulationMatrix& matrix, TargetState& state);
 
 protected:
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
 
 private:
-    ModulationMatrix& matrix;
-    TargetState& state;
+    ModulationMatrix& matrix_;
+    TargetState& state_;
 };
 
 /// One voice's side of the matrix: its sources, and per target the signal that its elements read.
@@ -48,27 +48,27 @@ class ModulationMatrix::VoiceMatrix {
 public:
     class TargetController;
 
-    explicit VoiceMatrix(ModulationMatrix& owner);
+    explicit VoiceMatrix(ModulationMatrix& matrix);
     ~VoiceMatrix();
 
     /// Set-up: enters a producer in the table of this voice.
     void setSource(int source, wave::Producer& producer) {
-        sources[static_cast<std::size_t>(source)] = &producer;
+        sources_[static_cast<std::size_t>(source)] = &producer;
     }
-    wave::Producer* source(int index) const { return sources[static_cast<std::size_t>(index)]; }
+    wave::Producer* source(int index) const { return sources_[static_cast<std::size_t>(index)]; }
     /// Set-up: the signal of a target, made at the first call.
     TargetController& controller(int target);
 
 private:
     friend class ModulationMatrix;
-    ModulationMatrix& matrix;
-    std::vector<wave::Producer*> sources;
-    std::vector<std::unique_ptr<TargetController>> targetControllers;
+    ModulationMatrix& matrix_;
+    std::vector<wave::Producer*> sources_;
+    std::vector<std::unique_ptr<TargetController>> targetControllers_;
 };
 
 class ModulationMatrix::VoiceMatrix::TargetController final : public wave::Source {
 public:
-    TargetController(VoiceMatrix& owner, int targetIndex);
+    TargetController(VoiceMatrix& voice, int target);
 
 protected:
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
@@ -76,23 +76,23 @@ protected:
 private:
     VANTA_REALTIME bool publishSingleSlot(int samples);
 
-    VoiceMatrix& voice;
-    TargetState& state;
-    GlobalModulationProducer& global;
+    VoiceMatrix& voice_;
+    TargetState& state_;
+    GlobalModulationProducer& global_;
 };
 
 /// The value of a target for a reader that stands outside of the voices: the first voice's, where they
 /// differ.
 class ModulationMatrix::GlobalTargetController final : public wave::Source {
 public:
-    GlobalTargetController(ModulationMatrix& owner, int targetIndex);
+    GlobalTargetController(ModulationMatrix& matrix, int target);
 
 protected:
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
 
 private:
-    ModulationMatrix& matrix;
-    int target;
+    ModulationMatrix& matrix_;
+    int target_;
 };
 
 }  // namespace vanta

@@ -6,7 +6,6 @@
 
 #include "plugin/parameters/label_text.hpp"
 #include "plugin/parameters/number_text.hpp"
-#include "plugin/parameters/parameter_units.hpp"
 
 namespace vanta {
 namespace {
@@ -14,7 +13,7 @@ namespace {
 /// Layouts from this row of the layout table on have more than one pair.
 constexpr int kFirstSurroundLayout = 2;
 
-/// As many linkers as may follow one parameter; a change of style hands them round on the audio thread.
+/// The most linkers that follow one parameter: a change of style reassigns them on the audio thread.
 constexpr std::size_t kMostLinkers = 8;
 
 std::string percent(float share) {
@@ -27,11 +26,8 @@ bool isOn(const IndexedParameter* parameter) {
 
 }  // namespace
 
-ChannelLinkParameter::ChannelLinkParameter(GenericPluginBase& plugin, std::string parameterName)
-    : GenericPropPluginParameter(plugin, std::move(parameterName)), plugin_(plugin) {
-    display.setUnit(PercentParameterUnit::instance());
-    display.format = "%.0f";
-    display.setPercentDisplay();
+ChannelLinkParameter::ChannelLinkParameter(GenericPluginBase& plugin, std::string name)
+    : GenericPropPluginParameter(plugin, std::move(name)), plugin_(plugin) {
     reserveTargets(kMostLinkers);
 }
 
@@ -55,10 +51,6 @@ std::string ChannelLinkParameter::text(float value) const {
 }
 
 std::string ChannelLinkParameter::text(float value, int maxLength) const {
-    struct Replacement {
-        std::string_view what;
-        std::string_view by;
-    };
     constexpr Replacement kReplacements[] = {{"+C", ""}, {"+LFE", ""}, {" Stereo", ""}, {" All", "A"},
                                              {"%", ""},  {" ", ""},    {"100,", ""}};
     std::string result = text(value);
@@ -66,7 +58,7 @@ std::string ChannelLinkParameter::text(float value, int maxLength) const {
     const auto limit = static_cast<std::size_t>(maxLength);
     for (const Replacement& replacement : kReplacements) {
         if (result.size() <= limit) return result;
-        replaceAll(result, replacement.what, replacement.by);
+        replaceAll(result, replacement);
     }
     return result.substr(0, limit);
 }

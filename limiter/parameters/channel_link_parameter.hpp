@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "plugin/generic_plugin_base.hpp"
+#include "plugin/base/generic_plugin_base.hpp"
 #include "plugin/parameters/indexed_parameter.hpp"
 #include "plugin/parameters/prop_plugin_parameter.hpp"
 
@@ -14,9 +14,9 @@ namespace vanta {
 /// "100% Stereo, 50% All".
 class ChannelLinkParameter final : public LimFloatPropPluginParameter {
 public:
-    ChannelLinkParameter(GenericPluginBase& plugin, std::string parameterName);
+    ChannelLinkParameter(GenericPluginBase& plugin, std::string name);
 
-    /// The switches that add the centre and LFE channels, for the text. Without them these are left out.
+    /// The switches that add the centre and LFE channels, for the text.
     void setSwitches(const IndexedParameter& centerSwitch, const IndexedParameter& lfeSwitch);
 
     std::string text(float value) const override;
@@ -28,7 +28,7 @@ public:
 private:
     struct Reading {
         double percent;
-        bool ofAll;  ///< of the link of all channels, else of that of the pairs
+        bool ofAll;  ///< a share of linking all channels, not of linking pairs
     };
     static std::optional<Reading> read(const std::string& text);
 

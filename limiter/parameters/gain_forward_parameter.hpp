@@ -1,18 +1,22 @@
 #pragma once
 
+#include <algorithm>
+
 #include "plugin/parameters/float_plugin_parameter.hpp"
+#include "plugin/parameters/forward_plugin_parameter.hpp"
 
 namespace vanta {
 
-/// The Gain knob: raises the signal into the limiter by lowering the engine's threshold.
-class GainForwardParameter final : public FloatPluginParameter {
+/// The Gain knob: raises the signal into the limiter by lowering its target, the engine's threshold in dB.
+class GainForwardParameter final : public ForwardPluginParameter<FloatPluginParameter> {
 public:
-    using FloatPluginParameter::FloatPluginParameter;
+    using ForwardPluginParameter::ForwardPluginParameter;
 
-    /// Sets `target` to the gain with its sign turned round, whether or not anything changed here.
-    void setValue(float value, int flags) override;
+private:
+    // The threshold stays this far below full scale, so that even a gain of 0 limits a full-scale signal.
+    static constexpr float kLeastDb = 0.001f;
 
-    AbstractPluginParameter* target = nullptr;  ///< the engine's threshold in dB; optional, not owned
+    float forwarded(float value) const override { return -std::max(limit(value), kLeastDb); }
 };
 
 }  // namespace vanta

@@ -1,21 +1,18 @@
 #pragma once
 
 #include "plugin/parameters/float_plugin_parameter.hpp"
+#include "plugin/parameters/forward_plugin_parameter.hpp"
 
 namespace vanta {
 
-/// The Lookahead knob. What a share of the longest look-ahead means is the style's business.
-class TransientTimeForwardParameter final : public FloatPluginParameter {
+/// The Lookahead knob: sets its target to the share of the range, 0 to 1. The style decides
+/// what a share of the longest look-ahead means.
+class TransientTimeForwardParameter final : public ForwardPluginParameter<FloatPluginParameter> {
 public:
-    using FloatPluginParameter::FloatPluginParameter;
+    using ForwardPluginParameter::ForwardPluginParameter;
 
-    /// Sets `target` to the share of the range, 0 to 1, whether or not anything changed here.
-    void setValue(float value, int flags) override {
-        FloatPluginParameter::setValue(value, flags);
-        if (target) target->setValue(normalize(value), flags);
-    }
-
-    AbstractPluginParameter* target = nullptr;  ///< optional, not owned
+private:
+    float forwarded(float value) const override { return normalize(value); }
 };
 
 }  // namespace vanta

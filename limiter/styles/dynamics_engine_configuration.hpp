@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "limiter/styles/element_kind.hpp"
+#include "limiter/styles/engine_table.hpp"
 
 namespace vanta {
 
@@ -12,15 +12,24 @@ namespace vanta {
 struct DynamicsEngineConfiguration {
     using Counts = std::array<int, kElementKindCount>;
 
-    /// By ElementKind. Of the five kinds of main control, Custom stands for two.
-    static constexpr Counts kCapacity{1, 1, 1, 1, 1, 2, 6, 6, 6, 6, 6, 6, 6, 6, 12, 6, 4, 6, 6, 6, 6};
+    static constexpr Counts tableCapacity() {
+        Counts counts{};
+        counts[indexOf(ElementKind::Input)] = 1;
+        for (const MainControlDescription& control : EngineTable::kMainControls) {
+            ++counts[indexOf(control.kind)];
+        }
+        for (ElementKind kind = kFirstElement; kind <= kLastElement; kind = next(kind)) {
+            counts[indexOf(kind)] = EngineTable::element(kind).capacity;
+        }
+        return counts;
+    }
 
     int maxConvolversInGainPath = 6;     ///< the most that a VCA's Num Convolvers In Gain Path counts
     int maxSmartClippersInGainPath = 6;  ///< likewise
     int maxOutputSmartClippers = 6;      ///< Detectors from the first that can clip
-    Counts capacity = kCapacity;
-    Counts built = kCapacity;
-    int slotCount = 80;
+    Counts capacity = tableCapacity();   ///< by ElementKind
+    Counts built = tableCapacity();      ///< by ElementKind
+    int slotCount = EngineTable::element(ElementKind::Slot).capacity;
     float lookAheadLimit = 50.0f;
     float peakHoldLimit = 50.0f;
     float rmsWindowLimit = 50.0f;
@@ -35,7 +44,22 @@ constexpr DynamicsEngineConfiguration limiterConfiguration() {
     result.maxConvolversInGainPath = 1;
     result.maxSmartClippersInGainPath = 1;
     result.maxOutputSmartClippers = 1;
-    result.built = {1, 1, 1, 1, 1, 2, 2, 0, 0, 4, 0, 4, 2, 2, 5, 1, 1, 3, 4, 1, 3};
+    const auto build = [&](ElementKind kind, int count) { result.built[indexOf(kind)] = count; };
+    build(ElementKind::Filter, 2);
+    build(ElementKind::Saturator, 0);
+    build(ElementKind::Crossover, 0);
+    build(ElementKind::Detector, 4);
+    build(ElementKind::Converter, 0);
+    build(ElementKind::PeakHold, 4);
+    build(ElementKind::AveragingFilter, 2);
+    build(ElementKind::Convolver, 2);
+    build(ElementKind::Capacitor, 5);
+    build(ElementKind::TransferCurve, 1);
+    build(ElementKind::Mixer, 1);
+    build(ElementKind::Operator, 3);
+    build(ElementKind::Delay, 4);
+    build(ElementKind::Constant, 1);
+    build(ElementKind::Vca, 3);
     result.lookAheadLimit = 5.0f;
     result.rmsWindowLimit = 5.0f;
     result.convolverLimit = 5.0f;

@@ -4,8 +4,8 @@
 
 namespace vanta {
 
-/// What the dynamics engine is made of. The values 0 to 20 are also the source types by which a target
-/// range scales what arrives; styles store no kind, so only the order matters to them.
+/// What the dynamics engine is made of, in the order of EngineTable. Up to Vca the values are also the
+/// source types by which a target range scales what arrives.
 enum class ElementKind : int {
     Input = 0,
     MainThreshold,
@@ -32,14 +32,16 @@ enum class ElementKind : int {
     Output,  ///< the engine's output: a target only
 };
 
-/// The kinds that are sources: Input to Vca.
-inline constexpr int kElementKindCount = 21;
 inline constexpr ElementKind kFirstElement = ElementKind::Filter;
 inline constexpr ElementKind kLastElement = ElementKind::Vca;
 
 constexpr std::size_t indexOf(ElementKind kind) {
     return static_cast<std::size_t>(kind);
 }
+
+/// The kinds that are sources: Input to Vca.
+inline constexpr int kElementKindCount = static_cast<int>(indexOf(kLastElement)) + 1;
+
 constexpr ElementKind next(ElementKind kind) {
     return static_cast<ElementKind>(static_cast<int>(kind) + 1);
 }

@@ -7,30 +7,45 @@
 #include <string_view>
 #include <vector>
 
-#include "limiter/styles/engine_elements.hpp"
+#include "limiter/styles/engine_range.hpp"
 
 namespace vanta {
 
 /// Values of a style record, of every configuration with the standard capacities and 80 slots.
 inline constexpr int kStyleValueCount = 749;
 
-/// Positions of the values that the engine's owner reads and writes by themselves.
+// Positions of the values that the engine's owner reads and writes by themselves.
 inline constexpr int kNumActiveInputsPosition = 0;
 inline constexpr int kNumActiveMainSourcesPosition = 1;
-inline constexpr int kMainThresholdPosition = 2;
-inline constexpr int kMainRatioPosition = 3;
-inline constexpr int kMainAttackPosition = 4;
-inline constexpr int kMainReleasePosition = 5;
-inline constexpr int kCustom1Position = 6;
-inline constexpr int kCustom2Position = 7;
-inline constexpr int kLookAheadStagesPosition = 8;
-inline constexpr int kOutputConvolversPosition = 9;
-inline constexpr int kOutputSmartClippersPosition = 10;
+inline constexpr int kFirstMainPosition = 2;
+
+/// Position of the value of a main control or a stage count, by its name.
+consteval int mainPosition(std::string_view name) {
+    int position = kFirstMainPosition;
+    for (const MainControlDescription& control : EngineTable::kMainControls) {
+        if (control.parameter.name == name) return position;
+        ++position;
+    }
+    const int index = indexByName(EngineTable::kStageCounts, name);
+    if (index < 0) throw "EngineTable has no main control or stage count of this name";
+    return position + index;
+}
+
+inline constexpr int kMainThresholdPosition = mainPosition("Main Threshold");
+inline constexpr int kMainAttackPosition = mainPosition("Main Attack");
+inline constexpr int kMainReleasePosition = mainPosition("Main Release");
+inline constexpr int kCustom1Position = mainPosition("Custom 1");
+inline constexpr int kCustom2Position = mainPosition("Custom 2");
+inline constexpr int kLookAheadStagesPosition = mainPosition("Num Look-ahead Stages");
+inline constexpr int kOutputConvolversPosition = mainPosition("Num Output Convolvers");
+inline constexpr int kOutputSmartClippersPosition = mainPosition("Num Output SmartClippers");
 
 inline constexpr int kAudioInputSource = 0;
 inline constexpr int kTriggerInputSource = 1;
-inline constexpr int kFirstMainSource = 2;  ///< Main Threshold; the other five controls follow
-inline constexpr int kOutputTarget = 6;     ///< targets 0 to 5 are the main controls
+inline constexpr int kFirstMainSource = 2;  ///< Main Threshold; the other controls follow
+/// The targets in front of Output are the main controls.
+inline constexpr int kMainThresholdTarget = kMainThresholdPosition - kFirstMainPosition;
+inline constexpr int kOutputTarget = static_cast<int>(EngineTable::kMainControls.size());
 
 /// Order of a slot's parameters.
 enum class SlotField { Source, Level, Bypassed, Inverted, Target };
@@ -82,19 +97,19 @@ struct ElementGroup {
 /// point into it, so it stays where it was built.
 class EngineLayout {
 public:
-    explicit EngineLayout(const DynamicsEngineConfiguration& engineConfiguration);
+    explicit EngineLayout(const DynamicsEngineConfiguration& configuration);
     EngineLayout(const EngineLayout&) = delete;
     EngineLayout& operator=(const EngineLayout&) = delete;
 
-    const DynamicsEngineConfiguration& configuration() const { return config; }
-    std::span<const EngineParameter> parameters() const { return parameterTable; }
-    std::span<const EngineSource> sources() const { return sourceTable; }
+    const DynamicsEngineConfiguration& configuration() const { return config_; }
+    std::span<const EngineParameter> parameters() const { return parameterTable_; }
+    std::span<const EngineSource> sources() const { return sourceTable_; }
     /// Those of elements first, then the slots' levels.
-    std::span<const EngineTarget> targets() const { return targetTable; }
+    std::span<const EngineTarget> targets() const { return targetTable_; }
     int elementTargetCount() const { return group(ElementKind::Slot).firstTarget; }
     /// By RangeId.
-    std::span<const EngineRange> ranges() const { return rangeTable; }
-    const EngineRange& rangeOf(int target) const;
+    std::span<const TargetRange> ranges() const { return rangeTable_; }
+    const TargetRange& rangeOf(int target) const;
 
     /// `kind` is Filter to Vca, or Slot.
     const ElementGroup& group(ElementKind kind) const;
@@ -121,13 +136,13 @@ private:
                       ElementKind kind, int element, int target);
     void completeSlotLabels();
 
-    DynamicsEngineConfiguration config;
-    std::vector<EngineParameter> parameterTable;
-    std::vector<EngineSource> sourceTable;
-    std::vector<EngineTarget> targetTable;
-    std::vector<EngineRange> rangeTable;
-    std::vector<ElementGroup> groups;                   ///< from Filter on, Slot last
-    std::vector<std::vector<std::string>> labelTables;  ///< one per distinct list of labels
+    DynamicsEngineConfiguration config_;
+    std::vector<EngineParameter> parameterTable_;
+    std::vector<EngineSource> sourceTable_;
+    std::vector<EngineTarget> targetTable_;
+    std::vector<TargetRange> rangeTable_;
+    std::vector<ElementGroup> groups_;                   ///< from Filter on, Slot last
+    std::vector<std::vector<std::string>> labelTables_;  ///< one per distinct list of labels
 };
 
 }  // namespace vanta

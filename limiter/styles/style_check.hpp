@@ -1,10 +1,10 @@
 #pragma once
 
-#include <span>
 #include <string>
 #include <vector>
 
 #include "limiter/styles/engine_layout.hpp"
+#include "limiter/styles/style_values.hpp"
 
 namespace vanta {
 
@@ -17,12 +17,13 @@ struct StyleFault {
 /// Every fault of a full set of values in table order: a value outside its range, a count above what is
 /// built or counted, a slot at an element that is not active, a connection made twice, a slot that would
 /// close a loop, which the engine would leave off without a word, and a style that is silent.
-std::vector<StyleFault> checkStyle(const EngineLayout& layout, std::span<const float> values);
+std::vector<StyleFault> checkStyle(const EngineLayout& layout, StyleValues values);
 
 /// Whether what the parameter belongs to is active; true for everything that no count switches.
-bool isActive(const EngineLayout& layout, std::span<const float> values, int position);
+bool isActive(const EngineLayout& layout, StyleValues values, int position);
 
-/// "Num Active Detectors is 2", the reason why an element of this kind may be inactive.
-std::string activeCountText(const EngineLayout& layout, std::span<const float> values, ElementKind kind);
+/// "while Num Active Detectors is 2: raise it to 3", why the third one has no effect, and what to do about
+/// it.
+std::string whileInactiveText(const EngineLayout& layout, StyleValues values, ElementKind kind, int element);
 
 }  // namespace vanta

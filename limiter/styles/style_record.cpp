@@ -27,7 +27,7 @@ std::uint32_t wordAt(std::span<const std::byte> bytes, std::size_t offset) {
 std::vector<std::byte> writeStyleRecord(std::span<const float> values) {
     if (values.size() != kStyleValueCount) {
         throw std::invalid_argument(
-            fmt::format("a style has {} values, not {}", kStyleValueCount, values.size()));
+            fmt::format("a style has {} values, but got {}", kStyleValueCount, values.size()));
     }
     std::vector<std::byte> record;
     record.reserve(kStyleRecordSize);
@@ -40,18 +40,22 @@ std::vector<std::byte> writeStyleRecord(std::span<const float> values) {
 
 std::vector<float> readStyleRecord(std::span<const std::byte> record) {
     if (record.size() != kStyleRecordSize) {
-        throw StyleError(fmt::format("a style record has {} bytes, not {}", kStyleRecordSize, record.size()));
+        throw StyleError(fmt::format("not a style record: it has {} bytes instead of {}", record.size(),
+                                     kStyleRecordSize));
     }
     const std::string_view tag(reinterpret_cast<const char*>(record.data()), kStyleTag.size());
-    if (tag != kStyleTag)
-        throw StyleError(fmt::format("not a style record: the tag {} is missing", kStyleTag));
+    if (tag != kStyleTag) {
+        throw StyleError(fmt::format("not a style record: it does not begin with {}", kStyleTag));
+    }
     const auto version = static_cast<std::int32_t>(wordAt(record, 4));
     if (version != kStyleVersion) {
-        throw StyleError(fmt::format("style version {}, expected {}", version, kStyleVersion));
+        throw StyleError(
+            fmt::format("cannot read style version {}: only version {}", version, kStyleVersion));
     }
     const auto count = static_cast<std::int32_t>(wordAt(record, 8));
     if (count != kStyleValueCount) {
-        throw StyleError(fmt::format("{} values, expected {}", count, kStyleValueCount));
+        throw StyleError(
+            fmt::format("not a style record: it counts {} values instead of {}", count, kStyleValueCount));
     }
     std::vector<float> values;
     for (std::size_t offset = kHeaderSize; offset < record.size(); offset += 4) {

@@ -11,10 +11,10 @@
 namespace vanta {
 namespace {
 
-/// `; did you mean "Detector 1 Mode"?`, or nothing.
+/// `: did you mean "Detector 1 Mode"?`, or nothing.
 std::string hint(std::string_view name, std::span<const std::string_view> candidates) {
     const std::string_view meant = nearMiss(name, candidates);
-    return meant.empty() ? std::string{} : fmt::format("; did you mean \"{}\"?", meant);
+    return meant.empty() ? std::string{} : fmt::format(": did you mean \"{}\"?", meant);
 }
 
 using Names = std::vector<std::string_view>;
@@ -43,11 +43,8 @@ Names namesOf(const Entries& entries) {
 
 class StyleParser {
 public:
-    StyleParser(const EngineLayout& engineLayout, std::string_view fileName)
-        : layout(engineLayout),
-          file(fileName),
-          values(engineLayout.defaultValues()),
-          lines(values.size(), 0) {}
+    StyleParser(const EngineLayout& layout, std::string_view file)
+        : layout_(layout), file_(file), values_(layout.defaultValues()), lines_(values_.size(), 0) {}
 
     std::vector<float> parse(std::string_view text);
 
@@ -64,32 +61,32 @@ private:
     void checkInactive();
     void fault(int atLine, std::string_view message);
 
-    const EngineLayout& layout;
-    std::string_view file;
-    std::vector<float> values;
-    std::vector<int> lines;  ///< by position, the line that gave the value; 0 for none
-    std::string faults;
-    int line = 0;
-    int slotCount = 0;
+    const EngineLayout& layout_;
+    std::string_view file_;
+    std::vector<float> values_;
+    std::vector<int> lines_;  ///< by position, the line that gave the value; 0 for none
+    std::string faults_;
+    int line_ = 0;
+    int slotCount_ = 0;
 };
 
 std::vector<float> StyleParser::parse(std::string_view text) {
     while (!text.empty()) {
         const std::size_t end = text.find('\n');
-        ++line;
+        ++line_;
         parseLine(trimmed(text.substr(0, end).substr(0, text.find('#'))));
         text = end == std::string_view::npos ? std::string_view{} : text.substr(end + 1);
     }
     checkSlotCount();
     checkInactive();
     // A line that could not be read leaves gaps behind, about which there is nothing more to say.
-    if (faults.empty()) {
-        for (const StyleFault& found : checkStyle(layout, values)) {
-            fault(std::max(lines[static_cast<std::size_t>(found.position)], 1), found.message);
+    if (faults_.empty()) {
+        for (const StyleFault& found : checkStyle(layout_, values_)) {
+            fault(std::max(lines_[static_cast<std::size_t>(found.position)], 1), found.message);
         }
     }
-    if (!faults.empty()) throw StyleError(faults);
-    return std::move(values);
+    if (!faults_.empty()) throw StyleError(faults_);
+    return std::move(values_);
 }
 
 void StyleParser::parseLine(std::string_view text) {
@@ -100,26 +97,28 @@ void StyleParser::parseLine(std::string_view text) {
     } else if (text.find(" to ") != std::string_view::npos) {
         parseSlot(text);
     } else {
-        fault(line, fmt::format("\"{}\" is neither \"Name = value\" nor \"Source to Target (Level)\"", text));
+        fault(line_, fmt::format("cannot read \"{}\": write \"Name = value\" or \"Source to Target (Level)\"",
+                                 text));
     }
 }
 
 void StyleParser::parseValue(std::string_view name, std::string_view text) {
-    const std::optional<int> position = layout.findParameter(name);
+    const std::optional<int> position = layout_.findParameter(name);
     if (!position) {
-        fault(line,
-              fmt::format("unknown parameter \"{}\"{}", name, hint(name, namesOf(layout.parameters()))));
+        fault(line_,
+              fmt::format("unknown parameter \"{}\"{}", name, hint(name, namesOf(layout_.parameters()))));
         return;
     }
     const auto index = static_cast<std::size_t>(*position);
-    const EngineParameter& parameter = layout.parameters()[index];
+    const EngineParameter& parameter = layout_.parameters()[index];
     if (parameter.role == EngineParameter::Role::Element && parameter.kind == ElementKind::Slot) {
-        fault(line, fmt::format("{} is set by the slot's own line, \"Source to Target (Level)\"", name));
-    } else if (lines[index] != 0) {
-        fault(line, fmt::format("{} is given twice, first in line {}", name, lines[index]));
+        fault(line_,
+              fmt::format("{} belongs to the line of its slot: write \"Source to Target (Level)\"", name));
+    } else if (lines_[index] != 0) {
+        fault(line_, fmt::format("{} is set twice: remove this line or line {}", name, lines_[index]));
     } else if (const std::optional<float> value = readValue(parameter, text)) {
-        values[index] = *value;
-        lines[index] = line;
+        values_[index] = *value;
+        lines_[index] = line_;
     }
 }
 
@@ -127,43 +126,42 @@ std::optional<float> StyleParser::readValue(const EngineParameter& parameter, st
     if (!parameter.labels.empty()) {
         const auto found = std::ranges::find(parameter.labels, text);
         if (found != parameter.labels.end()) return static_cast<float>(found - parameter.labels.begin());
-        const Names labels(parameter.labels.begin(), parameter.labels.end());
-        fault(line, fmt::format("{} is \"{}\", expected one of \"{}\"{}", parameter.name, text,
-                                fmt::join(labels, "\", \""), hint(text, labels)));
+        fault(line_, fmt::format("{} cannot be \"{}\": use one of \"{}\"", parameter.name, text,
+                                 fmt::join(parameter.labels, "\", \"")));
         return std::nullopt;
     }
     const ParameterDescription& limits = parameter.description;
     const std::optional<float> value = readNumber(text);
     if (!value) {
-        fault(line, fmt::format("{} is \"{}\", expected a number from {} to {}", parameter.name, text,
-                                limits.minimum, limits.maximum));
+        fault(line_, fmt::format("{} cannot be \"{}\": use a number from {} to {}", parameter.name, text,
+                                 limits.minimum, limits.maximum));
     }
     return value;
 }
 
 void StyleParser::parseSlot(std::string_view text) {
-    if (slotCount == layout.configuration().slotCount) {
-        fault(line, fmt::format("one slot too many: there are {}", slotCount));
+    if (slotCount_ == layout_.configuration().slotCount) {
+        fault(line_, fmt::format("a style has at most {} slots: remove this one", slotCount_));
         return;
     }
     text = takeLevel(takeSlotNumber(text));
     const std::size_t to = text.find(" to ");
     if (to == std::string_view::npos) {
-        fault(line,
-              fmt::format("\"{}\" does not say from where to where, expected \"Source to Target\"", text));
+        fault(line_, fmt::format("cannot read the slot \"{}\": write \"Source to Target\"", text));
     } else {
         setSlotEnd(SlotField::Source, trimmed(text.substr(0, to)));
         setSlotEnd(SlotField::Target, trimmed(text.substr(to + 4)));
     }
-    ++slotCount;
+    ++slotCount_;
 }
 
 /// Slots speak of each other by number; a list that is out of step shows here.
 std::string_view StyleParser::takeSlotNumber(std::string_view text) {
     const std::size_t digits = text.find_first_not_of("0123456789");
     if (digits == 0 || digits == std::string_view::npos || text[digits] != '.') return text;
-    if (text.substr(0, digits) != std::to_string(slotCount + 1)) {
-        fault(line, fmt::format("slot {} is numbered {}", slotCount + 1, text.substr(0, digits)));
+    if (text.substr(0, digits) != std::to_string(slotCount_ + 1)) {
+        fault(line_, fmt::format("slot {0} is numbered {1}: number it {0}, or leave the number out",
+                                 slotCount_ + 1, text.substr(0, digits)));
     }
     return trimmed(text.substr(digits + 1));
 }
@@ -182,10 +180,10 @@ std::string_view StyleParser::takeLevel(std::string_view text) {
     if (inverted) level.remove_prefix(1);
     const std::optional<float> value = readNumber(level);
     if (!closed || !value || !(*value >= 0.0f && *value <= 1.0f)) {
-        fault(line,
-              fmt::format("the level of slot {} is \"{}\", expected \"(0)\" to \"(1)\", or with a minus to "
-                          "invert the slot",
-                          slotCount + 1, text.substr(bracket)));
+        fault(line_,
+              fmt::format(
+                  "slot {} cannot have the level \"{}\": use (0) to (1), with a minus to invert the slot",
+                  slotCount_ + 1, text.substr(bracket)));
     }
     setSlot(SlotField::Level, value.value_or(0.0f));
     setSlot(SlotField::Inverted, inverted ? 1.0f : 0.0f);
@@ -193,44 +191,45 @@ std::string_view StyleParser::takeLevel(std::string_view text) {
 }
 
 void StyleParser::setSlotEnd(SlotField field, std::string_view name) {
-    const int position = layout.slotPosition(slotCount, field);
-    const auto& labels = layout.parameters()[static_cast<std::size_t>(position)].labels;
+    const int position = layout_.slotPosition(slotCount_, field);
+    const auto& labels = layout_.parameters()[static_cast<std::size_t>(position)].labels;
     const auto found = std::ranges::find(labels, name);
     if (found == labels.end()) {
         const Names names(labels.begin(), labels.end());
-        fault(line, fmt::format("unknown {} \"{}\"{}", field == SlotField::Source ? "source" : "target", name,
-                                hint(name, names)));
+        fault(line_, fmt::format("unknown {} \"{}\"{}", field == SlotField::Source ? "source" : "target",
+                                 name, hint(name, names)));
         return;
     }
     setSlot(field, static_cast<float>(found - labels.begin()));
 }
 
 void StyleParser::setSlot(SlotField field, float value) {
-    const auto index = static_cast<std::size_t>(layout.slotPosition(slotCount, field));
-    values[index] = value;
-    lines[index] = line;
+    const auto index = static_cast<std::size_t>(layout_.slotPosition(slotCount_, field));
+    values_[index] = value;
+    lines_[index] = line_;
 }
 
 void StyleParser::checkSlotCount() {
-    const auto index = static_cast<std::size_t>(layout.group(ElementKind::Slot).numActivePosition);
-    if (values[index] == static_cast<float>(slotCount)) return;
-    fault(std::max(lines[index], 1), fmt::format("Num Active Slots is {}, but {} {} listed", values[index],
-                                                 slotCount, slotCount == 1 ? "is" : "are"));
+    const auto index = static_cast<std::size_t>(layout_.group(ElementKind::Slot).numActivePosition);
+    if (values_[index] == static_cast<float>(slotCount_)) return;
+    fault(std::max(lines_[index], 1),
+          fmt::format("Num Active Slots is {}, but the slots listed are {}: set it to {}", values_[index],
+                      slotCount_, slotCount_));
 }
 
 void StyleParser::checkInactive() {
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const EngineParameter& parameter = layout.parameters()[i];
+    for (std::size_t i = 0; i < values_.size(); ++i) {
+        const EngineParameter& parameter = layout_.parameters()[i];
         const bool isSlot = parameter.kind == ElementKind::Slot;
-        if (lines[i] == 0 || isSlot || isActive(layout, values, static_cast<int>(i))) continue;
-        fault(lines[i], fmt::format("{} has no effect: {}", parameter.name,
-                                    activeCountText(layout, values, parameter.kind)));
+        if (lines_[i] == 0 || isSlot || isActive(layout_, values_, static_cast<int>(i))) continue;
+        fault(lines_[i], fmt::format("{} has no effect {}", parameter.name,
+                                     whileInactiveText(layout_, values_, parameter.kind, parameter.element)));
     }
 }
 
 void StyleParser::fault(int atLine, std::string_view message) {
-    if (!faults.empty()) faults += '\n';
-    faults += fmt::format("{}:{}: {}", file, atLine, message);
+    if (!faults_.empty()) faults_ += '\n';
+    faults_ += fmt::format("{}:{}: {}", file_, atLine, message);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "limiter/styles/engine_layout.hpp"
 #include "limiter/styles/style_error.hpp"
+#include "limiter/styles/style_values.hpp"
 
 namespace vanta {
 
@@ -27,6 +28,6 @@ std::vector<float> parseStyleSource(const EngineLayout& layout, std::string_view
 /// The source text of a full set of values: all that differ from their defaults, in table order, then the
 /// slots. Values of inactive elements follow as comments, as the engine makes no use of them. The values
 /// must be free of faults.
-std::string writeStyleSource(const EngineLayout& layout, std::span<const float> values);
+std::string writeStyleSource(const EngineLayout& layout, StyleValues values);
 
 }  // namespace vanta

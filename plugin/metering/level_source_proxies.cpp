@@ -27,28 +27,28 @@ void readInto(BinaryDataReader& reader, std::span<float> values) {
 }  // namespace
 
 void LevelSourceProxy::read(BinaryDataReader& reader) {
-    readInto(reader, values);
-    word = reader.readInt();
+    readInto(reader, values_);
+    word_ = reader.readInt();
 }
 
 std::uint8_t LevelSourceProxy::takeCommand() {
-    const std::uint8_t taken = command;
-    command = 0;
+    const std::uint8_t taken = command_;
+    command_ = 0;
     return taken;
 }
 
-void LevelSourceProxy::apply(std::uint8_t command, LevelSource& source) {
+void LevelSourceProxy::apply(std::uint8_t command, wave::LevelSource& source) {
     if (command & kResetPeak) source.resetPeak();
     if (command & kResetMeasurement) source.resetMeasurement();
 }
 
 const float* AudioSourceProxy::block(int frame, int channel) const {
-    if (frame < 0 || frame >= frames) return nullptr;
-    return samples.data() + placeOf(frame, channel);
+    if (frame < 0 || frame >= frames_) return nullptr;
+    return samples_.data() + placeOf(frame, channel);
 }
 
 std::size_t AudioSourceProxy::placeOf(int frame, int channel) const {
-    return static_cast<std::size_t>(channels * frame + channel) * static_cast<std::size_t>(length);
+    return static_cast<std::size_t>(channels_ * frame + channel) * static_cast<std::size_t>(length_);
 }
 
 void AudioSourceProxy::read(BinaryDataReader& reader) {
@@ -60,62 +60,62 @@ void AudioSourceProxy::read(BinaryDataReader& reader) {
                            isWithin(received, kMostValues);
     const long long count = plausible ? static_cast<long long>(received) * newChannels * newLength : -1;
     if (count < 0 || count > kMostValues) return refuse(reader);
-    if (newChannels != channels || newLength != length) {
-        channels = newChannels;
-        length = newLength;
-        frames = 0;
+    if (newChannels != channels_ || newLength != length_) {
+        channels_ = newChannels;
+        length_ = newLength;
+        frames_ = 0;
     }
     if (count == 0) return;
-    if (static_cast<long long>(frames + received) * length > kMaxSamples) frames = 0;
-    const std::size_t from = placeOf(frames, 0);
+    if (static_cast<long long>(frames_ + received) * length_ > kMaxSamples) frames_ = 0;
+    const std::size_t from = placeOf(frames_, 0);
     const auto size = static_cast<std::size_t>(count);
-    if (samples.size() < from + size) samples.resize(from + size);
-    readInto(reader, std::span(samples).subspan(from, size));
-    if (!reader.failed()) frames += received;
+    if (samples_.size() < from + size) samples_.resize(from + size);
+    readInto(reader, std::span(samples_).subspan(from, size));
+    if (!reader.failed()) frames_ += received;
 }
 
 void SpectrumSourceProxy::read(BinaryDataReader& reader) {
     const int newCount = reader.readInt();
     const int size = reader.readInt();
     if (reader.failed()) return;
-    count = newCount;
+    count_ = newCount;
     if (size <= 0) return;
     if (size > kMostValues) return refuse(reader);
-    scratch.resize(static_cast<std::size_t>(size));
-    readInto(reader, scratch);
-    if (values.size() == scratch.size() && !consumed) {
-        std::transform(values.begin(), values.end(), scratch.begin(), values.begin(),
+    scratch_.resize(static_cast<std::size_t>(size));
+    readInto(reader, scratch_);
+    if (values_.size() == scratch_.size() && !consumed_) {
+        std::transform(values_.begin(), values_.end(), scratch_.begin(), values_.begin(),
                        [](float a, float b) { return std::max(a, b); });
     } else {
-        values = scratch;
-        consumed = false;
+        values_ = scratch_;
+        consumed_ = false;
     }
 }
 
-LevelSource::Detection CombinedLevelSource::detection() const {
-    return sources[0] ? sources[0]->detection() : Maximum;
+wave::LevelSource::Detection CombinedLevelSource::detection() const {
+    return sources_[0] ? sources_[0]->detection() : Maximum;
 }
 
 float CombinedLevelSource::value(Info info) {
-    if (!sources[0]) return -180.0f;
+    if (!sources_[0]) return -180.0f;
     const bool largest = detection() == Maximum;
-    float result = sources[0]->value(info);
-    for (std::size_t i = 1; i < sources.size(); ++i) {
-        if (!sources[i]) continue;
-        const float other = sources[i]->value(info);
+    float result = sources_[0]->value(info);
+    for (std::size_t i = 1; i < sources_.size(); ++i) {
+        if (!sources_[i]) continue;
+        const float other = sources_[i]->value(info);
         result = largest ? std::max(result, other) : std::min(result, other);
     }
     return result;
 }
 
 void CombinedLevelSource::resetPeak() {
-    for (LevelSource* source : sources) {
+    for (wave::LevelSource* source : sources_) {
         if (source) source->resetPeak();
     }
 }
 
 void CombinedLevelSource::resetMeasurement() {
-    for (LevelSource* source : sources) {
+    for (wave::LevelSource* source : sources_) {
         if (source) source->resetMeasurement();
     }
 }

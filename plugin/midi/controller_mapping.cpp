@@ -1,52 +1,51 @@
 #include "plugin/midi/controller_mapping.hpp"
 
 #include <algorithm>
-#include <fstream>
+#include <ostream>
 #include <system_error>
 
 #include "foundation/file_replacement.hpp"
-#include "plugin/processor/generic_plugin_processor.hpp"
 
 namespace vanta {
 namespace {
 
+constexpr int kControllerCount = MidiControlled::kControllerCount;
+constexpr int kNoTarget = MidiControlled::kNoTarget;
+constexpr int kExtraTargetBase = MidiControlled::kExtraTargetBase;
+
 constexpr const char* kTag = "QMCM";
 constexpr int kVersion = 1;
 
-static_assert(ControllerMapping::kControllerCount == GenericPluginProcessor::kControllerCount);
-static_assert(ControllerMapping::kNoTarget == GenericPluginProcessor::kNoTarget);
-static_assert(ControllerMapping::kExtraTargetBase == GenericPluginProcessor::kExtraTargetBase);
-
 bool isController(int number) {
-    return number >= 0 && number < ControllerMapping::kControllerCount;
+    return number >= 0 && number < kControllerCount;
 }
 
 }  // namespace
 
 ControllerMapping::ControllerMapping(int parameterCount, int extraTargetCount)
     : changedNotification(*this, changed, this),
-      table(kControllerCount, kNoTarget),
-      parameters(parameterCount),
-      extraTargets(extraTargetCount) {}
+      table_(kControllerCount, kNoTarget),
+      parameters_(parameterCount),
+      extraTargets_(extraTargetCount) {}
 
 bool ControllerMapping::isTarget(int target) const {
-    if (target >= kExtraTargetBase) return target - kExtraTargetBase < extraTargets;
-    return target >= 0 && target < parameters;
+    if (target >= kExtraTargetBase) return target - kExtraTargetBase < extraTargets_;
+    return target >= 0 && target < parameters_;
 }
 
 int ControllerMapping::controllerOf(int target) const {
-    const auto found = std::find(table.begin(), table.end(), target);
-    return target == kNoTarget || found == table.end() ? -1 : static_cast<int>(found - table.begin());
+    const auto found = std::find(table_.begin(), table_.end(), target);
+    return target == kNoTarget || found == table_.end() ? -1 : static_cast<int>(found - table_.begin());
 }
 
 int ControllerMapping::targetOf(int controller) const {
-    return isController(controller) ? table[static_cast<std::size_t>(controller)] : kNoTarget;
+    return isController(controller) ? table_[static_cast<std::size_t>(controller)] : kNoTarget;
 }
 
 void ControllerMapping::set(std::size_t controller, int target) {
-    if (table[controller] == target) return;
-    table[controller] = target;
-    isSaved = false;
+    if (table_[controller] == target) return;
+    table_[controller] = target;
+    isSaved_ = false;
     changedNotification.signal();
 }
 
@@ -62,12 +61,12 @@ void ControllerMapping::assign(int controller, int target) {
 
 void ControllerMapping::clear() {
     const UpdateBlock block(*this);
-    for (std::size_t i = 0; i < table.size(); ++i) set(i, kNoTarget);
+    for (std::size_t i = 0; i < table_.size(); ++i) set(i, kNoTarget);
 }
 
 void ControllerMapping::write(BinaryDataWriter& writer) const {
     writer.writeHeader(kTag, kVersion);
-    for (const int target : table) writer.writeInt(target);
+    for (const int target : table_) writer.writeInt(target);
 }
 
 bool ControllerMapping::read(BinaryDataReader& reader) {
@@ -80,7 +79,7 @@ bool ControllerMapping::read(BinaryDataReader& reader) {
     }
     if (reader.failed()) return false;
     const UpdateBlock block(*this);
-    for (std::size_t i = 0; i < table.size(); ++i) set(i, targets[i]);
+    for (std::size_t i = 0; i < table_.size(); ++i) set(i, targets[i]);
     return true;
 }
 
@@ -89,33 +88,31 @@ bool ControllerMapping::load(const std::filesystem::path& path) {
     // Handlers of the change may want to save: to them what is read must count as saved.
     const UpdateBlock block(*this);
     if (!read(reader)) return false;
-    isSaved = true;
+    isSaved_ = true;
     return true;
 }
 
 bool ControllerMapping::save(const std::filesystem::path& path) {
-    if (isSaved) return true;
+    if (isSaved_) return true;
     std::error_code error;
     std::filesystem::create_directories(path.parent_path(), error);
-    FileReplacement replacement(path);
-    if (replacement.temporary().empty()) return false;
-    std::ofstream file(replacement.temporary(), std::ios::binary);
-    BinaryDataWriter writer(file);
-    write(writer);
-    file.close();
-    isSaved = file && replacement.commit();
-    return isSaved;
+    isSaved_ = replaceFile(path, [this](std::ostream& file) {
+        BinaryDataWriter writer(file);
+        write(writer);
+        return !writer.failed();
+    });
+    return isSaved_;
 }
 
-void ControllerMapping::applyTo(GenericPluginProcessor& processor) const {
+void ControllerMapping::applyTo(MidiControlled& processor) const {
     for (int i = 0; i < kControllerCount; ++i) processor.setControllerTarget(i, targetOf(i));
 }
 
 bool ControllerLearner::controllerMoved(int controller) {
-    if (learnTarget == ControllerMapping::kNoTarget || controller == -1) return false;
-    if (map->targetOf(controller) == learnTarget) return false;
-    map->assign(controller, learnTarget);
-    return map->targetOf(controller) == learnTarget;
+    if (learnTarget_ == kNoTarget || controller == -1) return false;
+    if (map_.targetOf(controller) == learnTarget_) return false;
+    map_.assign(controller, learnTarget_);
+    return map_.targetOf(controller) == learnTarget_;
 }
 
 }  // namespace vanta

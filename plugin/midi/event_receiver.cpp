@@ -1,7 +1,5 @@
 #include "plugin/midi/event_receiver.hpp"
 
-#include "plugin/processor/generic_plugin_processor.hpp"
-
 namespace vanta {
 
 namespace {
@@ -38,23 +36,23 @@ void AbstractChannelEventReceiver::pitchBend(float value) {
 }
 
 void DefaultChannelEventReceiver::controller(int number, int rawValue, float value) {
-    processor.controllerChanged(number, value);
+    controlled_.controllerChanged(number, value);
     AbstractChannelEventReceiver::controller(number, rawValue, value);
 }
 
 void DefaultChannelEventReceiver::programChange(int bank, int program) {
-    processor.programChanged(bank, program);
+    controlled_.programChanged(bank, program);
 }
 
-DefaultEventReceiver::DefaultEventReceiver(GenericPluginProcessor& owner)
-    : channel(this, 0, static_cast<int>(kSlots) - 1, 0), receiver(owner) {
-    slots[0] = &receiver;
+DefaultEventReceiver::DefaultEventReceiver(MidiControlled& controlled)
+    : channel(this, 0, static_cast<int>(kSlots) - 1, 0), receiver_(controlled) {
+    slots[0] = &receiver_;
 }
 
 void DefaultEventReceiver::propertyChanged(AbstractProperty&) {
-    slots[static_cast<std::size_t>(previousChannel)] = nullptr;
-    slots[static_cast<std::size_t>(channel.value())] = &receiver;
-    previousChannel = channel;
+    slots[static_cast<std::size_t>(previousChannel_)] = nullptr;
+    slots[static_cast<std::size_t>(channel.value())] = &receiver_;
+    previousChannel_ = channel;
 }
 
 }  // namespace vanta

@@ -6,6 +6,7 @@
 
 #include "foundation/property.hpp"
 #include "foundation/realtime.hpp"
+#include "plugin/midi/midi_controlled.hpp"
 
 namespace vanta {
 
@@ -51,41 +52,39 @@ public:
 
     virtual ~AbstractMusicEventReceiver() = default;
     AbstractChannelEventReceiver* channelReceiver(std::size_t slot) const { return slots[slot]; }
-    SystemEventReceiver* systemReceiver() const { return system; }
-    void setSystemReceiver(SystemEventReceiver* receiver) { system = receiver; }
+    SystemEventReceiver* systemReceiver() const { return system_; }
+    void setSystemReceiver(SystemEventReceiver* receiver) { system_ = receiver; }
 
 protected:
     std::array<AbstractChannelEventReceiver*, kSlots> slots{};
 
 private:
-    SystemEventReceiver* system = nullptr;
+    SystemEventReceiver* system_ = nullptr;
 };
-
-class GenericPluginProcessor;
 
 /// Moves parameters with controllers and asks the host side for presets with program changes.
 class DefaultChannelEventReceiver final : public AbstractChannelEventReceiver {
 public:
-    explicit DefaultChannelEventReceiver(GenericPluginProcessor& owner) : processor(owner) {}
+    explicit DefaultChannelEventReceiver(MidiControlled& controlled) : controlled_(controlled) {}
     void controller(int number, int rawValue, float value) override;
     void programChange(int bank, int program) override;
 
 private:
-    GenericPluginProcessor& processor;
+    MidiControlled& controlled_;
 };
 
 /// Keeps one channel receiver in the slot that is in use; slot 0 takes every channel.
 class DefaultEventReceiver final : public AbstractMusicEventReceiver, public PropertyOwner {
 public:
-    explicit DefaultEventReceiver(GenericPluginProcessor& owner);
+    explicit DefaultEventReceiver(MidiControlled& controlled);
 
     LimitedProperty<int> channel;
 
 private:
     void propertyChanged(AbstractProperty& property) override;
 
-    int previousChannel = 0;
-    DefaultChannelEventReceiver receiver;
+    int previousChannel_ = 0;
+    DefaultChannelEventReceiver receiver_;
 };
 
 }  // namespace vanta

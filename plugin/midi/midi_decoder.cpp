@@ -17,18 +17,18 @@ void MidiDecoder::receive(const std::uint8_t message[3]) {
     const int status = message[0];
     const int data1 = message[1];
     const int data2 = message[2];
-    if (auto* all = receiver.channelReceiver(0)) all->rawMessage(status, data1, data2);
+    if (auto* all = receiver_.channelReceiver(0)) all->rawMessage(status, data1, data2);
     if (status < 0x80) return;
     if (status < 0xF0) {
         decode(0, status, data1, data2);
         decode(static_cast<std::size_t>((status & 15) + 1), status, data1, data2);
-    } else if (status == 0xFF && receiver.systemReceiver()) {
-        receiver.systemReceiver()->systemReset();
+    } else if (status == 0xFF && receiver_.systemReceiver()) {
+        receiver_.systemReceiver()->systemReset();
     }
 }
 
 void MidiDecoder::decode(std::size_t slot, int status, int data1, int data2) {
-    AbstractChannelEventReceiver* channel = receiver.channelReceiver(slot);
+    AbstractChannelEventReceiver* channel = receiver_.channelReceiver(slot);
     if (!channel) return;
     const float value = static_cast<float>(data2) * kDataScale;
     switch (status >> 4) {
@@ -39,9 +39,9 @@ void MidiDecoder::decode(std::size_t slot, int status, int data1, int data2) {
         case 0xA:
             return channel->polyPressure(data1, value);
         case 0xB:
-            return decodeController(channels[slot], *channel, data1, data2);
+            return decodeController(channels_[slot], *channel, data1, data2);
         case 0xC:
-            return channel->programChange(channels[slot].bank, data1);
+            return channel->programChange(channels_[slot].bank, data1);
         case 0xD:
             return channel->channelPressure(static_cast<float>(data1) * kDataScale);
         case 0xE:

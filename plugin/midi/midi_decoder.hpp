@@ -19,7 +19,7 @@ public:
 /// channel's.
 class MidiDecoder final : public MidiMessageReceiver {
 public:
-    explicit MidiDecoder(AbstractMusicEventReceiver& musicReceiver) : receiver(musicReceiver) {}
+    explicit MidiDecoder(AbstractMusicEventReceiver& receiver) : receiver_(receiver) {}
     void receive(const std::uint8_t message[3]) override;
 
 private:
@@ -30,8 +30,8 @@ private:
     void decode(std::size_t slot, int status, int data1, int data2);
     void decodeController(Record& record, AbstractChannelEventReceiver& channel, int number, int data2);
 
-    std::array<Record, AbstractMusicEventReceiver::kSlots> channels;
-    AbstractMusicEventReceiver& receiver;
+    std::array<Record, AbstractMusicEventReceiver::kSlots> channels_;
+    AbstractMusicEventReceiver& receiver_;
 };
 
 }  // namespace vanta

@@ -2,30 +2,27 @@
 
 #include <utility>
 
-#include "plugin/model/generic_plugin.hpp"
-
 namespace vanta {
-
-CompareStates::CompareStates(GenericPlugin& plugin) : states_(plugin, kSlots) {}
 
 void CompareStates::initialize() {
     const std::lock_guard lock(mutex_);
     if (initialized_) return;
-    states_.store(current_, "");
-    copyToOther();
+    store(current_);
+    store(otherThan(current_));
+    modified_ = false;
     initialized_ = true;
 }
 
 void CompareStates::copyToOther() {
     const std::lock_guard lock(mutex_);
-    states_.store(other(), "");
+    store(otherThan(current_));
     modified_ = false;
 }
 
 void CompareStates::switchTo(int slot) {
     const std::lock_guard lock(mutex_);
     if (slot == current_) return;
-    states_.store(current_, "");
+    store(current_);
     current_ = slot;
 }
 
@@ -37,6 +34,10 @@ void CompareStates::markModified() {
 int CompareStates::current() const {
     const std::lock_guard lock(mutex_);
     return current_;
+}
+
+int CompareStates::other() const {
+    return otherThan(current());
 }
 
 bool CompareStates::modified() const {
@@ -51,7 +52,7 @@ State CompareStates::state(int slot) const {
 
 CompareStates::Contents CompareStates::contents() {
     const std::lock_guard lock(mutex_);
-    if (initialized_) states_.store(current_, "");
+    if (initialized_) store(current_);
     return {current_, modified_, initialized_, {states_.at(0), states_.at(1)}};
 }
 

@@ -8,7 +8,7 @@
 namespace vanta {
 
 /// The A and B slots. The values of the current slot are those of the plug-in; the other one is stored. Any
-/// thread, as a host stores both with a session.
+/// thread but the audio thread, as a host stores both with a session.
 class CompareStates {
 public:
     static constexpr int kSlots = 2;
@@ -20,7 +20,7 @@ public:
         std::array<State, kSlots> slots;
     };
 
-    explicit CompareStates(GenericPlugin& plugin);
+    explicit CompareStates(const StateOwner& owner) : states_(owner, kSlots) {}
 
     /// Fills both slots, the first time only.
     void initialize();
@@ -30,6 +30,7 @@ public:
     void markModified();
 
     int current() const;
+    int other() const;
     bool modified() const;
     State state(int slot) const;
 
@@ -38,9 +39,10 @@ public:
     void setContents(Contents contents);
 
 private:
-    int other() const { return (current_ + 1) % kSlots; }
+    static int otherThan(int slot) { return (slot + 1) % kSlots; }
+    void store(int slot) { states_.store(slot, "", current_); }
 
-    mutable std::recursive_mutex mutex_;
+    mutable std::mutex mutex_;
     int current_ = 0;
     bool modified_ = false;
     bool initialized_ = false;

@@ -1,90 +1,52 @@
 #include "plugin/model/generic_plugin.hpp"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 #include "plugin/parameters/abstract_plugin_parameter.hpp"
+#include "plugin/presets/collection_preset_loader.hpp"
 
 namespace vanta {
-namespace {
 
-/// How often `setListener` looks whether the last call into the old one has returned.
-constexpr std::chrono::milliseconds kListenerPoll{1};
-
-/// The instances of the process and what they share.
-struct Process {
-    std::recursive_mutex section;
-    int instances = 0;
-    std::unique_ptr<PluginStatics> statics;
-};
-
-Process& process() {
-    static Process theProcess;
-    return theProcess;
-}
-
-thread_local GenericPlugin::ListenerCall* innermostCall = nullptr;
-
-}  // namespace
-
-GenericPlugin::ListenerCall::ListenerCall(GenericPlugin& owner) : model(owner), outer(innermostCall) {
-    // Counted before the listener is loaded: who replaces it stores first and then looks at the count.
-    model.listenerCalls.fetch_add(1);
-    innermostCall = this;
-    present = model.listener();
-}
-
-GenericPlugin::ListenerCall::~ListenerCall() {
-    innermostCall = outer;
-    model.listenerCalls.fetch_sub(1);
-}
-
-int GenericPlugin::ListenerCall::onThisThread(const GenericPlugin& plugin) {
-    int count = 0;
-    for (const ListenerCall* call = innermostCall; call; call = call->outer) count += &call->model == &plugin;
-    return count;
-}
-
-GenericPlugin::GenericPlugin(ChannelLayout layout)
-    : GenericPluginBase(layout), ownerThread(std::this_thread::get_id()) {
+GenericPlugin::GenericPlugin(ChannelLayout layout) : PluginDescription(layout) {
     groupNames.emplace_back();
 }
 
 GenericPlugin::~GenericPlugin() {
-    if (statics_) leaveProcess();
+    if (!statics_) return;
+    const auto section = SharedStatics::constructionLock();
+    {
+        const auto held = statics().lock();
+        statics().controllers.changed.removeHandler(this, &GenericPlugin::onControllersChanged);
+    }
+    settings_.reset();
+    statics_.reset();
 }
 
 void GenericPlugin::initialize(std::vector<AbstractPluginParameter*> interfaceParameters) {
-    eventQueue_ = std::make_unique<ModelEventQueue>(parameterCount());
-    eventQueue_->event.setHandler(this, &GenericPlugin::onQueuedEvent);
-    interfaceList.emplace(*this, presetMagic(), std::move(interfaceParameters));
-    presetList.emplace(*this, presetMagic());
-    buildSources();
+    eventQueue_.emplace(parameterCount());
+    levels_.emplace(LevelCounts{.channels = channelCount(channelLayout),
+                                .audio = audioSourceCount,
+                                .levelsPerChannel = levelSourcesPerChannel,
+                                .globalLevels = globalLevelSources,
+                                .spectra = spectrumSourceCount});
     joinProcess();
-    loadDefaultPreset();
+    presets_.emplace(
+        static_cast<Client&>(*this), ParameterFileList(*this, presetMagic()), presetVersion(),
+        InterfaceDefaults(ParameterFileList(*this, presetMagic(), std::move(interfaceParameters)),
+                          statics().interfaceDefaults, presetVersion()),
+        presetState_, statics());
+    presets_->loadInitial(defaultPresetName());
     for (AbstractPluginParameter* parameter : parameters) parameter->applyValue(parameter->value());
     parameterHook(kAllParameters);
 }
 
 void GenericPlugin::joinProcess() {
-    const std::lock_guard section(process().section);
-    if (process().instances == 0) process().statics = createStatics();
-    ++process().instances;
-    statics_ = process().statics.get();
-    settings_ = statics_->createSettings(interfaceSizes());
-    const auto held = statics_->lock();
-    statics_->controllers.changed.addHandler(this, &GenericPlugin::onControllersChanged);
-}
-
-void GenericPlugin::leaveProcess() {
-    const std::lock_guard section(process().section);
-    {
-        const auto held = statics_->lock();
-        statics_->controllers.changed.removeHandler(this, &GenericPlugin::onControllersChanged);
-    }
-    settings_.reset();
-    if (--process().instances == 0) process().statics.reset();
+    const auto section = SharedStatics::constructionLock();
+    statics_.emplace([this] { return createStatics(); });
+    settings_ = statics().createSettings(interfaceSizes());
+    const auto held = statics().lock();
+    statics().controllers.changed.addHandler(this, &GenericPlugin::onControllersChanged);
 }
 
 std::unique_ptr<PluginStatics> GenericPlugin::createStatics() {
@@ -92,57 +54,32 @@ std::unique_ptr<PluginStatics> GenericPlugin::createStatics() {
                                            static_cast<int>(extraTargets.size()));
 }
 
-int GenericPlugin::instanceCount() {
-    const std::lock_guard section(process().section);
-    return process().instances;
-}
-
-InterfaceSize GenericPlugin::limitSize(InterfaceSize wanted) const {
-    return sizes().limit(settings_->interfaceLayout, wanted);
-}
-
-bool GenericPlugin::curveData(int /*kind*/, std::span<const float> /*values*/,
-                              std::span<float> /*out*/) const {
-    return false;
-}
-
-std::string GenericPlugin::defaultPresetName() const {
-    return processingMode == 1 ? "Default Setting" : "Default Sound";
-}
-
-int GenericPlugin::interfaceWidth() const {
-    return settings_->interfaceSize().width;
-}
-
-int GenericPlugin::interfaceHeight() const {
-    return settings_->interfaceSize().height;
+template <typename Event>
+void GenericPlugin::tellHost(const Event& event) {
+    if (!adapter_) return;
+    if (owner_.isThisThread()) {
+        perform(event);
+    } else {
+        eventQueue_->post(event);
+    }
 }
 
 // Parameters
 
-void GenericPlugin::beginChange() {
-    changeBlocks.fetch_add(1);
-}
-
 void GenericPlugin::endChange() {
-    if (changeBlocks.fetch_sub(1) != 1) return;
-    const bool reset = presetLoaded.exchange(false);
-    if (!changePending.exchange(false)) return;
-    tellAdapter(ModelEventQueue::Parameter, reset ? ModelEventQueue::kAllWithReset : ModelEventQueue::kAll);
-    notifyListener(ParameterChanged, kAllParameters);
+    const ChangeBlocks::Update update = changeBlocks_.end();
+    if (update == ChangeBlocks::Update::None) return;
+    tellHost(ParameterUpdated{std::nullopt, update == ChangeBlocks::Update::AllWithReset});
+    owner_.notify(ParameterChanged{});
 }
 
 void GenericPlugin::parameterChanged(int index, float value, int flags) {
     parameterAt(index)->applyValue(value);
     parameterHook(index);
     markModified();
-    if (changeBlocks.load() != 0) {
-        changePending.store(true);
-        // A block that ended in between may not have seen the mark.
-        if (changeBlocks.load() != 0) return;
-    }
-    if (!(flags & kFromHost)) tellAdapter(ModelEventQueue::Parameter, index);
-    notifyListener(ParameterChanged, index);
+    if (!changeBlocks_.note()) return;
+    if (!(flags & kFromHost)) tellHost(ParameterUpdated{index});
+    owner_.notify(ParameterChanged{index});
 }
 
 std::vector<float> GenericPlugin::parameterValues() const {
@@ -158,78 +95,88 @@ void GenericPlugin::setSampleRate(float rate) {
 }
 
 void GenericPlugin::setLatency(int samples) {
-    if (latency_.exchange(samples) != samples) tellAdapter(ModelEventQueue::Latency, 0);
+    if (latency_.exchange(samples) != samples) tellHost(LatencyChanged{});
 }
 
-// Events
+// Presets and states
 
-void GenericPlugin::tellAdapter(ModelEventQueue::Kind kind, int value) {
-    if (!adapter_) return;
-    if (onOwnerThread()) {
-        perform(kind, value);
-    } else {
-        eventQueue_->post(kind, value);
-    }
+bool GenericPlugin::loadFile(const std::string& path) {
+    return loadCollection(presets_->all(), path, presetVersion());
 }
 
-void GenericPlugin::onQueuedEvent(void*) {
-    perform(eventQueue_->kind, eventQueue_->value);
+bool GenericPlugin::savePreset(const PresetEntry& entry, int first, int count) {
+    return presets_->save(entry, first, count);
 }
 
-void GenericPlugin::perform(int kind, int value) {
-    switch (kind) {
-        case ModelEventQueue::Program:
-            return programRequested(value >> 8, value & 0xFF);
-        case ModelEventQueue::LearnedController:
-            return notifyListener(ControllerMoved, value);
-        default:
-            break;
-    }
-    if (!adapter_) return;
-    switch (kind) {
-        case ModelEventQueue::Latency:
-            return adapter_->reportLatency();
-        case ModelEventQueue::PresetName:
-            return adapter_->presetNameChanged();
-        case ModelEventQueue::Parameter:
-            return adapter_->parameterUpdated(value < 0 ? kAllParameters : value,
-                                              value == ModelEventQueue::kAllWithReset);
-        default:
-            return;
-    }
+void GenericPlugin::setPresetName(const std::string& name, int length) {
+    presets_->setName(name, length);
 }
 
-int GenericPlugin::pumpEvents() {
-    if (!onOwnerThread()) return 0;
-    const std::lock_guard held(ownerMutex);
-    return onOwnerThread() ? eventQueue_->deliver() : 0;
+void GenericPlugin::markModified() {
+    if (presetState_.markModified()) owner_.notify(PresetChanged{});
 }
 
-bool GenericPlugin::claim() {
-    const std::lock_guard held(ownerMutex);
-    if (!listener()) ownerThread.store(std::this_thread::get_id());
-    return onOwnerThread();
+void GenericPlugin::presetReplaced(bool hostKnows) {
+    if (!hostKnows) tellHost(PresetNameChanged{});
+    owner_.notify(PresetChanged{});
 }
 
-void GenericPlugin::notifyListener(int code, int value) {
-    const ListenerCall call(*this);
-    if (Listener* present = call.listener()) present->onEvent(code, value);
+State GenericPlugin::captureState() const {
+    State state;
+    state.preset = presetState_.values();
+    state.values = parameterValues();
+    state.extra = extraState();
+    return state;
 }
 
-void GenericPlugin::setListener(Listener* newListener) {
+void GenericPlugin::restoreState(State state) {
     {
-        const std::lock_guard held(ownerMutex);
-        if (newListener) {
-            ownerThread.store(std::this_thread::get_id());
-            listenerAttaching.store(true);
-        }
-        listener_.store(newListener);
+        const ChangeBlock block(*this);
+        const std::size_t count = std::min(state.values.size(), parameters.size());
+        for (std::size_t i = 0; i < count; ++i) parameters[i]->setValue(state.values[i], 0);
+        valuesReplaced();
     }
-    while (listenerCalls.load() > ListenerCall::onThisThread(*this))
-        std::this_thread::sleep_for(kListenerPoll);
+    if (presetState_.set(std::move(state.preset))) presetReplaced(false);
+    {
+        const std::lock_guard held(extraMutex_);
+        extraState_ = std::move(state.extra);
+    }
+    owner_.notify(ExtraStateReplaced{});
 }
 
-// What the interface does
+std::vector<std::uint8_t> GenericPlugin::extraState() const {
+    const std::lock_guard held(extraMutex_);
+    return extraState_;
+}
+
+// Controller map
+
+bool GenericPlugin::loadMidiMap() {
+    const auto held = statics().lock();
+    return !statics().controllerMap.empty() && statics().controllers.load(statics().controllerMap);
+}
+
+void GenericPlugin::loadDefaultMidiMap() {
+    const auto held = statics().lock();
+    statics().controllers.clear();
+}
+
+bool GenericPlugin::saveMidiMap() {
+    const auto held = statics().lock();
+    return !statics().controllerMap.empty() && statics().controllers.save(statics().controllerMap);
+}
+
+void GenericPlugin::onControllersChanged(void*) {
+    if (adapter_) adapter_->midiMapChanged();
+    owner_.notify(ControllerMapChanged{});
+}
+
+// The interface
+
+void GenericPlugin::setListener(Listener* listener) {
+    if (listener) levels_->beginAnew();
+    owner_.setListener(listener);
+}
 
 void GenericPlugin::interfaceOpened() {
     compareStates_.initialize();
@@ -244,66 +191,45 @@ void GenericPlugin::gesture(int parameterIndex, Gesture phase) {
 void GenericPlugin::takeSnapshot(int parameterIndex) {
     undoHistory_.push("");
     compareStates_.markModified();
-    if (parameterIndex >= 0) storeInterfaceDefault(parameterIndex);
-}
-
-void GenericPlugin::restoreState(const State& state) {
-    {
-        const ChangeBlock block(*this);
-        const std::size_t count = std::min(state.values.size(), parameters.size());
-        for (std::size_t i = 0; i < count; ++i) parameters[i]->setValue(state.values[i], 0);
-        presetLoaded.store(true);
-    }
-    const bool otherPreset = presetState_.values().path != state.preset.path;
-    presetState_.set(state.preset);
-    if (otherPreset) {
-        tellAdapter(ModelEventQueue::PresetName, 0);
-        notifyListener(PresetChanged, 0);
-    }
-    {
-        const std::lock_guard held(extraMutex);
-        extraState_ = state.extra;
-    }
-    notifyListener(ExtraStateReplaced, 0);
-}
-
-std::vector<std::uint8_t> GenericPlugin::extraState() const {
-    const std::lock_guard held(extraMutex);
-    return extraState_;
+    if (parameterIndex >= 0) presets_->interfaceDefaults().store(*parameterAt(parameterIndex));
 }
 
 void GenericPlugin::toggleCompare() {
     compareStates_.initialize();
-    const int other = (compareStates_.current() + 1) % CompareStates::kSlots;
+    const int other = compareStates_.other();
+    State state = compareStates_.state(other);
     compareStates_.switchTo(other);
-    restoreState(compareStates_.state(other));
+    restoreState(std::move(state));
     undoHistory_.push("");
+}
+
+InterfaceSize GenericPlugin::limitSize(InterfaceSize size) const {
+    return settings_->sizes().limit(settings_->interfaceLayout, size);
+}
+
+// The host
+
+int GenericPlugin::pumpEvents() {
+    const auto performEach = [this](const ModelEvent& event) {
+        std::visit([this](const auto& due) { perform(due); }, event);
+    };
+    return owner_.runAsOwner([&] { return eventQueue_->deliver(performEach); });
 }
 
 void GenericPlugin::receive(const std::uint8_t message[3]) {
     if (adapter_) adapter_->sendMidi({message[0], message[1], message[2]});
 }
 
-// Controller map
-
-bool GenericPlugin::loadMidiMap() {
-    const auto held = statics_->lock();
-    return !statics_->controllerMap.empty() && statics_->controllers.load(statics_->controllerMap);
+void GenericPlugin::perform(const LatencyChanged&) {
+    if (adapter_) adapter_->reportLatency();
 }
 
-void GenericPlugin::loadDefaultMidiMap() {
-    const auto held = statics_->lock();
-    statics_->controllers.clear();
+void GenericPlugin::perform(const PresetNameChanged&) {
+    if (adapter_) adapter_->presetNameChanged();
 }
 
-bool GenericPlugin::saveMidiMap() {
-    const auto held = statics_->lock();
-    return !statics_->controllerMap.empty() && statics_->controllers.save(statics_->controllerMap);
-}
-
-void GenericPlugin::onControllersChanged(void*) {
-    if (adapter_) adapter_->midiMapChanged();
-    notifyListener(ControllerMapChanged, 0);
+void GenericPlugin::perform(const ParameterUpdated& update) {
+    if (adapter_) adapter_->parameterUpdated(update.index.value_or(kAllParameters), update.reset);
 }
 
 }  // namespace vanta

@@ -1,50 +1,67 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
+#include <optional>
+#include <variant>
 
-#include "foundation/async_event_queue.hpp"
 #include "foundation/atomic_bit_set.hpp"
+#include "foundation/lock_free_fifo.hpp"
+#include "foundation/realtime.hpp"
+#include "plugin/model/plugin_listener.hpp"
 
 namespace vanta {
 
-/// What a model has to do on its owner thread. Everything but program changes says no more than that
-/// something is to be looked at, and so is a mark that cannot be lost; program changes keep their order and
-/// the newest are dropped if nobody delivers.
-class ModelEventQueue final : public AsyncEventQueue {
+/// The latency is to be reported.
+struct LatencyChanged {};
+/// A parameter is to be carried to the host, or all of them.
+struct ParameterUpdated {
+    std::optional<int> index;  ///< nothing: all
+    bool reset = false;        ///< with all: the values have nothing to do with those before
+};
+/// The host is to hear of the current preset.
+struct PresetNameChanged {};
+/// A MIDI program change asks for a preset.
+struct ProgramRequested {
+    int bank;
+    int program;
+};
+
+/// What a model has to do on its owner thread.
+using ModelEvent =
+    std::variant<LatencyChanged, ParameterUpdated, PresetNameChanged, ControllerMoved, ProgramRequested>;
+
+/// Brings events to a model's owner thread. All but program changes say no more than that something is to be
+/// looked at, so they are marks that cannot be lost, and several of one kind become one; program changes keep
+/// their order, and the newest are dropped if nobody delivers.
+class ModelEventQueue {
 public:
-    enum Kind : int {
-        Latency,            ///< to be reported
-        Program,            ///< value: bank << 8 | program
-        Parameter,          ///< value: index, kAll or kAllWithReset
-        LearnedController,  ///< value: its number
-        PresetName,         ///< to be told
-    };
-    static constexpr int kAll = -1;
-    static constexpr int kAllWithReset = -2;
     static constexpr int kMaxPrograms = 64;
 
     explicit ModelEventQueue(int parameterCount);
 
-    VANTA_REALTIME void post(int postedKind, int postedValue) override;
-    /// Raises `event` for all that is due. One thread at a time. The result is the number of events.
-    int deliver();
+    /// Any thread, the audio thread included. Neither waits nor allocates.
+    VANTA_REALTIME void post(const ModelEvent& event);
+    /// Calls `handle` for all that is due: latency, parameters, preset name, controller, programs. One thread
+    /// at a time; `handle` may deliver again, as a modal dialog does. The result is the number of events.
+    int deliver(const std::function<void(const ModelEvent&)>& handle);
 
 private:
     enum FullUpdate : int { None, Plain, WithReset };
     static constexpr int kNoController = -1;
 
-    void postParameter(int index);
-    void raise(int raisedKind, int raisedValue);
-    void deliverParameters();
-    void deliverPrograms();
+    void mark(const LatencyChanged&) { latency_.store(true); }
+    void mark(const ParameterUpdated& update);
+    void mark(const PresetNameChanged&) { presetName_.store(true); }
+    void mark(const ControllerMoved& moved) { movedController_.store(moved.number); }
+    void mark(const ProgramRequested& request);
 
     AtomicBitSet parameters_;
     std::atomic<int> fullUpdate_{None};
     std::atomic<bool> latency_{false};
     std::atomic<bool> presetName_{false};
-    std::atomic<int> learnedController_{kNoController};
+    std::atomic<int> movedController_{kNoController};
     LockFreeFifo programs_;
-    int delivered_ = 0;
 };
 
 }  // namespace vanta

@@ -29,7 +29,7 @@ public:
     /// Settings of a further instance.
     virtual std::unique_ptr<PluginSettings> createSettings(const InterfaceSizes& sizes);
 
-    std::unique_lock<std::recursive_mutex> lock() { return std::unique_lock(mutex); }
+    std::unique_lock<std::recursive_mutex> lock() { return std::unique_lock(mutex_); }
     /// Copies, as a scan may drop the entries. `mainOnly` leaves extra folders out.
     std::optional<PresetEntry> findPreset(const std::string& name, bool mainOnly);
     std::optional<PresetEntry> presetAt(int bank, int program);
@@ -42,7 +42,7 @@ public:
     std::filesystem::path controllerMap;      ///< likewise
 
 private:
-    std::recursive_mutex mutex;
+    std::recursive_mutex mutex_;
 };
 
 }  // namespace vanta

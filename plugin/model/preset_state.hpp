@@ -22,9 +22,11 @@ public:
         const std::lock_guard lock(mutex_);
         return values_;
     }
-    void set(Values values) {
+    /// True if the path is another one.
+    bool set(Values values) {
         const std::lock_guard lock(mutex_);
-        values_ = std::move(values);
+        std::swap(values_, values);
+        return values_.path != values.path;
     }
     std::string name() const { return values().name; }
     bool modified() const {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "foundation/binary_data.hpp"
 #include "plugin/model/generic_plugin.hpp"
@@ -18,13 +19,13 @@ namespace {
 const std::string kTag = "QMSt";
 constexpr int kVersion = 1;
 constexpr std::size_t kNameBytes = 64;
-/// More parameters than any plug-in has; a larger count is none.
+/// More parameters than any plug-in has: a larger count is damage.
 constexpr int kMaxCount = 1 << 16;
 
 enum ValueType : int { Float, Index };
 
 struct Record {
-    std::vector<std::optional<float>> values;  ///< own numbers; empty where there was none to be used
+    std::vector<std::optional<float>> values;  ///< own numbers; empty where there was nothing usable
     PresetState::Values preset;
 };
 
@@ -95,13 +96,16 @@ std::optional<Record> readRecord(BinaryDataReader& reader, const GenericPlugin& 
     return record;
 }
 
+/// With the path of the preset of this name, if there is one.
+PresetState::Values located(PresetState::Values preset, const GenericPlugin& plugin) {
+    if (const auto entry = plugin.statics().findPreset(preset.name, false)) preset.path = entry->path;
+    return preset;
+}
+
 /// What a slot holds: the record's values over those of the plug-in, in the ranges of its parameters.
 State slotFrom(const Record& record, const GenericPlugin& plugin, int slot) {
     State state;
-    state.preset = record.preset;
-    if (const auto entry = plugin.statics().findPreset(record.preset.name, false)) {
-        state.preset.path = entry->path;
-    }
+    state.preset = located(record.preset, plugin);
     state.compareIndex = slot;
     state.values = plugin.parameterValues();
     for (std::size_t i = 0; i < record.values.size(); ++i) {
@@ -155,18 +159,14 @@ bool readSessionState(GenericPlugin& plugin, std::span<const std::byte> bytes) {
     BinaryMemoryReader reader(bytes);
     auto session = readSession(reader, plugin);
     if (!session) return false;
-    State state;
-    state.values = plugin.parameterValues();
+    State state = plugin.captureState();
     for (std::size_t i = 0; i < state.values.size(); ++i) {
         if (session->present.values[i]) state.values[i] = *session->present.values[i];
     }
-    state.preset = session->present.preset;
-    if (const auto entry = plugin.statics().findPreset(state.preset.name, false)) {
-        state.preset.path = entry->path;
-    }
-    state.extra = plugin.extraState();
+    state.preset = located(session->present.preset, plugin);
+    // Everything is at hand: from here on nothing can run out of memory half-way.
     plugin.compareStates().setContents(std::move(session->compare));
-    plugin.restoreState(state);
+    plugin.restoreState(std::move(state));
     return true;
 }
 

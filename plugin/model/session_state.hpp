@@ -19,9 +19,10 @@ class GenericPlugin;
 /// Any thread.
 std::vector<std::byte> writeSessionState(GenericPlugin& plugin);
 
-/// Takes a state over. What later versions put behind it is passed over; a value that is missing or of
-/// another type leaves its parameter as it is, one that is no number sets its default. False if the bytes
-/// are no state or end early: then nothing changes. Any thread but the audio thread.
+/// Takes over a state. What later versions put behind it is ignored; a value that is missing or of another
+/// type leaves its parameter as it is, one that is not a number sets its default. False, and nothing has
+/// changed, if the bytes are not a state or end early; the same holds if memory runs out. Any thread but the
+/// audio thread.
 bool readSessionState(GenericPlugin& plugin, std::span<const std::byte> bytes);
 
 }  // namespace vanta

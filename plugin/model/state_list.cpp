@@ -1,16 +1,14 @@
 #include "plugin/model/state_list.hpp"
 
-#include "plugin/model/generic_plugin.hpp"
+#include <utility>
 
 namespace vanta {
 
-void StateList::store(int i, const std::string& name) {
-    State& state = at(i);
+void StateList::store(int i, const std::string& name, int compareIndex) {
+    State state = owner_.captureState();
     state.name = name;
-    state.preset = plugin_.presetState().values();
-    state.compareIndex = plugin_.compareStates().current();
-    state.values = plugin_.parameterValues();
-    state.extra = plugin_.extraState();
+    state.compareIndex = compareIndex;
+    at(i) = std::move(state);
 }
 
 }  // namespace vanta

@@ -8,8 +8,6 @@
 
 namespace vanta {
 
-class GenericPlugin;
-
 /// One snapshot of a plug-in.
 struct State {
     std::string name;  ///< a label for menus, mostly empty
@@ -19,18 +17,28 @@ struct State {
     std::vector<std::uint8_t> extra;
 };
 
+/// What snapshots are taken of and given back to. Any thread but the audio thread.
+class StateOwner {
+public:
+    virtual ~StateOwner() = default;
+    /// Preset, values and extra bytes as they stand now.
+    virtual State captureState() const = 0;
+    /// Takes over preset, values and extra bytes. If memory runs out nothing has changed.
+    virtual void restoreState(State state) = 0;
+};
+
 /// A fixed number of snapshots.
 class StateList {
 public:
-    StateList(GenericPlugin& plugin, int count) : plugin_(plugin), states_(static_cast<std::size_t>(count)) {}
+    StateList(const StateOwner& owner, int count) : owner_(owner), states_(static_cast<std::size_t>(count)) {}
 
-    /// Takes a snapshot.
-    void store(int i, const std::string& name);
+    /// Takes a snapshot; an old one stands if memory runs out.
+    void store(int i, const std::string& name, int compareIndex);
     const State& at(int i) const { return states_[static_cast<std::size_t>(i)]; }
     State& at(int i) { return states_[static_cast<std::size_t>(i)]; }
 
 private:
-    GenericPlugin& plugin_;
+    const StateOwner& owner_;
     std::vector<State> states_;
 };
 

@@ -1,21 +1,21 @@
 #include "plugin/model/undo_history.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "foundation/numbers.hpp"
-#include "plugin/model/generic_plugin.hpp"
 
 namespace vanta {
 
-UndoHistory::UndoHistory(GenericPlugin& plugin) : plugin_(plugin), states_(plugin, kStates) {}
-
 void UndoHistory::storeInitial(const std::string& name) {
-    if (index_ == 0 && undoCount_ == 0 && redoCount_ == 0) states_.store(index_, name);
+    const bool isEmpty = index_ == 0 && undoCount_ == 0 && redoCount_ == 0;
+    if (isEmpty) states_.store(index_, name, compare_.current());
 }
 
 void UndoHistory::push(const std::string& name) {
-    index_ = (index_ + 1) % kStates;
-    states_.store(index_, name);
+    const int next = (index_ + 1) % kStates;
+    states_.store(next, name, compare_.current());
+    index_ = next;
     redoCount_ = 0;
     undoCount_ = std::min(undoCount_ + 1, kMaxSteps);
 }
@@ -35,16 +35,17 @@ void UndoHistory::redo() {
 }
 
 void UndoHistory::step(int delta) {
-    index_ = (index_ + kStates + delta) % kStates;
-    const State& state = states_.at(index_);
-    plugin_.compareStates().switchTo(state.compareIndex);
-    plugin_.restoreState(state);
-    plugin_.compareStates().markModified();
+    const int next = (index_ + kStates + delta) % kStates;
+    State state = states_.at(next);
+    compare_.switchTo(state.compareIndex);
+    index_ = next;
+    owner_.restoreState(std::move(state));
+    compare_.markModified();
 }
 
 bool UndoHistory::differsFromCurrent() const {
     const auto& stored = states_.at(index_).values;
-    const auto now = plugin_.parameterValues();
+    const auto now = owner_.captureState().values;
     return !std::equal(stored.begin(), stored.end(), now.begin(), now.end(),
                        [](float a, float b) { return nearlyEqual(a, b); });
 }

@@ -2,21 +2,23 @@
 
 #include <string>
 
+#include "plugin/model/compare_states.hpp"
 #include "plugin/model/state_list.hpp"
 
 namespace vanta {
 
-/// What a user did, to be taken back step by step. Changes by a host or by automation make no step of their
-/// own. On the thread of the interface.
+/// What a user did, to be taken back step by step, also over a change of the compare slot. Changes by a host
+/// or by automation make no step of their own. On the thread of the interface.
 class UndoHistory {
 public:
     static constexpr int kMaxSteps = 100;
 
-    explicit UndoHistory(GenericPlugin& plugin);
+    UndoHistory(StateOwner& owner, CompareStates& compare)
+        : owner_(owner), compare_(compare), states_(owner, kStates) {}
 
     /// What the first undo leads back to; renewed by each call until there is a step.
     void storeInitial(const std::string& name);
-    /// A new step, which ends all redoing.
+    /// A new step, after which nothing can be redone.
     void push(const std::string& name);
     void undo();
     void redo();
@@ -37,7 +39,8 @@ private:
     int redoCount_ = 0;
     int undoCount_ = 0;
     int index_ = 0;
-    GenericPlugin& plugin_;
+    StateOwner& owner_;
+    CompareStates& compare_;
     StateList states_;
 };
 

@@ -7,12 +7,8 @@
 
 namespace vanta {
 
-AbstractPluginParameter::AbstractPluginParameter(GenericParameterOwner& parameterOwner,
-                                                 std::string parameterName, Kind parameterKind)
-    : displayName(parameterName),
-      name_(std::move(parameterName)),
-      owner_(&parameterOwner),
-      kind_(parameterKind) {
+AbstractPluginParameter::AbstractPluginParameter(GenericParameterOwner& owner, std::string name, Kind kind)
+    : displayName(name), name_(std::move(name)), owner_(&owner), kind_(kind) {
     index_ = owner_->addParameter(*this);
 }
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "foundation/realtime.hpp"
-#include "plugin/generic_parameter_owner.hpp"
+#include "plugin/base/generic_parameter_owner.hpp"
 
 namespace vanta {
 
@@ -13,9 +13,8 @@ class AbstractPluginParameter {
 public:
     enum class Kind { Float, Indexed };
 
-    /// Enters itself in the owner's list.
-    AbstractPluginParameter(GenericParameterOwner& parameterOwner, std::string parameterName,
-                            Kind parameterKind);
+    /// Adds itself to the owner's list.
+    AbstractPluginParameter(GenericParameterOwner& owner, std::string name, Kind kind);
     virtual ~AbstractPluginParameter() = default;
     AbstractPluginParameter(const AbstractPluginParameter&) = delete;
     AbstractPluginParameter& operator=(const AbstractPluginParameter&) = delete;
@@ -29,9 +28,9 @@ public:
     /// The same for a control with `steps` steps. False: the position selects nothing.
     virtual float normalizeZoned(float value, int steps) const;
     virtual bool denormalizeZoned(float normal, int steps, float* out) const;
-    /// Text as a user types it, limited to the range. False: not understood.
+    /// Reads what a user typed and limits it to the range. False: not understood.
     virtual bool parseText(const std::string& text, float* out) const;
-    /// Whether `text` is understood but names a value that `parseText` has to bring into the range.
+    /// Whether `text` is understood but lies outside the range, so that `parseText` has to limit it.
     virtual bool exceedsRange(const std::string& text) const;
     virtual std::string text(float value) const = 0;
     /// At most `maxLength` characters; 0 means no limit.
@@ -41,11 +40,11 @@ public:
     virtual float maximum() const = 0;
     /// The index that a zone maps `mapped` to, or -1.
     virtual int zoneValue(int mapped) const;
-    /// Carries the relative change from `from` to `to` over to `value`.
+    /// Changes `value` by the same ratio of shown values as from `from` to `to`.
     virtual float scaleValue(float value, float from, float to) const;
     /// Any thread.
     virtual float value() const = 0;
-    /// Clamps, stores and tells the owner if the value really changed. NaN is ignored. Any thread.
+    /// Limits to the range, stores, and tells the owner if the value really changed. Ignores NaN. Any thread.
     virtual void setValue(float value, int flags) = 0;
     virtual bool isContinuous() const = 0;
     /// Drives the listeners and cells. On the owner's own thread: for a processor, the audio thread.

@@ -2,6 +2,7 @@
 
 #include "plugin/parameters/float_plugin_parameter.hpp"
 #include "plugin/parameters/number_text.hpp"
+#include "plugin/parameters/parameter_units.hpp"
 
 namespace vanta {
 
@@ -20,7 +21,7 @@ void FloatDisplay::setUnit(const FloatPluginParameterUnit& newUnit) {
 }
 
 void FloatDisplay::setUnit(const std::string& newUnitText) {
-    unit = FloatPluginParameterUnit::registered(newUnitText);
+    unit = registeredUnit(newUnitText);
     unitText = newUnitText;
 }
 

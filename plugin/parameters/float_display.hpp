@@ -15,7 +15,7 @@ class FloatPluginParameter;
 /// and the shown value d that a user reads and types:
 ///   e = curveOffset + curve(v) * curveScale
 ///   d = displayCurve(displayScale * e + displayOffset)
-/// Everything here is set while the parameter is built and then stays.
+/// Everything here is set while the parameter is built and stays as it is from then on.
 struct FloatDisplay {
     using Curve = float (*)(float);
 
@@ -32,14 +32,14 @@ struct FloatDisplay {
     }
     std::string text(float value) const;
 
-    /// The unit of this moment, null if it is but a text. Any thread.
+    /// The current unit; null if it is only a text. Any thread.
     const FloatPluginParameterUnit* currentUnit() const { return unitChoice ? &unitChoice() : unit; }
-    /// What stands behind a number at this moment. Any thread.
-    std::string currentUnitText() const { return unitChoice ? unitChoice().text() : unitText; }
+    /// What is printed after a number at present. Any thread.
+    std::string currentUnitText() const { return unitChoice ? std::string(unitChoice().text()) : unitText; }
 
     /// Takes up the unit and lets it adjust this display, its `format` included.
     void setUnit(const FloatPluginParameterUnit& newUnit);
-    /// Takes a text as unit, and the registered unit of that text if there is one. Adjusts nothing else.
+    /// Takes a text as unit, with the registered unit of that text if there is one. Adjusts nothing else.
     void setUnit(const std::string& newUnitText);
     /// Makes the parameter's range show as `low` to `high`.
     void setDisplayRange(float low, float high);
@@ -55,7 +55,7 @@ struct FloatDisplay {
     Curve inverseDisplayCurve = identity;
     float displayOffset = 0.0f;
     float displayScale = 1.0f;
-    std::string unitText;                         ///< shown behind the number
+    std::string unitText;                         ///< printed after the number
     std::function<std::string(float)> formatter;  ///< prints the shown value in place of `format` when set
     Curve curve = identity;
     Curve inverseCurve = identity;
@@ -63,8 +63,8 @@ struct FloatDisplay {
     FloatPluginParameter* parameter;
     float curveScale = 1.0f;
     const FloatPluginParameterUnit* unit = nullptr;
-    /// Takes the place of `unit` and `unitText` where the unit goes by another parameter: asked for each text
-    /// that is made or read, as one thread may read a text while another sets that parameter.
+    /// Replaces `unit` and `unitText` where the unit depends on another parameter. Called for every text that
+    /// is printed or read, as one thread may do so while another sets that parameter.
     std::function<const FloatPluginParameterUnit&()> unitChoice;
 };
 

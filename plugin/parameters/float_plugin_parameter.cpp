@@ -4,47 +4,20 @@
 #include <cmath>
 #include <utility>
 
-#include "foundation/numbers.hpp"
 #include "plugin/parameters/number_text.hpp"
 
 namespace vanta {
 
-FloatPluginParameter::FloatPluginParameter(GenericParameterOwner& parameterOwner, std::string parameterName)
-    : TypedPluginParameter(parameterOwner, std::move(parameterName), Kind::Float) {}
-
-void FloatPluginParameter::setRange(float low, float high, float initial) {
-    minimum_ = low;
-    maximum_ = high;
-    default_ = initial;
-    value_.store(initial, std::memory_order_relaxed);
-}
-
 float FloatPluginParameter::normalize(float value) const {
-    return maximum_ > minimum_ ? (value - minimum_) / (maximum_ - minimum_) : 0.0f;
+    return maximum() > minimum() ? (value - minimum()) / (maximum() - minimum()) : 0.0f;
 }
 
 float FloatPluginParameter::denormalize(float normal) const {
-    return (maximum_ - minimum_) * normal + minimum_;
+    return (maximum() - minimum()) * normal + minimum();
 }
 
-float FloatPluginParameter::limit(float value) const {
-    if (value < minimum_) return minimum_;
-    return value > maximum_ ? maximum_ : value;
-}
-
-void FloatPluginParameter::setValue(float value, int flags) {
-    if (std::isnan(value)) return;
-    const float limited = limit(value);
-    if (nearlyEqual(limited, this->value())) return;
-    value_.store(limited, std::memory_order_relaxed);
-    owner().parameterChanged(index(), limited, flags);
-}
-
-std::optional<FloatPluginParameter::Reading> FloatPluginParameter::readSpecial(std::string_view text) const {
-    float shown = 0.0f;
-    const FloatPluginParameterUnit* unit = display.currentUnit();
-    if (!unit || !unit->parseSpecial(std::string(text), &shown)) return {};
-    return Reading{shown, false};
+std::pair<float, float> FloatPluginParameter::shownRange() const {
+    return std::minmax({toDisplay(minimum()), toDisplay(maximum())});
 }
 
 std::optional<FloatPluginParameter::Reading> FloatPluginParameter::read(const std::string& text) const {
@@ -59,34 +32,37 @@ std::optional<FloatPluginParameter::Reading> FloatPluginParameter::read(const st
     rest = skipBlanks(rest.substr(number->length));
     const std::string_view word = rest.substr(0, rest.find_first_of(" \t"));
     if (word == "%") return Reading{number->value * 0.01, true};
+    return readWithUnit(number->value, word);
+}
 
-    double shown = number->value;
-    if (!word.empty()) {
-        const FloatPluginParameterUnit* unit = display.currentUnit();
-        if (!unit) {
-            if (!equalsIgnoringCase(word, display.unitText)) return {};
-        } else {
-            const auto* token = unit->find(word);
-            if (!token) return {};
-            shown *= token->factor;
-            if (token->convert) return Reading{token->convert(static_cast<float>(shown)), false};
-        }
+std::optional<FloatPluginParameter::Reading> FloatPluginParameter::readSpecial(std::string_view text) const {
+    float shown = 0.0f;
+    const FloatPluginParameterUnit* unit = display.currentUnit();
+    if (!unit || !unit->parseSpecial(std::string(text), &shown)) return {};
+    return Reading{shown, false};
+}
+
+std::optional<FloatPluginParameter::Reading> FloatPluginParameter::readWithUnit(double number,
+                                                                                std::string_view word) const {
+    if (const FloatPluginParameterUnit* unit = display.currentUnit(); unit && !word.empty()) {
+        const auto* token = unit->find(word);
+        if (!token) return {};
+        number *= token->factor;
+        if (token->convert) return Reading{token->convert(static_cast<float>(number)), false};
+    } else if (!word.empty() && !equalsIgnoringCase(word, display.unitText)) {
+        return {};
     }
-    // Who types 3 for a level that is never positive means -3. A gain factor says its sign itself.
-    const bool neverPositive = std::max(toDisplay(minimum_), toDisplay(maximum_)) <= 0.0f;
-    return Reading{neverPositive ? -std::abs(shown) : shown, false};
+    // A user who types 3 for a level that is never positive means -3. A gain factor has its sign already.
+    const bool neverPositive = shownRange().second <= 0.0f;
+    return Reading{neverPositive ? -std::abs(number) : number, false};
 }
 
 bool FloatPluginParameter::parseText(const std::string& text, float* out) const {
     const auto reading = read(text);
     if (!reading) return false;
-    float value = 0.0f;
-    if (reading->isShare) {
-        value = denormalize(static_cast<float>(reading->number));
-    } else {
-        const auto [low, high] = std::minmax({toDisplay(minimum_), toDisplay(maximum_)});
-        value = fromDisplay(std::clamp(static_cast<float>(reading->number), low, high));
-    }
+    const auto number = static_cast<float>(reading->number);
+    const auto [low, high] = shownRange();
+    const float value = reading->isShare ? denormalize(number) : fromDisplay(std::clamp(number, low, high));
     if (std::isnan(value)) return false;
     *out = limit(value);
     return true;
@@ -95,10 +71,10 @@ bool FloatPluginParameter::parseText(const std::string& text, float* out) const 
 bool FloatPluginParameter::exceedsRange(const std::string& text) const {
     const auto reading = read(text);
     if (!reading) return false;
-    const auto [low, high] = std::minmax({toDisplay(minimum_), toDisplay(maximum_)});
+    const auto [low, high] = shownRange();
     const double lowest = reading->isShare ? 0.0 : low;
     const double highest = reading->isShare ? 1.0 : high;
-    // The texts of the limits, rounded as they are printed, are within.
+    // The printed texts of the limits are rounded and must still count as inside.
     const double tolerance = 1e-5 * (highest - lowest);
     return reading->number < lowest - tolerance || reading->number > highest + tolerance;
 }

@@ -1,33 +1,30 @@
 #include "plugin/parameters/float_plugin_parameter_unit.hpp"
 
 #include <algorithm>
-#include <array>
 
+#include "plugin/parameters/float_display.hpp"
 #include "plugin/parameters/number_text.hpp"
-#include "plugin/parameters/parameter_units.hpp"
 
 namespace vanta {
 
-bool FloatPluginParameterUnit::parseSpecial(const std::string& /*text*/, float* /*out*/) const {
-    return false;
-}
-
-void FloatPluginParameterUnit::configure(FloatDisplay& /*display*/) const {}
-
 const FloatPluginParameterUnit::Token* FloatPluginParameterUnit::find(std::string_view word) const {
-    const auto found = std::find_if(tokens_.begin(), tokens_.end(),
-                                    [&](const Token& t) { return equalsIgnoringCase(t.token, word); });
-    return found == tokens_.end() ? nullptr : &*found;
+    const auto found =
+        std::ranges::find_if(tokens, [&](const Token& t) { return equalsIgnoringCase(t.token, word); });
+    return found == tokens.end() ? nullptr : &*found;
 }
 
-const FloatPluginParameterUnit* FloatPluginParameterUnit::registered(std::string_view text) {
-    static const std::array<const FloatPluginParameterUnit*, 7> units{
-        &HzParameterUnit::instance(),     &MsParameterUnit::instance(), &SecParameterUnit::instance(),
-        &DBParameterUnit::db(),           &DBParameterUnit::dbtp(),     &OctavesParameterUnit::instance(),
-        &PercentParameterUnit::instance()};
-    const auto found = std::find_if(units.begin(), units.end(),
-                                    [&](auto* unit) { return equalsIgnoringCase(unit->text(), text); });
-    return found == units.end() ? nullptr : *found;
+bool FloatPluginParameterUnit::parseSpecial(const std::string& text, float* out) const {
+    const auto shown = special ? special(text) : std::nullopt;
+    if (shown) *out = *shown;
+    return shown.has_value();
+}
+
+void FloatPluginParameterUnit::configure(FloatDisplay& display) const {
+    if (attached) display.separator = "";
+    if (!format.empty()) display.format = format;
+    if (formatter) display.formatter = formatter;
+    if (displayCurve) display.displayCurve = displayCurve;
+    if (inverseDisplayCurve) display.inverseDisplayCurve = inverseDisplayCurve;
 }
 
 }  // namespace vanta

@@ -1,47 +1,44 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace vanta {
 
 struct FloatDisplay;
+enum class ParameterUnit;
 
-/// A unit of measure, shared by many parameters. Units are singletons that never change once they are made.
-class FloatPluginParameterUnit {
-public:
+/// A unit of measure, shared by many parameters: one row of the table in parameter_units.cpp. What a row
+/// leaves empty stays as the display has it.
+struct FloatPluginParameterUnit {
     /// A word that may stand behind a number. The shown value is convert(factor * number).
     struct Token {
-        std::string token;
+        std::string_view token;
         float factor = 1.0f;
         float (*convert)(float) = nullptr;  ///< null is the identity
     };
 
-    FloatPluginParameterUnit(const FloatPluginParameterUnit&) = delete;
-    FloatPluginParameterUnit& operator=(const FloatPluginParameterUnit&) = delete;
-    virtual ~FloatPluginParameterUnit() = default;
+    ParameterUnit id;
+    std::span<const Token> tokens;              ///< the first is the unit's own text
+    bool registered = false;                    ///< known by its text alone, see registeredUnit
+    bool attached = false;                      ///< no blank between number and unit: "50%"
+    std::string_view format = {};               ///< how numbers print, see formatNumber
+    std::string (*formatter)(float) = nullptr;  ///< prints the shown value, in place of `format`
+    float (*displayCurve)(float) = nullptr;     ///< from the scaled engine value to the shown value
+    float (*inverseDisplayCurve)(float) = nullptr;
+    /// Reads a whole text that does not begin with a number. Result: the shown value.
+    std::optional<float> (*special)(std::string_view text) = nullptr;
 
-    /// Reads a text that does not begin with a number, whole. `out` gets the shown value.
-    virtual bool parseSpecial(const std::string& text, float* out) const;
-    /// Adjusts a display that takes up this unit.
-    virtual void configure(FloatDisplay& display) const;
-
+    /// The word that is printed.
+    std::string_view text() const { return tokens.front().token; }
     /// Without regard to case. Null if the unit has no such word.
     const Token* find(std::string_view word) const;
-    /// The word that is printed.
-    const std::string& text() const { return tokens_.front().token; }
-
-    /// Looks among the registered units, by the printed word and without regard to case. Null if there is
-    /// none.
-    static const FloatPluginParameterUnit* registered(std::string_view text);
-
-protected:
-    explicit FloatPluginParameterUnit(std::vector<Token> tokens) : tokens_(std::move(tokens)) {}
-
-private:
-    std::vector<Token> tokens_;  ///< the first is the unit's own text
+    /// Reads a text that does not begin with a number. `out` gets the shown value.
+    bool parseSpecial(const std::string& text, float* out) const;
+    /// Adjusts a display that takes up this unit.
+    void configure(FloatDisplay& display) const;
 };
 
 }  // namespace vanta

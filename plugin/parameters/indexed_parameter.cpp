@@ -21,23 +21,13 @@ int nearestStep(float normal, int steps) {
 /// A whole number at the start of a text, behind blanks.
 bool readInteger(std::string_view text, int* out) {
     text = skipBlanks(text);
-    // from_chars knows no plus, and must not meet the minus of "+-1".
+    // from_chars takes no plus, and "+-1" is not a number.
     const bool plus = text.size() > 1 && text[0] == '+' && text[1] != '-';
     if (plus) text.remove_prefix(1);
     return std::from_chars(text.data(), text.data() + text.size(), *out).ec == std::errc();
 }
 
 }  // namespace
-
-IndexedParameter::IndexedParameter(GenericParameterOwner& parameterOwner, std::string parameterName)
-    : AbstractPluginParameter(parameterOwner, std::move(parameterName), Kind::Indexed) {}
-
-void IndexedParameter::setRange(int low, int high, int initial) {
-    minimum_ = low;
-    maximum_ = high;
-    default_ = initial;
-    index_.store(initial, std::memory_order_relaxed);
-}
 
 void IndexedParameter::setLabels(std::string_view commaSeparated) {
     ownLabels_ = splitAtCommas(commaSeparated);
@@ -61,23 +51,18 @@ int IndexedParameter::indexOf(int mapped) const {
     return tableStart_ + (found == table_.end() ? 0 : static_cast<int>(found - table_.begin()));
 }
 
-int IndexedParameter::indexFrom(float value) const {
-    // Limited as a float first: not every float fits an int.
-    return static_cast<int>(std::clamp(value, minimum(), maximum()));
-}
-
 float IndexedParameter::normalize(float value) const {
-    if (maximum_ <= minimum_) return 0.0f;
-    return (std::trunc(value) - minimum()) / static_cast<float>(maximum_ - minimum_);
+    if (high() <= low()) return 0.0f;
+    return (std::trunc(value) - minimum()) / (maximum() - minimum());
 }
 
 float IndexedParameter::denormalize(float normal) const {
     if (std::isnan(normal)) return normal;
-    return static_cast<float>(nearestStep(normal, maximum_ - minimum_) + minimum_);
+    return static_cast<float>(nearestStep(normal, high() - low()) + low());
 }
 
 IndexedParameter::Zone IndexedParameter::zoneFor(int steps) const {
-    Zone zone{minimum_, maximum_, true};
+    Zone zone{low(), high(), true};
     for (std::size_t i = 0; i < zones.size(); ++i) {
         if (zones[i].second >= steps) {
             zone.high = zones[i].first;
@@ -92,7 +77,7 @@ IndexedParameter::Zone IndexedParameter::zoneFor(int steps) const {
 float IndexedParameter::normalizeZoned(float value, int steps) const {
     if (zones.empty()) return normalize(value);
     const Zone zone = zoneFor(steps);
-    const int i = indexFrom(value);
+    const int i = limit(value);
     if (i <= zone.low || i > zone.high) return 0.0f;
     return static_cast<float>(i - zone.low) / static_cast<float>(zone.high - zone.low);
 }
@@ -114,14 +99,14 @@ bool IndexedParameter::parseText(const std::string& text, float* out) const {
     }
     int index = static_cast<int>(found - labels_->begin());
     const bool known =
-        found != labels_->end() || (readInteger(text, &index) && index >= minimum_ && index <= maximum_);
+        found != labels_->end() || (readInteger(text, &index) && index >= low() && index <= high());
     *out = known ? static_cast<float>(index) : value();
     return known;
 }
 
 std::string IndexedParameter::text(float value) const {
-    const int index = indexFrom(value);
-    const auto position = static_cast<std::size_t>(index - minimum_);
+    const int index = limit(value);
+    const auto position = static_cast<std::size_t>(index - low());
     return position < labels_->size() ? (*labels_)[position] : std::to_string(mappedOf(index));
 }
 
@@ -133,14 +118,6 @@ int IndexedParameter::zoneValue(int mapped) const {
     const auto found =
         std::find_if(zones.begin(), zones.end(), [&](const auto& zone) { return zone.second == mapped; });
     return found == zones.end() ? -1 : found->first;
-}
-
-void IndexedParameter::setValue(float value, int flags) {
-    if (std::isnan(value)) return;
-    const int index = indexFrom(value);
-    if (index == currentIndex()) return;
-    index_.store(index, std::memory_order_relaxed);
-    owner().parameterChanged(this->index(), static_cast<float>(index), flags);
 }
 
 }  // namespace vanta

@@ -1,27 +1,23 @@
 #pragma once
 
-#include <atomic>
 #include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "plugin/parameters/abstract_plugin_parameter.hpp"
+#include "plugin/parameters/ranged_parameter.hpp"
 
 namespace vanta {
 
 /// All of a stepped parameter that does not depend on the type of its engine value. Such a parameter has two
 /// numbers for one value: the index, which interface, host and files see, and the mapped value, which the
-/// audio code receives. Range 0 and 1, default and value 0 until the table that builds it says otherwise.
-class IndexedParameter : public AbstractPluginParameter {
+/// audio code receives.
+class IndexedParameter : public RangedParameter<int> {
 public:
-    IndexedParameter(GenericParameterOwner& parameterOwner, std::string parameterName);
+    using RangedParameter::RangedParameter;
 
-    /// Sets up the range of indexes; `initial` becomes default and value. Tells nobody: for the parameter's
-    /// construction.
-    void setRange(int low, int high, int initial);
-    /// Names for the indexes from the minimum on, separated by commas, or a list that others share and that
-    /// must outlive the parameter.
+    /// Names of the indexes from the minimum on: separated by commas, or a list shared with other parameters,
+    /// which must outlive this one.
     void setLabels(std::string_view commaSeparated);
     void shareLabels(const std::vector<std::string>& shared) { labels_ = &shared; }
     const std::vector<std::string>& labels() const { return *labels_; }
@@ -33,7 +29,7 @@ public:
     /// entry.
     VANTA_REALTIME int mappedOf(int index) const;
     int indexOf(int mapped) const;
-    int currentIndex() const { return index_.load(std::memory_order_relaxed); }
+    int currentIndex() const { return current(); }
 
     float normalize(float value) const override;
     float normalizeZoned(float value, int steps) const override;
@@ -43,22 +39,13 @@ public:
     /// `out` holds the current value.
     bool parseText(const std::string& text, float* out) const override;
     std::string text(float value) const override;
-    /// Abbreviated by and by until it fits.
+    /// Abbreviated step by step until it fits.
     std::string text(float value, int maxLength) const override;
-    float defaultValue() const override { return static_cast<float>(default_); }
     int zoneValue(int mapped) const override;
-    float minimum() const override { return static_cast<float>(minimum_); }
-    float maximum() const override { return static_cast<float>(maximum_); }
-    float value() const override { return static_cast<float>(currentIndex()); }
-    void setValue(float value, int flags) override;
     bool isContinuous() const override { return labels_->empty(); }
 
     /// Pairs (index, steps) that narrow the range for a control with few steps.
     std::vector<std::pair<int, int>> zones;
-
-protected:
-    /// Truncated and limited to the range.
-    VANTA_REALTIME int indexFrom(float value) const;
 
 private:
     struct Zone {
@@ -68,10 +55,6 @@ private:
     };
     Zone zoneFor(int steps) const;
 
-    std::atomic<int> index_{0};
-    int default_ = 0;
-    int maximum_ = 1;
-    int minimum_ = 0;
     std::span<const int> table_;
     int tableStart_ = 0;
     std::vector<std::string> ownLabels_;

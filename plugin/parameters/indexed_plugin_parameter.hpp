@@ -13,7 +13,7 @@ public:
 
     /// What reaches the audio code for the index `value`.
     VANTA_REALTIME T engineValue(float value) const {
-        return static_cast<T>(this->mappedOf(this->indexFrom(value)));
+        return static_cast<T>(this->mappedOf(this->limit(value)));
     }
     /// The mapped value of the current index. Any thread.
     T mapped() const { return static_cast<T>(this->mappedOf(this->currentIndex())); }

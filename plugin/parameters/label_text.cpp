@@ -3,13 +3,10 @@
 #include <algorithm>
 #include <span>
 
+#include "plugin/parameters/number_text.hpp"
+
 namespace vanta {
 namespace {
-
-struct Replacement {
-    std::string_view what;
-    std::string_view by;
-};
 
 constexpr Replacement kQualifiers[] = {{"High ", "Hi"}, {"Low ", "Lo"}};
 constexpr Replacement kShapes[] = {{"HiPass", "HP"},  {"HiShelf", "HS"}, {"HiCut", "HC"},   {"LoPass", "LP"},
@@ -21,17 +18,14 @@ constexpr Replacement kWords[] = {{"Frequency", "Freq"},
                                   {"Crossover", "Cross"}};
 constexpr std::span<const Replacement> kStages[] = {kQualifiers, kShapes, kWords};
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 bool isDigitOrCapital(char c) {
     return isDigit(c) || (c >= 'A' && c <= 'Z');
 }
 
-/// "Short Term" is "S" and "Term".
+/// "Short Term" becomes "S" and "Term".
 struct Initials {
-    std::string
-        reduced;  ///< of every word but the last the first character, with digits and capitals behind it
+    /// Of every word but the last: the first character, with the digits and capitals directly behind it.
+    std::string reduced;
     std::string last;
 
     std::size_t size() const { return reduced.size() + last.size(); }
@@ -51,7 +45,7 @@ Initials initialsOf(const std::string& text) {
     return result;
 }
 
-/// A letter in front of a number tells less than the number.
+/// A letter before a number says less than the number.
 void dropLetterBeforeDigit(Initials& text) {
     const std::string all = text.reduced + text.last;
     if (all.size() <= 2 || isDigit(all[0]) || !isDigit(all[1])) return;
@@ -79,7 +73,8 @@ std::vector<std::string> splitAtCommas(std::string_view text) {
     }
 }
 
-void replaceAll(std::string& text, std::string_view what, std::string_view by) {
+void replaceAll(std::string& text, const Replacement& replacement) {
+    const auto [what, by] = replacement;
     for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
         text.replace(at, what.size(), by);
     }
@@ -90,7 +85,7 @@ std::string abbreviate(std::string text, int maxLength) {
     const auto limit = static_cast<std::size_t>(maxLength);
     for (const auto& stage : kStages) {
         if (text.size() <= limit) return text;
-        for (const Replacement& replacement : stage) replaceAll(text, replacement.what, replacement.by);
+        for (const Replacement& replacement : stage) replaceAll(text, replacement);
     }
     if (text.size() <= limit) return text;
     Initials initials = initialsOf(text);

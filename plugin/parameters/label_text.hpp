@@ -12,7 +12,11 @@ std::vector<std::string> splitAtCommas(std::string_view text);
 /// letters of all words but the last, then the vowels of the last. 0 means no limit.
 std::string abbreviate(std::string text, int maxLength);
 
+struct Replacement {
+    std::string_view what;
+    std::string_view by;
+};
 /// Replaces every occurrence.
-void replaceAll(std::string& text, std::string_view what, std::string_view by);
+void replaceAll(std::string& text, const Replacement& replacement);
 
 }  // namespace vanta

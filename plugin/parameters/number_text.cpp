@@ -12,17 +12,11 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 bool isLetter(char c) {
-    return lower(c) >= 'a' && lower(c) <= 'z';
+    return lowerCase(c) >= 'a' && lowerCase(c) <= 'z';
 }
 
-/// Which end of the doubles a decimal number lies beyond.
+/// What stands for a decimal number that no double can hold: an infinity or 0.
 double beyondRange(std::string_view number) {
     const std::size_t exponent = number.find_first_of("eE");
     if (exponent != std::string_view::npos) return number[exponent + 1] == '-' ? 0.0 : kInfinity;
@@ -41,7 +35,7 @@ std::string significantFormat(const std::string& format, double value) {
     const char* end = format.data() + format.size();
     int decimals = 0;
     const char* rest = std::from_chars(begin, end, decimals).ptr;
-    // What rounds up to the next power of ten already loses the decimal that this power takes.
+    // A value that rounds up to the next power of ten gives up the decimal that this power costs.
     const double limit = 10.0 - 0.5 / std::pow(10.0, decimals);
     for (double a = std::abs(value); decimals > 0 && a >= limit; a /= 10.0) --decimals;
     return std::string(plus ? "%+." : "%.") + std::to_string(decimals) + std::string(rest, end);
@@ -89,11 +83,6 @@ std::string frequencyText(float hertz) {
 std::string wholeOrTenthsText(float value) {
     const bool whole = std::abs(value - std::round(value)) <= 0.01f;
     return formatNumber(whole ? "%.0f" : "%.1f", value);
-}
-
-bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return lower(x) == lower(y); });
 }
 
 std::string_view skipBlanks(std::string_view text) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "foundation/ascii.hpp"
+
 namespace vanta {
 
 /// Numbers as text. Nothing here depends on the locale: the decimal point is always a point.
@@ -15,22 +17,20 @@ struct NumberText {
 };
 
 /// The decimal number, "INF" or "-INF" at the start of `text`. Hexadecimal numbers, "infinity" and "nan" are
-/// not numbers here. A number that no double holds becomes an infinity or 0.
+/// not numbers here. A number that no double can hold becomes an infinity or 0.
 std::optional<NumberText> readNumber(std::string_view text);
 
 /// Prints with a printf format for one double, or with "*Nf" or "*+Nf": N decimals below 10 and one less for
 /// each further power of ten. Infinities print as "INF" and "-INF", and a rounded zero has no sign.
 std::string formatNumber(const std::string& format, double value);
 
-/// "+3.00", and "-INF" for what is silence to a user. `db` is in dB.
+/// "+3.00", and "-INF" for what a user would call silence. `db` is in dB.
 std::string decibelText(float db);
-/// More decimals the lower the frequency. `hertz` is in Hz.
+/// The lower the frequency, the more decimals. `hertz` is in Hz.
 std::string frequencyText(float hertz);
 /// A whole number without decimals, anything else with one.
 std::string wholeOrTenthsText(float value);
 
-/// Compares without regard to the case of ASCII letters.
-bool equalsIgnoringCase(std::string_view a, std::string_view b);
 std::string_view skipBlanks(std::string_view text);
 
 }  // namespace vanta

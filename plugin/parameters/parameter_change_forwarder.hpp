@@ -31,11 +31,11 @@ private:
     template <typename T>
     class Listener final : public ValueAssignableAdapter<T> {
     public:
-        explicit Listener(ParameterChangeForwarder& triggered) : forwarder(triggered) {}
-        void assign(T, void* sender) override { forwarder.trigger(sender); }
+        explicit Listener(ParameterChangeForwarder& forwarder) : forwarder_(forwarder) {}
+        void assign(T, void* sender) override { forwarder_.trigger(sender); }
 
     private:
-        ParameterChangeForwarder& forwarder;
+        ParameterChangeForwarder& forwarder_;
     };
 
     std::vector<std::unique_ptr<ManagedObject>> listeners_;

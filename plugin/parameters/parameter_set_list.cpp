@@ -2,9 +2,9 @@
 
 namespace vanta {
 
-AbstractParameterSetList::AbstractParameterSetList(GenericParameterOwner& listOwner,
-                                                   const std::string& listName, int count)
-    : numActive(listOwner, "Num Active " + listName), owner_(&listOwner) {
+AbstractParameterSetList::AbstractParameterSetList(GenericParameterOwner& owner, const std::string& name,
+                                                   int count)
+    : numActive(owner, "Num Active " + name), owner_(&owner) {
     numActive.setRange(0, count, 0);
 }
 

@@ -23,7 +23,7 @@ class AbstractParameterSetList : public AbstractParameterSetArray {
 public:
     /// The owner gets "Num Active " and the list's name, from 0 to `count`, before the parameters of the
     /// sets.
-    AbstractParameterSetList(GenericParameterOwner& listOwner, const std::string& listName, int count);
+    AbstractParameterSetList(GenericParameterOwner& owner, const std::string& name, int count);
     AbstractParameterSetList(const AbstractParameterSetList&) = delete;
     AbstractParameterSetList& operator=(const AbstractParameterSetList&) = delete;
 
@@ -54,11 +54,11 @@ class ParameterSetList : public AbstractParameterSetList {
 public:
     /// Builds the sets as T(owner, prefix and number from 1, arguments...).
     template <typename... Arguments>
-    ParameterSetList(GenericParameterOwner& listOwner, const std::string& listName, int count,
+    ParameterSetList(GenericParameterOwner& owner, const std::string& name, int count,
                      const std::string& prefix, Arguments&&... arguments)
-        : AbstractParameterSetList(listOwner, listName, count) {
+        : AbstractParameterSetList(owner, name, count) {
         for (int i = 0; i < count; ++i) {
-            sets_.push_back(std::make_unique<T>(listOwner, prefix + std::to_string(i + 1), arguments...));
+            sets_.push_back(std::make_unique<T>(owner, prefix + std::to_string(i + 1), arguments...));
         }
     }
 
@@ -83,6 +83,8 @@ public:
 struct ConnectionNumbers {
     int first = 0;
     int perSlot = 0;
+
+    int of(int slot) const { return first + slot * perSlot; }
 };
 
 /// Sets whose elements are targets of connections.
@@ -95,8 +97,7 @@ public:
         const int count = this->numActive.currentIndex();
         ParameterSetList<T>::removeAt(slot);
         if (!renumbering || this->numActive.currentIndex() == count) return;
-        renumbering->targetsRemoved(targets.first + slot * targets.perSlot, targets.perSlot,
-                                    targets.first + count * targets.perSlot - 1);
+        renumbering->targetsRemoved(targets.of(slot), targets.perSlot, targets.of(count) - 1);
     }
 
     ConnectionNumbers targets;
@@ -113,8 +114,7 @@ public:
         const int count = this->numActive.currentIndex();
         TargetParameterSetList<T>::removeAt(slot);
         if (!this->renumbering || this->numActive.currentIndex() == count) return;
-        this->renumbering->sourcesRemoved(sources.first + slot * sources.perSlot, sources.perSlot,
-                                          sources.first + count * sources.perSlot - 1);
+        this->renumbering->sourcesRemoved(sources.of(slot), sources.perSlot, sources.of(count) - 1);
     }
 
     ConnectionNumbers sources;

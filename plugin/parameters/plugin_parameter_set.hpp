@@ -4,14 +4,14 @@
 #include <string>
 #include <vector>
 
-#include "plugin/generic_parameter_owner.hpp"
+#include "plugin/base/generic_parameter_owner.hpp"
 
 namespace vanta {
 
-/// A group of parameters that stands between them and their owner.
+/// A group of parameters: their owner, which passes everything on to its own owner.
 class PluginParameterSet : public GenericParameterOwner {
 public:
-    explicit PluginParameterSet(GenericParameterOwner& parentOwner) : parent_(&parentOwner) {}
+    explicit PluginParameterSet(GenericParameterOwner& parent) : parent_(&parent) {}
     PluginParameterSet(const PluginParameterSet&) = delete;
     PluginParameterSet& operator=(const PluginParameterSet&) = delete;
 
@@ -28,7 +28,7 @@ public:
     int addParameter(AbstractPluginParameter& parameter) override;
     int addGroupName(const std::string& name) override { return parent_->addGroupName(name); }
 
-    /// Takes over the values of a set of the same make.
+    /// Copies the values of a set of the same type.
     void copyFrom(const PluginParameterSet& other);
     /// Sets every parameter to its default.
     void reset();

@@ -10,8 +10,9 @@
 
 namespace vanta {
 
-/// Adds cells that `applyValue` sets to the engine value, behind the listeners. The cells are not owned; what
-/// rebuilds them removes the old ones. Layers of this class add kinds of cells to one parameter.
+/// Adds cells that `applyValue` sets to the engine value, behind the listeners. The cells are not owned;
+/// whoever rebuilds them removes the old ones. Layers of this class add several kinds of cells to a
+/// parameter.
 template <typename Cell, typename Parameter>
 class GenericPropPluginParameter : public Parameter {
 public:
@@ -36,25 +37,30 @@ private:
     }
     static void drive(LimitedProperty<float>& cell, float engineValue) { cell.assign(engineValue); }
     // A negative time asks for the smoothing that fits the distance.
-    static void drive(FloatParameter& cell, float engineValue) { cell.setValue(engineValue, -1.0f); }
+    static void drive(wave::FloatParameter& cell, float engineValue) { cell.setValue(engineValue, -1.0f); }
 
     std::vector<Cell*> targets_;
 };
 
 /// Drives smoothed values.
-using FloatParamPluginParameter = GenericPropPluginParameter<FloatParameter, FloatPluginParameter>;
+using FloatParamPluginParameter = GenericPropPluginParameter<wave::FloatParameter, FloatPluginParameter>;
 /// Drives limited float cells.
 using LimFloatPropPluginParameter = GenericPropPluginParameter<LimitedProperty<float>, FloatPluginParameter>;
 
-/// Drives cells with the mapped value. Selectors and switches of the graph know no enumerations, so besides
-/// `Property<T>` the targets may be `Property<int>`, and for an `int` parameter `Property<bool>`.
+/// Drives cells of the mapped value's own type.
 template <typename T>
-class PropPluginParameter
-    : public GenericPropPluginParameter<Property<std::conditional_t<std::is_same_v<T, int>, bool, int>>,
-                                        GenericPropPluginParameter<Property<T>, IndexedPluginParameter<T>>> {
-    using Own = GenericPropPluginParameter<Property<T>, IndexedPluginParameter<T>>;
-    using Other =
-        GenericPropPluginParameter<Property<std::conditional_t<std::is_same_v<T, int>, bool, int>>, Own>;
+using OwnPropPluginParameter = GenericPropPluginParameter<Property<T>, IndexedPluginParameter<T>>;
+
+/// What selectors and switches of the graph hold for a parameter of type `T`: they do not know enumerations.
+template <typename T>
+using PlainProperty = Property<std::conditional_t<std::is_same_v<T, int>, bool, int>>;
+
+/// Drives cells with the mapped value: `Property<T>` and `Property<int>`, or `Property<bool>` for an `int`
+/// parameter.
+template <typename T>
+class PropPluginParameter : public GenericPropPluginParameter<PlainProperty<T>, OwnPropPluginParameter<T>> {
+    using Own = OwnPropPluginParameter<T>;
+    using Other = GenericPropPluginParameter<PlainProperty<T>, Own>;
 
 public:
     using Other::addTarget;

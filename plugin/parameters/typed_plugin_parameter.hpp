@@ -8,7 +8,7 @@
 namespace vanta {
 
 /// A parameter whose engine values are of type `T`, and those who listen to them.
-template <typename T, typename Base = AbstractPluginParameter>
+template <typename T, typename Base>
 class TypedPluginParameter : public Base {
 public:
     using Base::Base;
@@ -16,7 +16,6 @@ public:
     /// Told of the engine value by every `applyValue`, changed or not, with this parameter as sender, an
     /// AbstractPluginParameter*. Not owned.
     void addListener(ValueAssignable<T>& listener) { listeners_.push_back(&listener); }
-    void removeListener(const ValueAssignable<T>& listener) { std::erase(listeners_, &listener); }
 
 protected:
     VANTA_REALTIME void tellListeners(T engineValue) {

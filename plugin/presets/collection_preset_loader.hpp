@@ -12,9 +12,9 @@ namespace vanta {
 /// Takes values into a list of parameters, position by position.
 class CollectionPresetLoader final : public PresetLoader {
 public:
-    CollectionPresetLoader(GenericParameterOwner& changedOwner, std::string expectedTag,
-                           std::vector<AbstractPluginParameter*> list)
-        : PresetLoader(&changedOwner, std::move(expectedTag)), parameters_(std::move(list)) {}
+    CollectionPresetLoader(GenericParameterOwner& owner, std::string magic,
+                           std::vector<AbstractPluginParameter*> parameters)
+        : PresetLoader(&owner, std::move(magic)), parameters_(std::move(parameters)) {}
 
     int parameterCount() const override { return static_cast<int>(parameters_.size()); }
     void setDefault(int position) override { setValue(position, at(position).defaultValue()); }

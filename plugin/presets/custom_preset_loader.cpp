@@ -6,9 +6,8 @@
 
 namespace vanta {
 
-CustomPresetLoader::CustomPresetLoader(GenericParameterOwner& changedOwner, std::string expectedTag,
-                                       int newest)
-    : PresetLoader(&changedOwner, std::move(expectedTag)), currentVersion_(newest) {}
+CustomPresetLoader::CustomPresetLoader(GenericParameterOwner& owner, std::string magic, int currentVersion)
+    : PresetLoader(&owner, std::move(magic)), currentVersion_(currentVersion) {}
 
 bool CustomPresetLoader::acceptVersion(int version) {
     if (currentVersion_ == kNoMapping) return true;

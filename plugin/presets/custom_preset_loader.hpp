@@ -22,8 +22,8 @@ public:
     /// Takes part in no mapping; `targets` is built by a derived class.
     static constexpr int kNoMapping = -1;
 
-    /// `newest` is the version that this build writes.
-    CustomPresetLoader(GenericParameterOwner& changedOwner, std::string expectedTag, int newest);
+    /// `currentVersion` is the one that this build writes.
+    CustomPresetLoader(GenericParameterOwner& owner, std::string magic, int currentVersion);
 
     int parameterCount() const override { return static_cast<int>(targets.size()); }
     /// Sets what the file's version lacks to its default.

@@ -40,22 +40,31 @@ void writeHeader(const ParameterFileList& list, BinaryDataWriter& writer, int ve
 }
 
 bool writeWhole(const ParameterFileList& list, const std::filesystem::path& path, int version) {
-    FileReplacement replacement(path);
-    {
-        BinaryFileWriter writer(replacement.temporary());
-        if (!writeValues(list, writer, version) || !writer.flush()) return false;
-    }
-    return replacement.commit();
+    return replaceFile(path, [&](std::ostream& file) {
+        BinaryDataWriter writer(file);
+        return writeValues(list, writer, version);
+    });
 }
 
 }  // namespace
 
-ParameterFileList::ParameterFileList(GenericParameterOwner& parameterOwner, std::string fileTag,
-                                     std::vector<AbstractPluginParameter*> list)
-    : owner_(&parameterOwner), magic_(std::move(fileTag)), parameters_(std::move(list)) {}
+ParameterFileList::ParameterFileList(GenericParameterOwner& owner, std::string magic,
+                                     std::vector<AbstractPluginParameter*> parameters)
+    : owner_(&owner), magic_(std::move(magic)), parameters_(std::move(parameters)) {}
 
-ParameterFileList::ParameterFileList(GenericParameterOwner& parameterOwner, std::string fileTag)
-    : ParameterFileList(parameterOwner, std::move(fileTag), allOf(parameterOwner)) {}
+ParameterFileList::ParameterFileList(GenericParameterOwner& owner, std::string magic)
+    : ParameterFileList(owner, std::move(magic), allOf(owner)) {}
+
+std::vector<float> valuesOf(const ParameterFileList& list) {
+    std::vector<float> values;
+    values.reserve(list.parameters().size());
+    for (const AbstractPluginParameter* parameter : list.parameters()) values.push_back(parameter->value());
+    return values;
+}
+
+void setValues(const ParameterFileList& list, const std::vector<float>& values) {
+    for (std::size_t i = 0; i < values.size(); ++i) list.parameters()[i]->setValue(values[i], 0);
+}
 
 bool writeValues(const ParameterFileList& list, BinaryDataWriter& writer, int version, int first, int count) {
     const bool inPlace = first != kWholeFile;

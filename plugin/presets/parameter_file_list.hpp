@@ -12,10 +12,10 @@ namespace vanta {
 /// A fixed list of parameters that are stored together, as one preset file.
 class ParameterFileList {
 public:
-    ParameterFileList(GenericParameterOwner& parameterOwner, std::string fileTag,
-                      std::vector<AbstractPluginParameter*> list);
+    ParameterFileList(GenericParameterOwner& owner, std::string magic,
+                      std::vector<AbstractPluginParameter*> parameters);
     /// All parameters of the owner.
-    ParameterFileList(GenericParameterOwner& parameterOwner, std::string fileTag);
+    ParameterFileList(GenericParameterOwner& owner, std::string magic);
 
     GenericParameterOwner& owner() const { return *owner_; }
     const std::string& magic() const { return magic_; }
@@ -27,6 +27,10 @@ private:
     std::string magic_;
     std::vector<AbstractPluginParameter*> parameters_;
 };
+
+/// The values of the list's parameters, and the way back.
+std::vector<float> valuesOf(const ParameterFileList& list);
+void setValues(const ParameterFileList& list, const std::vector<float>& values);
 
 inline constexpr int kWholeFile = -1;
 

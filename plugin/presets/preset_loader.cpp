@@ -7,8 +7,8 @@
 
 namespace vanta {
 
-PresetLoader::PresetLoader(GenericParameterOwner* changedOwner, std::string expectedTag)
-    : owner_(changedOwner), magic_(std::move(expectedTag)) {}
+PresetLoader::PresetLoader(GenericParameterOwner* owner, std::string magic)
+    : owner_(owner), magic_(std::move(magic)) {}
 
 void PresetLoader::finish(int /*version*/) {}
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "foundation/binary_data.hpp"
-#include "plugin/generic_parameter_owner.hpp"
+#include "plugin/base/generic_parameter_owner.hpp"
 
 namespace vanta {
 
@@ -12,8 +12,8 @@ namespace vanta {
 /// are 4 bytes and little-endian. A value is what a parameter's `value()` returns.
 class PresetLoader {
 public:
-    /// `changedOwner` gets a change block around the load; null if the load changes no parameter.
-    PresetLoader(GenericParameterOwner* changedOwner, std::string expectedTag);
+    /// `owner` gets a change block around the load; null if the load changes no parameter.
+    PresetLoader(GenericParameterOwner* owner, std::string magic);
     PresetLoader(const PresetLoader&) = delete;
     PresetLoader& operator=(const PresetLoader&) = delete;
     virtual ~PresetLoader() = default;
@@ -41,8 +41,8 @@ private:
 inline constexpr int kAnyVersion = -1;
 
 /// Reads a preset. A wrong tag or version changes nothing. What a longer file holds beyond the loader's count
-/// is not read, what a shorter one lacks is set to its default. A file that is cut off changes what it held
-/// up to the cut, nothing else, and gives false. `requiredVersion`: the only one to take, or kAnyVersion to
+/// is not read; what a shorter one lacks is set to its default. A file that is cut off sets what it holds up
+/// to the cut, and the result is false. `requiredVersion`: the only one to take, or kAnyVersion to
 /// ask the loader. `alternativeMagic`: the tag to expect in place of the loader's, if not empty.
 bool readPreset(PresetLoader& loader, BinaryDataReader& reader, int requiredVersion = kAnyVersion,
                 const std::string& alternativeMagic = {});

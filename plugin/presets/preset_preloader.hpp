@@ -13,9 +13,9 @@ namespace vanta {
 /// Takes values into an array. No parameter changes; those of the owner only give the defaults.
 class PresetPreloader final : public PresetLoader {
 public:
-    /// `array` holds one value per parameter of `described`, and outlives the loader.
-    PresetPreloader(const GenericParameterOwner& described, std::string expectedTag, std::span<float> array)
-        : PresetLoader(nullptr, std::move(expectedTag)), parameters_(described), values_(array) {}
+    /// `values` holds one value for each of `parameters`, and outlives the loader.
+    PresetPreloader(const GenericParameterOwner& parameters, std::string magic, std::span<float> values)
+        : PresetLoader(nullptr, std::move(magic)), parameters_(parameters), values_(values) {}
 
     int parameterCount() const override {
         return std::min(parameters_.parameterCount(), static_cast<int>(values_.size()));

@@ -12,12 +12,12 @@ std::optional<PresetScan::Directory> PresetScan::identify(const std::string& pat
 
 bool PresetScan::enter(const std::string& path) {
     const auto directory = identify(path);
-    return directory && visited.insert(*directory).second;
+    return directory && visited_.insert(*directory).second;
 }
 
 bool PresetScan::hasEntered(const std::string& path) const {
     const auto directory = identify(path);
-    return directory && visited.contains(*directory);
+    return directory && visited_.contains(*directory);
 }
 
 }  // namespace vanta

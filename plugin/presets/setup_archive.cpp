@@ -5,8 +5,8 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <fstream>
 #include <optional>
+#include <ostream>
 #include <string_view>
 #include <system_error>
 
@@ -43,19 +43,19 @@ std::int32_t integerAt(Bytes bytes, std::size_t offset) {
 /// The records of one level, one after the other.
 class Level {
 public:
-    explicit Level(Bytes bytes) : rest(bytes) {}
+    explicit Level(Bytes bytes) : rest_(bytes) {}
 
     /// Empty at the end of the level, and where the archive is cut or damaged: then `isSound` is false.
     std::optional<Record> next() {
-        if (rest.size() < kArchiveRecordSize) return fail();
-        const auto nameLength = std::to_integer<std::size_t>(rest[0]);
+        if (rest_.size() < kArchiveRecordSize) return fail();
+        const auto nameLength = std::to_integer<std::size_t>(rest_[0]);
         if (nameLength == 0) return {};
-        const std::int32_t size = integerAt(rest, kArchiveSizeOffset);
-        const std::int32_t second = integerAt(rest, kArchiveSecondOffset);
-        const Bytes behind = rest.subspan(kArchiveRecordSize);
+        const std::int32_t size = integerAt(rest_, kArchiveSizeOffset);
+        const std::int32_t second = integerAt(rest_, kArchiveSecondOffset);
+        const Bytes behind = rest_.subspan(kArchiveRecordSize);
         if (nameLength >= kArchiveSizeOffset || size < 0 || second < -1) return fail();
         if (static_cast<std::size_t>(size) > behind.size()) return fail();
-        rest = behind.subspan(static_cast<std::size_t>(size));
+        rest_ = behind.subspan(static_cast<std::size_t>(size));
         const char* name = reinterpret_cast<const char*>(behind.data()) - kArchiveRecordSize + 1;
         return Record{{name, nameLength},
                       second == -1,
@@ -70,18 +70,18 @@ private:
         return {};
     }
 
-    Bytes rest;
+    Bytes rest_;
     bool isSound_ = true;
 };
 
 class Inflater {
 public:
     explicit Inflater(Bytes compressed) {
-        stream.next_in = reinterpret_cast<Bytef*>(const_cast<std::byte*>(compressed.data()));
-        stream.avail_in = static_cast<uInt>(compressed.size());
-        isReady = ::inflateInit(&stream) == Z_OK;
+        stream_.next_in = reinterpret_cast<Bytef*>(const_cast<std::byte*>(compressed.data()));
+        stream_.avail_in = static_cast<uInt>(compressed.size());
+        isReady_ = ::inflateInit(&stream_) == Z_OK;
     }
-    ~Inflater() { ::inflateEnd(&stream); }
+    ~Inflater() { ::inflateEnd(&stream_); }
     Inflater(const Inflater&) = delete;
     Inflater& operator=(const Inflater&) = delete;
 
@@ -89,20 +89,20 @@ public:
     template <typename Put>
     bool inflate(std::uint32_t size, Put put) {
         std::array<Bytef, 16384> chunk;
-        int state = isReady ? Z_OK : Z_STREAM_ERROR;
+        int state = isReady_ ? Z_OK : Z_STREAM_ERROR;
         while (state == Z_OK) {
-            stream.next_out = chunk.data();
-            stream.avail_out = chunk.size();
-            state = ::inflate(&stream, Z_NO_FLUSH);
-            if (stream.total_out > size) return false;
-            if (!put(std::as_bytes(std::span(chunk)).first(chunk.size() - stream.avail_out))) return false;
+            stream_.next_out = chunk.data();
+            stream_.avail_out = chunk.size();
+            state = ::inflate(&stream_, Z_NO_FLUSH);
+            if (stream_.total_out > size) return false;
+            if (!put(std::as_bytes(std::span(chunk)).first(chunk.size() - stream_.avail_out))) return false;
         }
-        return state == Z_STREAM_END && stream.total_out == size;
+        return state == Z_STREAM_END && stream_.total_out == size;
     }
 
 private:
-    z_stream stream{};
-    bool isReady;
+    z_stream stream_{};
+    bool isReady_;
 };
 
 template <typename Put>
@@ -114,15 +114,13 @@ bool extractFile(const Record& record, const std::filesystem::path& destination,
     std::error_code error;
     if (!overwrite && std::filesystem::exists(std::filesystem::symlink_status(destination, error)))
         return true;
-    FileReplacement replacement(destination);
-    if (replacement.temporary().empty()) return false;
-    std::ofstream file(replacement.temporary(), std::ios::binary);
-    const bool isWhole = inflated(record, [&](Bytes piece) {
-        file.write(reinterpret_cast<const char*>(piece.data()), static_cast<std::streamsize>(piece.size()));
-        return file.good();
+    return replaceFile(destination, [&](std::ostream& file) {
+        return inflated(record, [&](Bytes piece) {
+            file.write(reinterpret_cast<const char*>(piece.data()),
+                       static_cast<std::streamsize>(piece.size()));
+            return file.good();
+        });
     });
-    file.close();
-    return isWhole && file && replacement.commit();
 }
 
 bool makeFolder(const std::filesystem::path& folder) {

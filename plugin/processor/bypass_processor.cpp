@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "dsp/kernel/mix.hpp"
 #include "foundation/numbers.hpp"
+#include "kernel/mix.hpp"
 
 namespace vanta {
 
@@ -15,85 +15,91 @@ constexpr float kFadeMs = 50.0f;
 }  // namespace
 
 GenericPluginProcessor::BypassProcessor::BypassProcessor(GenericPluginProcessor& owner)
-    : processor(owner), dryMix(owner.environment(), 0.0f), scratch(owner.environment()) {}
+    : processor_(owner), dryMix_(owner.environment(), 0.0f), scratch_(owner.environment()) {
+    if (owner.processingMode != 1) return;
+    for (int c = 0; c < channelCount(owner.channelLayout); ++c) {
+        dryDelays_.push_back(std::make_unique<wave::Delay>(owner.environment()));
+    }
+}
+
+void GenericPluginProcessor::BypassProcessor::prepare(int largestLatency) {
+    for (auto& delay : dryDelays_) {
+        delay->setMaxDelay(largestLatency);
+        delay->setDelay(dryLatency_);
+    }
+}
 
 void GenericPluginProcessor::BypassProcessor::fadeTo(float dry) {
-    dryMix.setValue(dry, kFadeMs);
+    dryMix_.setValue(dry, kFadeMs);
 }
 
 void GenericPluginProcessor::BypassProcessor::setBypassed(bool state) {
     if (state == bypassed_) return;
     bypassed_ = state;
-    fadeInPending = !state && rested && processor.latency() > 0;
-    holdSamples = fadeInPending ? processor.latency() : 0;
-    if (!fadeInPending) fadeTo(state ? 1.0f : 0.0f);
-    if (!state) rested = false;
+    fadeInPending_ = !state && rested_ && processor_.latency() > 0;
+    holdSamples_ = fadeInPending_ ? processor_.latency() : 0;
+    if (!fadeInPending_) fadeTo(state ? 1.0f : 0.0f);
+    if (!state) rested_ = false;
 }
 
 void GenericPluginProcessor::BypassProcessor::reset() {
-    resetPending = true;
-    matchLatency();
-    for (auto& delay : dryDelays) {
-        if (delay) delay->clear();
-    }
+    resetPending_ = true;
+    followLatency();
+    for (auto& delay : dryDelays_) delay->clear();
 }
 
-// Allocates, but only when the latency has changed.
-void GenericPluginProcessor::BypassProcessor::matchLatency() {
-    const int latency = processor.latency();
-    if (processor.processingMode != 1 || latency == dryDelayLength) return;
-    dryDelayLength = latency;
-    const int channelTotal = channelCount(processor.channelLayout);
-    for (int c = 0; c < kMaxChannels; ++c) {
-        auto& delay = dryDelays[static_cast<std::size_t>(c)];
-        delay.reset();
-        if (latency < 1 || c >= channelTotal) continue;
-        delay = std::make_unique<wave::Delay>(processor.environment(), latency);
+// What was delayed by another latency would come at the wrong time.
+void GenericPluginProcessor::BypassProcessor::followLatency() {
+    const int latency = processor_.latency();
+    if (latency == dryLatency_) return;
+    dryLatency_ = latency;
+    for (auto& delay : dryDelays_) {
         delay->setDelay(latency);
+        delay->clear();
     }
 }
 
 void GenericPluginProcessor::BypassProcessor::beginFade() {
-    if (resetPending) {
-        resetPending = false;
-        if (fadeInPending) {
-            fadeInPending = false;
-            dryMix.setValue(0.0f, -1.0f);
+    if (resetPending_) {
+        resetPending_ = false;
+        if (fadeInPending_) {
+            fadeInPending_ = false;
+            dryMix_.setValue(0.0f, -1.0f);
         }
-        dryMix.jumpToTarget();
+        dryMix_.jumpToTarget();
     }
-    if (fadeInPending && holdSamples <= 0) {
-        fadeInPending = false;
+    if (fadeInPending_ && holdSamples_ <= 0) {
+        fadeInPending_ = false;
         fadeTo(0.0f);
     }
 }
 
 void GenericPluginProcessor::BypassProcessor::process(const float* const* inputs, float* const* outputs,
                                                       int channelCount, int offset, int samples) {
-    matchLatency();
-    wave::Environment& environment = processor.environment();
+    followLatency();
+    wave::Environment& environment = processor_.environment();
     environment.advanceTick();
     beginFade();
-    if (fadeInPending) holdSamples -= samples;
+    if (fadeInPending_) holdSamples_ -= samples;
 
     bool constant = false;
-    const float* mix = dryMix.read(samples, &constant).data();
+    const float* mix = dryMix_.read(samples, &constant).data();
     writeDry(inputs, channelCount, offset, samples);
 
     const bool wholeDry = constant && nearlyEqual(mix[0], 1.0f);
     const bool wholeWet = constant && nearlyEqual(mix[0], 0.0f);
-    const bool processed = !wholeDry || fadeInPending;
+    const bool processed = !wholeDry || fadeInPending_;
     if (processed) {
-        processor.fetchOutputs(wetPointers.data(), channelCount, samples);
+        processor_.fetchOutputs(wetPointers_.data(), channelCount, samples);
     } else {
-        rested = true;
+        rested_ = true;
     }
     environment.run(samples, processed ? 0 : wave::Environment::kPositionOnly);
 
     const auto count = static_cast<std::size_t>(samples);
     for (int c = 0; c < channelCount; ++c) {
         float* out = outputs[c] + offset;
-        const float* wet = wetPointers[static_cast<std::size_t>(c)];
+        const float* wet = wetPointers_[static_cast<std::size_t>(c)];
         if (wholeWet) {
             std::memcpy(out, wet, count * sizeof(float));
             continue;
@@ -105,26 +111,24 @@ void GenericPluginProcessor::BypassProcessor::process(const float* const* inputs
 
 void GenericPluginProcessor::BypassProcessor::writeDry(const float* const* inputs, int channelCount,
                                                        int offset, int samples) {
-    if (dryDelayLength < 1) return;
+    if (!hasDryDelay()) return;
     for (int c = 0; c < channelCount; ++c) {
-        auto& delay = dryDelays[static_cast<std::size_t>(c)];
-        if (!delay) continue;
         if (inputs[c]) {
-            kernel::sanitize(inputs[c] + offset, scratch.data(), static_cast<std::size_t>(samples));
+            kernel::sanitize(inputs[c] + offset, scratch_.data(), static_cast<std::size_t>(samples));
         } else {
-            std::fill(scratch.data(), scratch.data() + samples, 0.0f);
+            std::fill(scratch_.data(), scratch_.data() + samples, 0.0f);
         }
-        delay->write(scratch.data(), samples);
+        dryDelays_[static_cast<std::size_t>(c)]->write(scratch_.data(), samples);
     }
 }
 
 void GenericPluginProcessor::BypassProcessor::readDry(const float* input, int channel, float* out,
                                                       int samples) {
-    const auto& delay = dryDelays[static_cast<std::size_t>(channel)];
-    if (processor.processingMode != 1 || (!input && !delay)) {
+    if (hasDryDelay()) {
+        const wave::Delay& delay = *dryDelays_[static_cast<std::size_t>(channel)];
+        delay.read(delay.delay(), out, samples);
+    } else if (processor_.processingMode != 1 || !input) {
         std::fill(out, out + samples, 0.0f);
-    } else if (delay) {
-        delay->read(dryDelayLength, out, samples);
     } else {
         kernel::sanitize(input, out, static_cast<std::size_t>(samples));
     }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <memory>
+#include <vector>
 
 #include "plugin/processor/generic_plugin_processor.hpp"
 #include "wave/delay.hpp"
@@ -20,10 +21,12 @@ public:
     VANTA_REALTIME void setBypassed(bool state);
     bool bypassed() const { return bypassed_; }
     /// Whether the graph has missed signal since the bypass was engaged.
-    bool hasRested() const { return rested; }
+    bool hasRested() const { return rested_; }
     /// Samples until the fade back in begins, or 0: no sub-block runs across that point.
-    int samplesToSeam() const { return fadeInPending && holdSamples > 0 ? holdSamples : 0; }
-    /// Ends a fade at the next block and empties the dry delays.
+    int samplesToSeam() const { return fadeInPending_ && holdSamples_ > 0 ? holdSamples_ : 0; }
+    /// Makes room for dry signals of up to `largestLatency` samples. Set-up; allocates.
+    void prepare(int largestLatency);
+    /// Ends a fade at the next block and empties the dry delays. Between blocks; allocates nothing.
     void reset();
 
     /// A null input counts as silence.
@@ -31,23 +34,24 @@ public:
                                 int offset, int samples);
 
 private:
-    void matchLatency();
+    VANTA_REALTIME void followLatency();
+    bool hasDryDelay() const { return dryLatency_ > 0 && !dryDelays_.empty(); }
     void fadeTo(float dry);
     void beginFade();
     void writeDry(const float* const* inputs, int channelCount, int offset, int samples);
     void readDry(const float* input, int channel, float* out, int samples);
 
-    GenericPluginProcessor& processor;
-    FloatParameter dryMix;  ///< 0: all processed, 1: all dry
-    std::array<std::unique_ptr<wave::Delay>, kMaxChannels> dryDelays;
-    int dryDelayLength = 0;
-    int holdSamples = 0;
+    GenericPluginProcessor& processor_;
+    wave::FloatParameter dryMix_;                          ///< 0: all processed, 1: all dry
+    std::vector<std::unique_ptr<wave::Delay>> dryDelays_;  ///< one a channel; none without audio input
+    int dryLatency_ = 0;                                   ///< the latency that they stand at
+    int holdSamples_ = 0;
     bool bypassed_ = false;
-    bool fadeInPending = false;
-    bool resetPending = false;
-    bool rested = false;
-    std::array<const float*, kMaxChannels> wetPointers{};
-    wave::BasicBlock<float> scratch;
+    bool fadeInPending_ = false;
+    bool resetPending_ = false;
+    bool rested_ = false;
+    std::array<const float*, kMaxChannels> wetPointers_{};
+    wave::BasicBlock<float> scratch_;
 };
 
 }  // namespace vanta

@@ -8,15 +8,15 @@ namespace vanta {
 /// stands again afterwards.
 class FlushDenormals {
 public:
-    FlushDenormals() : saved(_mm_getcsr()) { _mm_setcsr(kControlWord); }
-    ~FlushDenormals() { _mm_setcsr(saved); }
+    FlushDenormals() : saved_(_mm_getcsr()) { _mm_setcsr(kControlWord); }
+    ~FlushDenormals() { _mm_setcsr(saved_); }
     FlushDenormals(const FlushDenormals&) = delete;
     FlushDenormals& operator=(const FlushDenormals&) = delete;
 
 private:
     /// All exceptions masked, round to nearest, flush to zero, denormals are zero: every x86-64 has them all.
     static constexpr unsigned kControlWord = 0x9FC0;
-    unsigned saved;
+    unsigned saved_;
 };
 
 }  // namespace vanta

@@ -9,10 +9,12 @@
 
 #include "foundation/lock_free_fifo.hpp"
 #include "foundation/realtime.hpp"
-#include "plugin/channel_layout.hpp"
-#include "plugin/generic_plugin_base.hpp"
+#include "plugin/base/channel_layout.hpp"
+#include "plugin/base/generic_plugin_base.hpp"
+#include "plugin/midi/midi_controlled.hpp"
 #include "plugin/midi/midi_decoder.hpp"
 #include "plugin/parameters/indexed_plugin_parameter.hpp"
+#include "plugin/processor/parameter_queue.hpp"
 #include "wave/level_source.hpp"
 #include "wave/producer.hpp"
 
@@ -25,15 +27,16 @@ class BinaryDataWriter;
 ///
 /// A subclass declares its source counts and parameters, calls `initialize`, then builds one Channel per
 /// channel of the layout and wires its `output`; it keeps `latency` up to date.
-class GenericPluginProcessor : public GenericPluginBase {
+///
+/// `prepare` may allocate; `processBlock` and `reset` do not, and neither does the frame when the latency
+/// changes, bypassed or not. A subclass that gives effect to a parameter by building something anew allocates
+/// where that change is taken up: in either of the two.
+class GenericPluginProcessor : public GenericPluginBase, public MidiControlled {
 public:
     static constexpr int kMaxSubBlock = 256;
     static constexpr int kMaxIdleSamples = 12'288'000;
-    static constexpr int kControllerCount = 128;
-    static constexpr int kNoTarget = -1;
-    static constexpr int kExtraTargetBase = 0x100000;
 
-    /// What the processor calls on the host side. The last two may come from the audio thread.
+    /// What the processor calls on the host side, also from the audio thread.
     class ProcessorAdapter {
     public:
         virtual ~ProcessorAdapter() = default;
@@ -56,24 +59,23 @@ public:
     /// Before `processBlock`: tempo in beats per minute, position in beats.
     VANTA_REALTIME void updateTransport(float tempo, float hostPosition);
     VANTA_REALTIME void setBypassed(bool request, int source);
-    VANTA_REALTIME void controllerChanged(int number, float value);
-    VANTA_REALTIME void programChanged(int bank, int program);
+    VANTA_REALTIME void controllerChanged(int number, float value) override;
+    VANTA_REALTIME void programChanged(int bank, int program) override;
     /// Samples that sound on after the input has ended; -1 means without limit.
     virtual int tailLength() const { return -1; }
-    /// Clears all that is remembered of the signal. Between blocks; allocates if the latency has changed.
+    /// Clears all that is remembered of the signal and takes up pending changes. Between blocks.
     virtual void reset();
 
-    // Any thread.
+    // Any thread. Nothing of it waits or allocates.
 
-    void beginChange() override;
-    void endChange() override;
+    void beginChange() override { parameterQueue_.beginBlock(); }
+    void endChange() override { parameterQueue_.endBlock(); }
     void parameterChanged(int index, float value, int flags) override;
     /// The stream jumps: ramps end at their next read.
     void requestDiscontinuity();
     /// A MIDI message for sample `offset` of the next block. False when the queue is full.
     bool queueMidi(int offset, std::uint8_t status, std::uint8_t data1, std::uint8_t data2);
-    /// What controller `number` moves: a parameter, kExtraTargetBase plus an extra target, or kNoTarget.
-    void setControllerTarget(int number, int target);
+    void setControllerTarget(int number, int target) override;
     /// Samples of delay between input and output, as told to the host.
     int latency() const { return latency_.load(std::memory_order_relaxed); }
 
@@ -83,12 +85,12 @@ public:
     void writeVisualData(BinaryDataWriter& writer);
     /// What the interface asked of its proxies, one byte per level source.
     void applyLevelCommands(std::span<const std::uint8_t> commands);
-    std::span<LevelSource* const> levels() const { return levelSources; }
+    std::span<wave::LevelSource* const> levels() const { return levelSources; }
 
     // Set-up, while no block runs.
 
-    /// Hz. Resets everything that depends on it.
-    void setSampleRate(float rate);
+    /// Builds for a sample rate in Hz, and resets everything, unless it is the present one. Allocates.
+    void prepare(float sampleRate);
     float sampleRate() const;
     void setAdapter(ProcessorAdapter* hostAdapter) { adapter = hostAdapter; }
     /// Whether the host delivers a side chain behind the main inputs.
@@ -104,6 +106,9 @@ protected:
     /// First instance in the process, under the lock of shared data.
     virtual void initShared() {}
     virtual std::unique_ptr<AbstractMusicEventReceiver> createEventReceiver();
+    /// The longest that `latency` may ever be at a sample rate in Hz: what room is made for. Arithmetic
+    /// alone, as `initialize` asks for it.
+    virtual int largestLatency(float sampleRate) const = 0;
     virtual void setInputBuffers(const float* const* inputs, int inputCount, int samples);
     virtual void fetchOutputs(const float** wet, int channelCount, int samples);
     virtual void transportChanged(float /*tempo*/, double /*beatPosition*/) {}
@@ -112,7 +117,7 @@ protected:
     /// On the audio thread, after the parameter has driven its cells.
     virtual void parameterApplied(int index);
     /// Takes note of how much is queued; what comes later waits for the next drain.
-    virtual void notePendingChanges();
+    virtual void notePendingChanges() { parameterQueue_.note(); }
     /// Gives effect to what was noted. Only called by `applyPending`.
     virtual void applyPendingParameters();
     virtual void sampleRateChanged();
@@ -125,7 +130,7 @@ protected:
     /// audio thread derives from several parameters must come from these, or its parts do not fit. Audio
     /// thread.
     float appliedValue(const AbstractPluginParameter& parameter) const {
-        return appliedValues[static_cast<std::size_t>(parameter.index())];
+        return appliedValues_[static_cast<std::size_t>(parameter.index())];
     }
     template <typename T>
     T applied(const IndexedPluginParameter<T>& parameter) const {
@@ -136,12 +141,12 @@ protected:
     ProcessorAdapter* adapter = nullptr;
     bool sideChainInUse = false;
     // What an interface reads, in the order of the visual data; not owned.
-    std::vector<AudioSource*> audioSources;
-    std::vector<LevelSource*> levelSources;
-    std::vector<SpectrumSource*> spectrumSources;
+    std::vector<wave::AudioSource*> audioSources;
+    std::vector<wave::LevelSource*> levelSources;
+    std::vector<wave::SpectrumSource*> spectrumSources;
 
 private:
-    void onSampleRateChanged(void*) { sampleRateChanged(); }
+    void onSampleRateChanged(void*);
     void processUntil(const float* const* inputs, float* const* outputs, int channelCount, int& position,
                       int end);
     bool drainMidi(const float* const* inputs, float* const* outputs, int channelCount, int samples);
@@ -149,26 +154,23 @@ private:
     void decode(LockFreeFifo::Item event);
     void applyParameter(int index, float value);
 
-    std::array<bool, 2> bypassRequests{};
+    bool isCounted_ = false;  ///< among the instances of the process
+    std::array<bool, 2> bypassRequests_{};
     std::vector<Channel*> channels_;
-    std::array<std::atomic<int>, kControllerCount> controllerTargets;
+    std::array<std::atomic<int>, kControllerCount> controllerTargets_;
     std::unique_ptr<wave::Environment> environment_;
-    float lastHostPosition = 0.0f;
-    int learnedController = -1;
-    int hostBlockSamples = 0;
+    float lastHostPosition_ = 0.0f;
+    int learnedController_ = -1;
+    int hostBlockSamples_ = 0;
     std::atomic<int> latency_{0};
-    std::unique_ptr<AbstractMusicEventReceiver> eventReceiver;
-    std::unique_ptr<MidiDecoder> midiDecoder;
-    std::unique_ptr<BypassProcessor> bypassProcessor;
-    int midiMode = 0;
-    LockFreeFifo midiQueue;
-    LockFreeFifo parameterQueue;
-    std::uint32_t pendingParameters = 0;
-    std::atomic<int> parameterHold{0};
-    std::atomic<std::uint32_t> changeEpoch{0};  ///< counts opened blocks of changes
-    std::atomic<bool> reapplyAll{false};        ///< a change found the queue full
-    std::vector<float> appliedValues;           ///< what the audio thread has given effect to
-    std::atomic<int> idleSamples{kMaxIdleSamples};
+    std::unique_ptr<AbstractMusicEventReceiver> eventReceiver_;
+    std::unique_ptr<MidiDecoder> midiDecoder_;
+    std::unique_ptr<BypassProcessor> bypassProcessor_;
+    int midiMode_ = 0;
+    LockFreeFifo midiQueue_;
+    ParameterQueue parameterQueue_;
+    std::vector<float> appliedValues_;  ///< what the audio thread has given effect to
+    std::atomic<int> idleSamples_{kMaxIdleSamples};
     double beatPosition_ = 0.0;
 };
 
@@ -201,13 +203,13 @@ private:
     class ConnectedSideChainInput final : public wave::Input {
     public:
         ConnectedSideChainInput(wave::Environment& owner, const GenericPluginProcessor& frame)
-            : Input(owner), processor(frame) {}
+            : Input(owner), processor_(frame) {}
 
     protected:
         void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
 
     private:
-        const GenericPluginProcessor& processor;
+        const GenericPluginProcessor& processor_;
     };
 
     friend class GenericPluginProcessor;

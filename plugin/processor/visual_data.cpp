@@ -6,7 +6,7 @@ namespace vanta {
 
 namespace {
 
-void writeAudio(const AudioSource& source, BinaryDataWriter& writer) {
+void writeAudio(const wave::AudioSource& source, BinaryDataWriter& writer) {
     writer.writeInt(source.channelCount());
     writer.writeInt(source.frameCount());
     writer.writeInt(source.blockLength());
@@ -18,14 +18,14 @@ void writeAudio(const AudioSource& source, BinaryDataWriter& writer) {
     }
 }
 
-void writeLevels(LevelSource& source, BinaryDataWriter& writer) {
-    for (int info = 0; info < LevelSource::InfoCount; ++info) {
-        writer.writeFloat(source.value(static_cast<LevelSource::Info>(info)));
+void writeLevels(wave::LevelSource& source, BinaryDataWriter& writer) {
+    for (int info = 0; info < wave::LevelSource::InfoCount; ++info) {
+        writer.writeFloat(source.value(static_cast<wave::LevelSource::Info>(info)));
     }
     writer.writeInt(source.infoWord());
 }
 
-void writeSpectrum(const SpectrumSource& source, BinaryDataWriter& writer) {
+void writeSpectrum(const wave::SpectrumSource& source, BinaryDataWriter& writer) {
     writer.writeInt(source.spectrumCount());
     writer.writeInt(static_cast<int>(source.data().size()));
     for (const float value : source.data()) writer.writeFloat(value);
@@ -34,14 +34,14 @@ void writeSpectrum(const SpectrumSource& source, BinaryDataWriter& writer) {
 }  // namespace
 
 void GenericPluginProcessor::writeVisualData(BinaryDataWriter& writer) {
-    idleSamples.store(0);
-    for (AudioSource* source : audioSources) source->lock();
-    for (SpectrumSource* source : spectrumSources) source->lock();
-    for (const AudioSource* source : audioSources) writeAudio(*source, writer);
-    for (LevelSource* source : levelSources) writeLevels(*source, writer);
-    for (const SpectrumSource* source : spectrumSources) writeSpectrum(*source, writer);
-    for (SpectrumSource* source : spectrumSources) source->unlock();
-    for (AudioSource* source : audioSources) source->unlock();
+    idleSamples_.store(0);
+    for (wave::AudioSource* source : audioSources) source->lock();
+    for (wave::SpectrumSource* source : spectrumSources) source->lock();
+    for (const wave::AudioSource* source : audioSources) writeAudio(*source, writer);
+    for (wave::LevelSource* source : levelSources) writeLevels(*source, writer);
+    for (const wave::SpectrumSource* source : spectrumSources) writeSpectrum(*source, writer);
+    for (wave::SpectrumSource* source : spectrumSources) source->unlock();
+    for (wave::AudioSource* source : audioSources) source->unlock();
 }
 
 void GenericPluginProcessor::applyLevelCommands(std::span<const std::uint8_t> commands) {

@@ -13,14 +13,14 @@ constexpr int kScreenMargin = 165;
 
 }  // namespace
 
-InterfaceSize InterfaceSizes::limit(int layout, InterfaceSize wanted) const {
+InterfaceSize InterfaceSizes::limit(int layout, InterfaceSize size) const {
     if (layout == 0 && !fixed.empty()) return fixed.front();
-    return {std::max(wanted.width, minimum.width), std::max(wanted.height, minimum.height)};
+    return {std::max(size.width, minimum.width), std::max(size.height, minimum.height)};
 }
 
-PluginSettings::PluginSettings(const std::string& key, InterfaceSizes interfaceSizes)
+PluginSettings::PluginSettings(const std::string& key, InterfaceSizes sizes)
     : SettingsBase(key),
-      sizes_(std::move(interfaceSizes)),
+      sizes_(std::move(sizes)),
       interfaceLayout(this, sizes_.resizable ? kFreeSize : 0, static_cast<int>(sizes_.fixed.size()) - 1,
                       sizes_.defaultLayout),
       interfaceHeight(this, sizes_.minimum.height, kMaxHeight, sizes_.minimum.height),
@@ -44,10 +44,10 @@ InterfaceSize PluginSettings::interfaceSize() const {
     return {interfaceWidth, interfaceHeight};
 }
 
-void PluginSettings::setInterfaceSize(InterfaceSize wanted) {
-    if (!sizes_.resizable || wanted == interfaceSize()) return;
+void PluginSettings::setInterfaceSize(InterfaceSize size) {
+    if (!sizes_.resizable || size == interfaceSize()) return;
     const UpdateBlock block(*this);
-    const InterfaceSize limited = sizes_.limit(kFreeSize, wanted);
+    const InterfaceSize limited = sizes_.limit(kFreeSize, size);
     interfaceLayout = kFreeSize;
     interfaceWidth = limited.width;
     interfaceHeight = limited.height;

@@ -24,7 +24,7 @@ struct InterfaceSizes {
 
     /// The nearest size that the interface can take while `layout` is chosen: the smallest fixed size is not
     /// to be stretched, all others follow the minimum alone.
-    InterfaceSize limit(int layout, InterfaceSize wanted) const;
+    InterfaceSize limit(int layout, InterfaceSize size) const;
 };
 
 /// Settings of one instance.
@@ -33,14 +33,14 @@ public:
     /// Of `interfaceLayout`: the size is `interfaceWidth` by `interfaceHeight`.
     static constexpr int kFreeSize = -1;
 
-    PluginSettings(const std::string& key, InterfaceSizes interfaceSizes);
+    PluginSettings(const std::string& key, InterfaceSizes sizes);
 
     void serialize(SettingSerializer& serializer) override;
 
     /// The size of the chosen row, or the free one.
     InterfaceSize interfaceSize() const;
     /// Takes a free size, if the plug-in can be resized and the size differs from the present one.
-    void setInterfaceSize(InterfaceSize wanted);
+    void setInterfaceSize(InterfaceSize size);
     /// Falls back to what a screen can show. `monitors`: the size of the union of all monitors.
     void fitToScreen(InterfaceSize monitors);
 

@@ -1,41 +1,28 @@
 #include "plugin/settings/registry_serializer.hpp"
 
 namespace vanta {
-namespace {
 
-template <typename T>
-T valueOr(const SettingsStore& store, const std::string& key, const T& defaultValue) {
-    const auto value = store.read(key);
-    const T* found = value ? std::get_if<T>(&*value) : nullptr;
-    return found ? *found : defaultValue;
+void RegistrySerializer::binary(const std::string& key, std::vector<std::uint8_t>& bytes) {
+    bytes = std::get<std::vector<std::uint8_t>>(carry(key, bytes, std::vector<std::uint8_t>()));
 }
 
-}  // namespace
-
-void RegistryReader::binary(const std::string& key, std::vector<std::uint8_t>& bytes) {
-    bytes = valueOr(store, key, std::vector<std::uint8_t>());
+int RegistrySerializer::integer(const std::string& key, int value, int defaultValue) {
+    return std::get<std::int32_t>(carry(key, value, defaultValue));
 }
 
-int RegistryReader::integer(const std::string& key, int, int defaultValue) {
-    return valueOr<std::int32_t>(store, key, defaultValue);
+std::string RegistrySerializer::text(const std::string& key, const std::string& value,
+                                     const std::string& defaultValue) {
+    return std::get<std::string>(carry(key, value, defaultValue));
 }
 
-std::string RegistryReader::text(const std::string& key, const std::string&,
-                                 const std::string& defaultValue) {
-    return valueOr(store, key, defaultValue);
+SettingValue RegistryReader::carry(const std::string& key, const SettingValue&,
+                                   const SettingValue& defaultValue) {
+    const auto found = store_.read(key);
+    return found && found->index() == defaultValue.index() ? *found : defaultValue;
 }
 
-void RegistryWriter::binary(const std::string& key, std::vector<std::uint8_t>& bytes) {
-    store.write(key, bytes);
-}
-
-int RegistryWriter::integer(const std::string& key, int value, int) {
-    store.write(key, value);
-    return value;
-}
-
-std::string RegistryWriter::text(const std::string& key, const std::string& value, const std::string&) {
-    store.write(key, value);
+SettingValue RegistryWriter::carry(const std::string& key, const SettingValue& value, const SettingValue&) {
+    write(key, value);
     return value;
 }
 

@@ -5,35 +5,51 @@
 
 namespace vanta {
 
+/// A serializer over a store that keeps the types of its values. A derived class carries one value of any
+/// type, in its own direction.
+class RegistrySerializer : public SettingSerializer {
+public:
+    void binary(const std::string& key, std::vector<std::uint8_t>& bytes) final;
+    int integer(const std::string& key, int value, int defaultValue) final;
+    std::string text(const std::string& key, const std::string& value, const std::string& defaultValue) final;
+
+protected:
+    /// The value that stands from now on, of the type of `value` and `defaultValue`, which are of one type.
+    virtual SettingValue carry(const std::string& key, const SettingValue& value,
+                               const SettingValue& defaultValue) = 0;
+};
+
 /// Reads the values of one key path. A value of another type counts as absent.
-class RegistryReader final : public SettingSerializer {
+class RegistryReader : public RegistrySerializer {
 public:
     explicit RegistryReader(const std::string& keyPath, SettingsHive hive = SettingsHive::User)
-        : store(keyPath, hive) {}
+        : store_(keyPath, hive) {}
 
     bool isWriter() const override { return false; }
-    void binary(const std::string& key, std::vector<std::uint8_t>& bytes) override;
-    int integer(const std::string& key, int value, int defaultValue) override;
-    std::string text(const std::string& key, const std::string& value,
-                     const std::string& defaultValue) override;
+
+protected:
+    SettingValue carry(const std::string& key, const SettingValue& value,
+                       const SettingValue& defaultValue) override;
 
 private:
-    SettingsStore store;
+    SettingsStore store_;
 };
 
 /// Writes values of one key path of the user, each on its own. What cannot be stored is lost without a word.
-class RegistryWriter final : public SettingSerializer {
+class RegistryWriter : public RegistrySerializer {
 public:
-    explicit RegistryWriter(const std::string& keyPath) : store(keyPath) {}
+    explicit RegistryWriter(const std::string& keyPath) : store_(keyPath) {}
 
     bool isWriter() const override { return true; }
-    void binary(const std::string& key, std::vector<std::uint8_t>& bytes) override;
-    int integer(const std::string& key, int value, int defaultValue) override;
-    std::string text(const std::string& key, const std::string& value,
-                     const std::string& defaultValue) override;
+
+protected:
+    SettingValue carry(const std::string& key, const SettingValue& value,
+                       const SettingValue& defaultValue) override;
+    /// False if it could not be stored.
+    bool write(const std::string& key, const SettingValue& value) const { return store_.write(key, value); }
 
 private:
-    SettingsStore store;
+    SettingsStore store_;
 };
 
 }  // namespace vanta

@@ -5,66 +5,40 @@
 namespace vanta {
 
 /// Reads, and notes what it found.
-class SettingsBase::Recorder final : public SettingSerializer {
+class SettingsBase::Recorder final : public RegistryReader {
 public:
-    Recorder(const std::string& keyPath, std::map<std::string, SettingValue>& recorded)
-        : reader(keyPath), known(recorded) {}
-
-    bool isWriter() const override { return false; }
-    void binary(const std::string& key, std::vector<std::uint8_t>& bytes) override {
-        reader.binary(key, bytes);
-        known[key] = bytes;
-    }
-    int integer(const std::string& key, int value, int defaultValue) override {
-        return record(key, reader.integer(key, value, defaultValue));
-    }
-    std::string text(const std::string& key, const std::string& value,
-                     const std::string& defaultValue) override {
-        return record(key, reader.text(key, value, defaultValue));
-    }
+    Recorder(const std::string& keyPath, std::map<std::string, SettingValue>& known)
+        : RegistryReader(keyPath), known_(known) {}
 
 private:
-    template <typename T>
-    T record(const std::string& key, const T& found) {
-        known[key] = found;
-        return found;
+    SettingValue carry(const std::string& key, const SettingValue& value,
+                       const SettingValue& defaultValue) override {
+        return known_[key] = RegistryReader::carry(key, value, defaultValue);
     }
 
-    RegistryReader reader;
-    std::map<std::string, SettingValue>& known;
+    std::map<std::string, SettingValue>& known_;
 };
 
 /// Writes what differs from what is known to be stored.
-class SettingsBase::ChangeWriter final : public SettingSerializer {
+class SettingsBase::ChangeWriter final : public RegistryWriter {
 public:
-    ChangeWriter(const std::string& keyPath, std::map<std::string, SettingValue>& stored)
-        : store(keyPath), known(stored) {}
-
-    bool isWriter() const override { return true; }
-    void binary(const std::string& key, std::vector<std::uint8_t>& bytes) override { write(key, bytes); }
-    int integer(const std::string& key, int value, int) override {
-        write(key, value);
-        return value;
-    }
-    std::string text(const std::string& key, const std::string& value, const std::string&) override {
-        write(key, value);
-        return value;
-    }
+    ChangeWriter(const std::string& keyPath, std::map<std::string, SettingValue>& known)
+        : RegistryWriter(keyPath), known_(known) {}
 
 private:
-    void write(const std::string& key, const SettingValue& value) {
-        const auto found = known.find(key);
-        if (found != known.end() && found->second == value) return;
+    SettingValue carry(const std::string& key, const SettingValue& value, const SettingValue&) override {
+        const auto found = known_.find(key);
+        const bool isStored = found != known_.end() && found->second == value;
         // What could not be stored is tried again with the next change.
-        if (store.write(key, value)) known[key] = value;
+        if (!isStored && write(key, value)) known_[key] = value;
+        return value;
     }
 
-    SettingsStore store;
-    std::map<std::string, SettingValue>& known;
+    std::map<std::string, SettingValue>& known_;
 };
 
 void SettingsBase::load() {
-    Recorder recorder(keyPath, known);
+    Recorder recorder(keyPath_, known_);
     serialize(recorder);
 }
 
@@ -74,7 +48,7 @@ void SettingsBase::propertyChanged(AbstractProperty&) {
 
 void SettingsBase::update() {
     UpdatedObject::update();
-    ChangeWriter writer(keyPath, known);
+    ChangeWriter writer(keyPath_, known_);
     serialize(writer);
 }
 

@@ -6,7 +6,7 @@
 #include "foundation/property.hpp"
 #include "foundation/setting_serializer.hpp"
 #include "foundation/updated_object.hpp"
-#include "plugin/settings/settings_store.hpp"
+#include "plugin/settings/setting_value.hpp"
 
 namespace vanta {
 
@@ -15,7 +15,7 @@ namespace vanta {
 /// so that it never undoes what another process has stored since. The interface's thread.
 class SettingsBase : public PropertyOwner, public UpdatedObject {
 public:
-    explicit SettingsBase(std::string key) : loaded(nullptr, false), keyPath(std::move(key)) {}
+    explicit SettingsBase(std::string keyPath) : loaded(nullptr, false), keyPath_(std::move(keyPath)) {}
 
     /// Reads or writes every value, in one fixed order.
     virtual void serialize(SettingSerializer& serializer) = 0;
@@ -34,8 +34,8 @@ private:
     class Recorder;
     class ChangeWriter;
 
-    std::string keyPath;
-    std::map<std::string, SettingValue> known;  ///< what is stored, as far as this object knows
+    std::string keyPath_;
+    std::map<std::string, SettingValue> known_;  ///< what is stored, as far as this object knows
 };
 
 }  // namespace vanta

@@ -7,20 +7,18 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
-#include <fstream>
-#include <iterator>
-
-#include <fmt/format.h>
+#include <ostream>
+#include <span>
 
 #include "foundation/file_replacement.hpp"
+#include "foundation/hex_text.hpp"
 
 namespace vanta {
 namespace {
 
 constexpr const char* kIntegers = "Integers";
 constexpr const char* kTexts = "Texts";
-constexpr const char* kRawTexts = "Raw Texts";  ///< texts that are no UTF-8, as paths may be
+constexpr const char* kRawTexts = "Raw Texts";  ///< texts that are not UTF-8, as paths may be
 constexpr const char* kBytes = "Bytes";
 constexpr std::array<const char*, 4> kGroups{kIntegers, kTexts, kRawTexts, kBytes};
 
@@ -60,31 +58,13 @@ std::optional<std::string> readAll(int descriptor, std::size_t size) {
     return content;
 }
 
-std::string toHex(const auto& bytes) {
-    std::string digits;
-    for (const auto byte : bytes) {
-        fmt::format_to(std::back_inserter(digits), "{:02x}", static_cast<unsigned char>(byte));
-    }
-    return digits;
-}
-
-template <typename Container>
-std::optional<Container> fromHex(const std::string& digits) {
-    if (digits.size() % 2) return {};
-    Container bytes;
-    for (std::size_t i = 0; i < digits.size(); i += 2) {
-        unsigned char byte = 0;
-        const char* end = digits.data() + i + 2;
-        const auto result = std::from_chars(digits.data() + i, end, byte, 16);
-        if (result.ec != std::errc{} || result.ptr != end) return {};
-        bytes.push_back(static_cast<typename Container::value_type>(byte));
-    }
-    return bytes;
+std::span<const std::uint8_t> bytesOf(const std::string& text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
 }  // namespace
 
-SettingsFile::SettingsFile(const std::filesystem::path& path) : values(g_key_file_new()) {
+SettingsFile::SettingsFile(const std::filesystem::path& path) : values_(g_key_file_new()) {
     const OpenFile file(path);
     if (file.descriptor < 0) {
         state_ = errno == ENOENT || errno == ENOTDIR ? State::Missing : State::Unreadable;
@@ -106,11 +86,11 @@ SettingsFile::SettingsFile(const std::filesystem::path& path) : values(g_key_fil
 SettingsFile::State SettingsFile::parse(const std::string& content) {
     // A disk that lost power can leave a file of zeros, which would pass as one long comment or key.
     const bool isText = content.find('\0') == std::string::npos;
-    if (isText && g_key_file_load_from_data(values.get(), content.data(), content.size(),
+    if (isText && g_key_file_load_from_data(values_.get(), content.data(), content.size(),
                                             G_KEY_FILE_KEEP_COMMENTS, nullptr)) {
         return State::Sound;
     }
-    values.reset(g_key_file_new());  // what was parsed before the fault
+    values_.reset(g_key_file_new());  // what was parsed before the fault
     return State::Damaged;
 }
 
@@ -120,7 +100,7 @@ bool SettingsFile::isName(const std::string& name) {
 }
 
 std::optional<std::string> SettingsFile::string(const char* group, const std::string& name) const {
-    const GText text(g_key_file_get_string(values.get(), group, name.c_str(), nullptr));
+    const GText text(g_key_file_get_string(values_.get(), group, name.c_str(), nullptr));
     if (!text) return {};
     return text.get();
 }
@@ -128,15 +108,15 @@ std::optional<std::string> SettingsFile::string(const char* group, const std::st
 std::optional<SettingValue> SettingsFile::get(const std::string& name) const {
     if (!isName(name)) return {};
     GError* error = nullptr;
-    const int number = g_key_file_get_integer(values.get(), kIntegers, name.c_str(), &error);
+    const int number = g_key_file_get_integer(values_.get(), kIntegers, name.c_str(), &error);
     if (!error) return number;
     g_error_free(error);
     if (auto text = string(kTexts, name)) return *text;
     if (const auto digits = string(kRawTexts, name)) {
-        if (auto text = fromHex<std::string>(*digits)) return *text;
+        if (const auto bytes = fromHex(*digits)) return std::string(bytes->begin(), bytes->end());
     }
     if (const auto digits = string(kBytes, name)) {
-        if (auto bytes = fromHex<std::vector<std::uint8_t>>(*digits)) return *bytes;
+        if (auto bytes = fromHex(*digits)) return *bytes;
     }
     return {};
 }
@@ -147,15 +127,15 @@ void SettingsFile::set(const std::string& name, const SettingValue& value) {
         const bool isUtf8 = g_utf8_validate(text->data(), static_cast<gssize>(text->size()), nullptr);
         group = isUtf8 ? kTexts : kRawTexts;  // a zero byte counts as invalid there
         if (isUtf8) {
-            g_key_file_set_string(values.get(), group, name.c_str(), text->c_str());
+            g_key_file_set_string(values_.get(), group, name.c_str(), text->c_str());
         } else {
-            g_key_file_set_string(values.get(), group, name.c_str(), toHex(*text).c_str());
+            g_key_file_set_string(values_.get(), group, name.c_str(), toHex(bytesOf(*text)).c_str());
         }
     } else if (const auto* bytes = std::get_if<std::vector<std::uint8_t>>(&value)) {
         group = kBytes;
-        g_key_file_set_string(values.get(), group, name.c_str(), toHex(*bytes).c_str());
+        g_key_file_set_string(values_.get(), group, name.c_str(), toHex(*bytes).c_str());
     } else {
-        g_key_file_set_integer(values.get(), group, name.c_str(), std::get<std::int32_t>(value));
+        g_key_file_set_integer(values_.get(), group, name.c_str(), std::get<std::int32_t>(value));
     }
     for (const char* other : kGroups) {
         if (other != group) drop(other, name);
@@ -165,22 +145,19 @@ void SettingsFile::set(const std::string& name, const SettingValue& value) {
 // Of a name that a hand-edited file gives twice, removing one only uncovers the other, and only when the file
 // is read again.
 void SettingsFile::drop(const char* group, const std::string& name) {
-    while (g_key_file_remove_key(values.get(), group, name.c_str(), nullptr)) {
+    while (g_key_file_remove_key(values_.get(), group, name.c_str(), nullptr)) {
         gsize size = 0;
-        const GText content(g_key_file_to_data(values.get(), &size, nullptr));
-        g_key_file_load_from_data(values.get(), content.get(), size, G_KEY_FILE_KEEP_COMMENTS, nullptr);
+        const GText content(g_key_file_to_data(values_.get(), &size, nullptr));
+        g_key_file_load_from_data(values_.get(), content.get(), size, G_KEY_FILE_KEEP_COMMENTS, nullptr);
     }
 }
 
 bool SettingsFile::save(const std::filesystem::path& path) const {
     gsize size = 0;
-    const GText content(g_key_file_to_data(values.get(), &size, nullptr));
-    FileReplacement replacement(path);
-    if (!content || replacement.temporary().empty()) return false;
-    std::ofstream file(replacement.temporary(), std::ios::binary);
-    file.write(content.get(), static_cast<std::streamsize>(size));
-    file.close();
-    return file && replacement.commit();
+    const GText content(g_key_file_to_data(values_.get(), &size, nullptr));
+    return content && replaceFile(path, [&](std::ostream& file) {
+               return !file.write(content.get(), static_cast<std::streamsize>(size)).fail();
+           });
 }
 
 }  // namespace vanta

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "plugin/settings/settings_store.hpp"
+#include "plugin/settings/setting_value.hpp"
 
 namespace vanta {
 
@@ -38,7 +38,7 @@ private:
     void drop(const char* group, const std::string& name);
     std::optional<std::string> string(const char* group, const std::string& name) const;
 
-    std::unique_ptr<GKeyFile, Release> values;
+    std::unique_ptr<GKeyFile, Release> values_;
     State state_;
 };
 

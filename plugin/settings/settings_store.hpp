@@ -1,20 +1,15 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
-#include <variant>
-#include <vector>
+
+#include "plugin/settings/setting_value.hpp"
 
 namespace vanta {
 
 /// Whose settings: one user's, which may be written, or those of the machine, which the installer wrote.
 enum class SettingsHive { User, Machine };
-
-/// A stored value keeps its type; one that is asked for as another type is not there.
-using SettingValue = std::variant<std::int32_t, std::string, std::vector<std::uint8_t>>;
 
 /// Named, typed values under key paths such as "Software\Maker\Product\2.0". Each key path is one text file,
 /// `Maker/Product/2.0.conf` in the user's configuration folder, in which a value stands in the section of its
@@ -22,8 +17,8 @@ using SettingValue = std::variant<std::int32_t, std::string, std::vector<std::ui
 /// reads it anew, changes one value and renames the result into place, so that a reader needs no lock and
 /// nothing but that value changes. Comments that a user wrote there stay.
 ///
-/// A file that cannot be understood counts as empty. The first write keeps it aside under another name.
-/// Both are told, once each, through the notice handler. Never throws; not for the audio thread.
+/// A file that cannot be understood counts as empty. The first write keeps it aside under another name. Of
+/// both the user is told once. Throws nothing but std::bad_alloc; not for the audio thread.
 class SettingsStore {
 public:
     explicit SettingsStore(const std::string& keyPath, SettingsHive hive = SettingsHive::User);
@@ -42,11 +37,5 @@ private:
     std::filesystem::path file_;
     SettingsHive hive_;
 };
-
-/// Hears what a user should know of the settings, in one sentence without a line break.
-using SettingsNotice = std::function<void(const std::string& sentence)>;
-
-/// Without a handler, or with an empty one, notices go to stderr. Any thread.
-void setSettingsNotice(SettingsNotice handler);
 
 }  // namespace vanta

@@ -19,12 +19,10 @@ constexpr float kLargest = 1048576.0f;  // 2^20, to which the door limits
 class BadAudio : public testing::TestWithParam<Style> {
 protected:
     LimiterSetup setup(int oversamplingIndex = 0, bool truePeak = false) const {
-        LimiterSetup made;
-        made.style = GetParam();
-        made.gainDb = 12.0f;
-        made.oversamplingIndex = oversamplingIndex;
-        made.truePeak = truePeak;
-        return made;
+        return {.style = GetParam(),
+                .oversamplingIndex = oversamplingIndex,
+                .truePeak = truePeak,
+                .gainDb = 12.0f};
     }
 };
 
@@ -52,36 +50,26 @@ Channels withBurst(Channels channels, float value) {
     return channels;
 }
 
-bool sameBits(const Channels& a, const Channels& b) {
-    return a == b;  // no NaN is equal to itself, so there is none either
-}
-
-TEST_P(BadAudio, countsAsWhatReplacesIt) {
-    const Channels music = loudMusic(0.5);
-    for (const bool hard : {true, false}) {
-        for (const Replacement& r : kReplacements) {
-            SCOPED_TRACE(r.name);
-            LimiterRig bad(setup(hard ? 0 : 1, !hard));
-            LimiterRig good(setup(hard ? 0 : 1, !hard));
-            const Channels out = bad.process(withBurst(music, r.bad));
-            EXPECT_TRUE(sameBits(out, good.process(withBurst(music, r.good))));
-            EXPECT_LE(peak(out), 1.0);
+TEST_P(BadAudio, CountsAsWhatReplacesIt) {
+    const Channels music = loudMusic(0.4);
+    for (const bool bypassed : {false, true}) {
+        for (const int index : {0, 1}) {
+            for (const Replacement& r : kReplacements) {
+                SCOPED_TRACE(fmt::format("{} at {}x{}", r.name, 1 << index, bypassed ? ", bypassed" : ""));
+                LimiterSetup played = setup(index, index == 1);
+                played.further = [=](VantaProcessor& limiter) { limiter.bypass.setMapped(bypassed); };
+                const Channels out = LimiterRig(played).process(withBurst(music, r.bad));
+                // Bit for bit; no NaN is equal to itself, so there is none either.
+                EXPECT_TRUE(out == LimiterRig(played).process(withBurst(music, r.good)));
+                if (!bypassed) {
+                    EXPECT_LE(peak(out), 1.0);
+                }
+            }
         }
     }
 }
 
-TEST_P(BadAudio, isNothingToTheBypassEither) {
-    for (const Replacement& r : kReplacements) {
-        SCOPED_TRACE(r.name);
-        LimiterSetup bypassed = setup();
-        bypassed.further = [](VantaProcessor& limiter) { limiter.bypass.setMapped(true); };
-        const Channels music = loudMusic(0.3);
-        EXPECT_TRUE(sameBits(LimiterRig(bypassed).process(withBurst(music, r.bad)),
-                             LimiterRig(bypassed).process(withBurst(music, r.good))));
-    }
-}
-
-TEST_P(BadAudio, isForgottenAfterAPause) {
+TEST_P(BadAudio, IsForgottenAfterAPause) {
     // Even what is 120 dB too loud: once all levels have fallen, music comes out as it always does.
     const Channels music = loudMusic(0.4);
     LimiterSetup quick = setup();
@@ -98,21 +86,21 @@ TEST_P(BadAudio, isForgottenAfterAPause) {
     EXPECT_LT(nullDb(rig.process(music), untouched.process(music)), -100.0);
 }
 
-TEST_P(BadAudio, fromSilenceComesSilence) {
+TEST_P(BadAudio, FromSilenceComesSilence) {
     LimiterRig rig(setup(1, true));
     rig.process(loudMusic(0.3));
     rig.process(Channels(2, Signal(6 * 44100, 0.0f)));
     EXPECT_EQ(peak(rig.process(Channels(2, Signal(4096, 0.0f)))), 0.0);
 }
 
-TEST_P(BadAudio, denormalsAreNoLouderThanTheyWere) {
+TEST_P(BadAudio, DenormalsAreNoLouderThanTheyWere) {
     const float tiny = std::numeric_limits<float>::denorm_min() * 1000.0f;
     LimiterRig rig(setup(1, true));
     const Channels out = rig.process(Channels(2, Signal(20000, tiny)));
     EXPECT_LE(peak(out), 1e-30);
 }
 
-TEST_P(BadAudio, offsetsAreHeldAndFiltered) {
+TEST_P(BadAudio, OffsetsAreHeldAndFiltered) {
     // A constant above the ceiling is limited like any other signal; the filter takes it away.
     constexpr std::size_t kCount = 3 * 44100;
     const Channels offset(2, Signal(kCount, 0.9f));
@@ -125,7 +113,7 @@ TEST_P(BadAudio, offsetsAreHeldAndFiltered) {
     EXPECT_LT(std::abs(LimiterRig(filtered).process(offset)[0].back()), 1e-3);
 }
 
-TEST_P(BadAudio, missingInputsAreSilence) {
+TEST_P(BadAudio, MissingInputsAreSilence) {
     LimiterRig rig(setup());
     rig.process(loudMusic(0.2));
     Channels out(2, Signal(6 * 44100));

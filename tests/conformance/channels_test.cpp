@@ -16,12 +16,7 @@ constexpr ChannelLayout k51 = 6;    // L R Ls Rs C LFE
 constexpr ChannelLayout k712 = 14;  // L R and three more pairs, C, LFE
 
 LimiterSetup hot(Style style, bool truePeak, ChannelLayout layout) {
-    LimiterSetup setup;
-    setup.style = style;
-    setup.truePeak = truePeak;
-    setup.gainDb = 15.0f;
-    setup.layout = layout;
-    return setup;
+    return {.style = style, .truePeak = truePeak, .gainDb = 15.0f, .layout = layout};
 }
 
 class ChannelSymmetry : public testing::TestWithParam<std::tuple<Style, float>> {};
@@ -33,7 +28,7 @@ INSTANTIATE_TEST_SUITE_P(StylesAndLinks, ChannelSymmetry,
                                                 200.0f * std::get<1>(instance.param));
                          });
 
-TEST_P(ChannelSymmetry, swapsEqualsAndMono) {
+TEST_P(ChannelSymmetry, SwapsEqualsAndMono) {
     const auto [style, link] = GetParam();
     const Channels music = loudMusic(0.4);
     // Louder on one side, so that linking has something to do.
@@ -60,7 +55,7 @@ TEST_P(ChannelSymmetry, swapsEqualsAndMono) {
     }
 }
 
-TEST(Layouts, allRunAndHoldTheCeiling) {
+TEST(Layouts, AllRunAndHoldTheCeiling) {
     for (ChannelLayout layout = 0; layout < kChannelLayoutCount; ++layout) {
         const LimiterSetup setup = hot(Style::Modern, true, layout);
         SCOPED_TRACE(describe(setup));
@@ -77,7 +72,7 @@ TEST(Layouts, allRunAndHoldTheCeiling) {
     }
 }
 
-TEST(Layouts, treatEqualPairsOfAllChannelsAlike) {
+TEST(Layouts, TreatEqualPairsOfAllChannelsAlike) {
     for (const Style style : kStyles) {
         const LimiterSetup setup = hot(style, false, k712);
         SCOPED_TRACE(describe(setup));
@@ -149,7 +144,7 @@ const std::vector<LinkCase> kLinkCases = {
     {"a height pair", k712, 6, 0.5f, true, true, {7}},
 };
 
-TEST(ChannelLink, joinsWhatItSays) {
+TEST(ChannelLink, JoinsWhatItSays) {
     for (const Style style : kStyles) {
         for (const LinkCase& c : kLinkCases) {
             if (c.layout == k712 && style != Style::Transparent && style != Style::Modern) continue;
@@ -166,7 +161,7 @@ TEST(ChannelLink, joinsWhatItSays) {
     }
 }
 
-TEST(ChannelLink, growsSteadilyInStereo) {
+TEST(ChannelLink, GrowsSteadilyInStereo) {
     for (const Style style : kStyles) {
         SCOPED_TRACE(nameOf(style));
         double previous = -untouchedDb(style);

@@ -11,13 +11,11 @@ namespace vanta::test {
 namespace {
 
 LimiterSetup hot(Style style, double rate, int oversamplingIndex) {
-    LimiterSetup setup;
-    setup.style = style;
-    setup.rate = rate;
-    setup.gainDb = 14.0f;
-    setup.oversamplingIndex = oversamplingIndex;
-    setup.truePeak = oversamplingIndex > 0;
-    return setup;
+    return {.style = style,
+            .oversamplingIndex = oversamplingIndex,
+            .truePeak = oversamplingIndex > 0,
+            .gainDb = 14.0f,
+            .rate = rate};
 }
 
 const std::vector<LimiterSetup>& setups() {
@@ -28,7 +26,13 @@ const std::vector<LimiterSetup>& setups() {
     return all;
 }
 
-TEST(Instances, thatTakeTurnsDoNotHearEachOther) {
+void expectEachAsAlone(const std::vector<Channels>& outputs, const Channels& music) {
+    for (std::size_t i = 0; i < setups().size(); ++i) {
+        EXPECT_EQ(outputs[i], LimiterRig(setups()[i]).process(music, 200)) << describe(setups()[i]);
+    }
+}
+
+TEST(Instances, ThatTakeTurnsDoNotHearEachOther) {
     const Channels music = loudMusic(0.4);
     std::vector<std::unique_ptr<LimiterRig>> rigs;
     std::vector<Channels> outputs;
@@ -42,12 +46,10 @@ TEST(Instances, thatTakeTurnsDoNotHearEachOther) {
         // One that comes and goes in between, with settings of its own.
         if (at % 4000 == 0) LimiterRig(hot(Style::Allround, 88200.0, 1)).process({Signal(300), Signal(300)});
     }
-    for (std::size_t i = 0; i < rigs.size(); ++i) {
-        EXPECT_EQ(outputs[i], LimiterRig(setups()[i]).process(music, 200)) << describe(setups()[i]);
-    }
+    expectEachAsAlone(outputs, music);
 }
 
-TEST(Instances, onThreadsOfTheirOwnDoNotHearEachOther) {
+TEST(Instances, OnThreadsOfTheirOwnDoNotHearEachOther) {
     const Channels music = loudMusic(0.3);
     std::vector<Channels> outputs(setups().size());
     std::vector<std::thread> threads;
@@ -55,26 +57,7 @@ TEST(Instances, onThreadsOfTheirOwnDoNotHearEachOther) {
         threads.emplace_back([&, i] { outputs[i] = LimiterRig(setups()[i]).process(music, 200); });
     }
     for (std::thread& thread : threads) thread.join();
-    for (std::size_t i = 0; i < setups().size(); ++i) {
-        EXPECT_EQ(outputs[i], LimiterRig(setups()[i]).process(music, 200)) << describe(setups()[i]);
-    }
-}
-
-TEST(Instances, comeAndGo) {
-    // Leaks are the sanitizer's to find.
-    const Channels noise = {whiteNoise(1, 600), whiteNoise(2, 600)};
-    for (int i = 0; i < 20; ++i) {
-        LimiterSetup setup = hot(kStyles[static_cast<std::size_t>(i) % kStyles.size()], 44100.0, i % 3);
-        setup.layout = i % kChannelLayoutCount;
-        LimiterRig rig(setup);
-        if (i % 2 == 0) rig.process(Channels(static_cast<std::size_t>(channelCount(setup.layout)), noise[0]));
-    }
-    std::vector<std::unique_ptr<LimiterRig>> together;
-    for (const Style style : kStyles)
-        together.push_back(std::make_unique<LimiterRig>(hot(style, 44100.0, 0)));
-    const Channels reference = LimiterRig(hot(kStyles[0], 44100.0, 0)).process(noise);
-    for (std::size_t i = together.size(); i-- > 1;) together.pop_back();
-    EXPECT_EQ(together[0]->process(noise), reference);
+    expectEachAsAlone(outputs, music);
 }
 
 }  // namespace

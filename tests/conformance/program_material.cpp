@@ -18,6 +18,7 @@ namespace {
 
 constexpr double kRate = 44100.0;
 constexpr double kSeconds = 0.2;
+constexpr std::size_t kRamp = 882;  // 20 ms
 constexpr auto kCount = static_cast<std::size_t>(kRate * kSeconds);
 
 /// So loud that its peaks stand just below full scale.
@@ -42,7 +43,7 @@ void addTones(std::vector<Material>& all) {
     const auto tone = [&](double frequency, Spectrum spectrum) {
         all.push_back({fmt::format("tone {:.0f} Hz", frequency),
                        spectrum,
-                       {faded(sine(frequency, kRate, kCount, 0.95, 0.8), kRate)}});
+                       {faded(sine(frequency, kRate, kCount, 0.95, 0.8), kRamp)}});
     };
     for (const double frequency : {20.0, 100.0, 997.0, 5003.0, 11001.0, 15000.0}) {
         tone(frequency, Spectrum::Below16kHz);
@@ -51,7 +52,7 @@ void addTones(std::vector<Material>& all) {
     for (const double share : {0.48, 0.49, 0.495}) tone(share * kRate, Spectrum::Nyquist);
     all.push_back({"sweep 20 Hz to 0.49 of the rate",
                    Spectrum::Nyquist,
-                   {faded(sweep(20.0, 0.49 * kRate, kRate, kCount, 0.99), kRate)}});
+                   {faded(sweep(20.0, 0.49 * kRate, kRate, kCount, 0.99), kRamp)}});
 }
 
 /// Tones whose samples miss the peaks by as much as they can.
@@ -61,7 +62,7 @@ void addInterSamplePeaks(std::vector<Material>& all) {
         const Signal tone = sine(kRate / samplesPerCycle, kRate, kCount, 1.0, phase);
         all.push_back({fmt::format("inter-sample tone at rate / {}", samplesPerCycle),
                        Spectrum::Below16kHz,
-                       {faded(tone, kRate)}});
+                       {faded(tone, kRamp)}});
         all.push_back(
             {fmt::format("abrupt inter-sample tone at rate / {}", samplesPerCycle), Spectrum::Edges, {tone}});
     }
@@ -96,7 +97,7 @@ Signal noiseBelow16kHz(std::uint64_t seed) {
         low[i] = static_cast<float>(std::inner_product(taps.begin(), taps.end(),
                                                        white.begin() + static_cast<std::ptrdiff_t>(i), 0.0));
     }
-    return faded(low, kRate);
+    return faded(low, kRamp);
 }
 
 std::vector<Material> makeMaterial() {
@@ -152,17 +153,6 @@ Channels loudMusic(double seconds) {
     const auto until = from + static_cast<std::ptrdiff_t>(std::min(seconds, kLongest) * kRate);
     return normalized({Signal(song.left.begin() + from, song.left.begin() + until),
                        Signal(song.right.begin() + from, song.right.begin() + until)});
-}
-
-Signal faded(Signal signal, double rate, double rampMs) {
-    const auto ramp = static_cast<std::size_t>(rampMs * rate / 1000.0);
-    for (std::size_t i = 0; i < ramp; ++i) {
-        const double share =
-            0.5 - 0.5 * std::cos(std::numbers::pi * static_cast<double>(i) / static_cast<double>(ramp));
-        signal[i] *= static_cast<float>(share);
-        signal[signal.size() - 1 - i] *= static_cast<float>(share);
-    }
-    return signal;
 }
 
 double truePeakOfAll(const Signal& signal) {

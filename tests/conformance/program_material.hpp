@@ -40,9 +40,6 @@ const std::vector<Material>& programMaterial();
 /// scale.
 Channels loudMusic(double seconds);
 
-/// Raised-cosine ramps at both ends.
-Signal faded(Signal signal, double rate, double rampMs = 20.0);
-
 /// As `truePeak`, fast for long signals: a transform of the whole signal, eight times as long, tells where
 /// its largest peaks stand, and the long interpolator measures these.
 double truePeakOfAll(const Signal& signal);

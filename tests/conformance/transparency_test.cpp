@@ -21,12 +21,8 @@ double makeupGain(const LimiterSetup& setup) {
 }
 
 LimiterSetup monoSetup(Style style, int oversamplingIndex, bool truePeak) {
-    LimiterSetup setup;
-    setup.style = style;
-    setup.oversamplingIndex = oversamplingIndex;
-    setup.truePeak = truePeak;
-    setup.layout = kMonoLayout;
-    return setup;
+    return {
+        .style = style, .oversamplingIndex = oversamplingIndex, .truePeak = truePeak, .layout = kMonoLayout};
 }
 
 /// A tone split into the sine that fits best and all else.
@@ -55,7 +51,7 @@ Fit fitSine(std::span<const float> signal, double frequency, double rate) {
     return {std::hypot(sine, cosine), std::sqrt(power)};
 }
 
-TEST(Transparency, isTheMakeupGainAndADelayAtOneTimesTheRate) {
+TEST(Transparency, IsTheMakeupGainAndADelayAtOneTimesTheRate) {
     for (const Style style : kStyles) {
         for (const bool truePeak : {false, true}) {
             for (const float gain : {0.0f, 6.0f, 18.0f, 30.0f}) {
@@ -80,7 +76,7 @@ TEST(Transparency, isTheMakeupGainAndADelayAtOneTimesTheRate) {
 /// Whole cycles of 997 Hz and of every other whole frequency.
 constexpr std::size_t kSecond = 44100;
 
-TEST(Transparency, addsNoDistortionAtAnyFactor) {
+TEST(Transparency, AddsNoDistortionAtAnyFactor) {
     for (int index = 0; index <= 5; ++index) {
         for (const bool truePeak : {false, true}) {
             // The converters are the same in all styles; the engine's path runs the more seldom the dearer.
@@ -106,7 +102,7 @@ TEST(Transparency, addsNoDistortionAtAnyFactor) {
     }
 }
 
-TEST(Transparency, isFlatFrom20HzTo20kHz) {
+TEST(Transparency, IsFlatFrom20HzTo20kHz) {
     constexpr std::array kFrequencies = {20.0,    50.0,    100.0,   997.0,   3000.0,
                                          6000.0,  9000.0,  12000.0, 14000.0, 16000.0,
                                          18000.0, 19000.0, 19500.0, 19800.0, 20000.0};
@@ -133,29 +129,6 @@ TEST(Transparency, isFlatFrom20HzTo20kHz) {
                    setup.factor(), rate, largest);
             EXPECT_LT(largest, index == 0 ? 1e-5 : 0.004);
         }
-    }
-}
-
-TEST(Transparency, holdsForNoiseJustBelowTheThreshold) {
-    for (const Style style : kStyles) {
-        LimiterSetup setup = monoSetup(style, 0, false);
-        setup.gainDb = 10.0f;
-        SCOPED_TRACE(describe(setup));
-        // Dynamic listens through a band-pass, behind which the peaks of noise stand higher than before it.
-        const double distanceDb = style == Style::Dynamic ? 2.0 : 0.1;
-        const Signal in = whiteNoise(11, 30000, gainFromDb(-10.0 - distanceDb));
-        Signal expected(in);
-        for (float& sample : expected)
-            sample = static_cast<float>(static_cast<double>(sample) * makeupGain(setup));
-        EXPECT_LT(nullDb(limited(setup, {in})[0], expected), -130.0);
-    }
-}
-
-TEST(Transparency, ofSilenceIsSilence) {
-    for (const Style style : kStyles) {
-        LimiterSetup setup = monoSetup(style, 1, true);
-        setup.gainDb = 30.0f;
-        EXPECT_EQ(peak(limited(setup, {Signal(20000, 0.0f)})), 0.0) << describe(setup);
     }
 }
 

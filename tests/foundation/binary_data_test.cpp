@@ -5,13 +5,11 @@
 
 #include <bit>
 #include <fstream>
-#include <limits>
 #include <sstream>
-#include <thread>
 
 #include "foundation/resource.hpp"
 
-namespace vanta {
+namespace vanta::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -39,40 +37,31 @@ std::span<const std::byte> bytesOf(std::string_view text) {
     return std::as_bytes(std::span(text));
 }
 
-TEST_F(BinaryFile, RecordsAreLittleEndianWords) {
+TEST_F(BinaryFile, RecordsAreLittleEndianWordsAndComeBackBitForBit) {
     const fs::path path = folder / "new";
-    BinaryFileWriter writer(path);
-    writer.writeHeader("PMap", 0x01020304);
-    writer.writeHeader("ab", -1);
-    writer.writeHeader("longer", 0);
-    writer.writeInt(-2);
-    writer.writeFloat(1.0f);
-    ASSERT_TRUE(writer.flush());
-    const std::string expected("PMap\4\3\2\1ab\0\0\xff\xff\xff\xfflong\0\0\0\0\xfe\xff\xff\xff\0\0\x80\x3f",
-                               32);
-    EXPECT_EQ(get(path), expected);
-}
-
-TEST_F(BinaryFile, ReadsBackEveryBitPattern) {
-    const fs::path path = folder / "new";
-    const float nan = std::bit_cast<float>(0x7fc12345u);
+    const float floats[] = {1.0f, 0.1f, -0.0f, 1e-42f, std::bit_cast<float>(0x7fc12345u)};
     {
         BinaryFileWriter writer(path);
-        writer.writeHeader("Vn2p", 2);
-        for (const float value : {0.1f, -0.0f, 1e-42f, nan}) writer.writeFloat(value);
-        writer.writeInt(std::numeric_limits<int>::min());
+        writer.writeHeader("PMap", 0x01020304);
+        writer.writeHeader("ab", -1);
+        writer.writeHeader("longer", 0);
+        writer.writeInt(-2);
+        for (const float value : floats) writer.writeFloat(value);
+        ASSERT_TRUE(writer.flush());
     }
+    const std::string expected("PMap\4\3\2\1ab\0\0\xff\xff\xff\xfflong\0\0\0\0\xfe\xff\xff\xff\0\0\x80\x3f",
+                               32);
+    EXPECT_EQ(get(path).substr(0, 32), expected);
     BinaryFileReader reader(path);
     EXPECT_EQ(reader.version(), -1);
-    EXPECT_TRUE(reader.expectHeader("Vn2p"));
-    EXPECT_EQ(reader.version(), 2);
-    for (const float value : {0.1f, -0.0f, 1e-42f, nan}) {
+    EXPECT_TRUE(reader.expectHeader("PMap"));
+    EXPECT_EQ(reader.version(), 0x01020304);
+    for (int i = 0; i < 2; ++i) reader.readHeader();
+    EXPECT_EQ(reader.readInt(), -2);
+    for (const float value : floats) {
         EXPECT_EQ(std::bit_cast<std::uint32_t>(reader.readFloat()), std::bit_cast<std::uint32_t>(value));
     }
-    EXPECT_EQ(reader.readInt(), std::numeric_limits<int>::min());
     EXPECT_FALSE(reader.failed());
-    EXPECT_EQ(reader.readInt(), 0);
-    EXPECT_TRUE(reader.failed());
 }
 
 TEST_F(BinaryFile, CutFilesFailForGoodAndReadAsZero) {
@@ -118,33 +107,11 @@ TEST_F(BinaryFile, UpdatesInPlaceAndLeavesTheOldTail) {
     EXPECT_EQ(get(path), "PMap" + std::string(4, '\0') + "oooo" + std::string(4, '\0') + old.substr(16));
 }
 
-TEST(BinaryMemoryReader, ReadsAndSeeksWithinItsBytes) {
-    BinaryMemoryReader reader(bytesOf({"Test\2\0\0\0\3\0\0\0", 12}));
-    EXPECT_TRUE(reader.expectHeader("Test"));
-    EXPECT_EQ(reader.readInt(), 3);
-    reader.stream().seekg(-4, std::ios::end);
-    EXPECT_EQ(reader.readInt(), 3);
-    EXPECT_EQ(reader.stream().tellg(), 12);
-    reader.stream().seekg(13);
-    EXPECT_TRUE(reader.failed());
-    BinaryMemoryReader empty({});
-    EXPECT_FALSE(empty.expectHeader("Test"));
-}
-
-TEST(Resources, AreFoundByNameFromAnyThread) {
+TEST(Resources, AreFoundByName) {
     static constexpr std::string_view kText("Vn2s\1\0\0\0", 8);
     static const Resource kTable[] = {{"styles/One.vst", bytesOf(kText)}, {"two.bin", {}}};
     static const Resource kLater[] = {{"two.bin", bytesOf(kText)}};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([] {
-            for (int round = 0; round < 100; ++round) {
-                addResources(kTable);
-                EXPECT_EQ(findResource("styles/One.vst")->size(), 8u);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    addResources(kTable);
     addResources(kLater);
     EXPECT_TRUE(findResource("two.bin")->empty()) << "the first of a name stays";
     EXPECT_TRUE(findResource("ONE.VST")) << "a base name counts without regard to case";
@@ -154,4 +121,4 @@ TEST(Resources, AreFoundByNameFromAnyThread) {
 }
 
 }  // namespace
-}  // namespace vanta
+}  // namespace vanta::test

@@ -5,10 +5,10 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <condition_variable>
 #include <cstdlib>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <shared_mutex>
 #include <thread>
@@ -46,25 +46,19 @@ std::condition_variable condition;
 const std::vector<Case>& cases() {
     static const int null = open("/dev/null", O_WRONLY);
     static const std::vector<Case> all{
-        {"malloc and free", Kind::Allocation, 2, [] { std::free(escape(std::malloc(100))); }},
+        {"malloc", Kind::Allocation, 2, [] { std::free(escape(std::malloc(100))); }},
         {"calloc", Kind::Allocation, 2, [] { std::free(escape(std::calloc(10, 10))); }},
         {"realloc", Kind::Allocation, 3,
          [] { std::free(escape(std::realloc(escape(std::malloc(8)), 5000))); }},
         {"aligned_alloc", Kind::Allocation, kAlignedPair,
          [] { std::free(escape(std::aligned_alloc(64, 128))); }},
-        {"new and delete", Kind::Allocation, 2,
-         [] { delete static_cast<int*>(escape(std::make_unique<int>(1).release())); }},
-        {"growth of a vector", Kind::Allocation, 2,
-         [] {
-             std::vector<float> grown(1000);
-             escape(grown.data());
-         }},
+        {"a vector", Kind::Allocation, 2, [] { escape(std::vector<float>(1000).data()); }},
         {"mutex", Kind::Lock, 1, [] { const std::lock_guard lock(mutex); }},
         {"try_lock", Kind::Lock, 1, [] { const std::unique_lock lock(mutex, std::try_to_lock); }},
         {"shared lock", Kind::Lock, 1, [] { const std::shared_lock lock(sharedMutex); }},
         {"condition variable", Kind::Lock, 1, [] { condition.notify_one(); }},
         {"write()", Kind::SystemCall, 1, [] { EXPECT_EQ(write(null, "x", 1), 1); }},
-        {"getppid()", Kind::SystemCall, 1, [] { EXPECT_GT(getppid(), 0); }},
+        {"a call that fails", Kind::SystemCall, 1, [] { EXPECT_TRUE(close(-1) == -1 && errno == EBADF); }},
         {"sleep", Kind::SystemCall, 1, [] { usleep(1); }},
     };
     return all;
@@ -74,8 +68,7 @@ bool isSeen(Kind kind) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     return kind == Kind::Allocation;
 #else
-    static_cast<void>(kind);
-    return true;
+    return kind >= Kind::Allocation;
 #endif
 }
 
@@ -90,7 +83,7 @@ TEST(RealtimeTrap, CatchesEachKindInsideAScope) {
             c.run();
         }
         EXPECT_GE(trap.count(c.kind), c.atLeast);
-        EXPECT_FALSE(trap.report().empty());
+        EXPECT_NE(trap.report().find("addr2line"), std::string::npos);
     }
 }
 
@@ -106,47 +99,10 @@ TEST(RealtimeTrap, CountsNothingOutsideAScopeOrInInnocentWork) {
     EXPECT_EQ(trap.total(), 0) << trap.report() << sum;
 }
 
-TEST(RealtimeTrap, SystemCallsStillWorkWhileTheyAreWatched) {
-    if (!isSeen(Kind::SystemCall)) return;
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    char got[6] = {};
-    ssize_t written = 0;
-    ssize_t read = 0;
-    int refused = 0;
-    RealtimeTrap trap;
-    {
-        const RealtimeScope scope;
-        const RealtimeScope nested;
-        written = write(ends[1], "hello", 5);
-        read = ::read(ends[0], got, 5);
-        refused = close(-1) == -1 ? errno : 0;
-    }
-    EXPECT_EQ(written, 5);
-    EXPECT_EQ(read, 5);
-    EXPECT_STREQ(got, "hello");
-    EXPECT_EQ(refused, EBADF);
-    EXPECT_EQ(trap.count(Kind::SystemCall), 3) << trap.report();
-    close(ends[0]);
-    close(ends[1]);
-}
-
-TEST(RealtimeTrap, AThreadCanBeStartedInsideAScope) {
-    if (!isSeen(Kind::SystemCall)) return;
-    RealtimeTrap trap;
-    int ran = 0;
-    {
-        const RealtimeScope scope;
-        std::thread([&ran] { ran = 1; }).join();
-    }
-    EXPECT_EQ(ran, 1);
-    EXPECT_GT(trap.count(Kind::SystemCall), 0);
-    EXPECT_GT(trap.count(Kind::Allocation), 0);
-}
-
 TEST(RealtimeTrap, WatchesOtherThreadsToo) {
     RealtimeTrap trap;
     std::thread other([] {
+        std::free(escape(std::malloc(100)));  // lets the allocator set itself up for this thread
         const RealtimeTrap::ThreadWatch watch;
         const RealtimeScope scope;
         getppid();

@@ -7,78 +7,53 @@
 #include <limits>
 #include <map>
 
-namespace vanta {
+namespace vanta::test {
 namespace {
 
-using Store = std::map<std::string, std::string>;
+using Texts = std::map<std::string, std::string>;
 
-struct TextWriter : SettingSerializer {
-    explicit TextWriter(Store& target) : store(target) {}
-    bool isWriter() const override { return true; }
-    std::string text(const std::string& key, const std::string& value, const std::string&) override {
-        return store[key] = value;
+/// Keeps everything as text, as a store without types of its own does.
+struct TextStore : SettingSerializer {
+    TextStore(Texts& storedTexts, bool writing) : texts(storedTexts), writes(writing) {}
+    bool isWriter() const override { return writes; }
+    std::string text(const std::string& key, const std::string& value, const std::string& fallback) override {
+        if (writes) return texts[key] = value;
+        return texts.contains(key) ? texts.at(key) : fallback;
     }
-    Store& store;
+    Texts& texts;
+    bool writes;
 };
 
-struct TextReader : SettingSerializer {
-    explicit TextReader(const Store& source) : store(source) {}
-    bool isWriter() const override { return false; }
-    std::string text(const std::string& key, const std::string&, const std::string& fallback) override {
-        const auto found = store.find(key);
-        return found == store.end() ? fallback : found->second;
+struct Settings {
+    Settings& through(SettingSerializer&& store) {
+        on = store.boolean("On", on, false);
+        size = store.integer("Size", size, 7);
+        scale = store.real("Scale", scale, 1.0 / 3.0);
+        name = store.text("Name", name, "none");
+        store.binary("Blob", blob);
+        return *this;
     }
-    const Store& store;
+    bool operator==(const Settings&) const = default;
+    bool on;
+    int size;
+    double scale;
+    std::string name;
+    std::vector<std::uint8_t> blob;
 };
 
 TEST(SettingSerializer, OneRoutineServesBothDirections) {
-    struct Settings {
-        void serialise(SettingSerializer& serializer) {
-            on = serializer.boolean("On", on, on);
-            size = serializer.integer("Size", size, size);
-            scale = serializer.real("Scale", scale, scale);
-            name = serializer.text("Name", name, name);
-            serializer.binary("Blob", blob);
-        }
-        bool on = false;
-        int size = 1;
-        double scale = 1.0;
-        std::string name = "none";
-        std::vector<std::uint8_t> blob;
-    };
-    Store store;
-    TextWriter writer(store);
-    Settings saved{true, std::numeric_limits<int>::min(), -0.001, "Größe", {0, 255, 16}};
-    saved.serialise(writer);
-    EXPECT_TRUE(saved.on);
-    Settings loaded;
-    TextReader reader(store);
-    loaded.serialise(reader);
-    EXPECT_TRUE(loaded.on);
-    EXPECT_EQ(loaded.size, saved.size);
-    EXPECT_EQ(loaded.scale, saved.scale);
-    EXPECT_EQ(loaded.name, saved.name);
-    EXPECT_EQ(loaded.blob, saved.blob);
-    EXPECT_EQ(store["On"], "1");
-}
-
-TEST(SettingSerializer, AReaderGivesTheDefaultAWriterTheValue) {
-    Store store;
-    EXPECT_EQ(TextReader(store).integer("Key", 5, 7), 7);
-    EXPECT_EQ(TextReader(store).real("Key", 5, 1.0 / 3.0), 1.0 / 3.0);
-    EXPECT_EQ(TextWriter(store).integer("Key", 5, 7), 5);
-    EXPECT_EQ(store["Key"], "5");
-    EXPECT_EQ(TextWriter(store).real("Third", 1.0 / 3.0, 0), 1.0 / 3.0);
-    EXPECT_EQ(store["Third"], "0.333333333333333");
-    std::vector<std::uint8_t> bytes{1};
-    TextReader(store).binary("None", bytes);
-    EXPECT_TRUE(bytes.empty());
+    const Settings saved{true, std::numeric_limits<int>::min(), -0.001, "Größe", {0, 255, 16}};
+    Texts texts, nothing;
+    EXPECT_EQ(Settings(saved).through(TextStore(texts, true)), saved) << "a writer gives back the value";
+    EXPECT_EQ(Settings{}.through(TextStore(texts, false)), saved);
+    EXPECT_EQ(Settings(saved).through(TextStore(nothing, false)),
+              (Settings{false, 7, 1.0 / 3.0, "none", {}}));
 }
 
 TEST(SettingSerializer, ReadsEditedTextAndRefusesNonsense) {
-    Store store{{"spaced", "  +12 "},    {"tail", "12abc"},     {"word", "abc"}, {"empty", ""},
+    Texts store{{"spaced", "  +12 "},    {"tail", "12abc"},     {"word", "abc"}, {"empty", ""},
                 {"wide", "99999999999"}, {"real", " -1.5e3dB"}, {"odd", "abc"},  {"bad", "0g"}};
-    TextReader reader(store);
+    TextStore reader(store, false);
     EXPECT_EQ(reader.integer("spaced", 0, -1), 12);
     EXPECT_EQ(reader.integer("tail", 0, -1), 12);
     for (const char* key : {"word", "empty", "wide"}) EXPECT_EQ(reader.integer(key, 0, -1), -1) << key;
@@ -97,12 +72,12 @@ TEST(SettingSerializer, WritesTheSameTextInEveryLocale) {
     for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8"}) {
         if (std::setlocale(LC_ALL, name)) break;
     }
-    Store store;
-    TextWriter(store).real("Key", 1234567.25, 0);
-    EXPECT_EQ(store["Key"], "1234567.25");
-    EXPECT_EQ(TextReader(store).real("Key", 0, 0), 1234567.25);
+    Texts texts;
+    TextStore(texts, true).real("Key", 1234567.25, 0);
+    EXPECT_EQ(texts["Key"], "1234567.25");
+    EXPECT_EQ(TextStore(texts, false).real("Key", 0, 0), 1234567.25);
     std::setlocale(LC_ALL, before.c_str());
 }
 
 }  // namespace
-}  // namespace vanta
+}  // namespace vanta::test

@@ -1,27 +1,22 @@
 #include "tests/fuzz/fuzz_targets.hpp"
 
-#include <unistd.h>
-
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <sstream>
 
-#include <fmt/format.h>
-
 #include "limiter/factory/factory_archive.hpp"
-#include "limiter/preset_maps.hpp"
-#include "limiter/vanta_plugin.hpp"
-#include "limiter/vanta_preset.hpp"
-#include "plugin/generic_plugin_base.hpp"
+#include "limiter/model/preset_maps.hpp"
+#include "limiter/model/vanta_plugin.hpp"
+#include "limiter/model/vanta_preset.hpp"
+#include "plugin/base/generic_plugin_base.hpp"
 #include "plugin/midi/controller_mapping.hpp"
 #include "plugin/model/session_state.hpp"
 #include "plugin/presets/preset_map.hpp"
 #include "plugin/presets/setup_archive.hpp"
 #include "plugin/settings/settings_file.hpp"
+#include "tests/support/temp_folder.hpp"
 
 namespace vanta::fuzz {
 namespace {
@@ -47,13 +42,7 @@ std::span<const std::byte> bytesOf(std::string_view text) {
 
 /// A folder that is gone when the process ends.
 const std::filesystem::path& scratch() {
-    struct Folder {
-        Folder() { std::filesystem::create_directories(path); }
-        ~Folder() { std::filesystem::remove_all(path); }
-        std::filesystem::path path =
-            std::filesystem::temp_directory_path() / fmt::format("vanta-fuzz-{}", ::getpid());
-    };
-    static const Folder folder;
+    static const test::TempFolder folder;
     return folder.path;
 }
 
@@ -90,7 +79,7 @@ void runControllerMap(std::string_view bytes) {
     BinaryMemoryReader reader(bytesOf(bytes));
     ControllerMapping map(kParameters);
     map.read(reader);
-    for (int i = 0; i < ControllerMapping::kControllerCount; ++i) {
+    for (int i = 0; i < MidiControlled::kControllerCount; ++i) {
         const int target = map.targetOf(i);
         require(target >= -1 && target < kParameters, "a target that does not exist");
         require(target == -1 || map.controllerOf(target) == i, "a target with two controllers");
@@ -132,7 +121,7 @@ void runSession(std::string_view bytes) {
 
 void runSettings(std::string_view bytes) {
     const std::filesystem::path path = scratch() / "settings.conf";
-    std::ofstream(path, std::ios::binary) << bytes;
+    test::writeBytes(path, std::string(bytes));
     SettingsFile file(path);
     for (const char* name : {"A", "B", "T", "R", "X"}) file.get(name);
     file.set("A", std::string("new"));

@@ -3,7 +3,7 @@
 #include "tests/fuzz/fuzz_targets.hpp"
 #include "tests/plugin/mutations.hpp"
 
-namespace vanta {
+namespace vanta::test {
 namespace {
 
 TEST(MutatedInputs, AreSurvivedByEveryReader) {
@@ -13,10 +13,10 @@ TEST(MutatedInputs, AreSurvivedByEveryReader) {
         for (const std::string& sample : target.samples()) {
             ASSERT_FALSE(sample.empty());
             target.run(sample);
-            test::forMutations(sample, 300, target.run);
+            forMutations(sample, 300, target.run);
         }
     }
 }
 
 }  // namespace
-}  // namespace vanta
+}  // namespace vanta::test

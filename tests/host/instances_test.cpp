@@ -10,22 +10,22 @@
 
 #include "host/offline/offline_plugin_host.hpp"
 #include "host/unified/event_pump.hpp"
-#include "limiter/vanta_plugin.hpp"
+#include "limiter/model/vanta_plugin.hpp"
 #include "tests/plugin/preset_bytes.hpp"
 #include "tests/plugin/user_home.hpp"
 
-namespace vanta {
+namespace vanta::test {
 namespace {
 
 class Instances : public testing::Test {
 protected:
-    test::UserHome home;
+    UserHome home;
 };
 
 TEST_F(Instances, TwoHundredInTurnLeaveNothingBehind) {
     const auto filesOfTheUser = [&] {
         std::map<std::string, std::filesystem::file_time_type> files;
-        for (const auto& file : std::filesystem::recursive_directory_iterator(home.folder.path())) {
+        for (const auto& file : std::filesystem::recursive_directory_iterator(home.path)) {
             files.emplace(file.path(), file.last_write_time());
         }
         return files;
@@ -95,14 +95,13 @@ TEST_F(Instances, TheFirstRestoresThePresetsButNotWhatAUserTookAway) {
 }
 
 TEST_F(Instances, PresetsOfTheFirstGenerationFollowTheirOwn) {
-    std::filesystem::create_directories(home.folder.file("old"));
+    std::filesystem::create_directories(home / "old");
     std::vector<float> values(19, 0.0f);
     values[0] = 6.0f;
     values[5] = 0.8f;  // a channel link, which had twice the range
-    home.write("old/From Long Ago.qmp", test::presetBytes("Vntr", 3, values));
-    home.write("old/Default Setting.qmp", test::presetBytes("Vntr", 3, values));
-    home.write("config/Quillmark/Vanta/1.0.conf",
-               "[Texts]\nPresetFolder=" + home.folder.file("old").string() + "\n");
+    home.write("old/From Long Ago.qmp", presetBytes("Vntr", 3, values));
+    home.write("old/Default Setting.qmp", presetBytes("Vntr", 3, values));
+    home.write("config/Quillmark/Vanta/1.0.conf", "[Texts]\nPresetFolder=" + (home / "old").string() + "\n");
     OfflinePluginHost host;
     auto& table = dynamic_cast<VantaPlugin&>(host.model());
     EXPECT_EQ(table.gain.value(), 0.0f) << "the default is not theirs";
@@ -118,17 +117,17 @@ TEST_F(Instances, PresetsOfTheFirstGenerationFollowTheirOwn) {
 
 TEST_F(Instances, AStartThatWasCutShortIsMadeUpFor) {
     { const OfflinePluginHost complete; }
-    const auto preset = home.folder.file("documents/Quillmark/Vanta 2/_Basic/Modern Loud.qmp");
+    const auto preset = home / "documents/Quillmark/Vanta 2/_Basic/Modern Loud.qmp";
     ASSERT_TRUE(std::filesystem::remove(preset));
-    const auto settings = home.folder.file("config/Quillmark/Vanta/2.0.conf");
-    std::string content = test::contentOf(settings);
+    const auto settings = home / "config/Quillmark/Vanta/2.0.conf";
+    std::string content = readBytes(settings);
     const std::size_t version = content.find("CurrentVersion=");
     ASSERT_NE(version, std::string::npos);
     content.erase(version, content.find('\n', version) + 1 - version);
     std::ofstream(settings, std::ios::trunc) << content;
     const OfflinePluginHost again;
     EXPECT_TRUE(std::filesystem::exists(preset));
-    EXPECT_NE(test::contentOf(settings).find("CurrentVersion="), std::string::npos);
+    EXPECT_NE(readBytes(settings).find("CurrentVersion="), std::string::npos);
 }
 
 TEST_F(Instances, AThreadOfTheProcessPumpsWhereNoHostDoes) {
@@ -144,8 +143,8 @@ TEST_F(Instances, AThreadOfTheProcessPumpsWhereNoHostDoes) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     EXPECT_EQ(host.model().parameterAt(0)->value(), 30.0f);
-    EXPECT_FALSE(host.model().onOwnerThread());
+    EXPECT_FALSE(host.model().owner().isThisThread());
 }
 
 }  // namespace
-}  // namespace vanta
+}  // namespace vanta::test

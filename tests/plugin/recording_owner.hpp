@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "plugin/generic_plugin_base.hpp"
+#include "plugin/base/generic_plugin_base.hpp"
 #include "plugin/parameters/abstract_plugin_parameter.hpp"
 
 namespace vanta::test {

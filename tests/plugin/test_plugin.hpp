@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -18,7 +19,7 @@ public:
 
     /// Presets lie in `folder`, interface defaults beside them; none of both if it is empty.
     explicit TestPlugin(std::filesystem::path folder = {})
-        : GenericPlugin(kStereoLayout), home(std::move(folder)) {
+        : GenericPlugin(kStereoLayout), home_(std::move(folder)) {
         level.setRange(0.0f, 10.0f, 1.0f);
         balance.setRange(-1.0f, 1.0f, 0.0f);
         mode.setRange(2, 5, 2);
@@ -41,9 +42,9 @@ public:
 protected:
     std::unique_ptr<PluginStatics> createStatics() override {
         auto created = GenericPlugin::createStatics();
-        if (home.empty()) return created;
-        created->presets.rescan((home / "presets").string());
-        created->interfaceDefaults = home / "data" / "InterfaceDefaults.qmd";
+        if (home_.empty()) return created;
+        created->presets.rescan((home_ / "presets").string());
+        created->interfaceDefaults = home_ / "data" / "InterfaceDefaults.qmd";
         return created;
     }
     void parameterHook(int index) override {
@@ -51,27 +52,21 @@ protected:
     }
 
 private:
-    std::filesystem::path home;
+    std::filesystem::path home_;
 };
 
 /// Keeps what a model tells the host side.
 class RecordingAdapter final : public GenericPlugin::Adapter {
 public:
-    struct Update {
-        int index;
-        bool reset;
-        bool operator==(const Update&) const = default;
-    };
-
     void midiMapChanged() override { ++mapChanges; }
     void reportLatency() override { ++latencyReports; }
     void sendMidi(const MidiMessage&) override {}
-    void parameterUpdated(int index, bool reset) override { updates.push_back({index, reset}); }
+    void parameterUpdated(int index, bool reset) override { updates.emplace_back(index, reset); }
     void presetNameChanged() override { ++nameChanges; }
     void syncLevels() override {}
     void reportParameter(int, float) override {}
 
-    std::vector<Update> updates;
+    std::vector<std::pair<int, bool>> updates;  ///< index, and whether the processor starts anew
     int mapChanges = 0;
     int latencyReports = 0;
     int nameChanges = 0;
@@ -79,14 +74,14 @@ public:
 
 class RecordingListener final : public GenericPlugin::Listener {
 public:
-    void onEvent(int code, int value) override { events.emplace_back(code, value); }
-    int count(int code) const {
-        int found = 0;
-        for (const auto& event : events) found += event.first == code;
-        return found;
+    void onEvent(const PluginEvent& event) override { events.push_back(event); }
+    template <typename Event>
+    std::ptrdiff_t count() const {
+        return std::count_if(events.begin(), events.end(),
+                             [](const PluginEvent& event) { return std::holds_alternative<Event>(event); });
     }
 
-    std::vector<std::pair<int, int>> events;
+    std::vector<PluginEvent> events;
 };
 
 }  // namespace vanta::test

@@ -4,34 +4,25 @@
 #include <string>
 #include <vector>
 
-#include "plugin/settings/settings_store.hpp"
-#include "tests/plugin/preset_bytes.hpp"
+#include "plugin/settings/settings_notice.hpp"
+#include "tests/support/temp_folder.hpp"
 
 namespace vanta::test {
 
-/// A user of one test's own: home, configuration, data and documents in a scratch folder, and the notices
-/// that this user was given.
-class UserHome {
+/// A user of one test's own: home, configuration, data and documents in a folder, and the notices that this
+/// user was given.
+class UserHome : public TempFolder {
 public:
     UserHome() {
-        ::setenv("HOME", folder.path().c_str(), 1);
-        ::setenv("XDG_CONFIG_HOME", folder.file("config").c_str(), 1);
-        ::setenv("XDG_CONFIG_DIRS", folder.file("machine").c_str(), 1);
-        ::setenv("XDG_DATA_HOME", folder.file("data").c_str(), 1);
-        ::setenv("XDG_DOCUMENTS_DIR", folder.file("documents").c_str(), 1);
+        ::setenv("HOME", path.c_str(), 1);
+        ::setenv("XDG_CONFIG_HOME", (path / "config").c_str(), 1);
+        ::setenv("XDG_CONFIG_DIRS", (path / "machine").c_str(), 1);
+        ::setenv("XDG_DATA_HOME", (path / "data").c_str(), 1);
+        ::setenv("XDG_DOCUMENTS_DIR", (path / "documents").c_str(), 1);
         setSettingsNotice([this](const std::string& sentence) { notices.push_back(sentence); });
     }
     ~UserHome() { setSettingsNotice({}); }
-    UserHome(const UserHome&) = delete;
-    UserHome& operator=(const UserHome&) = delete;
 
-    /// Writes a file and the folders that it needs.
-    std::filesystem::path write(const std::string& name, const std::string& content) const {
-        std::filesystem::create_directories(folder.file(name).parent_path());
-        return folder.write(name, content);
-    }
-
-    ScratchFolder folder;
     std::vector<std::string> notices;
 };
 

@@ -17,18 +17,18 @@ class Worker {
 public:
     template <typename Work>
     Worker(std::uint64_t seed, Work work)
-        : thread([this, seed, work] {
+        : thread_([this, seed, work] {
               Random random(seed);
-              while (!stop.load()) work(random);
+              while (!stop_.load()) work(random);
           }) {}
     ~Worker() {
-        stop = true;
-        thread.join();
+        stop_ = true;
+        thread_.join();
     }
 
 private:
-    std::atomic<bool> stop{false};
-    std::thread thread;
+    std::atomic<bool> stop_{false};
+    std::thread thread_;
 };
 
 void moveSomething(VantaProcessor& limiter, Random& random) {
@@ -41,9 +41,8 @@ void moveSomething(VantaProcessor& limiter, Random& random) {
     std::this_thread::yield();
 }
 
-TEST(Threads, maySetEverythingWhileAudioRuns) {
-    LimiterSetup setup;
-    setup.gainDb = 12.0f;
+TEST(Threads, MaySetEverythingWhileAudioRuns) {
+    LimiterSetup setup{.gainDb = 12.0f};
     LimiterRig rig(setup);
     VantaProcessor& limiter = rig.limiter();
     const Channels noise = {whiteNoise(1, 30000), whiteNoise(2, 30000)};
@@ -70,60 +69,51 @@ TEST(Threads, maySetEverythingWhileAudioRuns) {
     }
 }
 
-TEST(Threads, thatSetAStyleHandItOverWhole) {
+/// What rests, and then hears noise, gives what one gives that had its style from the start.
+void expectAsFresh(LimiterRig& rig, LimiterSetup setup, Style style) {
+    setup.style = style;
+    LimiterRig fresh(setup);
+    const Channels noise = {pinkNoise(1, 20000, 0.2), pinkNoise(2, 20000, 0.2)};
+    for (LimiterRig* each : {&rig, &fresh}) each->process(Channels(2, Signal(60000, 0.0f)), 256);
+    EXPECT_LT(nullDb(rig.process(noise), fresh.process(noise)), -100.0) << nameOf(style);
+}
+
+TEST(Threads, ThatSetAStyleHandItOverWhole) {
     // A style is 749 values. Whatever the moment at which it was set, the limiter ends as one that had it
     // from the start.
-    const Channels noise = {pinkNoise(1, 20000, 0.2), pinkNoise(2, 20000, 0.2)};
-    const Channels silence(2, Signal(60000, 0.0f));
-    LimiterSetup setup;
-    setup.gainDb = 12.0f;
+    LimiterSetup setup{.gainDb = 12.0f};
     LimiterRig rig(setup);
-    for (int round = 0; round < 4; ++round) {
-        const Style last = kStyles[static_cast<std::size_t>(round) * 2];
+    for (const Style last : {Style::Transparent, Style::Dynamic, Style::Aggressive, Style::Bus}) {
         {
-            const Worker setter(static_cast<std::uint64_t>(round) + 10, [&](Random& random) {
+            const Worker setter(static_cast<std::uint64_t>(last) + 10, [&](Random& random) {
                 rig.limiter().style.setMapped(kStyles[static_cast<std::size_t>(random.between(0, 7))]);
             });
             for (int i = 0; i < 20; ++i) rig.process({Signal(300, 0.05f), Signal(300, 0.05f)}, 100);
         }
         rig.limiter().style.setMapped(last);
-        rig.process(silence, 256);
-        setup.style = last;
-        LimiterRig fresh(setup);
-        fresh.process(silence, 256);
-        EXPECT_LT(nullDb(rig.process(noise), fresh.process(noise)), -100.0) << nameOf(last);
+        expectAsFresh(rig, setup, last);
     }
 }
 
-TEST(Threads, thatSetMoreThanTheQueuesHoldLoseNothing) {
+TEST(Threads, ThatSetMoreThanTheQueuesHoldLoseNothing) {
     // Nobody drains while a host sets and sets; what the queues have no room for counts as well.
-    const Channels noise = {pinkNoise(1, 20000, 0.2), pinkNoise(2, 20000, 0.2)};
-    const Channels silence(2, Signal(30000, 0.0f));
-    LimiterSetup setup;
-    setup.gainDb = 12.0f;
+    LimiterSetup setup{.gainDb = 12.0f};
     for (const Style last : {Style::Transparent, Style::Dynamic, Style::Bus}) {
         LimiterRig rig(setup);
-        rig.process(silence);
+        rig.process(Channels(2, Signal(30000, 0.0f)));
         Random random(23);
         for (int i = 0; i < 1500; ++i) {
             rig.limiter().style.setMapped(kStyles[static_cast<std::size_t>(random.between(0, 7))]);
         }
         rig.limiter().style.setMapped(last);
-        rig.process(silence, 256);
-        LimiterSetup same = setup;
-        same.style = last;
-        LimiterRig fresh(same);
-        fresh.process(silence, 256);
-        EXPECT_LT(nullDb(rig.process(noise), fresh.process(noise)), -100.0) << nameOf(last);
+        expectAsFresh(rig, setup, last);
     }
 }
 
-TEST(Threads, thatOpenABlockOfChangesSeeItTakenUpAtOnce) {
+TEST(Threads, ThatOpenABlockOfChangesSeeItTakenUpAtOnce) {
     // Two values that are only ever set together are never heard apart: audio that is not limited keeps its
     // level.
-    LimiterSetup setup;
-    setup.layout = kMonoLayout;
-    setup.outputLevelDb = -20.0f;
+    LimiterSetup setup{.outputLevelDb = -20.0f, .layout = kMonoLayout};
     LimiterRig rig(setup);
     VantaProcessor& limiter = rig.limiter();
     const Signal tone(40000, 0.01f);

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <deque>
 #include <initializer_list>
 #include <random>
 #include <span>
@@ -10,6 +13,7 @@
 
 #include "foundation/realtime.hpp"
 #include "wave/environment.hpp"
+#include "wave/float_parameter_source.hpp"
 #include "wave/producer.hpp"
 
 /// Drives elements of the block graph by hand: a signal in, blocks pulled, the signal that came out.
@@ -18,18 +22,18 @@ namespace vanta::test {
 /// Whether a source says so when all samples of a block are equal.
 enum class ConstantFlag { Never, WhereTrue };
 
-/// Plays a vector, then silence.
+/// Plays a vector from now on, then silence. As in a live stream, a block that nobody pulls is missed.
 class VectorSource final : public wave::Source {
 public:
     VectorSource(wave::Environment& owner, std::vector<float> signal,
                  ConstantFlag constantFlag = ConstantFlag::Never)
-        : Source(owner), samples_(std::move(signal)), flag_(constantFlag) {}
+        : Source(owner), samples_(std::move(signal)), flag_(constantFlag), start_(owner.position()) {}
 
     /// Starts over, also with another signal.
-    void rewind() { position_ = 0; }
+    void rewind() { start_ = environment().position(); }
     void play(std::vector<float> signal) {
         samples_ = std::move(signal);
-        position_ = 0;
+        rewind();
     }
     /// How many blocks have been computed so far: 0 tells that nobody has pulled this source.
     int blocksPlayed() const { return blocksPlayed_; }
@@ -38,11 +42,11 @@ protected:
     void produce(wave::BasicBlock<float>* block, int samples, int) override {
         ++blocksPlayed_;
         float* out = block->data();
-        const std::size_t left = samples_.size() - std::min(position_, samples_.size());
-        const auto count = std::min(left, static_cast<std::size_t>(samples));
-        std::copy_n(samples_.begin() + static_cast<std::ptrdiff_t>(position_), count, out);
+        const auto length = static_cast<std::int64_t>(samples_.size());
+        const std::int64_t at = std::min(environment().position() - start_, length);
+        const auto count = static_cast<std::size_t>(std::min<std::int64_t>(length - at, samples));
+        std::copy_n(samples_.begin() + at, count, out);
         std::fill(out + count, out + samples, 0.0f);
-        position_ += count;
         const bool equal = std::all_of(out, out + samples, [&](float x) { return x == out[0]; });
         setConstant(flag_ == ConstantFlag::WhereTrue && equal);
     }
@@ -50,7 +54,7 @@ protected:
 private:
     std::vector<float> samples_;
     ConstantFlag flag_;
-    std::size_t position_ = 0;
+    std::int64_t start_;  ///< the position of the first sample
     int blocksPlayed_ = 0;
 };
 
@@ -73,6 +77,12 @@ inline std::vector<int> randomBlocks(int total, int largest, unsigned seed) {
     return sizes;
 }
 
+/// Seeds of a test that draws at random: the same few in every run, or the one in VANTA_SEED.
+inline std::vector<unsigned> testSeeds() {
+    if (const char* replayed = std::getenv("VANTA_SEED")) return {static_cast<unsigned>(std::atoi(replayed))};
+    return {1, 2, 3};
+}
+
 /// Samples of an element's own environment in a block of `samples` of the top environment.
 inline int ownSamples(const wave::Producer& element, int samples) {
     const auto* sub = dynamic_cast<const wave::SubEnvironment*>(&element.environment());
@@ -92,6 +102,11 @@ void runBlock(wave::Environment& environment, std::span<wave::Producer* const> e
     afterPull(samples);
     const RealtimeScope audio;
     environment.run(samples, 0);
+}
+
+/// Runs a graph that nobody pulls: meters and what else is scheduled.
+inline void runGraph(wave::Environment& environment, std::span<const int> blockSizes) {
+    for (const int size : blockSizes) runBlock(environment, {}, size, [](int) {});
 }
 
 /// The outputs of several elements that run side by side, one vector each.
@@ -121,5 +136,33 @@ inline std::vector<float> runElement(wave::Environment& environment, wave::Produ
                                      std::initializer_list<int> blockSizes) {
     return runElement(environment, element, std::span<const int>(blockSizes.begin(), blockSizes.size()));
 }
+
+/// One element behind a source, at 48 kHz. Its controls stand still, or play a value a sample.
+template <typename Element>
+struct ElementRig {
+    /// `arguments` are what the element is made of behind its environment.
+    template <typename... Arguments>
+    explicit ElementRig(std::vector<float> signal, Arguments&&... arguments)
+        : source(environment, std::move(signal)),
+          element(environment, std::forward<Arguments>(arguments)...) {
+        environment.setSampleRate(48000.0f);
+        element.source = &source;
+    }
+    static void set(wave::FloatParameterBus& control, double value) {
+        control.parameter().setValue(static_cast<float>(value), 0.0f);
+    }
+    VectorSource& play(wave::FloatParameterBus& control, std::vector<float> course,
+                       ConstantFlag flag = ConstantFlag::WhereTrue) {
+        control.setSource(&controls.emplace_back(environment, std::move(course), flag));
+        return controls.back();
+    }
+    std::vector<float> run(std::span<const int> blocks) { return runElement(environment, element, blocks); }
+    std::vector<float> run(int count, int block = 256) { return run(evenBlocks(count, block)); }
+
+    wave::Environment environment{512};
+    VectorSource source;
+    std::deque<VectorSource> controls;
+    Element element;
+};
 
 }  // namespace vanta::test

@@ -13,7 +13,7 @@
 
 #include <fmt/format.h>
 
-#include "limiter/vanta_processor.hpp"
+#include "limiter/processor/vanta_processor.hpp"
 #include "tests/support/signals.hpp"
 
 /// Drives a whole limiter as a host does: settings first, then blocks of audio.
@@ -42,7 +42,7 @@ struct LimiterSetup {
     double rate = 44100.0;
     ChannelLayout layout = kStereoLayout;
     /// What else is set before the first block.
-    std::function<void(VantaProcessor&)> further;
+    std::function<void(VantaProcessor&)> further = {};
 
     int factor() const { return 1 << oversamplingIndex; }
 };
@@ -56,7 +56,7 @@ inline std::string describe(const LimiterSetup& setup) {
 class LimiterRig {
 public:
     explicit LimiterRig(const LimiterSetup& setup) : limiter_(setup.layout) {
-        limiter_.setSampleRate(static_cast<float>(setup.rate));
+        limiter_.prepare(static_cast<float>(setup.rate));
         limiter_.style.setMapped(setup.style);
         limiter_.oversampling.setValue(static_cast<float>(setup.oversamplingIndex), 0);
         limiter_.truePeakLimiting.setMapped(setup.truePeak);

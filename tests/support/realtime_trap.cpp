@@ -1,10 +1,12 @@
 #include "tests/support/realtime_trap.hpp"
 
+#include <dlfcn.h>
 #include <execinfo.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 
@@ -40,6 +42,23 @@ std::size_t placeOf(RealtimeTrap::Kind kind) {
     return static_cast<std::size_t>(kind);
 }
 
+/// The command that names the frames that lie in the program itself. Its symbols are hidden, so that a
+/// backtrace shows them as offsets.
+std::string namingCommand(const Offence& offence) {
+    Dl_info program{};
+    if (!dladdr(&offenceLog, &program)) return {};
+    std::string command = fmt::format("addr2line -Cfpe {}", program.dli_fname);
+    for (int i = 0; i < offence.depth; ++i) {
+        void* const frame = offence.frames[static_cast<std::size_t>(i)];
+        Dl_info info{};
+        if (!dladdr(frame, &info) || info.dli_fbase != program.dli_fbase) continue;
+        // A frame holds where the call returns to; the call itself stands before that.
+        command += fmt::format(" {:#x}", reinterpret_cast<std::uintptr_t>(frame) -
+                                             reinterpret_cast<std::uintptr_t>(info.dli_fbase) - 1);
+    }
+    return command;
+}
+
 void appendOffence(std::string& text, const Offence& offence) {
     text += offence.detail < 0 ? fmt::format("{}\n", offence.call)
                                : fmt::format("{} {}\n", offence.call, offence.detail);
@@ -48,18 +67,19 @@ void appendOffence(std::string& text, const Offence& offence) {
     for (int i = 0; symbols && i < offence.depth; ++i) {
         text += fmt::format("    {}\n", symbols[static_cast<std::size_t>(i)]);
     }
+    text += fmt::format("    to name them: {}\n", namingCommand(offence));
 }
 
 }  // namespace
 
-trap::Pause::Pause() : wasPaused(paused), flag(RealtimeScope::threadFlag()) {
+trap::Pause::Pause() : wasPaused_(paused), flag_(RealtimeScope::threadFlag()) {
     paused = true;
     RealtimeScope::threadFlag() = 0;
 }
 
 trap::Pause::~Pause() {
-    RealtimeScope::threadFlag() = flag;
-    paused = wasPaused;
+    RealtimeScope::threadFlag() = flag_;
+    paused = wasPaused_;
 }
 
 void trap::offend(RealtimeTrap::Kind kind, const char* call, long detail) {

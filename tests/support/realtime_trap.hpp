@@ -43,7 +43,7 @@ public:
     };
 
 private:
-    ThreadWatch watch;
+    ThreadWatch watch_;
 };
 
 }  // namespace vanta::test

@@ -23,8 +23,8 @@ public:
     Pause& operator=(const Pause&) = delete;
 
 private:
-    bool wasPaused;
-    char flag;
+    bool wasPaused_;
+    char flag_;
 };
 
 /// The functions that stand in for malloc and pthread come into a program with this symbol.

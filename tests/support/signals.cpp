@@ -26,8 +26,8 @@ double phaseAt(std::size_t i, double frequency, double rate) {
 }  // namespace
 
 std::uint64_t Random::next() {
-    state += 0x9E3779B97F4A7C15u;
-    std::uint64_t z = state;
+    state_ += 0x9E3779B97F4A7C15u;
+    std::uint64_t z = state_;
     z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
     z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
     return z ^ (z >> 31);
@@ -78,8 +78,13 @@ Signal impulse(std::size_t count, std::size_t position, double amplitude) {
 }
 
 Signal whiteNoise(std::uint64_t seed, std::size_t count, double amplitude) {
+    return spread(seed, count, -amplitude, amplitude);
+}
+
+Signal spread(std::uint64_t seed, std::size_t count, double low, double high) {
     Random random(seed);
-    return generate(count, [&](std::size_t) { return amplitude * random.bipolar(); });
+    const double middle = 0.5 * (low + high), reach = 0.5 * (high - low);
+    return generate(count, [&](std::size_t) { return middle + reach * random.bipolar(); });
 }
 
 Signal pinkNoise(std::uint64_t seed, std::size_t count, double rmsLevel) {
@@ -87,17 +92,27 @@ Signal pinkNoise(std::uint64_t seed, std::size_t count, double rmsLevel) {
     constexpr double kPole[] = {0.99886, 0.99332, 0.96900, 0.86650, 0.55000, -0.7616};
     constexpr double kGain[] = {0.0555179, 0.0750759, 0.1538520, 0.3104856, 0.5329522, -0.0168980};
     Random random(seed);
-    double state[6] = {};
+    double state_[6] = {};
     double delayed = 0.0;
     Signal signal = generate(count, [&](std::size_t) {
         const double white = random.bipolar();
         double sum = delayed + white * 0.5362;
-        for (std::size_t k = 0; k < 6; ++k) sum += state[k] = kPole[k] * state[k] + white * kGain[k];
+        for (std::size_t k = 0; k < 6; ++k) sum += state_[k] = kPole[k] * state_[k] + white * kGain[k];
         delayed = white * 0.115926;
         return sum;
     });
     const double scale = rmsLevel / std::max(rms(signal), 1e-30);
     for (float& sample : signal) sample = static_cast<float>(sample * scale);
+    return signal;
+}
+
+Signal faded(Signal signal, std::size_t ramp) {
+    for (std::size_t i = 0; i < ramp; ++i) {
+        const double angle = std::numbers::pi * static_cast<double>(i) / static_cast<double>(ramp);
+        const auto gain = static_cast<float>(0.5 - 0.5 * std::cos(angle));
+        signal[i] *= gain;
+        signal[signal.size() - 1 - i] *= gain;
+    }
     return signal;
 }
 

@@ -22,8 +22,13 @@ Signal bursts(double frequency, double rate, std::size_t count, std::size_t onCo
 Signal impulse(std::size_t count, std::size_t position = 0, double amplitude = 1.0);
 /// Evenly distributed between plus and minus the amplitude.
 Signal whiteNoise(std::uint64_t seed, std::size_t count, double amplitude = 1.0);
+/// Evenly distributed between two ends.
+Signal spread(std::uint64_t seed, std::size_t count, double low, double high);
 /// Falls by 3 dB an octave from about 10 Hz at 44.1 kHz up, scaled to the given root mean square.
 Signal pinkNoise(std::uint64_t seed, std::size_t count, double rmsLevel = 0.1);
+
+/// Begins and ends with half a cosine of `ramp` samples.
+Signal faded(Signal signal, std::size_t ramp);
 
 double peak(std::span<const float> signal);
 double rms(std::span<const float> signal);
@@ -45,7 +50,7 @@ double truePeak(std::span<const float> signal, std::size_t first, std::size_t la
 /// A sequence of evenly spread numbers, the same everywhere (SplitMix64, Steele, Lea and Flood, 2014).
 class Random {
 public:
-    explicit Random(std::uint64_t seed) : state(seed) {}
+    explicit Random(std::uint64_t seed) : state_(seed) {}
     std::uint64_t next();
     /// At least -1 and below 1.
     double bipolar();
@@ -53,7 +58,7 @@ public:
     int between(int low, int high);
 
 private:
-    std::uint64_t state;
+    std::uint64_t state_;
 };
 
 }  // namespace vanta::test

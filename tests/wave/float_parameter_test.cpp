@@ -5,26 +5,17 @@
 #include <cmath>
 #include <vector>
 
+#include "tests/support/element_rig.hpp"
 #include "wave/float_parameter_source.hpp"
 
-namespace vanta {
+namespace vanta::test {
 namespace {
 
 class FloatParameterTest : public testing::Test {
 protected:
     FloatParameterTest() { environment.setSampleRate(48000.0f); }
 
-    std::vector<float> play(int samples) {
-        std::vector<float> out;
-        while (static_cast<int>(out.size()) < samples) {
-            const int n = std::min(256, samples - static_cast<int>(out.size()));
-            environment.advanceTick();
-            const float* values = source.pullData(n);
-            out.insert(out.end(), values, values + n);
-            environment.run(n, 0);
-        }
-        return out;
-    }
+    std::vector<float> play(int samples) { return runElement(environment, source, evenBlocks(samples, 256)); }
     /// Samples until the value stands still.
     int rampLength(float target) {
         source.parameter().setValue(target, -1.0f);
@@ -35,7 +26,7 @@ protected:
     }
 
     wave::Environment environment{256};
-    FloatParameterSource source{environment, 0.0f};
+    wave::FloatParameterSource source{environment, 0.0f};
 };
 
 TEST_F(FloatParameterTest, JumpsWhileNobodyListens) {
@@ -100,8 +91,8 @@ TEST_F(FloatParameterTest, IgnoresNaNAndKeepsToItsRange) {
 }
 
 TEST_F(FloatParameterTest, ABusFollowsItsSourceAndComesBack) {
-    FloatParameterBus bus(environment, 0.25f, 0.0f, 1.0f);
-    FloatParameterSource loud(environment, 5.0f);
+    wave::FloatParameterBus bus(environment, 0.25f, 0.0f, 1.0f);
+    wave::FloatParameterSource loud(environment, 5.0f);
     bus.setSource(&loud);
     bus.assign(0.5f, nullptr);
     environment.advanceTick();
@@ -111,4 +102,4 @@ TEST_F(FloatParameterTest, ABusFollowsItsSourceAndComesBack) {
 }
 
 }  // namespace
-}  // namespace vanta
+}  // namespace vanta::test

@@ -21,7 +21,9 @@ std::string compressed(const std::string& content) {
     const int state = ::compress2(reinterpret_cast<Bytef*>(result.data()), &size,
                                   reinterpret_cast<const Bytef*>(content.data()),
                                   static_cast<uLong>(content.size()), Z_BEST_COMPRESSION);
-    if (state != Z_OK) throw std::runtime_error("zlib fails");
+    if (state != Z_OK)
+        throw std::runtime_error(
+            fmt::format("zlib cannot compress {} bytes: error {}", content.size(), state));
     result.resize(size);
     return result;
 }
@@ -32,8 +34,8 @@ void putInteger(std::string& record, std::size_t offset, std::uint32_t value) {
 
 std::string record(const std::string& name, std::size_t size, std::uint32_t second) {
     if (name.empty() || name.size() >= kArchiveSizeOffset) {
-        throw std::runtime_error(
-            fmt::format("\"{}\" is no name of 1 to {} bytes", name, kArchiveSizeOffset - 1));
+        throw std::runtime_error(fmt::format("\"{}\" cannot be a name in an archive: use 1 to {} bytes", name,
+                                             kArchiveSizeOffset - 1));
     }
     std::string bytes(kArchiveRecordSize, '\0');
     bytes[0] = static_cast<char>(name.size());

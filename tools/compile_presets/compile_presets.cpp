@@ -12,8 +12,8 @@
 #include <stdexcept>
 
 #include "foundation/binary_data.hpp"
-#include "limiter/vanta_preset.hpp"
-#include "plugin/generic_plugin_base.hpp"
+#include "limiter/model/vanta_preset.hpp"
+#include "plugin/base/generic_plugin_base.hpp"
 #include "plugin/presets/parameter_file_list.hpp"
 #include "tools/compile_presets/archive_writer.hpp"
 #include "tools/compile_presets/preset_source.hpp"
@@ -39,7 +39,7 @@ std::string readFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::string content{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     if (!file)
-        throw std::runtime_error(fmt::format("{}: can't be read: {}", path.string(), std::strerror(errno)));
+        throw std::runtime_error(fmt::format("cannot read {}: {}", path.string(), std::strerror(errno)));
     return content;
 }
 
@@ -86,7 +86,8 @@ void compileAll(std::span<const std::string> arguments) {
     std::ofstream out(arguments[0], std::ios::trunc);
     out << sourceOf(writeSetupArchive(root));
     out.close();
-    if (!out) throw std::runtime_error(fmt::format("{}: can't be written", arguments[0]));
+    if (!out)
+        throw std::runtime_error(fmt::format("cannot write {}: {}", arguments[0], std::strerror(errno)));
 }
 
 }  // namespace

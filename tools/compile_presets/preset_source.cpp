@@ -7,7 +7,9 @@
 #include <set>
 #include <sstream>
 #include <stdexcept>
+#include <vector>
 
+#include "foundation/near_miss.hpp"
 #include "plugin/parameters/indexed_parameter.hpp"
 #include "plugin/parameters/number_text.hpp"
 
@@ -20,11 +22,15 @@ std::string trimmed(const std::string& text) {
 }
 
 AbstractPluginParameter& findParameter(const VantaParameters& parameters, const std::string& name) {
+    std::vector<std::string_view> names;
     for (int i = 0; i < parameters.owner().parameterCount(); ++i) {
         AbstractPluginParameter* parameter = parameters.owner().parameterAt(i);
         if (parameter->name() == name) return *parameter;
+        names.push_back(parameter->name());
     }
-    throw std::runtime_error(fmt::format("there is no parameter \"{}\"", name));
+    const std::string_view meant = nearMiss(name, names);
+    throw std::runtime_error(fmt::format("unknown parameter \"{}\"{}", name,
+                                         meant.empty() ? "" : fmt::format(": did you mean \"{}\"?", meant)));
 }
 
 std::optional<float> wholeNumber(const std::string& text) {
@@ -41,26 +47,32 @@ float readValue(const AbstractPluginParameter& parameter, const std::string& tex
         for (std::size_t i = 0; i < labels.size(); ++i) {
             if (labels[i] == text) return static_cast<float>(i);
         }
-        throw std::runtime_error(fmt::format("\"{}\" is no choice of {}", text, parameter.name()));
+        throw std::runtime_error(fmt::format("{} cannot be \"{}\": use one of \"{}\"", parameter.name(), text,
+                                             fmt::join(labels, "\", \"")));
     }
     float value = 0.0f;
     if (const auto number = wholeNumber(text)) {
         value = *number;
     } else if (!parameter.parseText(text, &value) || parameter.exceedsRange(text)) {
-        throw std::runtime_error(fmt::format("\"{}\" is no value of {}", text, parameter.name()));
+        throw std::runtime_error(fmt::format("{} cannot be \"{}\": use {} to {}", parameter.name(), text,
+                                             parameter.text(parameter.minimum()),
+                                             parameter.text(parameter.maximum())));
     }
     if (!(value >= parameter.minimum() && value <= parameter.maximum())) {
-        throw std::runtime_error(fmt::format("{} is out of the range of {}", text, parameter.name()));
+        throw std::runtime_error(fmt::format("{} cannot be {}: use {} to {}", parameter.name(), text,
+                                             parameter.minimum(), parameter.maximum()));
     }
     return value;
 }
 
 void applyLine(VantaParameters& parameters, const std::string& line, std::set<std::string>& named) {
     const std::size_t equals = line.find('=');
-    if (equals == std::string::npos) throw std::runtime_error(fmt::format("\"{}\" has no \"=\"", line));
+    if (equals == std::string::npos)
+        throw std::runtime_error(fmt::format("cannot read \"{}\": write \"Parameter = value\"", line));
     const std::string name = trimmed(line.substr(0, equals));
     AbstractPluginParameter& parameter = findParameter(parameters, name);
-    if (!named.insert(name).second) throw std::runtime_error(fmt::format("{} is set twice", name));
+    if (!named.insert(name).second)
+        throw std::runtime_error(fmt::format("{} is set twice: remove one of the two lines", name));
     parameter.setValue(readValue(parameter, trimmed(line.substr(equals + 1))), 0);
 }
 

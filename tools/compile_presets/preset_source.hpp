@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "limiter/vanta_parameters.hpp"
+#include "limiter/parameters/vanta_parameters.hpp"
 
 namespace vanta {
 

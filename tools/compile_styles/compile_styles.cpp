@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -10,6 +12,7 @@
 #include <stdexcept>
 
 #include "limiter/styles/style_check.hpp"
+#include "limiter/styles/style_names.hpp"
 #include "limiter/styles/style_record.hpp"
 #include "limiter/styles/style_source.hpp"
 
@@ -18,14 +21,15 @@ namespace {
 using namespace vanta;
 
 constexpr std::string_view kUsage =
-    "usage: compile_styles OUT.cpp NAME=FILE...   write the records of the sources as one C++ source\n"
-    "       compile_styles --record FILE OUT      write one source's record\n"
-    "       compile_styles --dump RECORD          print a record as a source\n";
+    "usage: compile_styles OUT.cpp FOLDER STYLE...   write the records of FOLDER/STYLE.style as one C++ "
+    "source\n"
+    "       compile_styles --record FILE OUT         write one source's record\n"
+    "       compile_styles --dump RECORD             print a record as a source\n";
 
 std::string readFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::string content{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file) throw std::runtime_error(fmt::format("{}: can't be read: {}", path, std::strerror(errno)));
+    if (!file) throw std::runtime_error(fmt::format("cannot read {}: {}", path, std::strerror(errno)));
     return content;
 }
 
@@ -33,7 +37,7 @@ void writeFile(const std::string& path, std::string_view content) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(content.data(), static_cast<std::streamsize>(content.size()));
     file.close();
-    if (!file) throw std::runtime_error(fmt::format("{}: can't be written: {}", path, std::strerror(errno)));
+    if (!file) throw std::runtime_error(fmt::format("cannot write {}: {}", path, std::strerror(errno)));
 }
 
 std::vector<std::byte> compile(const EngineLayout& layout, const std::string& path) {
@@ -49,23 +53,37 @@ std::string byteTable(int index, std::span<const std::byte> record) {
     return text + "};\n";
 }
 
+/// The build's list and the program's are two; in another order every style would sound as its neighbour.
+void checkNames(std::span<const std::string> styles) {
+    std::string names(kStyleNames);
+    std::ranges::transform(names, names.begin(), [](char c) {
+        return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    });
+    const std::string listed = fmt::format("{}", fmt::join(styles, ","));
+    if (listed == names) return;
+    throw std::runtime_error(
+        fmt::format("the styles of limiter/styles/CMakeLists.txt are {}, those of "
+                    "limiter/styles/style_names.hpp {}: list "
+                    "the same styles in the same order",
+                    listed, names));
+}
+
 /// Every source is compiled before a fault ends the run, so that one build shows all faults.
-void compileAll(const EngineLayout& layout, const std::string& output, std::span<const std::string> styles) {
+void compileAll(const EngineLayout& layout, const std::string& output, const std::string& folder,
+                std::span<const std::string> styles) {
+    checkNames(styles);
     std::string tables;
     std::string entries;
     std::string faults;
     int index = 0;
     for (const std::string& style : styles) {
-        const std::size_t equals = style.find('=');
-        if (equals == std::string::npos)
-            throw std::runtime_error(fmt::format("\"{}\" is not NAME=FILE", style));
         try {
-            tables += byteTable(index, compile(layout, style.substr(equals + 1)));
+            tables += byteTable(index, compile(layout, fmt::format("{}/{}.style", folder, style)));
         } catch (const StyleError& error) {
             faults += faults.empty() ? error.what() : fmt::format("\n{}", error.what());
         }
-        entries += fmt::format("        {{\"{0}\", std::as_bytes(std::span(kRecord{1}))}},\n",
-                               style.substr(0, equals), index++);
+        entries +=
+            fmt::format("        {{\"{}.limiter\", std::as_bytes(std::span(kRecord{}))}},\n", style, index++);
     }
     if (!faults.empty()) throw StyleError(faults);
     writeFile(output, fmt::format("#include \"limiter/styles/style_resources.hpp\"\n\n"
@@ -101,8 +119,8 @@ int run(std::span<const std::string> arguments) {
     } else if (first == "--record" && arguments.size() == 3) {
         const std::vector<std::byte> record = compile(layout, arguments[1]);
         writeFile(arguments[2], {reinterpret_cast<const char*>(record.data()), record.size()});
-    } else if (arguments.size() >= 2 && !first.starts_with('-')) {
-        compileAll(layout, first, arguments.subspan(1));
+    } else if (arguments.size() >= 3 && !first.starts_with('-')) {
+        compileAll(layout, first, arguments[1], arguments.subspan(2));
     } else {
         fmt::print(stderr, "{}", kUsage);
         return 2;

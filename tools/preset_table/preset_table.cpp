@@ -1,20 +1,18 @@
-// Plays the demonstration song through every factory preset and prints the docs page that tells what came
+// Plays the demonstration song through every factory preset and prints the page of docs that shows what came
 // out.
 
-#include <ebur128.h>
 #include <fmt/format.h>
 
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <vector>
 
 #include "host/offline/render.hpp"
 #include "limiter/factory/factory_archive.hpp"
-#include "limiter/vanta_preset.hpp"
+#include "limiter/model/vanta_preset.hpp"
+#include "measure/programme_meter.hpp"
 #include "plugin/presets/setup_archive.hpp"
-#include "tools/level_table/levels.hpp"
 #include "tools/song/song.hpp"
 
 namespace {
@@ -25,19 +23,19 @@ constexpr int kSampleRate = 48000;
 
 class SongReader final : public AudioReader {
 public:
-    explicit SongReader(const song::Song& played) : song(played) {}
+    explicit SongReader(const song::Song& played) : song_(played) {}
     int channelCount() const override { return 2; }
     std::size_t read(std::span<float* const> channels, std::size_t frames) override {
-        const std::size_t count = std::min(frames, song.left.size() - position);
-        std::copy_n(song.left.begin() + static_cast<std::ptrdiff_t>(position), count, channels[0]);
-        std::copy_n(song.right.begin() + static_cast<std::ptrdiff_t>(position), count, channels[1]);
-        position += count;
+        const std::size_t count = std::min(frames, song_.left.size() - position_);
+        std::copy_n(song_.left.begin() + static_cast<std::ptrdiff_t>(position_), count, channels[0]);
+        std::copy_n(song_.right.begin() + static_cast<std::ptrdiff_t>(position_), count, channels[1]);
+        position_ += count;
         return count;
     }
 
 private:
-    const song::Song& song;
-    std::size_t position = 0;
+    const song::Song& song_;
+    std::size_t position_ = 0;
 };
 
 class MemoryWriter final : public AudioWriter {
@@ -50,23 +48,19 @@ public:
     std::array<std::vector<float>, 2> samples;
 };
 
-/// Integrated loudness of a stereo signal in LUFS.
-double loudness(const std::vector<float>& left, const std::vector<float>& right) {
-    struct Release {
-        void operator()(ebur128_state* state) const { ebur128_destroy(&state); }
-    };
-    const std::unique_ptr<ebur128_state, Release> state(ebur128_init(2, kSampleRate, EBUR128_MODE_I));
-    std::vector<float> frames;
-    for (std::size_t i = 0; i < left.size(); ++i) frames.insert(frames.end(), {left[i], right[i]});
-    ebur128_add_frames_float(state.get(), frames.data(), left.size());
-    double result = 0.0;
-    ebur128_loudness_global(state.get(), &result);
-    return result;
-}
+struct Measured {
+    double loudness;    ///< LUFS
+    double truePeakDb;  ///< dBTP
+};
 
-double truePeakDb(const std::vector<float>& left, const std::vector<float>& right) {
-    const std::array<std::span<const float>, 2> channels{left, right};
-    return measureLevels(channels).truePeakDb;
+/// What `vanta measure` says of a stereo signal.
+Measured measured(const std::vector<float>& left, const std::vector<float>& right) {
+    ProgrammeMeter meter(kStereoLayout, kSampleRate);
+    const std::array<const float*, 2> channels{left.data(), right.data()};
+    meter.process(channels, left.size());
+    meter.finish();
+    const ProgrammeFigures figures = meter.programme().figures();
+    return {figures.integrated.value(), figures.total.truePeak.value().level};
 }
 
 void printRow(const song::Song& song, const ArchivedFile& file) {
@@ -76,24 +70,25 @@ void printRow(const song::Song& song, const ArchivedFile& file) {
     }
     SongReader reader(song);
     MemoryWriter writer;
-    RenderJob job{.settings = settings, .input = reader, .output = writer, .proceed = {}};
+    RenderJob job{.settings = settings, .input = reader, .output = writer, .progress = {}};
     job.sampleRate = kSampleRate;
     const RenderResult result = render(job);
-    const auto& [left, right] = writer.samples;
+    const Measured levels = measured(writer.samples[0], writer.samples[1]);
     fmt::print("| {} | {} | {:.0f} | {:.1f} | {:.1f} | {:.2f} | {:.1f} | {:.1f} |\n",
                std::filesystem::path(file.path).stem().string(), settings.style.text(settings.style.value()),
-               settings.gain.value(), settings.outputLevel.value(), loudness(left, right),
-               truePeakDb(left, right), result.largestReductionDb, 1e3 * result.latencySamples / kSampleRate);
+               settings.gain.value(), settings.outputLevel.value(), levels.loudness, levels.truePeakDb,
+               result.largestReductionDb, 1e3 * result.latencySamples / kSampleRate);
 }
 
 void printTables() {
     const song::Song song = song::renderSong(song::loadDemoScore(), kSampleRate);
+    const Measured before = measured(song.left, song.right);
     fmt::print(
         "# Factory presets\n\n"
         "What the demonstration song of `make demo` becomes in each: it has {:.1f} LUFS and {:.2f} dBTP "
         "before, at {} Hz.\nGain and Output Level are the preset's; gain reduction is the largest of any "
         "moment. Made by `preset_table`; edit\n`resources/presets/` and run it again.\n",
-        loudness(song.left, song.right), truePeakDb(song.left, song.right), kSampleRate);
+        before.loudness, before.truePeakDb, kSampleRate);
     std::string folder = "-";
     for (const ArchivedFile& file : readFolder(factoryArchive(), "FactoryPresets")) {
         const std::string parent = std::filesystem::path(file.path).parent_path().string();

@@ -29,27 +29,27 @@ struct Request {
 class WavFile {
 public:
     WavFile(const std::filesystem::path& target, int rate, int channels)
-        : path(target), partial(fmt::format("{}.{}.part", target.string(), getpid())) {
+        : path_(target), partial_(fmt::format("{}.{}.part", target.string(), getpid())) {
         // The renaming would put a file in the place of a device or a folder.
-        if (std::filesystem::exists(path) && !std::filesystem::is_regular_file(path))
-            throw std::runtime_error(fmt::format("{}: is not a regular file", path.string()));
+        if (std::filesystem::exists(path_) && !std::filesystem::is_regular_file(path_))
+            throw std::runtime_error(fmt::format("{}: is not a regular file", path_.string()));
         SF_INFO info{};
         info.samplerate = rate;
         info.channels = channels;
         info.format = SF_FORMAT_PCM_24 | (channels > 2 ? SF_FORMAT_WAVEX : SF_FORMAT_WAV);
-        file.reset(sf_open(partial.c_str(), SFM_WRITE, &info));
-        if (!file) throw std::runtime_error(fmt::format("{}: {}", path.string(), sf_strerror(nullptr)));
-        sf_command(file.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
+        file_.reset(sf_open(partial_.c_str(), SFM_WRITE, &info));
+        if (!file_) throw std::runtime_error(fmt::format("{}: {}", path_.string(), sf_strerror(nullptr)));
+        sf_command(file_.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
         if (channels == 6) {
             std::array<int, 6> map{SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT,     SF_CHANNEL_MAP_CENTER,
                                    SF_CHANNEL_MAP_LFE,  SF_CHANNEL_MAP_REAR_LEFT, SF_CHANNEL_MAP_REAR_RIGHT};
-            sf_command(file.get(), SFC_SET_CHANNEL_MAP_INFO, map.data(), sizeof map);
+            sf_command(file_.get(), SFC_SET_CHANNEL_MAP_INFO, map.data(), sizeof map);
         }
     }
     ~WavFile() {
-        file.reset();
+        file_.reset();
         std::error_code ignored;
-        std::filesystem::remove(partial, ignored);
+        std::filesystem::remove(partial_, ignored);
     }
 
     void write(std::span<const std::vector<float>* const> channels) {
@@ -59,9 +59,10 @@ public:
         for (std::size_t i = 0; i < frames; ++i)
             for (const auto* channel : channels) interleaved.push_back((*channel)[i]);
         const auto count = static_cast<sf_count_t>(frames);
-        if (sf_writef_float(file.get(), interleaved.data(), count) != count || sf_close(file.release()) != 0)
-            throw std::runtime_error(fmt::format("{}: cannot be written", path.string()));
-        std::filesystem::rename(partial, path);
+        if (sf_writef_float(file_.get(), interleaved.data(), count) != count ||
+            sf_close(file_.release()) != 0)
+            throw std::runtime_error(fmt::format("{}: cannot be written", path_.string()));
+        std::filesystem::rename(partial_, path_);
     }
 
 private:
@@ -69,8 +70,8 @@ private:
         void operator()(SNDFILE* handle) const { sf_close(handle); }
     };
 
-    std::filesystem::path path, partial;
-    std::unique_ptr<SNDFILE, Close> file;
+    std::filesystem::path path_, partial_;
+    std::unique_ptr<SNDFILE, Close> file_;
 };
 
 void render(const Request& request) {

@@ -18,10 +18,10 @@ public:
 private:
     double dot(std::span<const double> in, std::ptrdiff_t first, std::size_t row) const;
 
-    double ratio;          ///< input samples for one output sample
-    std::ptrdiff_t reach;  ///< taps a side
-    std::size_t taps;
-    std::vector<double> rows;  ///< the kernel at kPhases + 1 positions between two input samples
+    double ratio_;          ///< input samples for one output sample
+    std::ptrdiff_t reach_;  ///< taps a side
+    std::size_t taps_;
+    std::vector<double> rows_;  ///< the kernel at kPhases + 1 positions between two input samples
 };
 
 }  // namespace vanta::song

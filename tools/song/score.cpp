@@ -24,7 +24,7 @@ using Words = std::span<const std::string_view>;
 
 class ScoreParser {
 public:
-    explicit ScoreParser(const std::string& name) : fileName(name) {}
+    explicit ScoreParser(const std::string& name) : fileName_(name) {}
 
     Score parse(std::string_view text);
 
@@ -52,10 +52,10 @@ private:
     };
 
     [[noreturn]] void fail(const std::string& what) const {
-        throw ScoreError(fmt::format("{}:{}: {}", fileName, lineNumber, what));
+        throw ScoreError(fmt::format("{}:{}: {}", fileName_, lineNumber_, what));
     }
     double number(std::string_view word, std::string_view what, double lowest, double highest) const;
-    double secondsAt(double beats) const { return beats * 60 / score.tempo; }
+    double secondsAt(double beats) const { return beats * 60 / score_.tempo; }
 
     void readLine(std::string_view line);
     bool readSetting(Words words);
@@ -68,11 +68,11 @@ private:
     void closeBar(Pen& pen);
     void finish() const;
 
-    const std::string& fileName;
-    int lineNumber = 0;
-    int sectionBars = 0;
-    double sectionBeats = 0;  ///< where the section begins
-    Score score;
+    const std::string& fileName_;
+    int lineNumber_ = 0;
+    int sectionBars_ = 0;
+    double sectionBeats_ = 0;  ///< where the section begins
+    Score score_;
 };
 
 double ScoreParser::number(std::string_view word, std::string_view what, double lowest,
@@ -86,19 +86,19 @@ double ScoreParser::number(std::string_view word, std::string_view what, double 
 
 Score ScoreParser::parse(std::string_view text) {
     while (!text.empty()) {
-        ++lineNumber;
+        ++lineNumber_;
         const std::size_t end = std::min(text.find('\n'), text.size());
         readLine(text.substr(0, end));
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     finish();
-    return std::move(score);
+    return std::move(score_);
 }
 
 void ScoreParser::finish() const {
-    if (score.sections.empty()) fail("the score has no section");
+    if (score_.sections.empty()) fail("the score has no section");
     const bool silent =
-        std::all_of(score.lines.begin(), score.lines.end(), [](const Line& l) { return l.notes.empty(); });
+        std::all_of(score_.lines.begin(), score_.lines.end(), [](const Line& l) { return l.notes.empty(); });
     if (silent) fail("the score has no note");
 }
 
@@ -127,19 +127,19 @@ bool ScoreParser::readSetting(Words words) {
                                        [&](const Setting& s) { return s.name == words[0]; });
     if (!title && !seed && setting == kSettings.end()) return false;
     // Later settings would move notes that are already placed.
-    if (!score.sections.empty()) fail(fmt::format("'{}' must stand before the first section", words[0]));
+    if (!score_.sections.empty()) fail(fmt::format("'{}' must stand before the first section", words[0]));
     if (words.size() < 2) fail(fmt::format("'{}' has no value", words[0]));
     if (title) {
-        score.title = fmt::format("{}", fmt::join(words.subspan(1), " "));
+        score_.title = fmt::format("{}", fmt::join(words.subspan(1), " "));
         return true;
     }
     if (words.size() > 2) fail(fmt::format("'{}' takes one value, '{}' is too much", words[0], words[2]));
     if (seed) {
         const double value = number(words[1], "seed", 0, 1e15);
         if (value != std::floor(value)) fail("the seed is a whole number");
-        score.seed = static_cast<std::uint64_t>(value);
+        score_.seed = static_cast<std::uint64_t>(value);
     } else {
-        score.*setting->field = number(words[1], words[0], setting->lowest, setting->highest);
+        score_.*setting->field = number(words[1], words[0], setting->lowest, setting->highest);
     }
     return true;
 }
@@ -153,10 +153,10 @@ void ScoreParser::readInstrument(Words words) {
          {"lowcut", &InstrumentSpec::lowCutHz, 10, 2000},
          {"decay", &InstrumentSpec::decaySeconds, 0.005, 10}}};
     if (words.size() < 3) fail("an instrument needs a name and a kind");
-    if (!score.sections.empty()) fail("instruments must stand before the first section");
+    if (!score_.sections.empty()) fail("instruments must stand before the first section");
     InstrumentSpec spec;
     spec.name = words[1];
-    for (const auto& other : score.instruments)
+    for (const auto& other : score_.instruments)
         if (other.name == spec.name) fail(fmt::format("there is already an instrument '{}'", spec.name));
     const auto kind = readInstrumentKind(words[2]);
     if (!kind)
@@ -170,7 +170,7 @@ void ScoreParser::readInstrument(Words words) {
         if (rest.size() < 2) fail(fmt::format("'{}' has no value", rest[0]));
         spec.*setting->field = number(rest[1], rest[0], setting->lowest, setting->highest);
     }
-    score.instruments.push_back(std::move(spec));
+    score_.instruments.push_back(std::move(spec));
 }
 
 void ScoreParser::readSection(Words words) {
@@ -178,32 +178,32 @@ void ScoreParser::readSection(Words words) {
         fail("a section reads 'section NAME COUNT bars'");
     const double bars = number(words[2], "count of bars", 1, 1000);
     if (bars != std::floor(bars)) fail("the count of bars is a whole number");
-    for (const auto& other : score.sections)
+    for (const auto& other : score_.sections)
         if (other.name == words[1]) fail(fmt::format("there is already a section '{}'", words[1]));
-    sectionBeats += sectionBars * score.beatsPerBar;
-    sectionBars = static_cast<int>(bars);
-    const double end = secondsAt(sectionBeats + bars * score.beatsPerBar);
+    sectionBeats_ += sectionBars_ * score_.beatsPerBar;
+    sectionBars_ = static_cast<int>(bars);
+    const double end = secondsAt(sectionBeats_ + bars * score_.beatsPerBar);
     if (end > kLongestSeconds) fail(fmt::format("the score is longer than {} seconds", kLongestSeconds));
-    score.sections.push_back({std::string(words[1]), secondsAt(sectionBeats), end});
+    score_.sections.push_back({std::string(words[1]), secondsAt(sectionBeats_), end});
 }
 
 void ScoreParser::readPlayedLine(Words words) {
-    const auto instrument = std::find_if(score.instruments.begin(), score.instruments.end(),
+    const auto instrument = std::find_if(score_.instruments.begin(), score_.instruments.end(),
                                          [&](const InstrumentSpec& spec) { return spec.name == words[0]; });
-    if (instrument == score.instruments.end())
+    if (instrument == score_.instruments.end())
         fail(fmt::format("'{}' is neither a setting nor an instrument", words[0]));
-    if (score.sections.empty()) fail(fmt::format("'{}' plays before the first section", words[0]));
+    if (score_.sections.empty()) fail(fmt::format("'{}' plays before the first section", words[0]));
 
     Pen pen;
-    pen.startBeats = sectionBeats;
-    pen.line.instrument = static_cast<std::size_t>(instrument - score.instruments.begin());
+    pen.startBeats = sectionBeats_;
+    pen.line.instrument = static_cast<std::size_t>(instrument - score_.instruments.begin());
     const bool percussion = isPercussion(instrument->kind);
     for (const auto word : words.subspan(1)) readWord(pen, word, percussion);
     closeBar(pen);
     if (pen.tied) fail("the last note is tied to nothing");
-    if (pen.bar != sectionBars)
-        fail(fmt::format("'{}' has {} bars, the section has {}", words[0], pen.bar, sectionBars));
-    score.lines.push_back(std::move(pen.line));
+    if (pen.bar != sectionBars_)
+        fail(fmt::format("'{}' has {} bars, the section has {}", words[0], pen.bar, sectionBars_));
+    score_.lines.push_back(std::move(pen.line));
 }
 
 void ScoreParser::readWord(Pen& pen, std::string_view word, bool percussion) {
@@ -213,7 +213,7 @@ void ScoreParser::readWord(Pen& pen, std::string_view word, bool percussion) {
     } else if (word == "-") {
         if (pen.beats > 0) fail("'-' rests for a whole bar and must stand alone in it");
         if (pen.tied) fail("a note is tied to a rest");
-        pen.beats = score.beatsPerBar;
+        pen.beats = score_.beatsPerBar;
     } else if (percussion) {
         readSteps(pen, word, 0.25);
     } else {
@@ -223,7 +223,7 @@ void ScoreParser::readWord(Pen& pen, std::string_view word, bool percussion) {
 
 void ScoreParser::readSteps(Pen& pen, std::string_view steps, double beatsPerStep) {
     for (const char step : steps) {
-        const double startBeats = pen.startBeats + pen.bar * score.beatsPerBar + pen.beats;
+        const double startBeats = pen.startBeats + pen.bar * score_.beatsPerBar + pen.beats;
         Note note{secondsAt(startBeats), secondsAt(beatsPerStep), 0, pen.strengthDb, Vowel::ah};
         pen.beats += beatsPerStep;
         if (step == '.') continue;
@@ -244,7 +244,7 @@ void ScoreParser::readNote(Pen& pen, std::string_view word) {
     } catch (const std::invalid_argument& error) {
         fail(error.what());
     }
-    const double startBeats = pen.startBeats + pen.bar * score.beatsPerBar + pen.beats;
+    const double startBeats = pen.startBeats + pen.bar * score_.beatsPerBar + pen.beats;
     pen.beats += note.beats;
     if (pen.tied && note.pitches != pen.lastPitches) fail(fmt::format("'{}' is not the tied note", word));
     if (note.vowel) pen.vowel = *note.vowel;
@@ -263,8 +263,8 @@ void ScoreParser::readNote(Pen& pen, std::string_view word) {
 }
 
 void ScoreParser::closeBar(Pen& pen) {
-    if (std::abs(pen.beats - score.beatsPerBar) > kBeatTolerance)
-        fail(fmt::format("bar {} has {} beats instead of {}", pen.bar + 1, pen.beats, score.beatsPerBar));
+    if (std::abs(pen.beats - score_.beatsPerBar) > kBeatTolerance)
+        fail(fmt::format("bar {} has {} beats instead of {}", pen.bar + 1, pen.beats, score_.beatsPerBar));
     pen.bar += 1;
     pen.beats = 0;
 }

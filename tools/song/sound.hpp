@@ -25,10 +25,10 @@ struct Stereo {
 /// Seeded pseudo-random numbers (splitmix64, Steele, Lea and Flood 2014).
 class Random {
 public:
-    explicit Random(std::uint64_t seed) : state(seed) {}
+    explicit Random(std::uint64_t seed) : state_(seed) {}
 
     std::uint64_t bits() {
-        std::uint64_t z = state += 0x9e3779b97f4a7c15u;
+        std::uint64_t z = state_ += 0x9e3779b97f4a7c15u;
         z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;
         z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
         return z ^ (z >> 31);
@@ -39,7 +39,7 @@ public:
     double bipolar() { return 2 * unit() - 1; }
 
 private:
-    std::uint64_t state;
+    std::uint64_t state_;
 };
 
 /// State-variable filter in the trapezoidal form (Zavalishin, "The Art of VA Filter Design"), which takes
@@ -54,35 +54,35 @@ public:
     Filter(double cutoffHz, double q) { tune(cutoffHz, q); }
 
     void tune(double cutoffHz, double q) {
-        g = std::tan(std::numbers::pi * std::fmin(cutoffHz, 0.45 * kStudioRate) / kStudioRate);
-        damping = 1 / q;
-        scale = 1 / (1 + g * (g + damping));
+        g_ = std::tan(std::numbers::pi * std::fmin(cutoffHz, 0.45 * kStudioRate) / kStudioRate);
+        damping_ = 1 / q;
+        scale_ = 1 / (1 + g_ * (g_ + damping_));
     }
     Out next(double in) {
-        const double high = (in - (g + damping) * first - second) * scale;
-        const double band = g * high + first;
-        const double low = g * band + second;
-        first = g * high + band;
-        second = g * band + low;
-        return {low, band * damping, high};
+        const double high = (in - (g_ + damping_) * first_ - second_) * scale_;
+        const double band = g_ * high + first_;
+        const double low = g_ * band + second_;
+        first_ = g_ * high + band;
+        second_ = g_ * band + low;
+        return {low, band * damping_, high};
     }
 
 private:
-    double g = 0, damping = 1, scale = 1;
-    double first = 0, second = 0;
+    double g_ = 0, damping_ = 1, scale_ = 1;
+    double first_ = 0, second_ = 0;
 };
 
 /// Sawtooth from -1 to 1 whose step is rounded over two samples (polynomial band-limited step, Välimäki
 /// and Huovilainen 2007).
 class Saw {
 public:
-    explicit Saw(double startPhase) : phase(startPhase) {}
+    explicit Saw(double startPhase) : phase_(startPhase) {}
 
     double next(double hertz) {
         const double step = hertz / kStudioRate;
-        const double out = 2 * phase - 1 - residue(phase, step);
-        phase += step;
-        phase -= std::floor(phase);
+        const double out = 2 * phase_ - 1 - residue(phase_, step);
+        phase_ += step;
+        phase_ -= std::floor(phase_);
         return out;
     }
 
@@ -93,39 +93,39 @@ private:
         return 0;
     }
 
-    double phase;
+    double phase_;
 };
 
 class Sine {
 public:
-    explicit Sine(double startPhase = 0) : phase(startPhase) {}
+    explicit Sine(double startPhase = 0) : phase_(startPhase) {}
 
     /// `shift` modulates the phase, in radians.
     double next(double hertz, double shift = 0) {
-        const double out = std::sin(kTwoPi * phase + shift);
-        phase += hertz / kStudioRate;
-        phase -= std::floor(phase);
+        const double out = std::sin(kTwoPi * phase_ + shift);
+        phase_ += hertz / kStudioRate;
+        phase_ -= std::floor(phase_);
         return out;
     }
 
 private:
-    double phase;
+    double phase_;
 };
 
 /// A sine of constant pitch, by rotation: the partials of a struck cymbal are many.
 class Partial {
 public:
     Partial(double hertz, double startPhase)
-        : turn(std::polar(1.0, kTwoPi * hertz / kStudioRate)), at(std::polar(1.0, kTwoPi * startPhase)) {}
+        : turn_(std::polar(1.0, kTwoPi * hertz / kStudioRate)), at_(std::polar(1.0, kTwoPi * startPhase)) {}
 
     double next() {
-        at = {at.real() * turn.real() - at.imag() * turn.imag(),
-              at.real() * turn.imag() + at.imag() * turn.real()};
-        return at.imag();
+        at_ = {at_.real() * turn_.real() - at_.imag() * turn_.imag(),
+               at_.real() * turn_.imag() + at_.imag() * turn_.real()};
+        return at_.imag();
     }
 
 private:
-    std::complex<double> turn, at;
+    std::complex<double> turn_, at_;
 };
 
 /// Loudness of a held note over its time. Attack and end are rounded so that no note clicks.

@@ -13,54 +13,54 @@ constexpr std::array<double, 4> kDiffuserSeconds{0.0047, 0.0036, 0.0127, 0.0093}
 
 class DelayLine {
 public:
-    explicit DelayLine(double seconds) : memory(frameAt(seconds)) {}
+    explicit DelayLine(double seconds) : memory_(frameAt(seconds)) {}
 
-    double read() const { return memory[at]; }
+    double read() const { return memory_[at_]; }
     void write(double in) {
-        memory[at] = in;
-        if (++at == memory.size()) at = 0;
+        memory_[at_] = in;
+        if (++at_ == memory_.size()) at_ = 0;
     }
 
 private:
-    std::vector<double> memory;
-    std::size_t at = 0;
+    std::vector<double> memory_;
+    std::size_t at_ = 0;
 };
 
 /// Schroeder's all-pass: smears a stroke without colouring it.
 class Diffuser {
 public:
-    explicit Diffuser(double seconds) : delay(seconds) {}
+    explicit Diffuser(double seconds) : delay_(seconds) {}
 
     double next(double in) {
         constexpr double kGain = 0.6;
-        const double late = delay.read();
+        const double late = delay_.read();
         const double sum = in - kGain * late;
-        delay.write(sum);
+        delay_.write(sum);
         return late + kGain * sum;
     }
 
 private:
-    DelayLine delay;
+    DelayLine delay_;
 };
 
 /// One side's way in: low cut, pre-delay and diffusers, which differ a little between the sides.
 class Entrance {
 public:
-    explicit Entrance(double stretch) : preDelay(kPreDelaySeconds * stretch) {
-        for (const double seconds : kDiffuserSeconds) diffusers.emplace_back(seconds * stretch);
+    explicit Entrance(double stretch) : preDelay_(kPreDelaySeconds * stretch) {
+        for (const double seconds : kDiffuserSeconds) diffusers_.emplace_back(seconds * stretch);
     }
 
     double next(double in) {
-        double sound = preDelay.read();
-        preDelay.write(lowCut.next(in).high);
-        for (auto& diffuser : diffusers) sound = diffuser.next(sound);
+        double sound = preDelay_.read();
+        preDelay_.write(lowCut_.next(in).high);
+        for (auto& diffuser : diffusers_) sound = diffuser.next(sound);
         return sound;
     }
 
 private:
-    Filter lowCut{kLowCutHz, 0.7};
-    DelayLine preDelay;
-    std::vector<Diffuser> diffusers;
+    Filter lowCut_{kLowCutHz, 0.7};
+    DelayLine preDelay_;
+    std::vector<Diffuser> diffusers_;
 };
 
 /// Hadamard matrix of order 8 times its inverse root: keeps the energy.

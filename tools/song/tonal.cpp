@@ -16,7 +16,7 @@ constexpr int kTuneEvery = 16;
 class Bass final : public NoteInstrument {
 public:
     Bass(double decaySeconds, std::uint64_t seed) : NoteInstrument(seed) {
-        if (decaySeconds > 0) envelope.decay = decaySeconds;
+        if (decaySeconds > 0) envelope_.decay = decaySeconds;
     }
 
 private:
@@ -27,7 +27,7 @@ private:
         Sine sub;
         Filter filter(200, 0.9), slope(200, 0.7);
         int untilTune = 0;
-        add(note, envelope.end(note.lengthSeconds), out, [&](double time) -> Frame {
+        add(note, envelope_.end(note.lengthSeconds), out, [&](double time) -> Frame {
             if (untilTune-- == 0) {
                 const double open = std::exp(-time / 0.14);
                 const double cutoff = 180 + 260 * level + level * 1500 * open;
@@ -38,19 +38,19 @@ private:
             const double strings = 0.5 * (saw.next(hertz) + second.next(hertz * 1.0023));
             const double growl = slope.next(filter.next(strings).low).low;
             const double sum = std::tanh(level * (0.62 * growl + 0.52 * sub.next(hertz)) * 1.3) / 1.1;
-            const double shaped = sum * envelope.at(time, note.lengthSeconds);
+            const double shaped = sum * envelope_.at(time, note.lengthSeconds);
             return {shaped, shaped};
         });
     }
 
-    Envelope envelope{0.006, 0.5, 0.72, 0.013};
+    Envelope envelope_{0.006, 0.5, 0.72, 0.013};
 };
 
 /// Tine piano: frequency modulation with an index that falls (Chowning 1973), slowly panned.
 class Keys final : public NoteInstrument {
 public:
     Keys(double decaySeconds, std::uint64_t seed) : NoteInstrument(seed) {
-        if (decaySeconds > 0) envelope.decay = decaySeconds;
+        if (decaySeconds > 0) envelope_.decay = decaySeconds;
     }
 
 private:
@@ -61,18 +61,18 @@ private:
         const double height = std::exp2((60 - note.pitch) / 24);
         const double index = (0.4 + 1.3 * level) * std::fmin(height, 1.4);
         Sine modulator, carrier, tine, tineCarrier;
-        add(note, envelope.end(note.lengthSeconds), out, [&](double time) -> Frame {
+        add(note, envelope_.end(note.lengthSeconds), out, [&](double time) -> Frame {
             const double body = carrier.next(hertz, index * std::exp(-time / 0.35) * modulator.next(hertz));
             const double ringing = 0.9 * level * std::exp(-time / 0.045);
             const double bell = tineCarrier.next(hertz, ringing * tine.next(11 * hertz));
-            const double sum = level * (0.6 * body + 0.35 * bell) * envelope.at(time, note.lengthSeconds);
+            const double sum = level * (0.6 * body + 0.35 * bell) * envelope_.at(time, note.lengthSeconds);
             // The pan counts from the song's start, so that all notes move together.
             const double pan = 0.55 * std::sin(kTwoPi * 0.8 * (note.startSeconds + time));
             return {sum * std::sqrt(1 - pan), sum * std::sqrt(1 + pan)};
         });
     }
 
-    Envelope envelope{0.0025, 0.7, 0.15, 0.05};
+    Envelope envelope_{0.0025, 0.7, 0.15, 0.05};
 };
 
 /// Six detuned sawtooths a note, three a side, behind a filter that breathes: the wide part of the mix.
@@ -91,14 +91,14 @@ private:
         std::array<Filter, 2> filters{Filter(500, 0.8), Filter(500, 0.8)};
         const double breath = random.unit();
         int untilTune = 0;
-        add(note, envelope.end(note.lengthSeconds), out, [&](double time) -> Frame {
+        add(note, envelope_.end(note.lengthSeconds), out, [&](double time) -> Frame {
             if (untilTune-- == 0) {
                 const double swell = 1 + 0.25 * std::sin(kTwoPi * (0.31 * time + breath));
                 const double cutoff = (600 + 7500 * level) * swell * (0.55 + 0.45 * fadeIn(time, 0.7));
                 for (auto& filter : filters) filter.tune(cutoff, 0.8);
                 untilTune = kTuneEvery - 1;
             }
-            const double strength = 0.3 * level * envelope.at(time, note.lengthSeconds);
+            const double strength = 0.3 * level * envelope_.at(time, note.lengthSeconds);
             const auto side = [&](std::size_t i) {
                 double sum = 0;
                 for (std::size_t k = 3 * i; k < 3 * i + 3; ++k) sum += saws[k].next(hertz[k]);
@@ -110,7 +110,7 @@ private:
     }
     Saw drift() { return Saw(random.unit()); }
 
-    Envelope envelope{0.16, 1.0, 0.85, 0.09};
+    Envelope envelope_{0.16, 1.0, 0.85, 0.09};
 };
 
 }  // namespace

@@ -110,12 +110,12 @@ private:
 
     /// The first note begins on its own vowel and slides up to its pitch.
     void start(const Note& note) {
-        pitch.value = note.pitch - 1.5;
+        pitch_.value = note.pitch - 1.5;
         const Formants target = tuned(formantsOf(note.vowel), hertzOf(note.pitch));
-        for (std::size_t i = 0; i < kFormants; ++i) formants[i].value = target[i];
-        vibrato.value = strength.value = effort.value = 0;
-        gain.value = 1 / loudness(target, hertzOf(note.pitch), 0.5);
-        harmonics.fill({});
+        for (std::size_t i = 0; i < kFormants; ++i) formants_[i].value = target[i];
+        vibrato_.value = strength_.value = effort_.value = 0;
+        gain_.value = 1 / loudness(target, hertzOf(note.pitch), 0.5);
+        harmonics_.fill({});
     }
 
     void advance(const Note& note, double now, bool legato) {
@@ -125,31 +125,31 @@ private:
         const Formants target = tuned(formantsOf(note.vowel), hertzOf(note.pitch));
         Formants shape{};
         for (std::size_t i = 0; i < kFormants; ++i) {
-            formants[i].step(target[i], 0.035);
-            shape[i] = formants[i].value;
+            formants_[i].step(target[i], 0.035);
+            shape[i] = formants_[i].value;
         }
-        if (strength.value < 1e-3 && time < 0.01) pitch.value = note.pitch - 1.5;  // after a breath
-        pitch.step(note.pitch, 0.028);
-        vibrato.step(time > 0.22 ? 0.32 : 0.04, 0.18);
-        drift.step(12 * random.bipolar(), 0.25);
-        effort.step(force, 0.06);
-        gain.step(1 / loudness(target, hertzOf(note.pitch), force), 0.05);
+        if (strength_.value < 1e-3 && time < 0.01) pitch_.value = note.pitch - 1.5;  // after a breath
+        pitch_.step(note.pitch, 0.028);
+        vibrato_.step(time > 0.22 ? 0.32 : 0.04, 0.18);
+        drift_.step(12 * random.bipolar(), 0.25);
+        effort_.step(force, 0.06);
+        gain_.step(1 / loudness(target, hertzOf(note.pitch), force), 0.05);
         // A consonant's worth of closure between legato notes, a breath where the phrase ends.
         const double closing = legato && left < 0.045 ? 0.6 : 1;
-        strength.step(left > 0 ? force * closing : 0, left > 0 ? 0.03 : 0.07);
+        strength_.step(left > 0 ? force * closing : 0, left > 0 ? 0.03 : 0.07);
 
-        const double sway = vibrato.value * std::sin(kTwoPi * 5.4 * now);
-        hertz = hertzOf(pitch.value + sway + 0.04 * drift.value);
-        const double level = 0.34 * strength.value * gain.value;
+        const double sway = vibrato_.value * std::sin(kTwoPi * 5.4 * now);
+        hertz_ = hertzOf(pitch_.value + sway + 0.04 * drift_.value);
+        const double level = 0.34 * strength_.value * gain_.value;
         for (std::size_t k = 0; k < kHarmonics; ++k) {
             const double order = static_cast<double>(k + 1);
-            if (order * hertz >= kTopHertz) {
-                next[k] = {};
+            if (order * hertz_ >= kTopHertz) {
+                next_[k] = {};
                 continue;
             }
             const auto response =
-                level * glottal(order, order * hertz, effort.value) * tract(shape, order * hertz);
-            next[k] = {response.real(), -response.imag()};
+                level * glottal(order, order * hertz_, effort_.value) * tract(shape, order * hertz_);
+            next_[k] = {response.real(), -response.imag()};
         }
     }
 
@@ -157,15 +157,15 @@ private:
     void sing(Stereo& out, std::size_t first) {
         for (std::size_t i = 0; i < kTick; ++i) {
             const double mix = static_cast<double>(i + 1) / kTick;
-            phase += hertz / kStudioRate;
-            phase -= std::floor(phase);
+            phase_ += hertz_ / kStudioRate;
+            phase_ -= std::floor(phase_);
             // Harmonics by rotation: e^(i(k+1)x) = e^(ikx) e^(ix).
-            const std::complex<double> turn = std::polar(1.0, kTwoPi * phase);
+            const std::complex<double> turn = std::polar(1.0, kTwoPi * phase_);
             std::complex<double> at = turn;
             double sum = 0;
-            for (std::size_t k = 0; k < kHarmonics && static_cast<double>(k) * hertz < kTopHertz; ++k) {
-                const Harmonic& from = harmonics[k];
-                const Harmonic& to = next[k];
+            for (std::size_t k = 0; k < kHarmonics && static_cast<double>(k) * hertz_ < kTopHertz; ++k) {
+                const Harmonic& from = harmonics_[k];
+                const Harmonic& to = next_[k];
                 sum += (from.cosine + mix * (to.cosine - from.cosine)) * at.real() +
                        (from.sine + mix * (to.sine - from.sine)) * at.imag();
                 at = {at.real() * turn.real() - at.imag() * turn.imag(),
@@ -173,20 +173,20 @@ private:
             }
             // Air rushes while the folds are open.
             const double open = 0.5 + 0.5 * turn.real();
-            const double air = breathTop.next(breath.next(random.bipolar()).band).low;
-            const double sound = sum + 0.03 * strength.value * open * air;
+            const double air = breathTop_.next(breath_.next(random.bipolar()).band).low;
+            const double sound = sum + 0.03 * strength_.value * open * air;
             out.left[first + i] += sound;
             out.right[first + i] += sound;
         }
-        harmonics = next;
+        harmonics_ = next_;
     }
 
-    std::array<Glide, kFormants> formants;
-    Glide pitch, vibrato, drift, effort, gain, strength;
-    double hertz = 220;
-    double phase = 0;
-    std::array<Harmonic, kHarmonics> harmonics{}, next{};
-    Filter breath{6500, 0.9}, breathTop{13000, 0.7};
+    std::array<Glide, kFormants> formants_;
+    Glide pitch_, vibrato_, drift_, effort_, gain_, strength_;
+    double hertz_ = 220;
+    double phase_ = 0;
+    std::array<Harmonic, kHarmonics> harmonics_{}, next_{};
+    Filter breath_{6500, 0.9}, breathTop_{13000, 0.7};
 };
 
 }  // namespace

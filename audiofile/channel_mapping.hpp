@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "audiofile/file_format.hpp"
+#include "plugin/base/channel_layout.hpp"
+
+namespace vanta {
+
+/// Which channel of a file is which of a layout.
+struct ChannelMapping {
+    ChannelLayout layout = kStereoLayout;
+    std::vector<int> fileChannel;  ///< of each channel of the layout
+    std::vector<int> speakers;     ///< of each channel of the file, in libsndfile's numbers
+    /// The file's own positions match no layout and were not used.
+    bool positionsIgnored = false;
+};
+
+/// The layout of that name, without regard to case, blanks and hyphens.
+std::optional<ChannelLayout> findLayout(std::string_view name);
+/// The layouts of so many channels: "5.1 or 6.0"; empty if there are none.
+std::string layoutNames(int channels);
+/// The layout that so many channels most often mean. Failure if no layout has so many.
+ChannelLayout usualLayout(int channels);
+
+/// The speakers of a layout as files put them that do not say it, in libsndfile's numbers.
+std::vector<int> standardSpeakers(ChannelLayout layout, SpeakerOrder order);
+/// The same speakers in the order of another kind of file.
+std::vector<int> sortSpeakers(std::vector<int> speakers, SpeakerOrder order);
+
+/// Finds the layout of a file's channels by `positions`, its speakers in libsndfile's numbers, or without
+/// these by the order of its type. Failure if the layout that was asked for has another number of channels.
+ChannelMapping mapChannels(std::span<const int> positions, int channels, SpeakerOrder order,
+                           std::optional<ChannelLayout> wanted);
+
+/// The layout's channels in a file with these speakers: those of `mapping`, maybe in another order.
+std::vector<int> fileOrder(const ChannelMapping& mapping, std::span<const int> speakers);
+
+}  // namespace vanta

@@ -1,0 +1,122 @@
+#include "audiofile/file_format.hpp"
+
+#include <fmt/format.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <vector>
+
+#include "foundation/ascii.hpp"
+
+namespace vanta {
+
+namespace {
+
+constexpr std::array<FileType, 9> kTypes{{
+    {"wav", SF_FORMAT_WAV, "wav wave bwf", "Microsoft WAV", SpeakerOrder::Wave, true},
+    {"wavex", SF_FORMAT_WAVEX, "wav", "WAV with speaker positions", SpeakerOrder::Wave, true},
+    {"rf64", SF_FORMAT_RF64, "wav rf64", "WAV for more than 4 GB", SpeakerOrder::Wave, false},
+    {"w64", SF_FORMAT_W64, "w64", "Sony Wave64", SpeakerOrder::Wave, false},
+    {"aiff", SF_FORMAT_AIFF, "aiff aif aifc", "Apple AIFF", SpeakerOrder::Wave, true},
+    {"caf", SF_FORMAT_CAF, "caf", "Apple Core Audio", SpeakerOrder::Wave, false},
+    {"flac", SF_FORMAT_FLAC, "flac", "FLAC, lossless", SpeakerOrder::Wave, false},
+    {"ogg", SF_FORMAT_OGG, "ogg oga opus", "Ogg Vorbis or Opus, lossy", SpeakerOrder::Vorbis, false},
+    {"au", SF_FORMAT_AU, "au snd", "Sun/NeXT AU", SpeakerOrder::Wave, false},
+}};
+
+// libsndfile 1.2.0 writes Apple Lossless of more than 16 bits beyond its buffer when a block of stereo does
+// not compress well: such files are read, and written as plain integers.
+constexpr std::array<FileSubtype, 15> kSubtypes{{
+    {"pcm_u8", SF_FORMAT_PCM_U8, FileSubtype::Integer, 8, "8-bit integer, unsigned"},
+    {"pcm_s8", SF_FORMAT_PCM_S8, FileSubtype::Integer, 8, "8-bit integer"},
+    {"pcm_16", SF_FORMAT_PCM_16, FileSubtype::Integer, 16, "16-bit integer"},
+    {"pcm_24", SF_FORMAT_PCM_24, FileSubtype::Integer, 24, "24-bit integer"},
+    {"pcm_32", SF_FORMAT_PCM_32, FileSubtype::Integer, 32, "32-bit integer"},
+    {"float", SF_FORMAT_FLOAT, FileSubtype::Float, 32, "32-bit floating point"},
+    {"double", SF_FORMAT_DOUBLE, FileSubtype::Float, 64, "64-bit floating point"},
+    {"alac_16", SF_FORMAT_ALAC_16, FileSubtype::Integer, 16, "16-bit Apple Lossless"},
+    {"alac_20", SF_FORMAT_ALAC_20, FileSubtype::Integer, 20, "20-bit Apple Lossless", false},
+    {"alac_24", SF_FORMAT_ALAC_24, FileSubtype::Integer, 24, "24-bit Apple Lossless", false},
+    {"alac_32", SF_FORMAT_ALAC_32, FileSubtype::Integer, 32, "32-bit Apple Lossless", false},
+    {"ulaw", SF_FORMAT_ULAW, FileSubtype::Companded, 14, "G.711 mu-law"},
+    {"alaw", SF_FORMAT_ALAW, FileSubtype::Companded, 13, "G.711 A-law"},
+    {"vorbis", SF_FORMAT_VORBIS, FileSubtype::Lossy, 0, "Vorbis"},
+    {"opus", SF_FORMAT_OPUS, FileSubtype::Lossy, 0, "Opus"},
+}};
+
+template <typename Entry, std::size_t N>
+const Entry* findByName(const std::array<Entry, N>& table, std::string_view name) {
+    const auto found = std::find_if(table.begin(), table.end(),
+                                    [&](const Entry& e) { return equalsIgnoringCase(e.name, name); });
+    return found == table.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+bool FileType::isNamedBy(const std::filesystem::path& path) const {
+    const std::string dotted = path.extension().string();
+    const std::string_view extension = std::string_view(dotted).substr(dotted.empty() ? 0 : 1);
+    std::string_view rest = extensions;
+    while (!rest.empty()) {
+        const auto end = std::min(rest.find(' '), rest.size());
+        if (equalsIgnoringCase(rest.substr(0, end), extension)) return true;
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return false;
+}
+
+std::span<const FileType> fileTypes() {
+    return kTypes;
+}
+
+std::vector<FileSubtype> fileSubtypes() {
+    std::vector<FileSubtype> result;
+    std::ranges::copy_if(kSubtypes, std::back_inserter(result), &FileSubtype::written);
+    return result;
+}
+
+const FileType* findFileType(std::string_view name) {
+    return findByName(kTypes, name);
+}
+
+const FileSubtype* findFileSubtype(std::string_view name) {
+    const FileSubtype* found = findByName(kSubtypes, name);
+    return found && found->written ? found : nullptr;
+}
+
+const FileType* fileTypeOf(int format) {
+    const auto found = std::find_if(kTypes.begin(), kTypes.end(), [&](const FileType& type) {
+        return type.format == (format & SF_FORMAT_TYPEMASK);
+    });
+    return found == kTypes.end() ? nullptr : &*found;
+}
+
+const FileSubtype* fileSubtypeOf(int format) {
+    const auto found = std::find_if(kSubtypes.begin(), kSubtypes.end(), [&](const FileSubtype& subtype) {
+        return subtype.format == (format & SF_FORMAT_SUBMASK);
+    });
+    return found == kSubtypes.end() ? nullptr : &*found;
+}
+
+const FileType* fileTypeFor(const std::filesystem::path& path) {
+    const auto found =
+        std::ranges::find_if(kTypes, [&](const FileType& type) { return type.isNamedBy(path); });
+    return found == kTypes.end() ? nullptr : &*found;
+}
+
+std::string formatName(int format) {
+    const FileType* type = fileTypeOf(format);
+    const FileSubtype* subtype = fileSubtypeOf(format);
+    const auto own = [](int number) {
+        SF_FORMAT_INFO info{};
+        info.format = number;
+        const bool known = sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof info) == 0 && info.name;
+        return known ? std::string(info.name) : fmt::format("{:#x}", number);
+    };
+    return fmt::format("{} {}", type ? std::string(type->name) : own(format & SF_FORMAT_TYPEMASK),
+                       subtype ? std::string(subtype->name) : own(format & SF_FORMAT_SUBMASK));
+}
+
+}  // namespace vanta

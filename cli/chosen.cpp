@@ -1,0 +1,41 @@
+#include "cli/chosen.hpp"
+
+#include <vector>
+
+#include "audiofile/channel_mapping.hpp"
+#include "cli/suggestion.hpp"
+
+namespace vanta {
+
+namespace {
+
+template <typename Table>
+std::vector<std::string> namesIn(const Table& table) {
+    std::vector<std::string> names;
+    for (const auto& entry : table) names.emplace_back(entry.name);
+    return names;
+}
+
+}  // namespace
+
+std::optional<ChannelLayout> chosenLayout(const std::string& name) {
+    if (name.empty()) return std::nullopt;
+    if (const auto layout = findLayout(name)) return layout;
+    std::vector<std::string> names;
+    for (ChannelLayout i = 0; i < kChannelLayoutCount; ++i) names.emplace_back(channelLayoutName(i));
+    throw unknownName("layout", name, names);
+}
+
+const FileType* chosenFileType(const std::string& name) {
+    const FileType* const found = findFileType(name);
+    if (!found && !name.empty()) throw unknownName("file type", name, namesIn(fileTypes()));
+    return found;
+}
+
+const FileSubtype* chosenFileSubtype(const std::string& name) {
+    const FileSubtype* const found = findFileSubtype(name);
+    if (!found && !name.empty()) throw unknownName("subtype", name, namesIn(fileSubtypes()));
+    return found;
+}
+
+}  // namespace vanta

@@ -1,0 +1,105 @@
+#include "cli/command_line.hpp"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "cli/exit_code.hpp"
+#include "cli/help_format.hpp"
+#include "cli/listing_commands.hpp"
+#include "cli/measure_command.hpp"
+#include "cli/messages.hpp"
+#include "cli/parameter_options.hpp"
+#include "cli/preset_commands.hpp"
+#include "cli/render_command.hpp"
+#include "cli/state_commands.hpp"
+#include "cli/texts.hpp"
+#include "cli/usage_text.hpp"
+#include "foundation/progress.hpp"
+
+namespace vanta {
+
+namespace {
+
+/// The program as the parser knows it.
+class Program {
+public:
+    Program() {
+        app_.name("vanta");
+        app_.description(std::string(text::kOverview));
+        app_.require_subcommand(1);
+        app_.set_version_flag("--version", "vanta " VANTA_VERSION, "print the version");
+        commands_ = {declareRender(app_), declareMeasure(app_)};
+        for (const auto& declare : {declareListingCommands, declarePresetCommands, declareStateCommands})
+            std::ranges::move(declare(app_), std::back_inserter(commands_));
+        describe(app_, "Options");
+        for (const Command& command : commands_) {
+            const bool hasFileOptions = command.app->get_name() == "render";
+            describe(*command.app, hasFileOptions ? "File" : "Options");
+        }
+        groupCommands(app_);
+    }
+
+    int run(const std::vector<std::string>& arguments) {
+        requireCommand(app_, arguments);
+        auto reversed = joinValues(arguments);
+        std::ranges::reverse(reversed);
+        try {
+            app_.parse(std::move(reversed));
+        } catch (const CLI::Success& wish) {
+            return app_.exit(wish);
+        } catch (const CLI::ParseError& error) {
+            throw UsageError(usageText(app_, error));
+        }
+        return chosen().run();
+    }
+
+private:
+    void describe(CLI::App& app, const std::string& helpGroup) const {
+        app.formatter(format_);
+        app.set_help_flag("--help", "show this help")->group(helpGroup);
+    }
+
+    static void groupCommands(CLI::App& app) {
+        for (CLI::App* const command : app.get_subcommands({})) {
+            command->group("Commands");
+            groupCommands(*command);
+        }
+    }
+
+    /// The innermost command that the user gave.
+    const Command& chosen() const {
+        const CLI::App* app = &app_;
+        while (!app->get_subcommands().empty()) app = app->get_subcommands().front();
+        return *std::ranges::find(commands_, app, &Command::app);
+    }
+
+    CLI::App app_;
+    std::shared_ptr<HelpFormat> format_ = std::make_shared<HelpFormat>();
+    std::vector<Command> commands_;
+};
+
+int fail(std::string_view text, ExitCode code) {
+    printError(text);
+    return code;
+}
+
+}  // namespace
+
+int runCommandLine(const std::vector<std::string>& arguments) {
+    try {
+        return Program().run(arguments);
+    } catch (const UsageError& error) {
+        return fail(error.what(), kExitUsage);
+    } catch (const Stopped&) {
+        return fail("interrupted", kExitInterrupted);
+    } catch (const std::bad_alloc&) {
+        return fail("out of memory", kExitFailed);
+    } catch (const std::exception& error) {
+        printFailure(error);
+        return kExitFailed;
+    }
+}
+
+}  // namespace vanta

@@ -1,0 +1,118 @@
+#include "cli/measure_command.hpp"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+#include "cli/chosen.hpp"
+#include "cli/exit_code.hpp"
+#include "cli/interrupt.hpp"
+#include "cli/measure_arguments.hpp"
+#include "cli/measurement_text.hpp"
+#include "cli/messages.hpp"
+#include "cli/output_file.hpp"
+#include "cli/progress_bar.hpp"
+#include "cli/texts.hpp"
+#include "foundation/output_check.hpp"
+#include "measure/loudness_plot.hpp"
+#include "measure/measurement_export.hpp"
+
+namespace vanta {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void check(const MeasureArguments& arguments) {
+    if (arguments.files.empty()) throw UsageError("measure needs a file; see 'vanta measure --help'");
+    if (arguments.json && arguments.csv) throw UsageError("--json and --csv cannot be combined: choose one");
+    const std::vector<fs::path> read(arguments.files.begin(), arguments.files.end());
+    for (const std::string* output : {&arguments.timeline, &arguments.plot}) {
+        // A report may be made anew as often as one likes, but never over what is measured.
+        if (!output->empty()) checkOutput(*output, read, true);
+    }
+    if (!arguments.timeline.empty() && arguments.timeline == arguments.plot)
+        throw UsageError("--timeline and --plot are the same file: name two");
+}
+
+/// Files that cannot be measured are reported at once, and named among the figures.
+std::vector<Measurement> measureAll(const MeasureArguments& arguments) {
+    const auto layout = chosenLayout(arguments.layout);
+    const WorkWatcher watcher = terminalWatcher(arguments.quiet);
+    std::vector<Measurement> measurements;
+    for (const std::string& file : arguments.files) {
+        try {
+            measurements.push_back(measureFile(file, layout, watcher));
+            printWarnings(measurements.back().warnings);
+        } catch (const Failure& failure) {
+            printFailure(failure);
+            measurements.emplace_back();
+            measurements.back().file = file;
+            measurements.back().error = failure.what();
+        }
+    }
+    return measurements;
+}
+
+void print(const MeasureArguments& arguments, std::span<const Measurement> measurements) {
+    if (arguments.json) {
+        fmt::print("{}", measurementJson(measurements));
+    } else if (arguments.csv) {
+        fmt::print("{}", measurementCsv(measurements));
+    } else {
+        fmt::print("{}", measurementTable(measurements, arguments.requirements));
+    }
+    if (std::fflush(stdout) != 0) throw Failure("the figures cannot be written to stdout");
+}
+
+template <typename Write>
+bool attempt(const Write& write) {
+    try {
+        write();
+        return true;
+    } catch (const std::exception& error) {
+        printFailure(error);
+        return false;
+    }
+}
+
+/// False if a file could not be written; the other is written all the same.
+bool writeFiles(const MeasureArguments& arguments, std::span<const Measurement> measurements) {
+    const bool timeline = arguments.timeline.empty() ||
+                          attempt([&] { writeOutput(arguments.timeline, timelineCsv(measurements)); });
+    const bool plot = arguments.plot.empty() || attempt([&] {
+                          writeOutput(arguments.plot, [&](const fs::path& file) {
+                              writeLoudnessPlot(file, measurements, arguments.requirements);
+                          });
+                      });
+    return timeline && plot;
+}
+
+int runMeasure(const MeasureArguments& arguments) {
+    check(arguments);
+    watchForInterrupts();
+    const auto measurements = measureAll(arguments);
+    print(arguments, measurements);
+    bool failed = !writeFiles(arguments, measurements);
+    bool missed = false;
+    for (const Measurement& measurement : measurements) {
+        failed |= !measurement.error.empty();
+        missed |= measurement.error.empty() && arguments.requirements.misses(measurement.figures);
+    }
+    if (failed) return kExitFailed;
+    return missed ? kExitMissed : kExitDone;
+}
+
+}  // namespace
+
+Command declareMeasure(CLI::App& program) {
+    CLI::App* const app = program.add_subcommand("measure", std::string(text::kMeasure));
+    app->footer(std::string(text::kMeasureExamples));
+    const auto arguments = std::make_shared<MeasureArguments>();
+    arguments->declareTo(*app);
+    return {app, [arguments] { return runMeasure(*arguments); }};
+}
+
+}  // namespace vanta

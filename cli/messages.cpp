@@ -1,0 +1,24 @@
+#include "cli/messages.hpp"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+
+#include "foundation/output_check.hpp"
+
+namespace vanta {
+
+void printError(std::string_view text) {
+    fmt::print(stderr, "vanta: {}\n", text);
+}
+
+void printWarnings(std::span<const std::string> warnings) {
+    for (const std::string& warning : warnings) fmt::print(stderr, "vanta: warning: {}\n", warning);
+}
+
+void printFailure(const std::exception& failure) {
+    const bool exists = dynamic_cast<const OutputExists*>(&failure) != nullptr;
+    printError(fmt::format("{}{}", failure.what(), exists ? "; use --force to replace it" : ""));
+}
+
+}  // namespace vanta

@@ -1,0 +1,140 @@
+#include "cli/render_command.hpp"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <memory>
+
+#include "cli/chosen.hpp"
+#include "cli/exit_code.hpp"
+#include "cli/interrupt.hpp"
+#include "cli/messages.hpp"
+#include "cli/output_file.hpp"
+#include "cli/progress_bar.hpp"
+#include "cli/render_arguments.hpp"
+#include "cli/render_text.hpp"
+#include "cli/routes.hpp"
+#include "cli/texts.hpp"
+#include "foundation/output_check.hpp"
+#include "mastering/render_report.hpp"
+
+namespace vanta {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+RenderOptions optionsOf(const RenderArguments& arguments) {
+    RenderOptions options;
+    options.sideChain = arguments.sideChain;
+    options.layout = chosenLayout(arguments.layout);
+    options.format = {chosenFileType(arguments.format), chosenFileSubtype(arguments.subtype)};
+    options.blockSamples = arguments.blockSamples;
+    options.tailSeconds = arguments.tailSeconds;
+    options.ditherSeed = arguments.ditherSeed;
+    options.replace = arguments.replace;
+    options.measure = !arguments.quiet || !arguments.reportFile.empty();
+    for (const std::string& file : arguments.settings.files()) options.alsoRead.emplace_back(file);
+    options.watcher = terminalWatcher(arguments.quiet);
+    return options;
+}
+
+RenderGoals goalsOf(const RenderArguments& arguments) {
+    const std::string& mode = arguments.loudnessMode;
+    if (!mode.empty() && mode != "track" && mode != "album")
+        throw UsageError(fmt::format("unknown loudness mode '{}': use track or album", mode));
+    if (!mode.empty() && !arguments.loudnessLufs) throw UsageError("--loudness-mode needs --loudness");
+    RenderGoals goals;
+    goals.loudnessLufs = arguments.loudnessLufs;
+    goals.album = mode == "album";
+    goals.maxTruePeakDb = arguments.maxTruePeakDb;
+    goals.replacesGain = arguments.loudnessLufs && !arguments.settings.files().empty();
+    return goals;
+}
+
+void checkGain(const RenderArguments& arguments) {
+    const std::string setter = arguments.settings.setterOf("Gain");
+    if (arguments.loudnessLufs && !setter.empty())
+        throw UsageError(
+            fmt::format("{} and --loudness cannot be combined: --loudness finds the Gain itself", setter));
+}
+
+/// With Gain and Output Level out of effect there is nothing to reach a goal with.
+void checkGoals(const RenderGoals& goals, const LimiterSettings& settings) {
+    if (!goals.any()) return;
+    const std::string_view goal = goals.loudnessLufs ? "--loudness" : "--max-true-peak";
+    for (const auto* parameter : {&settings.bypass, &settings.unityGain}) {
+        if (parameter->mapped())
+            throw UsageError(
+                fmt::format("{} cannot be reached with {} on: turn it off", goal, parameter->name()));
+    }
+}
+
+void checkReport(const RenderArguments& arguments, std::span<const Route> routes) {
+    if (arguments.reportFile.empty()) return;
+    std::vector<fs::path> taken;
+    for (const Route& route : routes) {
+        taken.push_back(route.input);
+        std::error_code error;
+        if (fs::weakly_canonical(route.output, error) == fs::weakly_canonical(arguments.reportFile, error))
+            throw UsageError("--report and an output are the same file: name another");
+    }
+    if (!arguments.sideChain.empty()) taken.emplace_back(arguments.sideChain);
+    for (const std::string& file : arguments.settings.files()) taken.emplace_back(file);
+    checkOutput(arguments.reportFile, taken, true);
+}
+
+/// Tells the person at the terminal what becomes of each file.
+class Reporter final : public BatchListener {
+public:
+    Reporter(const MasteringJob& job, bool quiet) : job_(job), quiet_(quiet) {}
+
+    bool anyFailed() const { return failed_; }
+
+    void failed(const Failure& failure) override {
+        printFailure(failure);
+        failed_ = true;
+    }
+
+    void written(const RenderOutcome& outcome) override {
+        printWarnings(outcome.file.warnings);
+        if (quiet_) return;
+        fmt::print("{}", renderText(job_, outcome));
+        std::fflush(stdout);
+    }
+
+private:
+    const MasteringJob& job_;
+    bool quiet_;
+    bool failed_ = false;
+};
+
+int runRender(const RenderArguments& arguments) {
+    const RenderGoals goals = goalsOf(arguments);
+    checkGain(arguments);
+    const RenderOptions options = optionsOf(arguments);
+    LimiterSettings settings;
+    arguments.settings.applyTo(settings, !arguments.sideChain.empty());
+    checkGoals(goals, settings);
+    const auto routes = routesOf(arguments.files, arguments.outDir, options.format.type);
+    checkReport(arguments, routes);
+
+    watchForInterrupts();
+    const MasteringJob job{settings, options, goals};
+    Reporter reporter(job, arguments.quiet);
+    const auto outcomes = renderBatch(job, routes, reporter);
+    if (!arguments.reportFile.empty()) writeOutput(arguments.reportFile, renderReportJson(job, outcomes));
+    return reporter.anyFailed() ? kExitFailed : kExitDone;
+}
+
+}  // namespace
+
+Command declareRender(CLI::App& program) {
+    CLI::App* const app = program.add_subcommand("render", std::string(text::kRender));
+    app->footer(std::string(text::kRenderExamples));
+    const auto arguments = std::make_shared<RenderArguments>();
+    arguments->declareTo(*app);
+    return {app, [arguments] { return runRender(*arguments); }};
+}
+
+}  // namespace vanta

@@ -1,0 +1,82 @@
+#include "cli/usage_text.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "cli/exit_code.hpp"
+#include "cli/suggestion.hpp"
+
+namespace vanta {
+
+namespace {
+
+bool is(const CLI::ParseError& error, CLI::ExitCodes code) {
+    return error.get_exit_code() == static_cast<int>(code);
+}
+
+std::vector<std::string> flagsOf(const CLI::App& app) {
+    std::vector<std::string> flags;
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames()) flags.push_back("--" + name);
+    }
+    return flags;
+}
+
+/// Of "Could not convert: --block = 3.5".
+std::string conversionText(const std::string& text) {
+    const auto flag = std::min(text.find("--"), text.size());
+    const auto equals = std::min(text.find(" = ", flag), text.size());
+    const auto value = std::min(equals + 3, text.size());
+    return fmt::format("{}: '{}' is not a whole number", text.substr(flag, equals - flag),
+                       text.substr(value));
+}
+
+std::string unexpectedText(const CLI::App& program, const std::string& argument) {
+    if (!argument.starts_with('-')) return fmt::format("unexpected argument '{}'", argument);
+    const CLI::App* command = &program;
+    std::string path = program.get_name();
+    while (!command->get_subcommands().empty()) {
+        command = command->get_subcommands().front();
+        path += " " + command->get_name();
+    }
+    const std::string flag = argument.substr(0, argument.find('='));
+    return fmt::format("unknown option {}{}; see '{} --help'", flag, suggestion(flag, flagsOf(*command)),
+                       path);
+}
+
+}  // namespace
+
+void requireCommand(const CLI::App& program, std::span<const std::string> arguments) {
+    const CLI::App* group = &program;
+    std::string path = program.get_name();
+    while (true) {
+        const auto commands = group->get_subcommands([](const CLI::App*) { return true; });
+        if (commands.empty()) return;
+        if (arguments.empty()) throw UsageError(fmt::format("a command is missing; see '{} --help'", path));
+        const std::string& name = arguments.front();
+        if (name.starts_with('-')) return;
+        const auto found = std::ranges::find(commands, name, &CLI::App::get_name);
+        if (found == commands.end()) {
+            std::vector<std::string> names;
+            for (const CLI::App* command : commands) names.push_back(command->get_name());
+            throw UsageError(
+                fmt::format("unknown command '{}'{}; see '{} --help'", name, suggestion(name, names), path));
+        }
+        group = *found;
+        path += " " + name;
+        arguments = arguments.subspan(1);
+    }
+}
+
+std::string usageText(const CLI::App& program, const CLI::ParseError& error) {
+    const std::string text = error.what();
+    if (is(error, CLI::ExitCodes::ArgumentMismatch)) return text.substr(0, text.find(':')) + " needs a value";
+    if (is(error, CLI::ExitCodes::ConversionError)) return conversionText(text);
+    if (is(error, CLI::ExitCodes::ValidationError)) return text;
+    const auto unexpected = program.remaining(true);
+    return unexpected.empty() ? text : unexpectedText(program, unexpected.front());
+}
+
+}  // namespace vanta

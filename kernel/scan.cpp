@@ -1,0 +1,69 @@
+#include "kernel/scan.hpp"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernel/scan.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace vanta::kernel {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// `read` loads a vector, `choose` keeps the more extreme of two, `merge` reduces the lanes of one.
+template <typename Read, typename Choose, typename Merge>
+HWY_INLINE float reduce(const float* samples, std::size_t count, Read read, Choose choose, Merge merge) {
+    const hn::ScalableTag<float> wide;
+    const hn::CappedTag<float, 1> single;
+    const std::size_t lanes = hn::Lanes(wide);
+    std::size_t i = 0;
+    float result = hn::GetLane(read(single, samples));
+    if (count >= lanes) {
+        auto found = read(wide, samples);
+        for (i = lanes; i + lanes <= count; i += lanes) found = choose(found, read(wide, samples + i));
+        result = hn::GetLane(merge(wide, found));
+    }
+    for (; i < count; ++i) {
+        result = hn::GetLane(choose(hn::Set(single, result), read(single, samples + i)));
+    }
+    return result;
+}
+
+float highestMagnitude(const float* samples, std::size_t count) {
+    return reduce(
+        samples, count, [](auto d, const float* at) { return hn::Abs(hn::LoadU(d, at)); },
+        [](auto a, auto b) { return hn::Max(a, b); }, [](auto d, auto v) { return hn::MaxOfLanes(d, v); });
+}
+
+float lowestMagnitude(const float* samples, std::size_t count) {
+    return reduce(
+        samples, count, [](auto d, const float* at) { return hn::Abs(hn::LoadU(d, at)); },
+        [](auto a, auto b) { return hn::Min(a, b); }, [](auto d, auto v) { return hn::MinOfLanes(d, v); });
+}
+
+float highest(const float* samples, std::size_t count) {
+    return reduce(
+        samples, count, [](auto d, const float* at) { return hn::LoadU(d, at); },
+        [](auto a, auto b) { return hn::Max(a, b); }, [](auto d, auto v) { return hn::MaxOfLanes(d, v); });
+}
+
+float lowest(const float* samples, std::size_t count) {
+    return reduce(
+        samples, count, [](auto d, const float* at) { return hn::LoadU(d, at); },
+        [](auto a, auto b) { return hn::Min(a, b); }, [](auto d, auto v) { return hn::MinOfLanes(d, v); });
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace vanta::kernel
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace vanta::kernel {
+
+VANTA_KERNEL(highestMagnitude);
+VANTA_KERNEL(lowestMagnitude);
+VANTA_KERNEL(highest);
+VANTA_KERNEL(lowest);
+
+}  // namespace vanta::kernel
+#endif

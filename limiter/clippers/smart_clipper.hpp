@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "dsp/detector/gain_change_domain.hpp"
+#include "foundation/property.hpp"
+#include "wave/delay.hpp"
+#include "wave/float_parameter_source.hpp"
+#include "wave/producer.hpp"
+
+namespace vanta {
+
+/// Turns the excess of a level over a threshold into a gain change that leads from peak to peak in straight
+/// lines, over a window of 50 ms, instead of following the waveform. It is never below the excess itself, so
+/// it clips what passes the threshold. Latency: the window.
+class SmartClipper final : public wave::Filter, public PropertyOwner {
+public:
+    static constexpr double kWindowSeconds = 0.05;
+
+    explicit SmartClipper(wave::Environment& owner);
+
+    void prepare() override;
+    void reset() override;
+    /// Latency in samples.
+    int windowSamples() const { return windowSamples_; }
+
+    Property<int> domain;               ///< GainChangeDomain of input and output
+    wave::FloatParameterBus threshold;  ///< dB, -180 to 180
+
+protected:
+    void propertyChanged(AbstractProperty&) override {}
+    VANTA_REALTIME void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
+                                int flags) override;
+
+private:
+    struct Point {
+        std::int64_t time;
+        float value;
+    };
+
+    VANTA_REALTIME void computeExcess(const float* in, float* excess, int samples);
+    VANTA_REALTIME void moveLine(std::int64_t time, bool peakPassed, Point last);
+    VANTA_REALTIME void takeLine();
+    Point& point(int index) { return points_[static_cast<std::size_t>((head_ + index) & mask_)]; }
+
+    wave::BasicBlock<float> excess_;
+    wave::Delay delay_;  ///< of the excess
+    int windowSamples_ = 0;
+    std::vector<Point> points_;  ///< a ring; the line runs from the point before `head_` to the one at it
+    int mask_ = 0;
+    int head_ = 0;
+    int count_ = 0;
+    std::int64_t lineStart_ = 0;
+    std::int64_t lineEnd_ = 0;
+    float lineValue_ = 0.0f;  ///< at its start
+    float slope_ = 0.0f;      ///< per sample
+    float previousExcess_ = 0.0f;
+    float previousInput_ = 0.0f;
+    int direction_ = 1;
+    std::int64_t position_ = 0;
+};
+
+}  // namespace vanta

@@ -1,0 +1,42 @@
+#include "limiter/model/v1_preset_loader.hpp"
+
+#include <string>
+
+namespace vanta {
+namespace {
+
+constexpr std::size_t kLinkTransients = 5;
+constexpr std::size_t kLinkRelease = 6;
+
+void halve(const PresetTarget& target) {
+    if (target.loaded) target.parameter->setValue(0.5f * target.value, 0);
+}
+
+}  // namespace
+
+V1PresetLoader::V1PresetLoader(VantaParameters& table)
+    : CustomPresetLoader(table.owner(), std::string(kTag), kNoMapping), table_(table) {
+    for (AbstractPluginParameter* parameter : std::initializer_list<AbstractPluginParameter*>{
+             &table.gain, &table.style, &table.lookahead, &table.attack, &table.release,
+             &table.channelLinkTransients, &table.channelLinkRelease, &table.oversampling, &table.dithering,
+             &table.noiseShaping, &table.bypass, &table.outputLevel, &table.lockOutput, &table.receiveMidi,
+             &table.meterScale, &table.showAdvanced, &table.displayMode, nullptr, &table.truePeakMetering}) {
+        targets.push_back({parameter});
+    }
+    addedParameters = {&table.channelLinkCenter, &table.channelLinkLfe, &table.auditionLimiting};
+}
+
+void V1PresetLoader::prepare(int version) {
+    CustomPresetLoader::prepare(version);
+    for (auto* parameter :
+         {&table_.truePeakLimiting, &table_.filterDcOffset, &table_.sideChainTriggering, &table_.unityGain}) {
+        parameter->setMapped(false);
+    }
+}
+
+void V1PresetLoader::finish(int /*version*/) {
+    halve(targets[kLinkRelease]);
+    halve(targets[kLinkTransients]);
+}
+
+}  // namespace vanta

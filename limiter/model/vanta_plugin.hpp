@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "limiter/latency/signal_path_delays.hpp"
+#include "limiter/parameters/vanta_parameters.hpp"
+#include "plugin/model/generic_plugin.hpp"
+
+namespace vanta {
+
+/// The limiter as its user and its host see it.
+class VantaPlugin final : public GenericPlugin, public VantaParameters {
+public:
+    /// Of `category`: a plug-in that shapes dynamics.
+    static constexpr int kDynamicsCategory = 4;
+
+    explicit VantaPlugin(ChannelLayout layout);
+
+    int category() const override { return kDynamicsCategory; }
+    bool hasPageTable() const override { return true; }
+    std::string presetMagic() const override;
+    int presetVersion() const override;
+    void updateLatency() override;
+
+    /// The delays that the present settings ask for.
+    SignalPathDelays delays() const;
+
+protected:
+    std::unique_ptr<PluginStatics> createStatics() override;
+    InterfaceSizes interfaceSizes() const override;
+    bool loadFile(const std::string& path) override;
+    void parameterHook(int index) override;
+};
+
+}  // namespace vanta

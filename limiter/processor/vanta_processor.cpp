@@ -1,0 +1,254 @@
+#include "limiter/processor/vanta_processor.hpp"
+
+#include "foundation/resource.hpp"
+#include "limiter/latency/style_stages.hpp"
+#include "limiter/styles/style_resources.hpp"
+#include "plugin/parameters/parameter_change_forwarder.hpp"
+
+namespace vanta {
+
+namespace {
+
+/// The amount of a linker that no parameter drives.
+constexpr float kFreeLinkAmount = 0.5f;
+constexpr int kAllParameters = -1;
+
+static_assert(StyleRouting{}.links.size() == limiterConfiguration().built[indexOf(ElementKind::Detector)],
+              "every Detector that is built has a linker, which follows something");
+
+}  // namespace
+
+VantaProcessor::VantaProcessor(ChannelLayout layout)
+    : GenericPluginProcessor(layout), VantaParameters(static_cast<GenericPluginBase&>(*this)) {
+    initialize();
+    wave::Environment& root = environment();
+    oversampledEnvironment_ = std::make_unique<wave::SubEnvironment>(root);
+    oversamplingStyle_ = std::make_unique<sr::ConverterStyle>(*oversampledEnvironment_);
+    baseExposerStyle_ = std::make_unique<sr::TruePeakExposer::Style>(root);
+    oversampledExposerStyle_ = std::make_unique<sr::TruePeakExposer::Style>(*oversampledEnvironment_);
+    buildEngine();
+    makeupGain_ = std::make_unique<MakeupGain>(*oversampledEnvironment_,
+                                               modulationMatrix_->globalTarget(kMainThresholdTarget));
+    overshootStyle_ = std::make_unique<OvershootLimiter::Style>(root);
+    buildChannels();
+    buildMeters();
+    listenToParameters();
+    oversampledEnvironment_->sampleRateChanged.addHandler(this, &VantaProcessor::oversampledRateChanged);
+    applyInitialValues();
+}
+
+VantaProcessor::~VantaProcessor() {
+    environment().setDestroying();
+}
+
+void VantaProcessor::initShared() {
+    addResources(styleResources());
+}
+
+void VantaProcessor::buildEngine() {
+    engineLayout_ = std::make_unique<EngineLayout>(limiterConfiguration());
+    modulationMatrix_ = std::make_unique<ModulationMatrix>(*oversampledEnvironment_,
+                                                           DynamicsEngine::modulationLayout(*engineLayout_));
+    dynamicsEngine_ = std::make_unique<DynamicsEngine>(*engineLayout_, *modulationMatrix_);
+    dynamicsEngine_->attach(*this);
+    for (const Resource& record : styleResources()) {
+        dynamicsEngine_->loadStyle(std::string(record.name));
+    }
+
+    gain.target = dynamicsEngine_->parameterAt(kMainThresholdPosition);
+    lookahead.target = dynamicsEngine_->parameterAt(kCustom1Position);
+    attack.target = dynamicsEngine_->parameterAt(kMainAttackPosition);
+    release.target = dynamicsEngine_->parameterAt(kMainReleasePosition);
+}
+
+void VantaProcessor::buildChannels() {
+    const VantaChannelShared shared{*oversampledEnvironment_,  *oversamplingStyle_,    *baseExposerStyle_,
+                                    *oversampledExposerStyle_, *dynamicsEngine_,       *overshootStyle_,
+                                    makeupGain_->gain(),       makeupGain_->ceiling(), *this};
+    for (const int type : channelTypes(channelLayout)) {
+        vantaChannels_.push_back(std::make_unique<VantaChannel>(*this, shared));
+        // The left of a pair stands just before its right.
+        if ((type & kRightChannel) && !(type & kLeftChannel)) {
+            vantaChannels_.back()->linkTo(**(vantaChannels_.end() - 2));
+        }
+    }
+}
+
+void VantaProcessor::buildMeters() {
+    meters_ = std::make_unique<VantaMeters>(environment(), vantaChannels_, *this);
+    levelSources = meters_->levelSources();
+    audioSources = meters_->audioSources();
+}
+
+std::unique_ptr<DynamicsEngine::AbstractStereoLinker> VantaProcessor::createStereoLinker() {
+    auto linker = std::make_unique<DefaultStereoLinker>(*oversampledEnvironment_, channelLayout);
+    channelLinkCenter.addTarget(linker->linkCenter);
+    channelLinkLfe.addTarget(linker->linkLfe);
+    stereoLinkers_.push_back(linker.get());
+    return linker;
+}
+
+void VantaProcessor::listenToParameters() {
+    const auto listen = [this](auto method, auto&... heard) {
+        auto& forwarder = ParameterChangeForwarder::add(forwarderList(), this, method);
+        (forwarder.listenTo(heard), ...);
+    };
+    listen(&VantaProcessor::ditheringChanged, dithering);
+    listen(&VantaProcessor::oversamplingChanged, oversampling);
+    listen(&VantaProcessor::styleChanged, style);
+    listen(&VantaProcessor::truePeakChanged, truePeakLimiting);
+    listen(&VantaProcessor::sideChainChanged, sideChainTriggering);
+    listen(&VantaProcessor::meterScaleChanged, meterScale);
+    listen(&VantaProcessor::levelsChanged, gain, outputLevel, unityGain);
+}
+
+void VantaProcessor::applyInitialValues() {
+    loadStyle();
+    dynamicsEngine_->applyAllParameters();
+    oversampledRateChanged(nullptr);
+    applyAllParameters();
+    applyPending();
+}
+
+SignalPathDelays VantaProcessor::delays() const {
+    return {sampleRate(), 1 << oversampling.currentIndex(), truePeakLimiting.mapped(),
+            styleStages(style.mapped())};
+}
+
+void VantaProcessor::updateLatency() {
+    setLatency(delays().total);
+}
+
+void VantaProcessor::parameterAboutToChange(int index) {
+    const bool all = index == kAllParameters;
+    if (all || index == style.index()) loadStyle();
+    if (all || index == style.index() || index == oversampling.index() || index == truePeakLimiting.index()) {
+        updateLatency();
+    }
+}
+
+void VantaProcessor::loadStyle() {
+    dynamicsEngine_->applyStyle(style.currentIndex());
+    reassertMainControls();
+}
+
+// The style has just overwritten what the knobs had set.
+void VantaProcessor::reassertMainControls() {
+    for (FloatPluginParameter* knob :
+         {static_cast<FloatPluginParameter*>(&gain), static_cast<FloatPluginParameter*>(&lookahead),
+          static_cast<FloatPluginParameter*>(&attack), static_cast<FloatPluginParameter*>(&release)}) {
+        knob->setValue(knob->value(), 0);
+    }
+    for (int i = 0; i < engineLayout_->group(ElementKind::Detector).capacity; ++i) {
+        const int position = engineLayout_->position(ElementKind::Detector, i,
+                                                     parameterIndex(ElementKind::Detector, "Stereo Link"));
+        dynamicsEngine_->parameterAt(position)->setValue(1.0f, 0);
+    }
+}
+
+void VantaProcessor::notePendingChanges() {
+    GenericPluginProcessor::notePendingChanges();
+    dynamicsEngine_->notePendingChanges();
+}
+
+void VantaProcessor::applyPendingParameters() {
+    GenericPluginProcessor::applyPendingParameters();
+    dynamicsEngine_->applyPendingParameters();
+}
+
+void VantaProcessor::sampleRateChanged() {
+    GenericPluginProcessor::sampleRateChanged();
+    auto fresh = std::make_unique<OvershootLimiter::Style>(environment());
+    for (auto& channel : vantaChannels_) channel->replaceOvershootKernel(*fresh);
+    overshootStyle_ = std::move(fresh);
+}
+
+void VantaProcessor::oversampledRateChanged(void*) {
+    const SignalPathLimits limits(environment().sampleRate(), oversampledEnvironment_->factor());
+    for (auto& channel : vantaChannels_) channel->setDelayLimits(limits);
+    makeupGain_->setMaxDelay(limits.engine);
+    updateLatency();
+    updateDelays();
+}
+
+void VantaProcessor::updateDelays() {
+    const LimitingStyle current = applied(style);
+    const SignalPathDelays now(environment().sampleRate(), oversampledEnvironment_->factor(),
+                               applied(truePeakLimiting), styleStages(current));
+    for (auto& channel : vantaChannels_) channel->setDelays(now, current);
+    makeupGain_->setDelay(now.engine);
+}
+
+void VantaProcessor::ditheringChanged(void*) {
+    const int bits = ditherBits(static_cast<int>(appliedValue(dithering)));
+    for (auto& channel : vantaChannels_) channel->setDitherBits(bits);
+}
+
+void VantaProcessor::oversamplingChanged(void*) {
+    oversampledEnvironment_->setFactor(1 << static_cast<int>(appliedValue(oversampling)));
+    meters_->resetPeaks();
+    updateOvershootMode();
+}
+
+void VantaProcessor::styleChanged(void*) {
+    const StyleRouting routing = styleRouting(applied(style));
+    for (auto& channel : vantaChannels_) channel->setTap(routing.tappedConvolver);
+    assignLinkers(routing);
+    restart();
+}
+
+void VantaProcessor::assignLinkers(const StyleRouting& routing) {
+    channelLinkTransients.clearTargets();
+    channelLinkRelease.clearTargets();
+    for (std::size_t i = 0; i < stereoLinkers_.size(); ++i) {
+        switch (routing.links[i]) {
+            case StyleRouting::Link::Transients:
+                channelLinkTransients.addTarget(stereoLinkers_[i]->amount);
+                break;
+            case StyleRouting::Link::Release:
+                channelLinkRelease.addTarget(stereoLinkers_[i]->amount);
+                break;
+            case StyleRouting::Link::Free:
+                stereoLinkers_[i]->amount = kFreeLinkAmount;
+        }
+    }
+    channelLinkTransients.applyValue(appliedValue(channelLinkTransients));
+    channelLinkRelease.applyValue(appliedValue(channelLinkRelease));
+}
+
+void VantaProcessor::truePeakChanged(void*) {
+    updateOvershootMode();
+    restart();
+}
+
+// Another path: what the old one remembers of the signal has no place in it.
+void VantaProcessor::restart() {
+    updateLatency();
+    updateDelays();
+    environment().resetGraph(wave::ResetMode::ResetActive);
+    meters_->resetPeaks();
+}
+
+void VantaProcessor::sideChainChanged(void*) {
+    updateDelays();
+}
+
+void VantaProcessor::updateOvershootMode() {
+    const bool direct = !applied(truePeakLimiting) && oversampledEnvironment_->factor() < 2;
+    for (auto& channel : vantaChannels_) {
+        channel->setOvershootMode(direct ? OvershootLimiter::Hard : OvershootLimiter::Smooth);
+    }
+}
+
+void VantaProcessor::meterScaleChanged(void*) {
+    meters_->setScale(applied(meterScale));
+}
+
+void VantaProcessor::levelsChanged(void*) {
+    const float ceilingDb = appliedValue(outputLevel);
+    const float targetDb = applied(unityGain) ? -appliedValue(gain) : ceilingDb;
+    makeupGain_->setOutputLevel(ceilingDb);
+    for (auto& channel : vantaChannels_) channel->setLevels(ceilingDb, targetDb);
+}
+
+}  // namespace vanta

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "limiter/engine/stereo_linker.hpp"
+#include "limiter/parameters/vanta_parameters.hpp"
+#include "limiter/processor/makeup_gain.hpp"
+#include "limiter/processor/style_routing.hpp"
+#include "limiter/processor/vanta_channel.hpp"
+#include "limiter/processor/vanta_meters.hpp"
+#include "plugin/processor/generic_plugin_processor.hpp"
+
+namespace vanta {
+
+/// The limiter. The Gain knob lowers the engine's threshold and a makeup gain behind the engine restores the
+/// level, so that the signal is limited at -Gain dBFS and leaves raised by Gain and Output Level.
+class VantaProcessor final : public GenericPluginProcessor,
+                             public VantaParameters,
+                             private DynamicsEngine::StereoLinkerFactory {
+public:
+    explicit VantaProcessor(ChannelLayout layout);
+    ~VantaProcessor() override;
+
+    int tailLength() const override { return 64; }
+
+    VantaChannel& channel(int index) { return *vantaChannels_[static_cast<std::size_t>(index)]; }
+    /// The delays that the present settings ask for. Any thread.
+    SignalPathDelays delays() const;
+
+protected:
+    void initShared() override;
+    int largestLatency(float sampleRate) const override { return vanta::largestLatency(sampleRate); }
+    void parameterAboutToChange(int index) override;
+    void notePendingChanges() override;
+    void applyPendingParameters() override;
+    void sampleRateChanged() override;
+
+private:
+    std::unique_ptr<DynamicsEngine::AbstractStereoLinker> createStereoLinker() override;
+
+    void buildEngine();
+    void buildChannels();
+    void buildMeters();
+    void listenToParameters();
+    void applyInitialValues();
+
+    // On the thread that sets the parameter.
+    void loadStyle();
+    void reassertMainControls();
+
+    // Handlers, on the audio thread at the end of a drain. None allocates, but `oversamplingChanged`: another
+    // factor is another size of every block and every delay of the engine.
+    void ditheringChanged(void*);
+    void oversamplingChanged(void*);
+    void styleChanged(void*);
+    void truePeakChanged(void*);
+    void sideChainChanged(void*);
+    void levelsChanged(void*);
+    void meterScaleChanged(void*);
+    /// Of the engine, by another factor or another rate of the host. Allocates.
+    void oversampledRateChanged(void*);
+
+    void updateLatency();
+    void assignLinkers(const StyleRouting& routing);
+    void updateDelays();
+    void updateOvershootMode();
+    void restart();
+
+    std::vector<DefaultStereoLinker*> stereoLinkers_;  ///< one per Detector, owned by the engine
+    std::unique_ptr<wave::SubEnvironment> oversampledEnvironment_;
+    std::unique_ptr<sr::ConverterStyle> oversamplingStyle_;
+    std::unique_ptr<sr::TruePeakExposer::Style> baseExposerStyle_;
+    std::unique_ptr<sr::TruePeakExposer::Style> oversampledExposerStyle_;
+    std::unique_ptr<EngineLayout> engineLayout_;
+    std::unique_ptr<ModulationMatrix> modulationMatrix_;
+    std::unique_ptr<DynamicsEngine> dynamicsEngine_;
+    std::unique_ptr<MakeupGain> makeupGain_;
+    std::unique_ptr<OvershootLimiter::Style> overshootStyle_;
+    std::vector<std::unique_ptr<VantaChannel>> vantaChannels_;
+    std::unique_ptr<VantaMeters> meters_;
+};
+
+}  // namespace vanta

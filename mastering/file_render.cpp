@@ -1,0 +1,183 @@
+#include "mastering/file_render.hpp"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+#include "audiofile/audio_file_reader.hpp"
+#include "audiofile/audio_file_tags.hpp"
+#include "audiofile/audio_file_writer.hpp"
+#include "foundation/failure.hpp"
+#include "foundation/output_check.hpp"
+
+namespace vanta {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Where the channels of the layout go in a file, and which speakers it is to name.
+struct FilePlace {
+    std::vector<int> fileChannel;
+    std::vector<int> speakers;  ///< empty: none
+};
+
+FilePlace placeOf(const RenderSource& source, int format) {
+    const FileType& type = *fileTypeOf(format);
+    const ChannelMapping& mapping = source.mapping();
+    const bool sameType = fileTypeOf(source.input().info().format) == &type;
+    const auto speakers = sameType ? mapping.speakers : sortSpeakers(mapping.speakers, type.order);
+    const bool positioned = mapping.speakers.size() > 2 && (!sameType || !source.input().positions().empty());
+    return {fileOrder(mapping, speakers), positioned ? speakers : std::vector<int>()};
+}
+
+}  // namespace
+
+FileRender::FileRender(const Route& route, const MasteringJob& job)
+    : job_(job),
+      source_(route.input, job_.options.sideChain, job_.options.layout),
+      shape_(source_.input().shape()) {
+    file_.route = route;
+    file_.settings = std::make_unique<LimiterSettings>();
+    job_.settings.applyTo(*file_.settings);
+    file_.sampleRate = source_.sampleRate();
+    shape_.frames += tailSamples();
+    checkDestination();
+}
+
+std::int64_t FileRender::tailSamples() const {
+    return std::llround(job_.options.tailSeconds * static_cast<double>(file_.sampleRate));
+}
+
+int FileRender::ditherBits() const {
+    return VantaParameters::ditherBits(file_.settings->dithering.currentIndex());
+}
+
+Work FileRender::work(int pass) const {
+    const std::string output = file_.route.output.filename().string();
+    return {
+        pass == 1 ? fmt::format("rendering {}", output) : fmt::format("rendering {}, pass {}", output, pass),
+        shape_.frames, static_cast<double>(file_.sampleRate)};
+}
+
+void FileRender::checkDestination() const {
+    std::vector<fs::path> read = job_.options.alsoRead;
+    read.push_back(file_.route.input);
+    if (!job_.options.sideChain.empty()) read.push_back(job_.options.sideChain);
+    checkOutput(file_.route.output, read, job_.options.replace);
+}
+
+void FileRender::measureInput() {
+    if (file_.before) return;
+    file_.before = measureFile(file_.route.input, source_.mapping().layout, job_.options.watcher);
+}
+
+void FileRender::render() {
+    // What is said of a render goes with it.
+    file_.warnings = source_.warnings();
+    ++file_.renders;
+    const FormatWish& wish = job_.options.format;
+    const int format = chooseFormat(shape_, file_.route.output, wish);
+    const bool mayClip = wish.subtype != nullptr;
+    try {
+        renderAs(format, mayClip);
+    } catch (const BeyondFullScale&) {
+        renderAs(formatBeyondFullScale(format), false);
+    }
+    noteSignal();
+    if (job_.measures()) measureOutput();
+}
+
+void FileRender::commit() {
+    if (!replacement_->commit()) throw Failure(fmt::format("{}: cannot be put in place", name()));
+}
+
+/// A format for samples beyond full scale.
+int FileRender::formatBeyondFullScale(int format) {
+    const auto wide = floatFormat(format, shape_, file_.route.output);
+    if (!wide) {
+        throw Failure(
+            fmt::format("{}: the result exceeds full scale, which {} cannot hold: lower Output Level, choose "
+                        "a type with float "
+                        "samples such as wav, or name a subtype to clip it",
+                        name(), formatName(format)));
+    }
+    warn(fmt::format("{}: the result exceeds full scale and is written as {}", name(), formatName(*wide)));
+    return *wide;
+}
+
+void FileRender::renderAs(int format, bool mayClip) {
+    file_.format = format;
+    replacement_.reset();
+    replacement_ = std::make_unique<FileReplacement>(file_.route.output);
+    const auto limit = mayClip ? AudioFileWriter::Limit::Clip : AudioFileWriter::Limit::Refuse;
+    const auto place = placeOf(source_, format);
+    AudioFileWriter writer({replacement_->temporary(), name(), format, file_.sampleRate, place.fileChannel,
+                            place.speakers, limit});
+    copyTags(source_.input().handle(), writer.handle());
+    source_.rewind();
+    const Progress progress = watch(job_.options.watcher, work(file_.renders));
+    file_.result = runLimiter(writer, progress);
+    if (!file_.result.complete) throw Stopped();
+    if (file_.result.output.notFinite > 0) {
+        throw Failure(
+            fmt::format("{}: the limiter produced {} samples that are not numbers; nothing was written",
+                        name(), file_.result.output.notFinite));
+    }
+    writer.finish();
+    // Some encoders take their time to close a file.
+    if (!progress(shape_.frames)) throw Stopped();
+    noteWriter(writer);
+}
+
+RenderResult FileRender::runLimiter(AudioFileWriter& writer, const Progress& progress) {
+    return vanta::render({.settings = *file_.settings,
+                          .input = source_.input(),
+                          .output = writer,
+                          .sideChain = source_.sideChain(),
+                          .layout = source_.mapping().layout,
+                          .sampleRate = static_cast<double>(file_.sampleRate),
+                          .blockSamples = job_.options.blockSamples,
+                          .tailSamples = tailSamples(),
+                          .ditherSeed = job_.options.ditherSeed,
+                          .progress = progress});
+}
+
+// What the file holds counts, not what was sent there: it went through dither, rounding and maybe a codec.
+void FileRender::measureOutput() {
+    const fs::path& output = file_.route.output;
+    const auto watcher = [&](Work measuring) {
+        measuring.title = fmt::format("measuring {}", output.filename().string());
+        return watch(job_.options.watcher, measuring);
+    };
+    file_.after = measureFile(replacement_->temporary(), source_.mapping().layout, watcher);
+    file_.after->file = output;
+}
+
+void FileRender::noteWriter(const AudioFileWriter& writer) {
+    if (writer.clipped() > 0)
+        warn(fmt::format("{}: {} samples beyond full scale were clipped", name(), writer.clipped()));
+    const FileSubtype& subtype = *fileSubtypeOf(file_.format);
+    const int bits = ditherBits();
+    if (bits == 0 || subtype.kind == FileSubtype::Float) return;
+    if (subtype.kind != FileSubtype::Integer) {
+        warn(fmt::format("{}: {} does not preserve the dither to {} bits", name(), subtype.name, bits));
+    } else if (subtype.bits < bits) {
+        warn(fmt::format(
+            "{}: dithered to {} bits, then rounded to the {} bits of {}: dither to {} bits or fewer", name(),
+            bits, subtype.bits, subtype.name, subtype.bits));
+    }
+}
+
+void FileRender::noteSignal() {
+    const auto note = [&](const fs::path& path, const StreamLevels& levels) {
+        if (levels.notFinite == 0) return;
+        warn(fmt::format("{}: {} samples are not finite numbers; they count as silence", path.string(),
+                         levels.notFinite));
+    };
+    note(file_.route.input, file_.result.input);
+    if (source_.sideChain()) note(job_.options.sideChain, file_.result.sideChain);
+    if (file_.settings->bypass.mapped()) warn(fmt::format("{}: Bypass is on; nothing was limited", name()));
+}
+
+}  // namespace vanta

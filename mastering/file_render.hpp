@@ -1,0 +1,78 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "foundation/file_replacement.hpp"
+#include "mastering/mastering_job.hpp"
+#include "mastering/render_source.hpp"
+#include "measure/measurement.hpp"
+
+namespace vanta {
+
+class AudioFileWriter;
+
+/// From where to where a file is rendered.
+struct Route {
+    std::filesystem::path input;
+    std::filesystem::path output;
+};
+
+/// A file as it was rendered last.
+struct RenderedFile {
+    Route route;
+    std::unique_ptr<LimiterSettings> settings;  ///< that it was rendered with
+    RenderResult result;
+    int renders = 0;                    ///< until it was as wanted
+    std::optional<Measurement> before;  ///< of the input
+    std::optional<Measurement> after;   ///< of the file as it was written
+    int sampleRate = 0;                 ///< Hz
+    int format = 0;                     ///< libsndfile's, of the output
+    std::vector<std::string> warnings;
+};
+
+/// One file on its way through the limiter: rendered and measured as often as it takes, put in place once.
+/// Whatever is not put in place leaves nothing behind. Everything may throw Failure or Stopped.
+class FileRender {
+public:
+    /// Opens and checks what is read and written.
+    FileRender(const Route& route, const MasteringJob& job);
+
+    /// What the next render is made with, at first the settings of the job.
+    LimiterSettings& settings() { return *file_.settings; }
+    /// Fills `rendered().before`, once.
+    void measureInput();
+    /// Renders into a file beside the output's place, and measures what it wrote if the job measures.
+    void render();
+    /// Puts the last render in place.
+    void commit();
+
+    const RenderedFile& rendered() const { return file_; }
+    /// Gives the file away; the render is over.
+    RenderedFile take() { return std::move(file_); }
+
+private:
+    std::string name() const { return file_.route.output.string(); }
+    std::int64_t tailSamples() const;
+    int ditherBits() const;
+    Work work(int pass) const;
+    void checkDestination() const;
+    int formatBeyondFullScale(int format);
+    void renderAs(int format, bool mayClip);
+    RenderResult runLimiter(AudioFileWriter& writer, const Progress& progress);
+    void measureOutput();
+    void noteWriter(const AudioFileWriter& writer);
+    void noteSignal();
+    void warn(std::string text) { file_.warnings.push_back(std::move(text)); }
+
+    const MasteringJob& job_;
+    RenderSource source_;
+    StreamShape shape_;  ///< of the output
+    RenderedFile file_;
+    std::unique_ptr<FileReplacement> replacement_;  ///< holds the last render
+};
+
+}  // namespace vanta

@@ -1,0 +1,218 @@
+#include "mastering/goal_seeker.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <vector>
+
+#include "mastering/loudness_search.hpp"
+#include "mastering/verification.hpp"
+
+namespace vanta {
+
+namespace {
+
+constexpr int kMostPasses = 12;
+constexpr double kLowestOutputLevelDb = -30.0;
+/// By how much further Output Level goes down than was missing, in dB, so that one more render is enough; the
+/// more so while the Gain still moves, which changes what is missing.
+constexpr double kReserveDb = 0.005;
+constexpr double kMovingReserveDb = 0.03;
+/// Levels of several files that move by more than this change what was known of their common loudness.
+constexpr double kSettledDb = 0.05;
+
+/// Chooses the settings of each pass by what the last one gave. Output Level stands behind all that limits,
+/// so one pass tells how loud the programme is at every ceiling, and only the Gain has to be searched for.
+class Seeker {
+public:
+    Seeker(std::span<const std::unique_ptr<FileRender>> files, const MasteringJob& job)
+        : files_(files), job_(job), goals_(job.goals), levels_(files_.size(), highestLevel()) {}
+
+    GoalsReached run() {
+        if (job_.measures()) each([](FileRender& file, std::size_t) { file.measureInput(); });
+        if (goals_.loudnessLufs) {
+            beginSearch(firstGain());
+        } else {
+            predictLevels(static_cast<double>(job_.settings.gain.value()));
+        }
+        for (;;) {
+            renderAll();
+            if (isLoudEnough() && largestExcessDb() <= 0.0) return reached_;
+            if (reached_.passes == kMostPasses) failAfterAll();
+            goOn();
+        }
+    }
+
+private:
+    /// The Output Level that was asked for, in dB.
+    double highestLevel() const { return static_cast<double>(job_.settings.outputLevel.value()); }
+
+    template <typename Act>
+    void each(Act&& act) {
+        for (std::size_t i = 0; i < files_.size(); ++i) {
+            try {
+                act(*files_[i], i);
+            } catch (const Failure& failure) {
+                throw FileFailure(i, failure.what());
+            }
+        }
+    }
+
+    // Output Level stands behind all that limits: where nothing is limited, what comes out is louder by both.
+    // A Gain that brings peaks up to a lower level needs more of itself, which a few rounds settle.
+    double firstGain() {
+        Programme all;
+        for (const auto& file : files_) all.merge(file->rendered().before->programme);
+        const auto lufs = all.figures().integrated;
+        if (!lufs) {
+            throw Failure(fmt::format(
+                "{}: too short or too quiet to measure loudness, so {:.2f} LUFS cannot be reached", names(),
+                target()));
+        }
+        double gainDb = 0.0;
+        for (int round = 0; round < 3; ++round) {
+            const double level = std::accumulate(levels_.begin(), levels_.end(), 0.0);
+            gainDb = target() - *lufs - level / static_cast<double>(levels_.size());
+            predictLevels(gainDb);
+        }
+        return gainDb;
+    }
+
+    void beginSearch(double firstGainDb) {
+        search_.emplace(
+            LoudnessTarget{.lufs = target(), .toleranceLu = toleranceLu_, .firstGainDb = firstGainDb});
+    }
+
+    /// A limiter at work brings peaks up to Output Level; below that they keep their distance.
+    void predictLevels(double gainDb) {
+        if (!goals_.maxTruePeakDb) return;
+        each([&](FileRender& file, std::size_t i) {
+            const auto& peak = file.rendered().before->figures.total.truePeak;
+            const double aboveLevel = peak ? std::min(peak->level + gainDb, 0.0) : -HUGE_VAL;
+            levels_[i] = std::clamp(*goals_.maxTruePeakDb - aboveLevel, kLowestOutputLevelDb, highestLevel());
+        });
+    }
+
+    void renderAll() {
+        ++reached_.passes;
+        reached_.files = files_.size();
+        Programme all;
+        each([&](FileRender& file, std::size_t i) {
+            if (search_) file.settings().gain.setValue(static_cast<float>(search_->gainDb()), 0);
+            file.settings().outputLevel.setValue(static_cast<float>(levels_[i]), 0);
+            file.render();
+            if (file.rendered().after) all.merge(file.rendered().after->programme);
+        });
+        reached_.lufs = all.figures().integrated;
+    }
+
+    bool isLoudEnough() const {
+        return !goals_.loudnessLufs || (reached_.lufs && std::abs(*reached_.lufs - target()) <= toleranceLu_);
+    }
+
+    /// Of the file that exceeds the true-peak limit most, in dB.
+    double largestExcessDb() const {
+        if (!goals_.maxTruePeakDb) return 0.0;
+        double largest = -HUGE_VAL;
+        for (const auto& file : files_)
+            largest = std::max(largest, excessDb(file->rendered(), *goals_.maxTruePeakDb));
+        return largest;
+    }
+
+    /// Chooses Gain and Output Level of the next pass by what the last one gave.
+    void goOn() {
+        const auto [shift, largest] = moveLevels();
+        if (!goals_.loudnessLufs) return;
+        if (files_.size() > 1 && largest > kSettledDb) return beginSearch(search_->gainDb());
+        const auto lufs = reached_.lufs ? std::optional(*reached_.lufs + shift) : std::nullopt;
+        if (search_->note(lufs) == LoudnessSearch::State::OutOfReach) {
+            // At an end of the range the whole tolerance is good enough.
+            toleranceLu_ = kLoudnessToleranceLu;
+            if (!lufs || std::abs(*lufs - target()) > toleranceLu_) failToReach(lufs);
+        }
+    }
+
+    struct Move {
+        double mean = 0.0;
+        double largest = 0.0;
+    };
+
+    /// By how much the levels had to move, in dB: true peaks and loudness move with them.
+    Move moveLevels() {
+        Move move;
+        if (!goals_.maxTruePeakDb) return move;
+        const double reserve = goals_.loudnessLufs ? kMovingReserveDb : kReserveDb;
+        each([&](FileRender& file, std::size_t i) {
+            const double room = -excessDb(file.rendered(), *goals_.maxTruePeakDb) - reserve;
+            if (room < 0.0 && levels_[i] <= kLowestOutputLevelDb) failToHold(file.rendered(), -room);
+            const double moved = std::clamp(levels_[i] + room, kLowestOutputLevelDb, highestLevel());
+            move.mean += (moved - levels_[i]) / static_cast<double>(files_.size());
+            move.largest = std::max(move.largest, std::abs(moved - levels_[i]));
+            levels_[i] = moved;
+        });
+        return move;
+    }
+
+    std::string names() const {
+        return files_.size() == 1 ? files_[0]->rendered().route.input.string()
+                                  : fmt::format("the {} inputs together", files_.size());
+    }
+    double target() const { return *goals_.loudnessLufs; }
+
+    [[noreturn]] void failToHold(const RenderedFile& file, double aboveDb) const {
+        throw Failure(
+            fmt::format("{}: the true peak stays {:.2f} dB above {:.2f} dBTP even at the lowest Output "
+                        "Level; nothing was written",
+                        file.route.output.string(), aboveDb, *goals_.maxTruePeakDb));
+    }
+
+    [[noreturn]] void failToReach(std::optional<double> lufs) const {
+        if (!lufs) {
+            throw Failure(
+                fmt::format("{}: {:.2f} LUFS cannot be reached: the result is too quiet to measure loudness; "
+                            "nothing was written",
+                            names(), target()));
+        }
+        const double highest = *std::ranges::max_element(levels_);
+        std::string text = fmt::format(
+            "{}: {:.2f} LUFS cannot be reached: Gain {:.2f} dB with Output Level {:.2f} dB gives {:.2f} LUFS",
+            names(), target(), search_->gainDb(), highest, *lufs);
+        const double lower = highest - (*lufs - target());
+        if (*lufs > target() && lower >= kLowestOutputLevelDb)
+            text +=
+                fmt::format(", Output Level {:.1f} dB would be low enough", std::floor(lower * 10.0) / 10.0);
+        throw Failure(text + "; nothing was written");
+    }
+
+    [[noreturn]] void failAfterAll() const {
+        std::string text = fmt::format("{}: after {} passes", names(), reached_.passes);
+        if (!isLoudEnough()) {
+            const auto lufs =
+                reached_.lufs ? fmt::format("{:.2f}", *reached_.lufs) : "no measurable loudness";
+            text += fmt::format(", {} instead of {:.2f} LUFS", lufs, target());
+        }
+        if (largestExcessDb() > 0.0) {
+            text += fmt::format(", the true peak {:.3f} dB above {:.2f} dBTP", largestExcessDb(),
+                                *goals_.maxTruePeakDb);
+        }
+        throw Failure(text + "; nothing was written");
+    }
+
+    std::span<const std::unique_ptr<FileRender>> files_;
+    const MasteringJob& job_;
+    const RenderGoals& goals_;
+    std::vector<double> levels_;            ///< Output Level of each file in the next pass, in dB
+    double toleranceLu_ = 0.05;             ///< half of what is promised: other meters differ a little
+    std::optional<LoudnessSearch> search_;  ///< of the Gain, where a loudness is asked for
+    GoalsReached reached_;
+};
+
+}  // namespace
+
+GoalsReached reachGoals(std::span<const std::unique_ptr<FileRender>> files, const MasteringJob& job) {
+    return Seeker(files, job).run();
+}
+
+}  // namespace vanta

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+#include "audiofile/format_choice.hpp"
+#include "foundation/progress.hpp"
+#include "host/offline/limiter_settings.hpp"
+#include "host/offline/render.hpp"
+
+namespace vanta {
+
+/// What written files are to reach.
+struct RenderGoals {
+    std::optional<double> loudnessLufs;   ///< integrated
+    bool album = false;                   ///< one Gain for all files, measured together; else one for each
+    std::optional<double> maxTruePeakDb;  ///< dBTP, of each file
+    /// A preset or a state set the Gain that a loudness now finds anew, and reports should say so.
+    bool replacesGain = false;
+
+    bool any() const { return loudnessLufs || maxTruePeakDb; }
+};
+
+/// How files are rendered.
+struct RenderOptions {
+    std::filesystem::path sideChain;      ///< empty: none
+    std::optional<ChannelLayout> layout;  ///< where files leave it open
+    FormatWish format;
+    int blockSamples = kUsualBlock;
+    double tailSeconds = 0.0;
+    std::uint32_t ditherSeed = 1;
+    bool replace = false;                         ///< outputs that exist
+    bool measure = true;                          ///< inputs and outputs, also where no goal asks for it
+    std::vector<std::filesystem::path> alsoRead;  ///< further files that no output may replace
+    WorkWatcher watcher;                          ///< of every render and measurement; may be empty
+};
+
+/// All that files have in common which are mastered together. A goal renders them with a Gain of its own in
+/// place of the setting, and with an Output Level that is the setting's or lower.
+struct MasteringJob {
+    const LimiterSettings& settings;
+    RenderOptions options;
+    RenderGoals goals;
+
+    bool measures() const { return options.measure || goals.any(); }
+};
+
+}  // namespace vanta

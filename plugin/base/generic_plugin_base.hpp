@@ -1,0 +1,53 @@
+#pragma once
+
+#include <vector>
+
+#include "plugin/base/generic_parameter_owner.hpp"
+
+namespace vanta {
+
+/// What a plug-in offers. The parameter table fills it in, in the model and in the processor alike.
+class GenericPluginBase : public GenericParameterResponder {
+public:
+    enum class MidiState { Enabled, Disabled };
+
+    explicit GenericPluginBase(int layout) : channelLayout(layout) {}
+
+    int parameterCount() const override { return static_cast<int>(parameters.size()); }
+    AbstractPluginParameter* parameterAt(int index) const override {
+        return parameters[static_cast<std::size_t>(index)];
+    }
+    int firstParameterIndex() const override { return 0; }
+    int addParameter(AbstractPluginParameter& parameter) override {
+        parameters.push_back(&parameter);
+        return static_cast<int>(parameters.size()) - 1;
+    }
+    int addGroupName(const std::string& name) override {
+        groupNames.push_back(name);
+        return static_cast<int>(groupNames.size()) - 1;
+    }
+
+    bool hasOfflineProcessor = false;
+    bool supportsMono = false;
+    bool supportsSurround = false;
+    int channelLayout;             ///< row of the layout table
+    int gainReductionSource = -1;  ///< level source behind the host's meter, -1 for none
+    AbstractPluginParameter* receiveMidiParameter = nullptr;
+    AbstractPluginParameter* bypassParameter = nullptr;
+    bool sideChainAvailable = false;
+    bool sideChainWanted = true;
+    std::vector<ValueAssignable<float>*> extraTargets;  ///< further MIDI targets, not owned
+    bool monoToStereo = false;
+    int audioSourceCount = 0;
+    int levelSourcesPerChannel = 0;
+    int globalLevelSources = 0;
+    int spectrumSourceCount = 0;
+    int processingMode = 1;  ///< 1 with audio input, 0 without
+    bool hasNoteQueue = false;
+
+protected:
+    std::vector<AbstractPluginParameter*> parameters;
+    std::vector<std::string> groupNames;
+};
+
+}  // namespace vanta

@@ -56,7 +56,6 @@ TIDY ?= *.cpp
 tidy: PACKAGES += clang-tidy
 tidy: setup
 	@cmake --preset release > /dev/null
-	@cmake --build build --parallel $(JOBS) --target generated_sources
 	@git ls-files '$(TIDY)' | grep -v '^tests/fuzz/fuzz_main' | xargs -P $(JOBS) -n 4 clang-tidy --quiet -p build
 
 # Installs only what is missing, so that a machine that has everything needs no network and no root.

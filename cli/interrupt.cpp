@@ -1,7 +1,6 @@
 #include "cli/interrupt.hpp"
 
-#include <signal.h>
-
+#include <csignal>
 #include <initializer_list>
 
 namespace vanta {

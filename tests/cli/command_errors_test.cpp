@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
+#include <csignal>
 #include <sndfile.h>
 #include <unistd.h>
 

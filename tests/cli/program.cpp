@@ -1,7 +1,7 @@
 #include "tests/cli/program.hpp"
 
 #include <fcntl.h>
-#include <signal.h>
+#include <csignal>
 #include <sys/wait.h>
 #include <unistd.h>
 

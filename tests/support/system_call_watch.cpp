@@ -6,7 +6,7 @@
 
 #if defined(__x86_64__) && defined(__linux__) && !VANTA_TRAP_UNDER_SANITIZER
 
-#include <signal.h>
+#include <csignal>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <ucontext.h>

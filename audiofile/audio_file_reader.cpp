@@ -25,7 +25,7 @@ void requireRegularFile(const std::filesystem::path& path) {
     const auto status = std::filesystem::status(path, error);
     if (status.type() == std::filesystem::file_type::not_found) throw failure(path, "no such file");
     if (error) throw failure(path, error.message());
-    if (std::filesystem::is_directory(status)) throw failure(path, "is a directory");
+    if (std::filesystem::is_directory(status)) throw failure(path, "is a folder, not a file");
     if (!std::filesystem::is_regular_file(status)) throw failure(path, "is not a regular file");
 }
 
@@ -49,7 +49,7 @@ AudioFileReader::AudioFileReader(const std::filesystem::path& path) : path_(path
     if (!file_) throw failure(path_, fmt::format("is not a readable audio file: {}", sf_strerror(nullptr)));
     if (info_.frames == SF_COUNT_MAX) throw failure(path_, "is cut off: its end is missing");
     if (info_.frames <= 0) throw failure(path_, "contains no audio");
-    if (!info_.seekable) throw failure(path_, "cannot be read twice: it is not seekable");
+    if (!info_.seekable) throw failure(path_, "is not seekable: convert it to another file type first");
     if (info_.samplerate < kLowestSampleRate || info_.samplerate > kHighestSampleRate) {
         throw failure(path_, fmt::format("has a sample rate of {} Hz: rates from {} to {} Hz are supported",
                                          info_.samplerate, kLowestSampleRate, kHighestSampleRate));

@@ -93,7 +93,7 @@ void AudioFileWriter::finish() {
     const std::string reason = reasonOf(file_.get());
     const bool closed = sf_close(file_.release()) == 0;
     if (failed) fail(reason);
-    if (!closed) fail("it could not be closed");
+    if (!closed) fail("closing it failed");
     // Some encoders write their last part on closing and keep quiet when that fails.
     SF_INFO info{};
     const SoundFile again(sf_open(target_.file.c_str(), SFM_READ, &info));

@@ -196,7 +196,7 @@ ChannelMapping mapChannels(std::span<const int> positions, int channels, Speaker
                            std::optional<ChannelLayout> wanted) {
     const ChannelLayout usual = usualLayout(channels);
     if (wanted && channelCount(*wanted) != channels) {
-        throw Failure(fmt::format("has {} channels and the layout {} has {}: use {}", channels,
+        throw Failure(fmt::format("has {} channels, but the layout {} has {}: use {}", channels,
                                   channelLayoutName(*wanted), channelCount(*wanted), layoutNames(channels)));
     }
     ChannelMapping mapping;

@@ -60,8 +60,8 @@ int chooseSubtype(const StreamShape& source, const FileType& type, const std::fi
     for (const int subtype : substitutes(own)) {
         if (canHold(type.format | subtype, source)) return subtype;
     }
-    throw Failure(fmt::format("{} files cannot hold {} channels at {} Hz: choose another file type",
-                              type.name, source.channels, source.sampleRate));
+    throw Failure(fmt::format("{}: {} files cannot hold {} channels at {} Hz: choose another file type",
+                              path.string(), type.name, source.channels, source.sampleRate));
 }
 
 /// Larger than what the file will have, headers and tags included.

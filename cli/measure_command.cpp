@@ -34,7 +34,7 @@ void check(const MeasureArguments& arguments) {
         if (!output->empty()) checkOutput(*output, read, true);
     }
     if (!arguments.timeline.empty() && arguments.timeline == arguments.plot)
-        throw UsageError("--timeline and --plot are the same file: name two");
+        throw UsageError("--timeline and --plot are the same file: use two different ones");
 }
 
 /// Files that cannot be measured are reported at once, and named among the figures.
@@ -64,7 +64,7 @@ void print(const MeasureArguments& arguments, std::span<const Measurement> measu
     } else {
         fmt::print("{}", measurementTable(measurements, arguments.requirements));
     }
-    if (std::fflush(stdout) != 0) throw Failure("the figures cannot be written to stdout");
+    if (std::fflush(stdout) != 0) throw Failure("the figures cannot be written to standard output");
 }
 
 template <typename Write>

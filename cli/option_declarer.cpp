@@ -42,7 +42,7 @@ CLI::Validator within(double low, double high) {
         const auto number = readNumber(text);
         const bool whole = number && number->length == text.size();
         if (whole && number->value >= low && number->value <= high) return {};
-        return fmt::format("'{}' is not a number from {} to {}", text, low, high);
+        return fmt::format("cannot be '{}': use a number from {} to {}", text, low, high);
     };
     return {check, "NUMBER"};
 }

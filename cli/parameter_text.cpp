@@ -75,8 +75,9 @@ void setByText(AbstractPluginParameter& parameter, const std::string& text, cons
     if (!isRead || parameter.exceedsRange(text)) {
         const auto labels = labelsOf(parameter);
         if (labels.size() > 2) throw unknownName(inSentence(parameter.name()), typed, labels);
-        throw UsageError(
-            fmt::format("{} cannot be '{}': use {}", parameter.name(), typed, rangeText(parameter)));
+        const std::string known =
+            labels.empty() ? rangeText(parameter) : fmt::format("{}", fmt::join(labels, " or "));
+        throw UsageError(fmt::format("{} cannot be '{}': use {}", parameter.name(), typed, known));
     }
     parameter.setValue(value, 0);
 }

@@ -55,7 +55,8 @@ void loadFile(LimiterSettings& settings, const fs::path& file) {
     if (!fs::is_regular_file(file, error))
         throw Failure(fmt::format("{}: is not a regular file", file.string()));
     if (!loadPresetFile(settings, file, LockOutputRule::Ignore))
-        throw Failure(fmt::format("{}: is not a preset of this limiter, or is damaged", file.string()));
+        throw Failure(fmt::format("{}: is not a preset of this limiter, or is damaged; see 'vanta presets'",
+                                  file.string()));
 }
 
 }  // namespace

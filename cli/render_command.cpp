@@ -77,7 +77,7 @@ void checkReport(const RenderArguments& arguments, std::span<const Route> routes
         taken.push_back(route.input);
         std::error_code error;
         if (fs::weakly_canonical(route.output, error) == fs::weakly_canonical(arguments.reportFile, error))
-            throw UsageError("--report and an output are the same file: name another");
+            throw UsageError("--report and an output are the same file: use two different ones");
     }
     if (!arguments.sideChain.empty()) taken.emplace_back(arguments.sideChain);
     for (const std::string& file : arguments.settings.files()) taken.emplace_back(file);

@@ -25,7 +25,7 @@ std::vector<Route> routesInto(const fs::path& folder, std::span<const std::strin
                               const FileType* type) {
     std::error_code error;
     if (!fs::is_directory(folder, error))
-        throw Failure(fmt::format("{}: is not a folder: name an existing one", folder.string()));
+        throw Failure(fmt::format("{}: is not a folder: create it first or use another", folder.string()));
     std::vector<Route> routes;
     std::set<fs::path> seen;
     for (const std::string& input : inputs) {
@@ -47,7 +47,7 @@ std::vector<Route> routesOf(std::span<const std::string> files, const std::strin
     std::error_code error;
     if (fs::is_directory(files.back(), error))
         return routesInto(files.back(), files.first(files.size() - 1), type);
-    if (files.size() > 2) throw UsageError("several inputs need a folder to go to: use --out-dir");
+    if (files.size() > 2) throw UsageError("several inputs need a folder for their outputs: use --out-dir");
     return {{files[0], files[1]}};
 }
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -28,7 +30,8 @@ std::vector<std::byte> bytesOf(const fs::path& file) {
     std::vector<std::byte> bytes(kLargestState);
     std::ifstream stream(file, std::ios::binary);
     stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    if (!stream.eof() && stream.fail()) throw Failure(fmt::format("{}: cannot be read", file.string()));
+    if (!stream.eof() && stream.fail())
+        throw Failure(fmt::format("{}: cannot be read: {}", file.string(), std::strerror(errno)));
     bytes.resize(static_cast<std::size_t>(stream.gcount()));
     return bytes;
 }
@@ -50,7 +53,9 @@ int SessionInstance::presetVersion() const {
 
 void SessionInstance::recall(const fs::path& file) {
     if (!readSessionState(*this, bytesOf(file)))
-        throw Failure(fmt::format("{}: is not a state of this limiter, or is damaged", file.string()));
+        throw Failure(fmt::format(
+            "{}: is not a state of this limiter, or is damaged: use a file that 'vanta state save' wrote",
+            file.string()));
 }
 
 void SessionInstance::store(const fs::path& file) {

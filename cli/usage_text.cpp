@@ -24,23 +24,29 @@ std::vector<std::string> flagsOf(const CLI::App& app) {
     return flags;
 }
 
-/// Of "Could not convert: --block = 3.5".
+/// For "Could not convert: --block = 3.5".
 std::string conversionText(const std::string& text) {
     const auto flag = std::min(text.find("--"), text.size());
     const auto equals = std::min(text.find(" = ", flag), text.size());
     const auto value = std::min(equals + 3, text.size());
-    return fmt::format("{}: '{}' is not a whole number", text.substr(flag, equals - flag),
+    return fmt::format("{} cannot be '{}': use a whole number", text.substr(flag, equals - flag),
                        text.substr(value));
 }
 
+/// For "--block: cannot be '0': use a number from 1 to 8192".
+std::string rangeErrorText(std::string text) {
+    return text.erase(std::min(text.find(": "), text.size() - 1), 1);
+}
+
 std::string unexpectedText(const CLI::App& program, const std::string& argument) {
-    if (!argument.starts_with('-')) return fmt::format("unexpected argument '{}'", argument);
     const CLI::App* command = &program;
     std::string path = program.get_name();
     while (!command->get_subcommands().empty()) {
         command = command->get_subcommands().front();
         path += " " + command->get_name();
     }
+    if (!argument.starts_with('-'))
+        return fmt::format("unexpected argument '{}'; see '{} --help'", argument, path);
     const std::string flag = argument.substr(0, argument.find('='));
     return fmt::format("unknown option {}{}; see '{} --help'", flag, suggestion(flag, flagsOf(*command)),
                        path);
@@ -74,7 +80,7 @@ std::string usageText(const CLI::App& program, const CLI::ParseError& error) {
     const std::string text = error.what();
     if (is(error, CLI::ExitCodes::ArgumentMismatch)) return text.substr(0, text.find(':')) + " needs a value";
     if (is(error, CLI::ExitCodes::ConversionError)) return conversionText(text);
-    if (is(error, CLI::ExitCodes::ValidationError)) return text;
+    if (is(error, CLI::ExitCodes::ValidationError)) return rangeErrorText(text);
     const auto unexpected = program.remaining(true);
     return unexpected.empty() ? text : unexpectedText(program, unexpected.front());
 }

@@ -1,6 +1,6 @@
-# Who may include whom, from the ground up. A room is one folder. It sees itself and the rooms behind SEES, and
-# nothing else: the build fails when one of its files includes what it may not see. As a room can only see rooms
-# that stand above it on this page, there is no circle.
+# Who may include whom, from the ground up. A room is one folder. It sees itself and the rooms listed after SEES, and
+# nothing else: the build fails when one of its files includes what it may not see. A room can only see rooms listed
+# before it, so there are no cycles.
 
 # vanta_layer(FOLDER [SEES folders...]) states a room's place and checks all that lies in its folder.
 function(vanta_layer folder)
@@ -8,7 +8,7 @@ function(vanta_layer folder)
   get_property(known GLOBAL PROPERTY vanta_layers)
   foreach(seen ${LAYER_SEES})
     if(NOT seen IN_LIST known)
-      message(FATAL_ERROR "cmake/layers.cmake: ${folder} sees ${seen}, which is not a room below it")
+      message(FATAL_ERROR "cmake/layers.cmake: ${folder} sees ${seen}, which must come before it")
     endif()
   endforeach()
   set_property(GLOBAL APPEND PROPERTY vanta_layers ${folder})
@@ -85,7 +85,7 @@ vanta_layer(tools/compile_presets SEES foundation plugin/base plugin/parameters 
 vanta_layer(tools/preset_table SEES plugin/presets limiter/model limiter/factory host/offline measure
             tools/song)
 
-# Tests may look into all that they test, and into nothing above it.
+# Tests may see whatever they test, and nothing above it.
 set(signal_rooms foundation kernel wave
     dsp/envelope dsp/delay dsp/detector dsp/mixer dsp/filter dsp/convolver dsp/dither dsp/sr dsp/metering)
 set(plugin_rooms plugin/base plugin/parameters plugin/presets plugin/settings plugin/metering plugin/midi

@@ -89,7 +89,8 @@ void FileRender::render() {
 }
 
 void FileRender::commit() {
-    if (!replacement_->commit()) throw Failure(fmt::format("{}: cannot be put in place", name()));
+    if (!replacement_->commit())
+        throw Failure(fmt::format("{}: cannot be replaced: check that its folder is writable", name()));
 }
 
 /// A format for samples beyond full scale.
@@ -98,8 +99,7 @@ int FileRender::formatBeyondFullScale(int format) {
     if (!wide) {
         throw Failure(
             fmt::format("{}: the result exceeds full scale, which {} cannot hold: lower Output Level, choose "
-                        "a type with float "
-                        "samples such as wav, or name a subtype to clip it",
+                        "a file type with float samples such as wav, or choose a subtype to clip it",
                         name(), formatName(format)));
     }
     warn(fmt::format("{}: the result exceeds full scale and is written as {}", name(), formatName(*wide)));

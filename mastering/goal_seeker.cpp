@@ -181,20 +181,20 @@ private:
             names(), target(), search_->gainDb(), highest, *lufs);
         const double lower = highest - (*lufs - target());
         if (*lufs > target() && lower >= kLowestOutputLevelDb)
-            text +=
-                fmt::format(", Output Level {:.1f} dB would be low enough", std::floor(lower * 10.0) / 10.0);
+            text += fmt::format("; lower Output Level to {:.1f} dB", std::floor(lower * 10.0) / 10.0);
         throw Failure(text + "; nothing was written");
     }
 
     [[noreturn]] void failAfterAll() const {
-        std::string text = fmt::format("{}: after {} passes", names(), reached_.passes);
+        std::string text =
+            fmt::format("{}: the goals cannot be reached: after {} passes", names(), reached_.passes);
         if (!isLoudEnough()) {
             const auto lufs =
                 reached_.lufs ? fmt::format("{:.2f}", *reached_.lufs) : "no measurable loudness";
-            text += fmt::format(", {} instead of {:.2f} LUFS", lufs, target());
+            text += fmt::format(" {} instead of {:.2f} LUFS", lufs, target());
         }
         if (largestExcessDb() > 0.0) {
-            text += fmt::format(", the true peak {:.3f} dB above {:.2f} dBTP", largestExcessDb(),
+            text += fmt::format(" a true peak {:.3f} dB above {:.2f} dBTP", largestExcessDb(),
                                 *goals_.maxTruePeakDb);
         }
         throw Failure(text + "; nothing was written");

@@ -221,7 +221,8 @@ void writeLoudnessPlot(const std::filesystem::path& file, std::span<const Measur
     const auto panels = std::ranges::count_if(
         measurements, [](const Measurement& measurement) { return measurement.error.empty(); });
     if (panels > kMostPanels)
-        throw Failure(fmt::format("{}: a plot holds at most {} files", file.string(), kMostPanels));
+        throw Failure(fmt::format("{}: a plot shows at most {} files: measure fewer at a time", file.string(),
+                                  kMostPanels));
     const std::unique_ptr<cairo_surface_t, DestroySurface> surface(cairo_image_surface_create(
         CAIRO_FORMAT_RGB24, kWidth, kPanelHeight * std::max(static_cast<int>(panels), 1)));
     const std::unique_ptr<cairo_t, DestroyContext> context(cairo_create(surface.get()));

@@ -23,9 +23,9 @@ constexpr std::string_view sectionOf(std::string_view name) {
 static_assert(kParameterHelpText.ends_with('\n'));
 static_assert(std::ranges::none_of(kParameterTable,
                                    [](const ParameterRow& row) { return sectionOf(row.name).empty(); }),
-              "resources/text/parameter_help.txt lacks a section for a row of the parameter table");
+              "resources/text/parameter_help.txt needs a section for every row of the parameter table");
 static_assert(std::ranges::count(kParameterHelpText, '#') == static_cast<int>(kParameterTable.size()),
-              "resources/text/parameter_help.txt has a section that no parameter is named by");
+              "resources/text/parameter_help.txt has a section for a parameter that does not exist");
 
 }  // namespace
 

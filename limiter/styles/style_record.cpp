@@ -27,7 +27,7 @@ std::uint32_t wordAt(std::span<const std::byte> bytes, std::size_t offset) {
 std::vector<std::byte> writeStyleRecord(std::span<const float> values) {
     if (values.size() != kStyleValueCount) {
         throw std::invalid_argument(
-            fmt::format("a style has {} values, but got {}", kStyleValueCount, values.size()));
+            fmt::format("a style has {} values, not {}", kStyleValueCount, values.size()));
     }
     std::vector<std::byte> record;
     record.reserve(kStyleRecordSize);
@@ -49,13 +49,12 @@ std::vector<float> readStyleRecord(std::span<const std::byte> record) {
     }
     const auto version = static_cast<std::int32_t>(wordAt(record, 4));
     if (version != kStyleVersion) {
-        throw StyleError(
-            fmt::format("cannot read style version {}: only version {}", version, kStyleVersion));
+        throw StyleError(fmt::format("cannot read style version {}: use version {}", version, kStyleVersion));
     }
     const auto count = static_cast<std::int32_t>(wordAt(record, 8));
     if (count != kStyleValueCount) {
         throw StyleError(
-            fmt::format("not a style record: it counts {} values instead of {}", count, kStyleValueCount));
+            fmt::format("not a style record: it has {} values instead of {}", count, kStyleValueCount));
     }
     std::vector<float> values;
     for (std::size_t offset = kHeaderSize; offset < record.size(); offset += 4) {

@@ -113,7 +113,7 @@ void StyleParser::parseValue(std::string_view name, std::string_view text) {
     const EngineParameter& parameter = layout_.parameters()[index];
     if (parameter.role == EngineParameter::Role::Element && parameter.kind == ElementKind::Slot) {
         fault(line_,
-              fmt::format("{} belongs to the line of its slot: write \"Source to Target (Level)\"", name));
+              fmt::format("{} is set in the line of its slot: write \"Source to Target (Level)\"", name));
     } else if (lines_[index] != 0) {
         fault(line_, fmt::format("{} is set twice: remove this line or line {}", name, lines_[index]));
     } else if (const std::optional<float> value = readValue(parameter, text)) {
@@ -213,7 +213,7 @@ void StyleParser::checkSlotCount() {
     const auto index = static_cast<std::size_t>(layout_.group(ElementKind::Slot).numActivePosition);
     if (values_[index] == static_cast<float>(slotCount_)) return;
     fault(std::max(lines_[index], 1),
-          fmt::format("Num Active Slots is {}, but the slots listed are {}: set it to {}", values_[index],
+          fmt::format("Num Active Slots is {}, but the style lists {}: set it to {}", values_[index],
                       slotCount_, slotCount_));
 }
 

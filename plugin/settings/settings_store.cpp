@@ -53,7 +53,9 @@ bool keepAside(const std::filesystem::path& file) {
         if (std::filesystem::exists(std::filesystem::symlink_status(aside, error))) continue;
         std::filesystem::rename(file, aside, error);
         if (error) return false;
-        noticeOnce(fmt::format("the damaged settings file is kept as {}; the settings start afresh", aside));
+        noticeOnce(fmt::format(
+            "the settings file is damaged: it was renamed to {} and all settings are back at their defaults",
+            aside));
         return true;
     }
     return false;
@@ -61,10 +63,12 @@ bool keepAside(const std::filesystem::path& file) {
 
 void noticeFault(SettingsFile::State state, const std::filesystem::path& file) {
     if (state == SettingsFile::State::Damaged) {
-        noticeOnce(fmt::format("the settings file {} is damaged and is not used", file.string()));
+        noticeOnce(
+            fmt::format("the settings file {} is damaged: the default settings are used", file.string()));
     }
     if (state == SettingsFile::State::Unreadable) {
-        noticeOnce(fmt::format("the settings file {} cannot be read", file.string()));
+        noticeOnce(
+            fmt::format("the settings file {} cannot be read: the default settings are used", file.string()));
     }
 }
 

@@ -203,7 +203,7 @@ TEST(StyleSource, SaysWhatIsWrongWhereAndWhatWouldBeRight) {
          "4: Detector 2 has no SmartClipper: use another Mode, or Detector 1"},
         {"1", "Num Active VCAs = 1\nVCA 3 Domain = dB",
          "4: VCA 3 Domain has no effect while Num Active VCAs is 1: raise it to 3"},
-        {"2", "", "2: Num Active Slots is 2, but the slots listed are 1: set it to 1"},
+        {"2", "", "2: Num Active Slots is 2, but the style lists 1: set it to 1"},
         {"2", "Trigger Input to Det 1 Input",
          "3: slot 2 goes to \"Det 1 Input\", which is not active while Num Active Detectors is 0: raise it "
          "to 1"},
@@ -223,13 +223,15 @@ TEST(StyleSource, SaysWhatIsWrongWhereAndWhatWouldBeRight) {
         {"2", "Trigger Input to Output (0.5",
          "3: slot 2 cannot have the level \"(0.5\": use (0) to (1), with a minus to invert the slot"},
         {"1", "Slot 1 Level = 0.3",
-         "3: Slot 1 Level belongs to the line of its slot: write \"Source to Target (Level)\""},
+         "3: Slot 1 Level is set in the line of its slot: write \"Source to Target (Level)\""},
         {"1", "Audio Input",
          "3: cannot read \"Audio Input\": write \"Name = value\" or \"Source to Target (Level)\""},
         {"2", "Custom 1 to Custom 1",
-         "3: slot 2 closes a loop, for Custom 1 depends on Custom 1: remove it or another slot of the loop"},
+         "3: slot 2 closes a loop, because Custom 1 depends on Custom 1: remove this slot or another of the "
+         "loop"},
         {"3", "Num Active VCAs = 2\nVCA 1 to VCA 2 Gain Change\nVCA 2 to Slot 2 Level",
-         "5: slot 3 closes a loop, for VCA 2 depends on Slot 2 Level: remove it or another slot of the loop"},
+         "5: slot 3 closes a loop, because VCA 2 depends on Slot 2 Level: remove this slot or another of the "
+         "loop"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(faultOf(fmt::format("Audio Input to Output\nNum Active Slots = {}\n{}", c.slots, c.source)),
@@ -252,7 +254,7 @@ TEST(StyleSource, NamesEveryFaultAtOnce) {
     EXPECT_EQ(faultOf("Custom 3 = 1\nAudio Input to Outptu\n"),
               "x.style:1: unknown parameter \"Custom 3\": did you mean \"Custom 1\"?\n"
               "x.style:2: unknown target \"Outptu\": did you mean \"Output\"?\n"
-              "x.style:1: Num Active Slots is 0, but the slots listed are 1: set it to 1");
+              "x.style:1: Num Active Slots is 0, but the style lists 1: set it to 1");
 }
 
 TEST(StyleSource, ComesBackFromItsRecord) {

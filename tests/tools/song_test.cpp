@@ -51,12 +51,12 @@ TEST(Score, FaultsAreNamedWithTheirLine) {
     const std::string keys = "tempo 60\ninstrument a keys\nsection x 1 bar\n";
     const std::pair<std::string, const char*> faults[]{
         {"", "no section"},
-        {"tempo fast\n", "score:1: 'fast' is not a number"},
-        {"\ntempo 5\n", "score:2: tempo 5 is outside 20 to 400"},
+        {"tempo fast\n", "score:1: tempo cannot be 'fast': use a number from 20 to 400"},
+        {"\ntempo 5\n", "score:2: tempo cannot be 5: use 20 to 400"},
         {"instrument a banjo\n", "score:1: unknown kind 'banjo'"},
         {keys + "a C4:3\n", "score:4: bar 1 has 3 beats instead of 4"},
-        {keys + "a H4:4\n", "score:4: 'H4' is no pitch"},
-        {keys + "a C4:2~ D4:2\n", "score:4: 'D4:2' is not the tied note"},
+        {keys + "a H4:4\n", "score:4: 'H4' is not a pitch"},
+        {keys + "a C4:2~ D4:2\n", "score:4: 'D4:2' has other pitches"},
     };
     for (const auto& [text, message] : faults) {
         try {

@@ -23,8 +23,9 @@ namespace {
 using namespace vanta;
 
 constexpr std::string_view kUsage =
-    "usage: compile_presets OUT.cpp FOLDER COMMON PRESET...\n"
-    "       pack FOLDER/PRESET.preset, each on top of FOLDER/COMMON, into one C++ source\n";
+    R"(usage: compile_presets OUT.cpp FOLDER COMMON PRESET...
+       pack FOLDER/PRESET.preset, each on top of FOLDER/COMMON, into one C++ source
+)";
 
 /// A parameter table by itself.
 class ParameterTable final : public GenericPluginBase, public VantaParameters {

@@ -21,10 +21,10 @@ namespace {
 using namespace vanta;
 
 constexpr std::string_view kUsage =
-    "usage: compile_styles OUT.cpp FOLDER STYLE...   write the records of FOLDER/STYLE.style as one C++ "
-    "source\n"
-    "       compile_styles --record FILE OUT         write one source's record\n"
-    "       compile_styles --dump RECORD             print a record as a source\n";
+    R"(usage: compile_styles OUT.cpp FOLDER STYLE...  write the records of FOLDER/STYLE.style as a C++ source
+       compile_styles --record FILE OUT        write the record of one source
+       compile_styles --dump RECORD            print a record as a source
+)";
 
 std::string readFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -61,11 +61,9 @@ void checkNames(std::span<const std::string> styles) {
     });
     const std::string listed = fmt::format("{}", fmt::join(styles, ","));
     if (listed == names) return;
-    throw std::runtime_error(
-        fmt::format("the styles of limiter/styles/CMakeLists.txt are {}, those of "
-                    "limiter/styles/style_names.hpp {}: list "
-                    "the same styles in the same order",
-                    listed, names));
+    throw std::runtime_error(fmt::format(
+        "limiter/styles/CMakeLists.txt lists {} and style_names.hpp {}: list the same in one order", listed,
+        names));
 }
 
 /// Every source is compiled before a fault ends the run, so that one build shows all faults.

@@ -21,6 +21,13 @@ using namespace vanta;
 
 constexpr int kSampleRate = 48000;
 
+constexpr std::string_view kHeading = R"(# Factory presets
+
+What each makes of the song of `make demo`, which has {:.1f} LUFS and {:.2f} dBTP before, at {} Hz. Gain and Output
+Level are those of the preset; reduction is the largest gain reduction at any moment. `make preset-table` writes this
+page: edit `resources/presets/` and run it again.
+)";
+
 class SongReader final : public AudioReader {
 public:
     explicit SongReader(const song::Song& played) : song_(played) {}
@@ -66,7 +73,7 @@ Measured measured(const std::vector<float>& left, const std::vector<float>& righ
 void printRow(const song::Song& song, const ArchivedFile& file) {
     LimiterSettings settings;
     if (!loadPreset(settings, file.bytes, LockOutputRule::Ignore)) {
-        throw std::runtime_error(fmt::format("{} can't be loaded", file.path));
+        throw std::runtime_error(fmt::format("{}: cannot be loaded as a preset", file.path));
     }
     SongReader reader(song);
     MemoryWriter writer;
@@ -83,12 +90,7 @@ void printRow(const song::Song& song, const ArchivedFile& file) {
 void printTables() {
     const song::Song song = song::renderSong(song::loadDemoScore(), kSampleRate);
     const Measured before = measured(song.left, song.right);
-    fmt::print(
-        "# Factory presets\n\n"
-        "What the demonstration song of `make demo` becomes in each: it has {:.1f} LUFS and {:.2f} dBTP "
-        "before, at {} Hz.\nGain and Output Level are the preset's; gain reduction is the largest of any "
-        "moment. Made by `preset_table`; edit\n`resources/presets/` and run it again.\n",
-        before.loudness, before.truePeakDb, kSampleRate);
+    fmt::print(kHeading, before.loudness, before.truePeakDb, kSampleRate);
     std::string folder = "-";
     for (const ArchivedFile& file : readFolder(factoryArchive(), "FactoryPresets")) {
         const std::string parent = std::filesystem::path(file.path).parent_path().string();

@@ -43,7 +43,7 @@ std::vector<double> readChord(std::string_view chord) {
         const std::size_t end = chord.find('+');
         const std::string_view name = chord.substr(0, end);
         const auto pitch = readPitch(name);
-        if (!pitch) refuse(fmt::format("'{}' is no pitch from C0 to B8 (as A4, F#3 or Bb2)", name));
+        if (!pitch) refuse(fmt::format("'{}' is not a pitch: use C0 to B8, as in A4, F#3 or Bb2", name));
         pitches.push_back(*pitch);
         if (end == std::string_view::npos) return pitches;
         chord.remove_prefix(end + 1);
@@ -116,19 +116,23 @@ NoteWord readNoteWord(std::string_view word) {
         word.remove_suffix(1);
     }
     const std::size_t colon = word.find(':');
-    if (colon == std::string_view::npos) refuse(fmt::format("'{}' has no length (as in A4:1.5)", whole));
+    if (colon == std::string_view::npos)
+        refuse(fmt::format("'{}' has no length: write A4:1.5 for one and a half beats", whole));
     const auto beats = readBeats(word.substr(colon + 1));
-    if (!beats || *beats <= 0) refuse(fmt::format("'{}' has no length above 0 beats", whole));
+    if (!beats || *beats <= 0)
+        refuse(fmt::format(
+            "'{}' has no usable length: use a number of beats above 0, or a fraction such as 2/3", whole));
     note.beats = *beats;
 
     std::string_view sound = word.substr(0, colon);
     if (sound == "r") {
-        if (note.accent || note.tied) refuse(fmt::format("'{}': a rest has neither accent nor tie", whole));
+        if (note.accent || note.tied)
+            refuse(fmt::format("'{}': a rest cannot be accented or tied: write r:1", whole));
         return note;
     }
     if (const std::size_t slash = sound.find('/'); slash != std::string_view::npos) {
         note.vowel = readVowel(sound.substr(slash + 1));
-        if (!note.vowel) refuse(fmt::format("'{}': the vowels are ah, eh, ee, oh and oo", whole));
+        if (!note.vowel) refuse(fmt::format("unknown vowel in '{}': use ah, eh, ee, oh or oo", whole));
         sound = sound.substr(0, slash);
     }
     note.pitches = readChord(sound);

@@ -78,9 +78,10 @@ private:
 double ScoreParser::number(std::string_view word, std::string_view what, double lowest,
                            double highest) const {
     const auto value = readNumber(word);
-    if (!value) fail(fmt::format("'{}' is not a number ({})", word, what));
+    if (!value)
+        fail(fmt::format("{} cannot be '{}': use a number from {} to {}", what, word, lowest, highest));
     if (*value < lowest || *value > highest)
-        fail(fmt::format("{} {} is outside {} to {}", what, word, lowest, highest));
+        fail(fmt::format("{} cannot be {}: use {} to {}", what, word, lowest, highest));
     return *value;
 }
 
@@ -96,10 +97,10 @@ Score ScoreParser::parse(std::string_view text) {
 }
 
 void ScoreParser::finish() const {
-    if (score_.sections.empty()) fail("the score has no section");
+    if (score_.sections.empty()) fail("the score has no sections: add 'section NAME COUNT bars'");
     const bool silent =
         std::all_of(score_.lines.begin(), score_.lines.end(), [](const Line& l) { return l.notes.empty(); });
-    if (silent) fail("the score has no note");
+    if (silent) fail("the score has no notes: add a line for an instrument");
 }
 
 void ScoreParser::readLine(std::string_view line) {
@@ -127,16 +128,17 @@ bool ScoreParser::readSetting(Words words) {
                                        [&](const Setting& s) { return s.name == words[0]; });
     if (!title && !seed && setting == kSettings.end()) return false;
     // Later settings would move notes that are already placed.
-    if (!score_.sections.empty()) fail(fmt::format("'{}' must stand before the first section", words[0]));
-    if (words.size() < 2) fail(fmt::format("'{}' has no value", words[0]));
+    if (!score_.sections.empty())
+        fail(fmt::format("'{}' comes too late: write it before the first section", words[0]));
+    if (words.size() < 2) fail(fmt::format("'{}' needs a value", words[0]));
     if (title) {
         score_.title = fmt::format("{}", fmt::join(words.subspan(1), " "));
         return true;
     }
-    if (words.size() > 2) fail(fmt::format("'{}' takes one value, '{}' is too much", words[0], words[2]));
+    if (words.size() > 2) fail(fmt::format("'{}' takes one value: remove '{}'", words[0], words[2]));
     if (seed) {
         const double value = number(words[1], "seed", 0, 1e15);
-        if (value != std::floor(value)) fail("the seed is a whole number");
+        if (value != std::floor(value)) fail("the seed must be a whole number");
         score_.seed = static_cast<std::uint64_t>(value);
     } else {
         score_.*setting->field = number(words[1], words[0], setting->lowest, setting->highest);
@@ -152,22 +154,24 @@ void ScoreParser::readInstrument(Words words) {
          {"space", &InstrumentSpec::spaceDb, -60, 6},
          {"lowcut", &InstrumentSpec::lowCutHz, 10, 2000},
          {"decay", &InstrumentSpec::decaySeconds, 0.005, 10}}};
-    if (words.size() < 3) fail("an instrument needs a name and a kind");
-    if (!score_.sections.empty()) fail("instruments must stand before the first section");
+    if (words.size() < 3) fail("an instrument needs a name and a kind: write 'instrument NAME KIND'");
+    if (!score_.sections.empty()) fail("'instrument' comes too late: write it before the first section");
     InstrumentSpec spec;
     spec.name = words[1];
     for (const auto& other : score_.instruments)
-        if (other.name == spec.name) fail(fmt::format("there is already an instrument '{}'", spec.name));
+        if (other.name == spec.name)
+            fail(fmt::format("there is already an instrument '{}': choose another name", spec.name));
     const auto kind = readInstrumentKind(words[2]);
     if (!kind)
-        fail(fmt::format("unknown kind '{}' (kick, snare, hat, crash, bass, keys, pad or voice)", words[2]));
+        fail(fmt::format("unknown kind '{}': use kick, snare, hat, crash, bass, keys, pad or voice",
+                         words[2]));
     spec.kind = *kind;
     for (Words rest = words.subspan(3); !rest.empty(); rest = rest.subspan(2)) {
         const auto* setting = std::find_if(kStrip.begin(), kStrip.end(),
                                            [&](const StripSetting& s) { return s.name == rest[0]; });
         if (setting == kStrip.end())
-            fail(fmt::format("unknown setting '{}' (level, pan, width, space, lowcut or decay)", rest[0]));
-        if (rest.size() < 2) fail(fmt::format("'{}' has no value", rest[0]));
+            fail(fmt::format("unknown setting '{}': use level, pan, width, space, lowcut or decay", rest[0]));
+        if (rest.size() < 2) fail(fmt::format("'{}' needs a value", rest[0]));
         spec.*setting->field = number(rest[1], rest[0], setting->lowest, setting->highest);
     }
     score_.instruments.push_back(std::move(spec));
@@ -175,15 +179,17 @@ void ScoreParser::readInstrument(Words words) {
 
 void ScoreParser::readSection(Words words) {
     if (words.size() != 4 || (words[3] != "bars" && words[3] != "bar"))
-        fail("a section reads 'section NAME COUNT bars'");
-    const double bars = number(words[2], "count of bars", 1, 1000);
-    if (bars != std::floor(bars)) fail("the count of bars is a whole number");
+        fail("cannot read the section: write 'section NAME COUNT bars'");
+    const double bars = number(words[2], "the number of bars", 1, 1000);
+    if (bars != std::floor(bars)) fail("the number of bars must be a whole number");
     for (const auto& other : score_.sections)
-        if (other.name == words[1]) fail(fmt::format("there is already a section '{}'", words[1]));
+        if (other.name == words[1])
+            fail(fmt::format("there is already a section '{}': choose another name", words[1]));
     sectionBeats_ += sectionBars_ * score_.beatsPerBar;
     sectionBars_ = static_cast<int>(bars);
     const double end = secondsAt(sectionBeats_ + bars * score_.beatsPerBar);
-    if (end > kLongestSeconds) fail(fmt::format("the score is longer than {} seconds", kLongestSeconds));
+    if (end > kLongestSeconds)
+        fail(fmt::format("the score is too long: it may last {} seconds", kLongestSeconds));
     score_.sections.push_back({std::string(words[1]), secondsAt(sectionBeats_), end});
 }
 
@@ -191,8 +197,11 @@ void ScoreParser::readPlayedLine(Words words) {
     const auto instrument = std::find_if(score_.instruments.begin(), score_.instruments.end(),
                                          [&](const InstrumentSpec& spec) { return spec.name == words[0]; });
     if (instrument == score_.instruments.end())
-        fail(fmt::format("'{}' is neither a setting nor an instrument", words[0]));
-    if (score_.sections.empty()) fail(fmt::format("'{}' plays before the first section", words[0]));
+        fail(fmt::format(
+            "unknown word '{}': use a setting, 'instrument', 'section' or the name of an instrument",
+            words[0]));
+    if (score_.sections.empty())
+        fail(fmt::format("'{}' plays before the first section: write a section first", words[0]));
 
     Pen pen;
     pen.startBeats = sectionBeats_;
@@ -200,9 +209,9 @@ void ScoreParser::readPlayedLine(Words words) {
     const bool percussion = isPercussion(instrument->kind);
     for (const auto word : words.subspan(1)) readWord(pen, word, percussion);
     closeBar(pen);
-    if (pen.tied) fail("the last note is tied to nothing");
+    if (pen.tied) fail("the last note is tied to nothing: remove its '~'");
     if (pen.bar != sectionBars_)
-        fail(fmt::format("'{}' has {} bars, the section has {}", words[0], pen.bar, sectionBars_));
+        fail(fmt::format("'{}' has {} bars, but the section has {}", words[0], pen.bar, sectionBars_));
     score_.lines.push_back(std::move(pen.line));
 }
 
@@ -211,8 +220,8 @@ void ScoreParser::readWord(Pen& pen, std::string_view word, bool percussion) {
     if (const auto dynamics = readDynamics(word)) {
         pen.strengthDb = *dynamics;
     } else if (word == "-") {
-        if (pen.beats > 0) fail("'-' rests for a whole bar and must stand alone in it");
-        if (pen.tied) fail("a note is tied to a rest");
+        if (pen.beats > 0) fail("'-' rests for a whole bar: use it alone, or r:1 for a beat");
+        if (pen.tied) fail("a note is tied to a rest: remove its '~'");
         pen.beats = score_.beatsPerBar;
     } else if (percussion) {
         readSteps(pen, word, 0.25);
@@ -232,7 +241,8 @@ void ScoreParser::readSteps(Pen& pen, std::string_view steps, double beatsPerSte
         else if (step == 'o')
             note.strengthDb += kGhostDb;
         else if (step != 'x')
-            fail(fmt::format("'{}' is no step: '.' rests, 'o' is soft, 'x' normal, 'X' accented", step));
+            fail(fmt::format("unknown step '{}': use . to rest, o for soft, x for normal or X for accented",
+                             step));
         pen.line.notes.push_back(note);
     }
 }
@@ -246,7 +256,9 @@ void ScoreParser::readNote(Pen& pen, std::string_view word) {
     }
     const double startBeats = pen.startBeats + pen.bar * score_.beatsPerBar + pen.beats;
     pen.beats += note.beats;
-    if (pen.tied && note.pitches != pen.lastPitches) fail(fmt::format("'{}' is not the tied note", word));
+    if (pen.tied && note.pitches != pen.lastPitches)
+        fail(fmt::format("'{}' has other pitches than the note tied to it: write the same or remove the '~'",
+                         word));
     if (note.vowel) pen.vowel = *note.vowel;
     if (pen.tied) {
         const auto count = static_cast<std::ptrdiff_t>(note.pitches.size());

@@ -78,8 +78,9 @@ void finish(std::vector<double>& channel, double gain) {
 
 Song renderSong(const Score& score, double sampleRate, double seconds) {
     if (!(sampleRate >= 8000 && sampleRate <= 384000))
-        throw std::invalid_argument(fmt::format("sample rate {} is outside 8000 to 384000 Hz", sampleRate));
-    if (!(seconds > 0)) throw std::invalid_argument("the length must be above 0 seconds");
+        throw std::invalid_argument(
+            fmt::format("the sample rate cannot be {} Hz: use 8000 to 384000", sampleRate));
+    if (!(seconds > 0)) throw std::invalid_argument("the length cannot be 0 seconds or less");
 
     const double length = std::min(seconds, score.lengthSeconds());
     Stereo mix = perform(score, frameAt(length));

@@ -23,7 +23,7 @@ using SoundFile = std::unique_ptr<SNDFILE, CloseSoundFile>;
 class AudioFileReader final : public AudioReader {
 public:
     /// Failure, with the path in front, for a file that is missing, unreadable, empty, cut off, not audio, or
-    /// at a sample rate that nothing here runs at.
+    /// at an unsupported sample rate.
     explicit AudioFileReader(const std::filesystem::path& path);
 
     const std::filesystem::path& path() const { return path_; }

@@ -15,7 +15,7 @@ namespace vanta {
 class BeyondFullScale {};
 
 /// A float sample as an integer of `bits` bits in the upper bits of the result, rounded to the nearest. A
-/// sample that stands on the grid of these bits, as the dither leaves it, is represented exactly; full scale
+/// sample that lies on the grid of these bits, as the dither leaves it, is represented exactly; full scale
 /// itself becomes the largest integer.
 std::int32_t quantised(float sample, int bits);
 

@@ -56,7 +56,7 @@ constexpr std::array<int, 16> kVorbisOrder{
     SF_CHANNEL_MAP_LFE,
 };
 
-/// The layout that so many channels most often mean, by count.
+/// The usual layout of each number of channels.
 constexpr std::array<std::string_view, kMaxChannels> kUsual{"mono", "stereo", "LCR", "quad",  "5.0",
                                                             "5.1",  "6.1",    "7.1", "7.0.2", "7.1.2"};
 
@@ -126,7 +126,7 @@ std::vector<int> match(std::span<const int> speakers, ChannelLayout layout) {
     return found;
 }
 
-/// The layout whose speakers these are, the usual one of so many channels first.
+/// The layout whose speakers these are, the usual one of that many channels first.
 std::optional<ChannelLayout> layoutOf(std::span<const int> speakers) {
     if (speakers.empty()) return std::nullopt;
     const int channels = static_cast<int>(speakers.size());

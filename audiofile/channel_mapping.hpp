@@ -22,12 +22,12 @@ struct ChannelMapping {
 
 /// The layout of that name, without regard to case, blanks and hyphens.
 std::optional<ChannelLayout> findLayout(std::string_view name);
-/// The layouts of so many channels: "5.1 or 6.0"; empty if there are none.
+/// The layouts with that many channels: "5.1 or 6.0"; empty if there are none.
 std::string layoutNames(int channels);
-/// The layout that so many channels most often mean. Failure if no layout has so many.
+/// The usual layout of that many channels. Failure if there is none.
 ChannelLayout usualLayout(int channels);
 
-/// The speakers of a layout as files put them that do not say it, in libsndfile's numbers.
+/// The speakers of a layout as files that name none order them, in libsndfile's numbers.
 std::vector<int> standardSpeakers(ChannelLayout layout, SpeakerOrder order);
 /// The same speakers in the order of another kind of file.
 std::vector<int> sortSpeakers(std::vector<int> speakers, SpeakerOrder order);

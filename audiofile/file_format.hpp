@@ -8,7 +8,7 @@
 
 namespace vanta {
 
-/// The order in which files put their speakers when they do not say it.
+/// The order of the speakers in files that do not name them.
 enum class SpeakerOrder {
     Wave,   ///< that of the bits in a WAV's channel mask; also of FLAC, and taken for AIFF and CAF
     Vorbis  ///< Xiph's: L C R, and the LFE last

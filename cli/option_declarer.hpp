@@ -8,10 +8,10 @@
 
 namespace vanta {
 
-/// How an option stands in the help.
+/// How an option appears in the help.
 struct OptionHelp {
     std::string flag;   ///< "--gain"
-    std::string value;  ///< what stands for its value, "DB"; empty for a flag
+    std::string value;  ///< the placeholder of its value, "DB"; empty for a flag
     std::string group;
     std::string text;
 };

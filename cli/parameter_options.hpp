@@ -30,7 +30,7 @@ std::string optionHelp(const ParameterOption& option, const std::string& text);
 void setByOption(LimiterSettings& settings, const ParameterOption& option, const std::string& text);
 
 /// Joins each of these options with its value by "=", so that a value may begin with a dash and a switch may
-/// stand with or without "on" or "off" behind it.
+/// come with or without "on" or "off".
 std::vector<std::string> joinValues(std::span<const std::string> arguments);
 
 }  // namespace vanta

@@ -8,14 +8,14 @@
 
 namespace vanta {
 
-/// The presets that a user can name: those in the user's preset folder, then those that the program brings
-/// along, which are there without any file.
+/// The presets that a user can name: those in the user's preset folder, then those that the program
+/// carries, which need no file.
 class PresetLibrary {
 public:
     struct Preset {
         std::string folder;  ///< as in a menu, levels separated by slashes; empty at the top
         std::string name;
-        std::string label;              ///< the name behind its MIDI bank and program
+        std::string label;              ///< the name after its MIDI bank and program
         std::filesystem::path file;     ///< empty if it is built in
         std::vector<std::byte> record;  ///< if it is built in
     };
@@ -24,7 +24,7 @@ public:
 
     /// By "Name" or "Folder/Name", exactly or else without regard to case. Null if there is none.
     const Preset* find(const std::string& name) const;
-    /// All of them, the built-in ones as far as the user's folder does not hold them.
+    /// All of them, without built-in ones that the user's folder holds as well.
     std::string list() const;
     std::vector<std::string> names() const;
 

@@ -10,7 +10,7 @@ namespace vanta {
 /// Watches work for the person at the terminal: shows a bar unless `quiet`, and stops the work at Ctrl-C.
 WorkWatcher terminalWatcher(bool quiet);
 
-/// Shows on a terminal's stderr how far work is and how fast it runs; nothing where nobody watches.
+/// Shows how far work has come and how fast it runs, on stderr and only if that is a terminal.
 class ProgressBar {
 public:
     ProgressBar(const Work& work, bool wanted);

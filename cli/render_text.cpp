@@ -35,9 +35,8 @@ std::string summary(const RenderedFile& file) {
     const double length = static_cast<double>(result.outputFrames) / rate;
     const auto& style = file.settings->style;
     return fmt::format(
-        "{} -> {} ({}{}): {}, peak {} in, {} out, gain reduction up to {:.1f} dB, latency {} samples ({:.1f} "
-        "ms), "
-        "{} real time\n",
+        "{} -> {} ({}{}): {}, peak {} in, {} out, "
+        "gain reduction up to {:.1f} dB, latency {} samples ({:.1f} ms), {} real time\n",
         file.route.input.string(), file.route.output.string(), formatName(file.format), ditherText(file),
         style.text(style.value()), peakText(result.input), peakText(result.output), result.largestReductionDb,
         result.latencySamples, 1000.0 * result.latencySamples / rate,

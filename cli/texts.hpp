@@ -12,7 +12,7 @@ extern const std::string_view kMeasure;
 extern const std::string_view kPresetSave;
 extern const std::string_view kStateSave;
 
-// What stands below the options.
+// Printed below the options.
 extern const std::string_view kRenderExamples;
 extern const std::string_view kMeasureExamples;
 

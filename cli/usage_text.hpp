@@ -10,7 +10,7 @@ namespace vanta {
 /// these.
 void requireCommand(const CLI::App& program, std::span<const std::string> arguments);
 
-/// One line for what the parser refused, with the nearest option that there is.
+/// One line for what the parser refused, with the nearest known option.
 std::string usageText(const CLI::App& program, const CLI::ParseError& error);
 
 }  // namespace vanta

@@ -20,7 +20,7 @@ public:
 /// A folder that is missing or cannot be read lists as empty.
 class PosixFileEnumerator final : public FileEnumerator {
 public:
-    /// `pattern` is a folder path and, behind its last slash, a file name in which `*` stands for any
+    /// `pattern` is a folder path and, after its last slash, a file name in which `*` stands for any
     /// characters and `?` for one, without regard to the case of ASCII letters. Lists either directories,
     /// without "." and "..", or regular files; links count as what they lead to.
     PosixFileEnumerator(std::string pattern, bool directories);

@@ -21,7 +21,7 @@ public:
     /// Where to write, or empty. No other writer, in this process or another, uses this name.
     const std::filesystem::path& temporary() const { return temporary_; }
     /// Puts the written file, closed by now, in place with the old one's permissions. False if the system
-    /// refuses: the old file then stands as it was.
+    /// refuses; the old file is then unchanged.
     bool commit();
 
 private:
@@ -29,8 +29,8 @@ private:
     std::filesystem::path temporary_;
 };
 
-/// Replaces a file, or makes it, with what `write` puts on the stream. False if `write` is, or the system
-/// refuses: the old file then stands as it was, as it does if `write` throws.
+/// Replaces a file, or makes it, with what `write` puts on the stream. False if `write` returns false or the
+/// system refuses; the old file is then unchanged, as it is if `write` throws.
 bool replaceFile(const std::filesystem::path& path, const std::function<bool(std::ostream&)>& write);
 
 }  // namespace vanta

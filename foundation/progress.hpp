@@ -7,14 +7,14 @@
 
 namespace vanta {
 
-/// A long piece of work on a stream of audio, as whoever waits for it gets to know it.
+/// A long piece of work on a stream of audio, as shown to whoever waits for it.
 struct Work {
     std::string title;        ///< "rendering out.wav"
     std::int64_t frames = 0;  ///< in all
     double sampleRate = 0.0;  ///< Hz
 };
 
-/// Called again and again, on the thread that works, with the frames done so far. False stops the work.
+/// Called repeatedly on the working thread, with the frames done so far. False stops the work.
 using Progress = std::function<bool(std::int64_t frames)>;
 
 /// Called when a piece of work begins. The Progress that it returns lives until that piece ends, however it
@@ -27,7 +27,7 @@ public:
     Stopped() : runtime_error("stopped") {}
 };
 
-/// Never empty: work that nobody watches goes on to its end.
+/// Never empty: without a watcher, work runs to its end.
 inline Progress watch(const WorkWatcher& watcher, const Work& work) {
     if (watcher) return watcher(work);
     return [](std::int64_t) { return true; };

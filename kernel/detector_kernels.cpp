@@ -51,7 +51,7 @@ HWY_INLINE V withinLimit(D d, V change, V limit) {
     return hn::Max(hn::Min(change, limit), hn::Zero(d));
 }
 
-/// The factor that lowers a signal by so many dB.
+/// The factor that lowers a signal by that many dB.
 template <class D, class V>
 HWY_INLINE V lowering(D d, V decibels) {
     return vectorExp(d, hn::Mul(decibels, hn::Set(d, -kDbToLogSingle)));

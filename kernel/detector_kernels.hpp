@@ -24,7 +24,7 @@ using GainComputerKernel =
 
 /// Infinite ratio, no knee, no limit, amplitude: out = 1 - A / max(A, |in|), A = 10^(threshold / 20).
 extern const BinaryKernel limitAmplitude;
-/// The same with a threshold that stands still.
+/// The same with a constant threshold.
 extern const Kernel<void(const float* in, float thresholdDb, float* out, std::size_t count)>
     limitAmplitudeSteady;
 /// Infinite ratio, no knee, dB: out = in - threshold within 0 and the limit.
@@ -32,7 +32,7 @@ extern const GainComputerKernel limitDecibels;
 
 /// Compression without knee and limit, amplitude.
 extern const GainComputerKernel compressAmplitudeHard;
-/// The same with a ratio that stands still.
+/// The same with a constant ratio.
 extern const Kernel<void(const float* in, const float* threshold, float ratio, float* out, std::size_t count)>
     compressAmplitudeHardSteady;
 /// Compression, amplitude: the fraction to take away.

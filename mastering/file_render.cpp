@@ -98,8 +98,8 @@ int FileRender::formatBeyondFullScale(int format) {
     const auto wide = floatFormat(format, shape_, file_.route.output);
     if (!wide) {
         throw Failure(
-            fmt::format("{}: the result exceeds full scale, which {} cannot hold: lower Output Level, choose "
-                        "a file type with float samples such as wav, or choose a subtype to clip it",
+            fmt::format("{}: exceeds full scale, which {} cannot hold: "
+                        "lower Output Level, use wav, or name a subtype to clip",
                         name(), formatName(format)));
     }
     warn(fmt::format("{}: the result exceeds full scale and is written as {}", name(), formatName(*wide)));

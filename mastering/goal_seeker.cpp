@@ -23,8 +23,8 @@ constexpr double kMovingReserveDb = 0.03;
 /// Levels of several files that move by more than this change what was known of their common loudness.
 constexpr double kSettledDb = 0.05;
 
-/// Chooses the settings of each pass by what the last one gave. Output Level stands behind all that limits,
-/// so one pass tells how loud the programme is at every ceiling, and only the Gain has to be searched for.
+/// Chooses the settings of each pass by what the last one gave. Output Level comes after all that limits,
+/// so one pass shows how loud the programme is at every ceiling, and only the Gain has to be searched for.
 class Seeker {
 public:
     Seeker(std::span<const std::unique_ptr<FileRender>> files, const MasteringJob& job)
@@ -60,7 +60,7 @@ private:
         }
     }
 
-    // Output Level stands behind all that limits: where nothing is limited, what comes out is louder by both.
+    // Output Level comes after all that limits: where nothing is limited, what comes out is louder by both.
     // A Gain that brings peaks up to a lower level needs more of itself, which a few rounds settle.
     double firstGain() {
         Programme all;
@@ -162,18 +162,16 @@ private:
     double target() const { return *goals_.loudnessLufs; }
 
     [[noreturn]] void failToHold(const RenderedFile& file, double aboveDb) const {
-        throw Failure(
-            fmt::format("{}: the true peak stays {:.2f} dB above {:.2f} dBTP even at the lowest Output "
-                        "Level; nothing was written",
-                        file.route.output.string(), aboveDb, *goals_.maxTruePeakDb));
+        throw Failure(fmt::format(
+            "{}: true peak still {:.2f} dB above {:.2f} dBTP at the lowest Output Level; nothing was written",
+            file.route.output.string(), aboveDb, *goals_.maxTruePeakDb));
     }
 
     [[noreturn]] void failToReach(std::optional<double> lufs) const {
         if (!lufs) {
-            throw Failure(
-                fmt::format("{}: {:.2f} LUFS cannot be reached: the result is too quiet to measure loudness; "
-                            "nothing was written",
-                            names(), target()));
+            throw Failure(fmt::format(
+                "{}: {:.2f} LUFS cannot be reached: the result is too quiet to measure; nothing was written",
+                names(), target()));
         }
         const double highest = *std::ranges::max_element(levels_);
         std::string text = fmt::format(
@@ -191,10 +189,10 @@ private:
         if (!isLoudEnough()) {
             const auto lufs =
                 reached_.lufs ? fmt::format("{:.2f}", *reached_.lufs) : "no measurable loudness";
-            text += fmt::format(" {} instead of {:.2f} LUFS", lufs, target());
+            text += fmt::format(", {} instead of {:.2f} LUFS", lufs, target());
         }
         if (largestExcessDb() > 0.0) {
-            text += fmt::format(" a true peak {:.3f} dB above {:.2f} dBTP", largestExcessDb(),
+            text += fmt::format(", a true peak {:.3f} dB above {:.2f} dBTP", largestExcessDb(),
                                 *goals_.maxTruePeakDb);
         }
         throw Failure(text + "; nothing was written");

@@ -26,7 +26,7 @@ public:
 
     /// What to try next, or again.
     double gainDb() const { return gain_; }
-    /// What a pass at `gainDb()` gave; nothing stands for what lies below the gate. `Reached`: this gain is
+    /// What a pass at `gainDb()` gave; nothing if it lies below the gate. `Reached`: this gain is
     /// within the tolerance. `OutOfReach`: it is the end of the range, or there is nothing left between the
     /// passes.
     State note(std::optional<double> lufs);

@@ -37,7 +37,7 @@ struct RenderOptions {
     WorkWatcher watcher;                          ///< of every render and measurement; may be empty
 };
 
-/// All that files have in common which are mastered together. A goal renders them with a Gain of its own in
+/// What files that are mastered together have in common. A goal renders them with a Gain of its own in
 /// place of the setting, and with an Output Level that is the setting's or lower.
 struct MasteringJob {
     const LimiterSettings& settings;

@@ -6,7 +6,7 @@
 
 namespace vanta {
 
-/// How written files stand to a true-peak limit in dBTP, judged by measuring the file and not by what the
+/// How written files compare with a true-peak limit in dBTP, judged by measuring the file and not by what the
 /// limiter meant to do. All of it needs `file.after`.
 
 /// In dBTP; nothing for silence.

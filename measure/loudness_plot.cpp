@@ -83,7 +83,7 @@ private:
         cairo_stroke(cairo_);
     }
 
-    /// `align`: 0 puts the text behind the place, 1 in front of it, 0.5 around it.
+    /// `align`: 0 puts the text after the place, 1 before it, 0.5 around it.
     void write(double atX, double atY, const std::string& text, double align) const {
         cairo_text_extents_t extents;
         cairo_text_extents(cairo_, text.c_str(), &extents);

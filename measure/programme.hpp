@@ -62,7 +62,7 @@ public:
 
     double seconds = 0.0;
     double samples = 0.0;        ///< of all channels
-    std::int64_t notFinite = 0;  ///< samples that are no number; they count as 0
+    std::int64_t notFinite = 0;  ///< samples that are not numbers; they count as 0
     LoudnessGate momentaryGate;
     LoudnessGate shortTermGate;
     Highest momentary;  ///< weighted mean square

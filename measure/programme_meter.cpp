@@ -161,7 +161,7 @@ void ProgrammeMeter::noteTruePeak(std::size_t index, const float* in, int sample
         const std::int64_t decided = std::max<std::int64_t>(at + i - TruePeakJudge::kHalfWidth, 0);
         const int count = static_cast<int>(std::min<std::int64_t>(samples - i, stride_ - decided % stride_));
         judge.process(in + i, static_cast<std::size_t>(count));
-        // What rings on behind the end belongs to the end.
+        // What rings on after the end belongs to the end.
         TimelinePoint& point =
             points_[std::min(static_cast<std::size_t>(decided / stride_), points_.size() - 1)];
         point.truePeak = std::max(point.truePeak, static_cast<float>(judge.takeLatestPeak()));

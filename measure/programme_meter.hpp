@@ -11,7 +11,7 @@
 
 namespace vanta {
 
-/// What stands at the end of every 100 ms of a programme.
+/// The readings at the end of every 100 ms of a programme.
 struct TimelinePoint {
     double seconds = 0.0;
     float momentary = kNoLoudness;  ///< LUFS; kNoLoudness also while the first window is not full
@@ -22,8 +22,8 @@ struct TimelinePoint {
 
 /// Measures a whole programme: loudness after ITU-R BS.1770-4 and EBU R128, peaks and RMS. It runs faster
 /// than real time on whatever thread calls it; the figures do not depend on how the stream is cut into
-/// blocks. True peaks come from an interpolator that the limiter does not have: what a limiter holds by its
-/// own would read as perfect by its own.
+/// blocks. True peaks come from another interpolator than the limiter's: measured with its own, everything
+/// that it limits would read as perfect.
 class ProgrammeMeter {
 public:
     /// `sampleRate` in Hz.
@@ -32,7 +32,7 @@ public:
 
     /// The next frames, one pointer a channel in the layout's order. A sample that is not finite counts as 0.
     void process(std::span<const float* const> channels, std::size_t frames);
-    /// Behind the last frame: completes what is gathered.
+    /// After the last frame: completes the figures.
     void finish();
 
     /// Complete after `finish`.

@@ -43,7 +43,7 @@ private:
     int period_;                                           ///< of the outermost stage
     std::vector<std::unique_ptr<ConvolverStage>> stages_;  ///< the outermost first
     std::unique_ptr<DirectFir> direct_;                    ///< only without latency
-    /// The outer stages have no latency of their own; they hear the input as late as the innermost answers.
+    /// The outer stages have no latency of their own: they get the input delayed by that of the innermost.
     std::unique_ptr<wave::Delay> delay_;
     wave::BasicBlock<float> delayed_;
     wave::BasicBlock<float> fade_;
@@ -53,8 +53,8 @@ private:
     int restSamples_ = 0;      ///< how long an input must be constant until nothing else is remembered
     float heldValue_ = 0.0f;
     std::int64_t heldSamples_ = 0;     ///< how many of the newest input samples have that value
-    std::int64_t delayedSamples_ = 0;  ///< the same behind the delay
-    bool constant_ = false;            ///< the block, and the one behind the delay, hold one value
+    std::int64_t delayedSamples_ = 0;  ///< the same after the delay
+    bool constant_ = false;            ///< the block, and the one after the delay, hold one value
     bool delayedConstant_ = false;
     bool resting_ = false;
     float restValue_ = 0.0f;

@@ -20,7 +20,7 @@ public:
         PreloadInput  ///< as if the input had always been the first sample, at unity gain
     };
 
-    /// `granularity`: coefficients are changed at most every so many samples.
+    /// `granularity`: the fewest samples between two changes of the coefficients.
     BiquadProcessor(wave::Environment& owner, int maxSections, int granularity);
     ~BiquadProcessor() override;
 

@@ -34,7 +34,7 @@ private:
     int slopeInUse_ = -1;
     bool doubled_ = false;
     bool inverted_ = false;
-    bool firstOrderSection_ = false;  ///< behind the sections of the second order
+    bool firstOrderSection_ = false;  ///< after the second-order sections
     int secondOrderSections_ = 0;
     std::array<double, kMaxSections> q_{};  ///< of the sections of the second order
 };

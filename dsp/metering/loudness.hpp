@@ -18,7 +18,7 @@ inline double meanSquareOf(double loudness) {
     return std::pow(10.0, (loudness - kLoudnessOffset) * 0.1);
 }
 
-/// Rounded to so many decimals, halves away from zero; not rounded if `decimals` is negative.
+/// Rounded to that many decimals, halves away from zero; not rounded if `decimals` is negative.
 inline float roundedLoudness(float loudness, int decimals) {
     if (decimals < 0 || loudness <= kNoLoudness) return loudness;
     const float scale = std::pow(10.0f, static_cast<float>(decimals));

@@ -31,7 +31,7 @@ TruePeakJudge::TruePeakJudge() : history_(kTaps - 1 + kChunk) {
     for (int phase = 0; phase < kPoints; ++phase) {
         Taps& row = taps_[static_cast<std::size_t>(phase)];
         for (int j = 0; j < kTaps; ++j) {
-            // Tap j meets the sample j before the newest one; the points lie just behind the middle.
+            // Tap j meets the sample j before the newest one; the points lie just after the middle.
             const double distance = j - kHalfWidth + static_cast<double>(phase) / kPoints;
             row[static_cast<std::size_t>(j)] = static_cast<float>(windowedSinc(distance, kHalfWidth));
         }

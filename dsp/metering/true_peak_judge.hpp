@@ -9,8 +9,8 @@
 
 namespace vanta {
 
-/// Finds the largest magnitude of the continuous signal that the samples of one channel stand for, with
-/// silence before and behind. It checks on what a limiter has made, so it shares nothing with the converters
+/// Finds the largest magnitude of the continuous signal that the samples of one channel represent, with
+/// silence before and after. It checks on what a limiter has made, so it shares nothing with the converters
 /// that limiting uses: eight points a sample, from a windowed sinc of 128 samples that is flat within 0.001
 /// dB to 0.48 of the sample rate, and a parabola through the highest three, which leaves at most 0.005 dB
 /// between two points.
@@ -20,9 +20,9 @@ public:
 
     /// Starts over from silence.
     void reset();
-    /// The next samples; they are finite. The result does not depend on how a stream is cut.
+    /// The next samples, which must be finite. The result does not depend on how a stream is cut.
     void process(const float* samples, std::size_t count);
-    /// Runs out what is still inside. Behind the last sample.
+    /// After the last sample: flushes what is still inside.
     void finish();
 
     /// As a factor of full scale, over all that was decided so far.

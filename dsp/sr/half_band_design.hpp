@@ -12,7 +12,7 @@ namespace vanta::sr {
 inline constexpr float kWideTransition = 0.5f;
 inline constexpr float kNarrowestTransition = 0.09f;
 
-/// Taps of one filter with a few zeros behind, so that loops may read whole vectors.
+/// Taps of one filter followed by a few zeros, so that loops may read whole vectors.
 struct CoefficientSet {
     wave::AlignedBuffer<float> taps;
     int length = 0;

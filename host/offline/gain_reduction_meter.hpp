@@ -14,7 +14,7 @@ class GainReductionMeter final : public wave::Filter {
 public:
     explicit GainReductionMeter(wave::Producer& gain);
 
-    /// What counts as turned down, in dB: less than this no one hears, and rounding makes it up.
+    /// What counts as turned down, in dB: less is inaudible, and may be mere rounding.
     static constexpr double kReducedDb = 0.1;
 
     /// Starts anew, passing over the first `samples`.

@@ -11,7 +11,7 @@
 
 namespace vanta {
 
-/// A limiter with the buffers around it, fed as a host feeds it: blocks of one size, the side chain behind
+/// A limiter with the buffers around it, fed as a host feeds it: blocks of one size, the side chain after
 /// the main channels.
 class OfflineHost {
 public:
@@ -25,7 +25,7 @@ public:
     /// Where the next block of input goes, one pointer a channel; likewise of the side chain.
     std::span<float* const> input() { return std::span(pointers_).first(channels_); }
     std::span<float* const> sideChain() { return std::span(pointers_).subspan(channels_); }
-    /// Processes the block in place: the result stands where the input stood.
+    /// Processes the block in place: the result replaces the input.
     void process();
 
     /// The largest gain reduction of any channel, in dB; the first `latency()` samples, in which the output

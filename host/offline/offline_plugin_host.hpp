@@ -57,7 +57,7 @@ public:
     VANTA_REALTIME bool sendMidi(int offset, const MidiMessage& message);
     /// Automation that comes with the block, in the parameter's own numbers.
     VANTA_REALTIME void automate(int index, double value);
-    /// One block; `inputs` may hold a side chain behind the main channels. May be done in place.
+    /// One block; `inputs` may hold a side chain after the main channels. May be done in place.
     VANTA_REALTIME void process(std::span<const float* const> inputs, std::span<float* const> outputs,
                                 int samples);
 

@@ -13,7 +13,7 @@ class UnifiedPluginAdapter;
 /// that ask for it. It runs while there is any.
 class EventPump {
 public:
-    /// Pumps an adapter for as long as this stands. Ends without waiting for another's lock only outside of
+    /// Pumps an adapter for as long as this lives. Ends without waiting for another's lock only outside of
     /// an interface's lock: to be made and dropped where none is held.
     class Registration {
     public:

@@ -4,7 +4,7 @@
 
 namespace vanta {
 
-/// Where a value stands between 0 and 1, as hosts keep it: in double precision, so that neighbouring values
+/// Where a value lies between 0 and 1, as hosts keep it: in double precision, so that neighbouring values
 /// of a parameter stay apart.
 double hostPosition(const AbstractPluginParameter& parameter, float value);
 

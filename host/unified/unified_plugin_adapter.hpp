@@ -16,7 +16,7 @@ namespace vanta {
 /// Joins the model and the processor of one instance, which never see each other, and the host. A class for
 /// one kind of host derives from it, reports values and latency, and calls the entry points below.
 ///
-/// Values travel so:
+/// How values travel:
 /// - a user moves a control: model, host, and by the host's answer the processor;
 /// - a host automates: model and processor;
 /// - a MIDI controller moves: processor at once, model and host when the owner thread next pumps;

@@ -13,7 +13,7 @@
 
 namespace vanta {
 
-/// One Detector with what stands around it: magnitude, stereo link, RMS window, conversion to dB, then the
+/// One Detector with what surrounds it: magnitude, stereo link, RMS window, conversion to dB, then the
 /// gain computer or the clipper. Mode and domain select among them; what is not selected is not computed.
 struct DetectorChain {
     /// Positions of " Mode".

@@ -12,7 +12,7 @@
 
 namespace vanta {
 
-/// The dynamics engine of one channel: a pool of elements whose inputs and outputs all stand on the
+/// The dynamics engine of one channel: a pool of elements whose inputs and outputs all meet at the
 /// modulation matrix. It fixes no signal path; a style draws one with its slots.
 class DynamicsEngine::Processor final : public wave::Filter, public PropertyOwner {
 public:

@@ -18,7 +18,7 @@
 
 namespace vanta {
 
-/// A high-pass with a low-pass behind it.
+/// A high-pass followed by a low-pass.
 struct FilterSet {
     explicit FilterSet(wave::Environment& environment) : highPass(environment), lowPass(environment) {}
     EQFilter highPass;
@@ -26,8 +26,8 @@ struct FilterSet {
 };
 
 /// All elements of one channel, each with its inputs and its output on the modulation matrix, and each kind
-/// under the count of how many are active. Convolvers are not among them: they stand on kernels that a change
-/// of rate replaces, see DynamicsEngine::Processor.
+/// under the count of how many are active. Convolvers are not among them: they depend on kernels that a
+/// change of rate replaces, see DynamicsEngine::Processor.
 class ElementPool {
 public:
     template <typename Element>

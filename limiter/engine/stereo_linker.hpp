@@ -49,7 +49,7 @@ private:
     VANTA_REALTIME void linkPair(Blocks blocks, int left, std::size_t count);
     int centerOfPair(int left) const;
 
-    int stereo_;  ///< channels that stand in pairs
+    int stereo_;  ///< channels that form pairs
     int center_;
     int lfe_;
     wave::BasicBlock<float> scratch_;  ///< the common envelope above 0.5, the peak of a pair below

@@ -7,7 +7,7 @@
 
 namespace vanta {
 
-/// Takes presets of the plug-in's first generation: 19 values, without a number of today's switches, and with
+/// Takes presets of the plug-in's first generation: 19 values, without some of today's switches, and with
 /// channel links of which 1 meant what 0.5 means today.
 class V1PresetLoader final : public CustomPresetLoader {
 public:

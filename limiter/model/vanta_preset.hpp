@@ -29,7 +29,7 @@ bool loadPresetFile(VantaParameters& parameters, const std::filesystem::path& pa
 /// The same of a preset in memory.
 bool loadPreset(VantaParameters& parameters, std::span<const std::byte> record, LockOutputRule rule);
 
-/// Saves all parameters. False if the file cannot be written; an old file then stands as it was.
+/// Saves all parameters. False if the file cannot be written; an old file is then unchanged.
 bool savePresetFile(VantaParameters& parameters, const std::filesystem::path& path);
 
 }  // namespace vanta

@@ -6,7 +6,7 @@
 
 namespace vanta {
 
-/// What stands behind a source.
+/// What the matrix knows of a source.
 struct SourceInfo {
     int type = 0;
     std::vector<int> inputs;  ///< targets that its element reads; empty for inputs and main controls

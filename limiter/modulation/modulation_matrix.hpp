@@ -102,7 +102,7 @@ private:
     bool dirty_ = false;
 };
 
-/// Through which the slots of a matrix are read and written. -1 is no source and no target.
+/// Through which the slots of a matrix are read and written. -1 means no source or no target.
 class ModulationMatrix::Controller {
 public:
     virtual ~Controller() = default;

@@ -81,7 +81,7 @@ private:
     GlobalModulationProducer& global_;
 };
 
-/// The value of a target for a reader that stands outside of the voices: the first voice's, where they
+/// The value of a target for a reader outside the voices: the first voice's, where they
 /// differ.
 class ModulationMatrix::GlobalTargetController final : public wave::Source {
 public:

@@ -30,7 +30,7 @@ public:
     static constexpr int kParameterCount = static_cast<int>(kParameterTable.size());
 
     /// Adds all parameters to `plugin` and fills in what this plug-in offers. std::logic_error if
-    /// the members below do not stand in the order of the table.
+    /// the members below are not in the order of the table.
     explicit VantaParameters(GenericPluginBase& plugin);
 
     /// The parameters whose row has a property, such as `&ParameterRow::keptByLockOutput`, in the order of

@@ -8,7 +8,7 @@
 
 namespace vanta {
 
-/// What brings the level back up behind the engine, which has limited at the threshold: Output Level less
+/// Brings the level back up after the engine, which has limited at the threshold: Output Level less
 /// Main Threshold, as a factor. It waits as long as the engine's output does, so that a change of Gain or
 /// Output Level reaches the audio together with the threshold's effect.
 class MakeupGain {

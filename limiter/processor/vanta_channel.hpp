@@ -26,19 +26,19 @@ struct VantaChannelShared {
     sr::TruePeakExposer::Style& oversampledExposer;
     DynamicsEngine& engine;
     OvershootLimiter::Style& overshoot;
-    wave::Producer& makeup;   ///< the makeup gain, as late as the engine's output
-    wave::Producer& ceiling;  ///< Output Level as a factor, as late as that
+    wave::Producer& makeup;   ///< the makeup gain, aligned with the engine's output
+    wave::Producer& ceiling;  ///< Output Level as a factor, aligned likewise
     VantaParameters& parameters;
 };
 
-/// The signal path of one channel; its members stand in the order of the signal. In front of the engine, from
+/// The signal path of one channel; its members are in the order of the signal. Before the engine, from
 /// the upsamplers on at the engine's rate:
 ///
 ///     main -- dcFilter -- upsampler --+                      +-- detectionDelay -- audio ----+
 ///                                     +-- detectionRouter ---+                               +-- processor
 ///     side -- dcFilter -- upsampler --+                      +-- detectionPeaks -- trigger --+
 ///
-/// Behind it, from the downsampler on at the base rate:
+/// After it, from the downsampler on at the base rate:
 ///
 ///     processor -- makeupVolume -- padDelay -- downsampler --+-- outputRouter -- overshootDelay --+
 ///                                                            |                                    x

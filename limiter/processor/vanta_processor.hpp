@@ -13,7 +13,7 @@
 
 namespace vanta {
 
-/// The limiter. The Gain knob lowers the engine's threshold and a makeup gain behind the engine restores the
+/// The limiter. The Gain knob lowers the engine's threshold and a makeup gain after the engine restores the
 /// level, so that the signal is limited at -Gain dBFS and leaves raised by Gain and Output Level.
 class VantaProcessor final : public GenericPluginProcessor,
                              public VantaParameters,

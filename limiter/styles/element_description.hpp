@@ -15,7 +15,7 @@ struct ParameterDescription {
 
     constexpr bool isFloat() const { return type == Type::Float; }
 
-    std::string_view name;  ///< behind the name and number of its element; alone for what belongs to none
+    std::string_view name;  ///< follows the name and number of its element, if it has one
     Type type = Type::Float;
     float minimum = 0.0f;  ///< of the stored value, as are `maximum` and `defaultValue`
     float maximum = 1.0f;

@@ -28,7 +28,7 @@ enum class ElementKind : int {
     Delay,
     Constant,
     Vca,
-    Slot,    ///< a connection: it has a level, which is a target, but it is no source
+    Slot,    ///< a connection: it has a level, which is a target, but is not a source
     Output,  ///< the engine's output: a target only
 };
 

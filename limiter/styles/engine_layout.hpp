@@ -81,7 +81,7 @@ struct EngineTarget {
     RangeId range;
 };
 
-/// Where one kind of element stands in the tables.
+/// Where one kind of element is in the tables.
 struct ElementGroup {
     ElementKind kind;
     int capacity;

@@ -152,7 +152,7 @@ class EngineTable : private ParameterForms {
     }};
 
 public:
-    /// The six main controls. Control i is target i; its source is the one behind the two audio inputs.
+    /// The six main controls. Control i is target i; as sources they follow the two audio inputs.
     static constexpr std::array<MainControlDescription, 6> kMainControls{{
         {number("Main Threshold", -60, 0, -18, "dB"), ElementKind::MainThreshold, RangeId::Threshold},
         {ratio("Main Ratio", 0), ElementKind::MainRatio, RangeId::MainRatio},

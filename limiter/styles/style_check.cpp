@@ -122,8 +122,7 @@ void StyleCheck::checkSlots() {
         checkRepeated(connection);
         if (closesLoop(connection)) {
             fault(layout_.slotPosition(slot, SlotField::Target),
-                  fmt::format("slot {} closes a loop, because {} depends on {}: remove this slot or another "
-                              "of the loop",
+                  fmt::format("slot {} closes a loop, because {} depends on {}: remove a slot of the loop",
                               slot + 1, layout_.sources()[static_cast<std::size_t>(connection.source)].name,
                               layout_.targets()[static_cast<std::size_t>(connection.target)].name));
         } else {

@@ -16,7 +16,7 @@ struct StyleFault {
 
 /// Every fault of a full set of values in table order: a value outside its range, a count above what is
 /// built or counted, a slot at an element that is not active, a connection made twice, a slot that would
-/// close a loop, which the engine would leave off without a word, and a style that is silent.
+/// close a loop, which the engine would silently leave off, and a style that is silent.
 std::vector<StyleFault> checkStyle(const EngineLayout& layout, StyleValues values);
 
 /// Whether what the parameter belongs to is active; true for everything that no count switches.

@@ -32,7 +32,7 @@ inline int channelCount(ChannelLayout layout) {
 /// The name that users know the layout by: "5.1", "7.1.2".
 std::string_view channelLayoutName(ChannelLayout layout);
 
-/// The unpaired channels that stereo linking treats as centres and as LFE; they stand at the end.
+/// The unpaired channels that stereo linking treats as centres and as LFE; they come last.
 int linkedCenterCount(ChannelLayout layout);
 int linkedLfeCount(ChannelLayout layout);
 

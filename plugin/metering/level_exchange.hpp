@@ -9,7 +9,7 @@
 
 namespace vanta {
 
-/// How many sources a processor offers. The level sources stand in this order: the global ones, then those of
+/// How many sources a processor offers. The level sources come in this order: the global ones, then those of
 /// each channel.
 struct LevelCounts {
     int channels = 0;

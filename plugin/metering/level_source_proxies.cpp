@@ -6,7 +6,7 @@ namespace vanta {
 
 namespace {
 
-// Larger than anything that a processor sends; a count beyond it is no count.
+// Larger than anything that a processor sends; a larger count is damage.
 constexpr int kMostChannels = 64;
 constexpr int kLongestBlock = 1 << 16;
 constexpr int kMostValues = 1 << 22;

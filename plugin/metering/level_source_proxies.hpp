@@ -48,7 +48,7 @@ public:
     int frameCount() const override { return frames_; }
     int channelCount() const override { return channels_; }
 
-    /// Frames behind those that are held. A record that cannot be one fails the reader.
+    /// Appends frames to those that are held. A malformed record fails the reader.
     void read(BinaryDataReader& reader);
 
 private:

@@ -30,7 +30,7 @@ public:
 
     /// "QMCM", version 1, then the entries; 4-byte little-endian integers.
     void write(BinaryDataWriter& writer) const;
-    /// Takes over a whole map of any version. False, and nothing has changed, if the tag is another or the
+    /// Takes over a whole map of any version. False, and nothing has changed, if the tag is wrong or the
     /// data end early. Targets that do not exist are left out.
     bool read(BinaryDataReader& reader);
 

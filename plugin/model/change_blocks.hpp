@@ -10,14 +10,14 @@ public:
     enum class Update { None, All, AllWithReset };
 
     void begin() { depth_.fetch_add(1); }
-    /// What has to be told now that a block has ended.
+    /// What has to be reported now that a block has ended.
     Update end() {
         if (depth_.fetch_sub(1) != 1) return Update::None;
         const bool reset = replaced_.exchange(false);
         if (!changed_.exchange(false)) return Update::None;
         return reset ? Update::AllWithReset : Update::All;
     }
-    /// A parameter has changed. False: an open block will tell of it when it ends.
+    /// A parameter has changed. False: an open block will report it when it ends.
     bool note() {
         if (depth_.load() == 0) return true;
         changed_.store(true);

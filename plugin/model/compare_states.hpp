@@ -34,7 +34,7 @@ public:
     bool modified() const;
     State state(int slot) const;
 
-    /// Everything, with the current slot as the plug-in stands now.
+    /// Everything, the current slot with the plug-in's present state.
     Contents contents();
     void setContents(Contents contents);
 

@@ -75,7 +75,7 @@ public:
     bool loadPreset(const PresetEntry& entry) { return presets_->load(entry); }
     virtual bool savePreset(const PresetEntry& entry, int first = kWholeFile, int count = 0);
     /// Names the preset as a host restores it; the path follows if there is a preset of that name. `length`
-    /// 0 or more: only so many characters are compared with the present name.
+    /// 0 or more: only that many characters are compared with the present name.
     virtual void setPresetName(const std::string& name, int length = -1);
     /// -1: all presets. Null: there is no such folder.
     virtual PresetFolder* presetFolder(int kind) const { return kind == -1 ? &statics().presets : nullptr; }
@@ -123,7 +123,7 @@ public:
     virtual void readLevelData(BinaryDataReader& reader) { levels_->read(reader); }
 
 protected:
-    /// `interfaceParameters` tell how the user likes the interface, not the sound.
+    /// `interfaceParameters` are preferences for the interface and do not affect the sound.
     void initialize(std::vector<AbstractPluginParameter*> interfaceParameters);
     /// For the first instance of the process, under the lock of construction.
     virtual std::unique_ptr<PluginStatics> createStatics();

@@ -7,7 +7,7 @@
 
 namespace vanta {
 
-/// The parameters that tell how a user likes the interface, not the sound, and the file from which new
+/// The parameters that are a user's preferences for the interface, and the file from which new
 /// instances take them. Presets leave them alone.
 class InterfaceDefaults {
 public:
@@ -16,7 +16,7 @@ public:
 
     std::vector<float> values() const { return valuesOf(list_); }
     void setValues(const std::vector<float>& values) { vanta::setValues(list_, values); }
-    /// Sets the parameters to what the file holds; they stay where there is none.
+    /// Sets the parameters to what the file holds; without a file they stay as they are.
     void load();
     /// Keeps the present value of a parameter for new instances, if it belongs to the interface.
     void store(const AbstractPluginParameter& parameter) const;

@@ -20,7 +20,7 @@ public:
         virtual bool loadFile(const std::string& path) = 0;
         /// The values of the open block of changes have nothing to do with those before.
         virtual void valuesReplaced() = 0;
-        /// The current preset is another. `hostKnows`: the host has said so itself.
+        /// Another preset is current. `hostKnows`: the host has set it itself.
         virtual void presetReplaced(bool hostKnows) = 0;
     };
 
@@ -29,7 +29,7 @@ public:
                   PresetState& current, PluginStatics& statics);
 
     /// Leaves the interface alone. False if the file holds no preset of ours; then the current one stays. If
-    /// memory runs out all values stand as they did before.
+    /// memory runs out all values are as they were.
     bool load(const PresetEntry& entry);
     /// Loads the preset of this name that the product brought along, if there is one. The interface is set
     /// up as its defaults say.

@@ -12,7 +12,7 @@ class PresetState {
 public:
     struct Values {
         std::string name;
-        std::filesystem::path path;  ///< empty if the preset is no file
+        std::filesystem::path path;  ///< empty if the preset is not a file
         bool modified = false;       ///< a parameter has changed since it was loaded or saved
 
         bool operator==(const Values&) const = default;
@@ -22,7 +22,7 @@ public:
         const std::lock_guard lock(mutex_);
         return values_;
     }
-    /// True if the path is another one.
+    /// True if the path has changed.
     bool set(Values values) {
         const std::lock_guard lock(mutex_);
         std::swap(values_, values);

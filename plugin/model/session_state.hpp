@@ -19,7 +19,7 @@ class GenericPlugin;
 /// Any thread.
 std::vector<std::byte> writeSessionState(GenericPlugin& plugin);
 
-/// Takes over a state. What later versions put behind it is ignored; a value that is missing or of another
+/// Takes over a state. What later versions put after it is ignored; a value that is missing or of another
 /// type leaves its parameter as it is, one that is not a number sets its default. False, and nothing has
 /// changed, if the bytes are not a state or end early; the same holds if memory runs out. Any thread but the
 /// audio thread.

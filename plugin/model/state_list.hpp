@@ -32,7 +32,7 @@ class StateList {
 public:
     StateList(const StateOwner& owner, int count) : owner_(owner), states_(static_cast<std::size_t>(count)) {}
 
-    /// Takes a snapshot; an old one stands if memory runs out.
+    /// Takes a snapshot; an old one stays if memory runs out.
     void store(int i, const std::string& name, int compareIndex);
     const State& at(int i) const { return states_[static_cast<std::size_t>(i)]; }
     State& at(int i) { return states_[static_cast<std::size_t>(i)]; }

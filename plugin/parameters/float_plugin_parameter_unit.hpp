@@ -13,7 +13,7 @@ enum class ParameterUnit;
 /// A unit of measure, shared by many parameters: one row of the table in parameter_units.cpp. What a row
 /// leaves empty stays as the display has it.
 struct FloatPluginParameterUnit {
-    /// A word that may stand behind a number. The shown value is convert(factor * number).
+    /// A word that may follow a number. The shown value is convert(factor * number).
     struct Token {
         std::string_view token;
         float factor = 1.0f;

@@ -18,7 +18,7 @@ int nearestStep(float normal, int steps) {
     return static_cast<int>(std::clamp(position, 0.0, static_cast<double>(steps)));
 }
 
-/// A whole number at the start of a text, behind blanks.
+/// A whole number at the start of a text, after blanks.
 bool readInteger(std::string_view text, int* out) {
     text = skipBlanks(text);
     // from_chars takes no plus, and "+-1" is not a number.

@@ -24,7 +24,7 @@ bool isDigitOrCapital(char c) {
 
 /// "Short Term" becomes "S" and "Term".
 struct Initials {
-    /// Of every word but the last: the first character, with the digits and capitals directly behind it.
+    /// Of every word but the last: the first character, with the digits and capitals directly after it.
     std::string reduced;
     std::string last;
 

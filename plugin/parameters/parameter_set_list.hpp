@@ -35,7 +35,7 @@ public:
     /// Resets every set and then every linked list.
     void resetAll();
     int firstIndex() const { return numActive.index(); }
-    /// Takes a slot out and moves those behind it up, here and in linked lists. Nothing happens if the slot
+    /// Takes a slot out and moves those after it up, here and in linked lists. Nothing happens if the slot
     /// is not in use or if no fewer slots may be.
     virtual void removeAt(int slot);
 
@@ -74,7 +74,7 @@ class ConnectionRenumbering {
 public:
     virtual ~ConnectionRenumbering() = default;
     /// Connections of `removed` consecutive numbers from `first` on are dropped; those of numbers up to and
-    /// with `last` behind them go down by `removed`.
+    /// with `last` after them go down by `removed`.
     virtual void sourcesRemoved(int first, int removed, int last) = 0;
     virtual void targetsRemoved(int first, int removed, int last) = 0;
 };

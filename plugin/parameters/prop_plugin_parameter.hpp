@@ -10,7 +10,7 @@
 
 namespace vanta {
 
-/// Adds cells that `applyValue` sets to the engine value, behind the listeners. The cells are not owned;
+/// Adds cells that `applyValue` sets to the engine value, after the listeners. The cells are not owned;
 /// whoever rebuilds them removes the old ones. Layers of this class add several kinds of cells to a
 /// parameter.
 template <typename Cell, typename Parameter>

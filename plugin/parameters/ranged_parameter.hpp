@@ -21,7 +21,7 @@ public:
         : AbstractPluginParameter(owner, std::move(name),
                                   std::is_integral_v<Number> ? Kind::Indexed : Kind::Float) {}
 
-    /// Sets up the range; `initial` becomes default and value. Tells nobody: for the parameter's
+    /// Sets up the range; `initial` becomes default and value. Notifies nobody: for the parameter's
     /// construction.
     void setRange(Number low, Number high, Number initial) {
         minimum_ = low;

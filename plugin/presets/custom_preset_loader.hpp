@@ -43,7 +43,7 @@ private:
     bool targetByMap(int version);
 
     int currentVersion_;
-    int preparedVersion_ = -1;  ///< the version for which `targets` stands
+    int preparedVersion_ = -1;  ///< the version that `targets` is for
 };
 
 }  // namespace vanta

@@ -21,7 +21,7 @@ class PresetScan;
 /// a number, which is not shown and orders it among its sisters.
 class PresetFolder {
 public:
-    /// Of a folder without a number: behind all that have one.
+    /// Of a folder without a number: after all that have one.
     static constexpr int kUnordered = 10000;
 
     /// Scans. `fileExtension` with its dot; `timeBudgetMs` as in `scan`.

@@ -25,7 +25,7 @@ public:
     /// Reads the main part from the disk again and numbers all entries. Entries that others point at are
     /// gone.
     void rescan(const std::string& folderPath);
-    /// Reads one more folder, to be listed behind what is there, and numbers all entries. `shownName` is what
+    /// Reads one more folder, to be listed after what is there, and numbers all entries. `shownName` is what
     /// menus show, or empty for the folder's own name.
     void addFolder(const std::string& folderPath, const std::string& shownName);
 
@@ -35,7 +35,7 @@ public:
     PresetEntry* entryAt(int bank, int program);
     /// The first entry of this very name, of the main part or of all.
     PresetEntry* find(const std::string& entryName, bool mainOnly);
-    /// The entry before or behind the one with this path, around the ends; from the main part one stays in
+    /// The entry before or after the one with this path, around the ends; from the main part one stays in
     /// it.
     PresetEntry* neighbour(const std::string& entryPath, Direction direction);
 

@@ -8,9 +8,9 @@
 
 namespace vanta {
 
-/// Tells where the values of an older preset version belong.
+/// Says where the values of an older preset version belong.
 struct PresetMap {
-    std::vector<int> oldToNew;  ///< the parameter of each old position, -1 for one that is no more
+    std::vector<int> oldToNew;  ///< the parameter of each old position, -1 for one that no longer exists
     std::vector<int> added;     ///< the parameters that the old version lacks
 
     /// Whether the map leads to exactly `parameterCount` parameters.

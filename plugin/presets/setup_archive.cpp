@@ -27,7 +27,7 @@ struct Record {
     std::uint32_t fileSize;  ///< of a file, when it is inflated
     Bytes content;
 
-    /// A name that leads elsewhere is none.
+    /// A name that leads elsewhere is invalid.
     bool hasPlainName() const {
         return name != "." && name != ".." &&
                name.find_first_of(std::string_view("/\\\0", 3)) == std::string::npos;
@@ -161,7 +161,7 @@ void readLevel(Bytes bytes, const std::string& path, int depth, std::vector<Arch
     }
 }
 
-/// The level behind the header, if this is an archive.
+/// The level after the header, if this is an archive.
 std::optional<Level> topLevel(Bytes archive) {
     constexpr std::size_t kMagicSize = sizeof kArchiveMagic - 1;
     if (archive.size() < kArchiveHeaderSize) return {};

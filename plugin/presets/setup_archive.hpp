@@ -11,7 +11,7 @@ namespace vanta {
 // The archive of files that a product brings along. All integers are little-endian.
 //
 // A header of 53 bytes begins with "QS/ISB/3"; the rest of it has no meaning. Then records follow, 76 bytes
-// each: byte 0 is the length of a name that stands from byte 1 on, bytes 68 to 71 are a size and bytes 72 to
+// each: byte 0 is the length of a name that starts at byte 1, bytes 68 to 71 are a size and bytes 72 to
 // 75 a second number. -1 there makes a folder: its records follow at once, `size` bytes in all. Else the
 // second number is the size of a file, whose bytes follow as one zlib stream (RFC 1950) of `size` bytes, or
 // not at all if it is empty. A record with an empty name ends its level.
@@ -36,7 +36,7 @@ struct ArchivedFile {
     std::vector<std::byte> bytes;
 };
 
-/// The files below a top-level folder in the archive's order, those of a folder behind its name. Damaged ones
+/// The files below a top-level folder in the archive's order, those of a folder after its name. Damaged ones
 /// are left out, as are any above 1 MiB.
 std::vector<ArchivedFile> readFolder(std::span<const std::byte> archive, const std::string& folderName);
 

@@ -44,7 +44,7 @@ private:
     GenericPluginProcessor& processor_;
     wave::FloatParameter dryMix_;                          ///< 0: all processed, 1: all dry
     std::vector<std::unique_ptr<wave::Delay>> dryDelays_;  ///< one a channel; none without audio input
-    int dryLatency_ = 0;                                   ///< the latency that they stand at
+    int dryLatency_ = 0;                                   ///< the latency that they are set to
     int holdSamples_ = 0;
     bool bypassed_ = false;
     bool fadeInPending_ = false;

@@ -5,7 +5,7 @@
 namespace vanta {
 
 /// Flushes denormals to zero and masks every floating-point exception for a scope; the caller's control word
-/// stands again afterwards.
+/// is restored afterwards.
 class FlushDenormals {
 public:
     FlushDenormals() : saved_(_mm_getcsr()) { _mm_setcsr(kControlWord); }

@@ -52,7 +52,7 @@ public:
 
     // Audio thread.
 
-    /// One host block. `inputs` holds the main channels in layout order, behind them the side chain if it is
+    /// One host block. `inputs` holds the main channels in layout order, then the side chain if it is
     /// delivered. `outputs` may be the same buffers. A sample that is not finite counts as 0.
     VANTA_REALTIME void processBlock(const float* const* inputs, int inputCount, float* const* outputs,
                                      int channelCount, int samples);
@@ -93,7 +93,7 @@ public:
     void prepare(float sampleRate);
     float sampleRate() const;
     void setAdapter(ProcessorAdapter* hostAdapter) { adapter = hostAdapter; }
-    /// Whether the host delivers a side chain behind the main inputs.
+    /// Whether the host delivers a side chain after the main inputs.
     void setSideChainInUse(bool inUse) { sideChainInUse = inUse; }
 
     wave::Environment& environment() const { return *environment_; }
@@ -101,7 +101,7 @@ public:
     double beatPosition() const { return beatPosition_; }
 
 protected:
-    /// Called when the subclass's own members exist: builds the environment and what stands on it.
+    /// Called when the subclass's own members exist: builds the environment and what depends on it.
     void initialize();
     /// First instance in the process, under the lock of shared data.
     virtual void initShared() {}
@@ -126,8 +126,8 @@ protected:
     void applyAllParameters();
     /// Drains the queues unless a block of changes is open.
     void applyPending();
-    /// The value that is in effect. The parameter's own may be ahead of it, and at any moment so: what the
-    /// audio thread derives from several parameters must come from these, or its parts do not fit. Audio
+    /// The value that is in effect. The parameter's own may run ahead of it at any moment: what the audio
+    /// thread derives from several parameters must come from these, or its parts do not match. Audio
     /// thread.
     float appliedValue(const AbstractPluginParameter& parameter) const {
         return appliedValues_[static_cast<std::size_t>(parameter.index())];

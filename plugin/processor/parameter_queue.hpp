@@ -38,9 +38,9 @@ public:
     /// Takes note of how much is queued; what comes later is left for the next note.
     VANTA_REALTIME void note() { noted_ = queue_.sizeEstimate(); }
     VANTA_REALTIME bool isDue() const { return noted_ > 0 || overflowed_.load(std::memory_order_relaxed); }
-    /// The next of what was noted; false behind the last.
+    /// The next of what was noted; false after the last.
     VANTA_REALTIME bool next(Change& change);
-    /// True once after a change has found the queue full. To be asked behind the last change, as those are
+    /// True once after a change has found the queue full. To be asked after the last change, as those are
     /// older.
     VANTA_REALTIME bool takeOverflow() { return overflowed_.exchange(false); }
 

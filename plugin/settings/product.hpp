@@ -16,7 +16,7 @@ struct Product {
     static std::string rootKey();
     /// The settings of this product. `major` other than 0 asks for those of another version.
     std::string key(int major = 0) const;
-    /// The name, with the major version behind it from the second version on.
+    /// The name, followed by the major version from the second version on.
     std::string folderName() const;
     /// Interface defaults and controller map. Not made here.
     std::filesystem::path applicationDataFolder() const;

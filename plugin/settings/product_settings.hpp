@@ -10,7 +10,7 @@ namespace vanta {
 
 // Single settings of a product that belong to no settings object.
 
-/// The user's preset folder; the default one if none is set or the set one is no directory any more.
+/// The user's preset folder; the default one if none is set or that is no longer a directory.
 std::filesystem::path presetFolder(const Product& product);
 void setPresetFolder(const Product& product, const std::filesystem::path& folder);
 

@@ -14,7 +14,7 @@ public:
     std::string text(const std::string& key, const std::string& value, const std::string& defaultValue) final;
 
 protected:
-    /// The value that stands from now on, of the type of `value` and `defaultValue`, which are of one type.
+    /// The value that holds from now on, of the type of `value` and `defaultValue`, which are of one type.
     virtual SettingValue carry(const std::string& key, const SettingValue& value,
                                const SettingValue& defaultValue) = 0;
 };
@@ -35,7 +35,7 @@ private:
     SettingsStore store_;
 };
 
-/// Writes values of one key path of the user, each on its own. What cannot be stored is lost without a word.
+/// Writes values of one key path of the user, each on its own. What cannot be stored is silently lost.
 class RegistryWriter : public RegistrySerializer {
 public:
     explicit RegistryWriter(const std::string& keyPath) : store_(keyPath) {}

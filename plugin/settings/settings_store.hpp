@@ -17,15 +17,15 @@ enum class SettingsHive { User, Machine };
 /// reads it anew, changes one value and renames the result into place, so that a reader needs no lock and
 /// nothing but that value changes. Comments that a user wrote there stay.
 ///
-/// A file that cannot be understood counts as empty. The first write keeps it aside under another name. Of
-/// both the user is told once. Throws nothing but std::bad_alloc; not for the audio thread.
+/// A file that cannot be understood counts as empty. The first write keeps it aside under another name. The
+/// user is told of both once. Throws nothing but std::bad_alloc; not for the audio thread.
 class SettingsStore {
 public:
     explicit SettingsStore(const std::string& keyPath, SettingsHive hive = SettingsHive::User);
 
     std::optional<SettingValue> read(const std::string& name) const;
     /// False if the value is not stored: the folder or disk refuses, the name cannot be written, or this is
-    /// the machine's hive. What was stored before then stands as it was. A value that is there already is not
+    /// the machine's hive. What was stored before is then unchanged. A value that is there already is not
     /// written again.
     bool write(const std::string& name, const SettingValue& value) const;
 

@@ -48,7 +48,7 @@ inline Measured measure(const Channels& channels, ChannelLayout layout = kStereo
     return {meter.programme().figures(), {meter.timeline().begin(), meter.timeline().end()}};
 }
 
-/// A part of a test signal: so many seconds at a peak level in dBFS, of silence below -200.
+/// A part of a test signal: that many seconds at a peak level in dBFS; below -200 it is silence.
 struct Part {
     double seconds;
     double level;

@@ -91,7 +91,7 @@ private:
     std::vector<double> sums_;
 };
 
-/// A convolver behind a source.
+/// A convolver fed by a source.
 template <typename Kernel>
 struct Rig {
     template <typename... Arguments>

@@ -67,7 +67,7 @@ public:
         parts_.push_back(part);
         return *part;
     }
-    /// The element under test, behind a source.
+    /// The element under test, fed by a source.
     template <typename T, typename... Arguments>
     T& filter(Arguments&&... arguments) {
         T& made = make<T>(environment, std::forward<Arguments>(arguments)...);
@@ -94,7 +94,7 @@ public:
     }
     static void set(wave::FloatParameterBus& bus, float value) { bus.parameter().setValue(value, 0.0f); }
 
-    /// The outputs of all ends, one behind the other. Whatever calls itself constant has to be so.
+    /// The outputs of all ends, one after the other. Whatever calls itself constant has to be so.
     Signal run(std::span<const int> blocks) {
         std::vector<Signal> outputs(ends.size());
         for (const int size : blocks) {

@@ -166,7 +166,7 @@ void buildDither(Patch& p, int shaping) {
     dither.noiseType = shaping < 0 ? DitherFilter::Rounding : DitherFilter::Triangular;
 }
 
-/// A kernel of so many taps, behind partitions of 256 samples or, if negative, without latency.
+/// A kernel of that many taps, after partitions of 256 samples or, if negative, without latency.
 void buildConvolver(Patch& p, int taps) {
     auto& plan = p.make<ConvolverPlan>(std::abs(taps), taps < 0 ? 0 : 256);
     auto& kernel = p.make<SmoothingKernel>(p.environment, plan);

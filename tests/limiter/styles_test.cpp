@@ -48,7 +48,7 @@ std::string faultOf(std::string_view source) {
 
 // ---- the tables ----
 
-// Where a stored record has them: the sets one behind another, each with its count in front.
+// Where a stored record has them: the sets one after another, each with its count in front.
 TEST(EngineLayout, PutsEveryNameAtItsPlaceInTheRecord) {
     const std::pair<const char*, int> cases[] = {{"Main Threshold", 2},
                                                  {"Custom 2", 7},
@@ -182,7 +182,7 @@ TEST(StyleSource, ReadsEveryForm) {
 }
 
 TEST(StyleSource, SaysWhatIsWrongWhereAndWhatWouldBeRight) {
-    // Each behind two lines in which nothing is wrong: one plain slot, and how many there are.
+    // Each after two lines in which nothing is wrong: one plain slot, and how many there are.
     const struct {
         const char *slots, *source, *fault;
     } cases[] = {
@@ -227,11 +227,9 @@ TEST(StyleSource, SaysWhatIsWrongWhereAndWhatWouldBeRight) {
         {"1", "Audio Input",
          "3: cannot read \"Audio Input\": write \"Name = value\" or \"Source to Target (Level)\""},
         {"2", "Custom 1 to Custom 1",
-         "3: slot 2 closes a loop, because Custom 1 depends on Custom 1: remove this slot or another of the "
-         "loop"},
+         "3: slot 2 closes a loop, because Custom 1 depends on Custom 1: remove a slot of the loop"},
         {"3", "Num Active VCAs = 2\nVCA 1 to VCA 2 Gain Change\nVCA 2 to Slot 2 Level",
-         "5: slot 3 closes a loop, because VCA 2 depends on Slot 2 Level: remove this slot or another of the "
-         "loop"},
+         "5: slot 3 closes a loop, because VCA 2 depends on Slot 2 Level: remove a slot of the loop"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(faultOf(fmt::format("Audio Input to Output\nNum Active Slots = {}\n{}", c.slots, c.source)),
@@ -283,7 +281,7 @@ TEST(StyleSource, IsTheFileThatTheRepositoryHolds) {
         const std::string name(resource.name.substr(0, resource.name.find('.')));
         const std::string text = readBytes(std::string(VANTA_STYLE_SOURCES) + "/" + name + ".style");
         ASSERT_FALSE(text.empty()) << name;
-        // Kept in the form that the writer gives it, behind the words that say what the style does.
+        // Kept in the form that the writer gives it, after the words that say what the style does.
         EXPECT_EQ(text.substr(std::min(text.size(), text.find("\n\n") + 2)),
                   writeStyleSource(limiterLayout(), readStyleRecord(resource.bytes)));
     }

@@ -81,7 +81,7 @@ TEST(SetupArchive, ArchivesOfAnotherKindAndCutOnesFail) {
     EXPECT_FALSE(extract("QS/ISB/4" + sound.substr(8), scratch / "x"));
     EXPECT_FALSE(extract(header() + folder("Other", "") + end(), scratch / "x"));
     EXPECT_FALSE(std::filesystem::exists(scratch / "x"));
-    // The last record only ends the top level; one may do without what stands behind it.
+    // The last record only ends the top level; one may do without what comes after it.
     for (std::size_t size = 0; size < sound.size() - 76; ++size) {
         ASSERT_FALSE(extract(sound.substr(0, size), scratch / "x")) << size;
     }

@@ -33,7 +33,7 @@ private:
 
 void moveSomething(VantaProcessor& limiter, Random& random) {
     AbstractPluginParameter& parameter = *limiter.parameterAt(random.between(0, 30));
-    // Its trim of up to 30 dB stands behind the ceiling and may run ahead of it.
+    // Its trim of up to 30 dB comes after the ceiling and may run ahead of it.
     if (&parameter == &limiter.unityGain) return;
     const bool costly = &parameter == &limiter.oversampling;
     const auto normal = static_cast<float>(0.5 + 0.5 * random.bipolar());

@@ -32,7 +32,7 @@ std::size_t mostBytesHeld(const std::function<void()>& work);
 /// Runs `work` to count its allocations, then again with one allocation failing each time: all in turn, or
 /// spread over `mostRuns` if there are more. Where the spread begins differs from run to run; it is printed,
 /// and set by the environment variable VANTA_ALLOCATION_OFFSET. A run may throw std::bad_alloc, or come to an
-/// end without what it lacked. `check` follows each run, and takes back what the run may have done: behind it
+/// end without what it lacked. `check` follows each run, and takes back what the run may have done: after it
 /// as many blocks must live as before.
 void failEachAllocation(
     const std::function<void()>& work, const std::function<void()>& check = [] {},

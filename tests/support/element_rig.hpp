@@ -35,7 +35,7 @@ public:
         samples_ = std::move(signal);
         rewind();
     }
-    /// How many blocks have been computed so far: 0 tells that nobody has pulled this source.
+    /// How many blocks have been computed so far: 0 means that nobody has pulled this source.
     int blocksPlayed() const { return blocksPlayed_; }
 
 protected:
@@ -137,10 +137,10 @@ inline std::vector<float> runElement(wave::Environment& environment, wave::Produ
     return runElement(environment, element, std::span<const int>(blockSizes.begin(), blockSizes.size()));
 }
 
-/// One element behind a source, at 48 kHz. Its controls stand still, or play a value a sample.
+/// One element fed by a source, at 48 kHz. Its controls are constant, or play one value a sample.
 template <typename Element>
 struct ElementRig {
-    /// `arguments` are what the element is made of behind its environment.
+    /// `arguments` are those of the element's constructor after its environment.
     template <typename... Arguments>
     explicit ElementRig(std::vector<float> signal, Arguments&&... arguments)
         : source(environment, std::move(signal)),

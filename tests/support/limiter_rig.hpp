@@ -68,7 +68,7 @@ public:
     VantaProcessor& limiter() { return limiter_; }
     std::size_t latency() const { return static_cast<std::size_t>(limiter_.latency()); }
 
-    /// Goes on with `in`: as many samples come out, late by the latency. `sideChain` stands behind the main
+    /// Goes on with `in`: as many samples come out, late by the latency. `sideChain` follows the main
     /// channels, or is empty.
     Channels process(const Channels& in, std::span<const int> blocks, const Channels& sideChain = {}) {
         const std::size_t total = in.front().size();

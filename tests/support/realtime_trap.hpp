@@ -7,10 +7,10 @@ namespace vanta::test {
 /// Counts what an audio thread must not do, on every thread that is inside a RealtimeScope, from
 /// construction to destruction. One trap at a time.
 ///
-/// Allocations are all of malloc, calloc, realloc, free and their aligned kin, which new and delete stand
+/// Allocations are all of malloc, calloc, realloc, free and their aligned kin, which new and delete rest
 /// on. Locks are mutexes, read-write locks, condition variables and semaphores of pthread, try-locks
 /// included. System calls are caught in the kernel, whoever makes them; what the vDSO answers without the
-/// kernel, such as reading a clock, is none.
+/// kernel, such as reading a clock, does not count.
 class RealtimeTrap {
 public:
     enum class Kind { Allocation, Lock, SystemCall };

@@ -35,11 +35,11 @@ double rms(std::span<const float> signal);
 /// 20 log10 of an amplitude; -400 for 0.
 double db(double amplitude);
 /// Largest difference of two signals of one length, in dB of full scale; std::invalid_argument for unequal
-/// lengths. -400 if they are equal bit for bit, NaN if the difference is none.
+/// lengths. -400 if they are equal bit for bit, NaN if the difference is not a number.
 double nullDb(std::span<const float> a, std::span<const float> b);
 
-/// The largest magnitude of the continuous signal that the samples stand for, with silence before and
-/// behind. A judge that shares nothing with what it judges: a sinc of 1024 samples' length under a Kaiser
+/// The largest magnitude of the continuous signal that the samples represent, with silence before and
+/// after. A judge that shares nothing with what it judges: a sinc of 1024 samples' length under a Kaiser
 /// window with side lobes at -120 dB, in double precision, at 16 points a sample, then refined around the
 /// largest. Flat to 0.49 of the sample rate. Takes about 15,000 multiplications a sample.
 double truePeak(std::span<const float> signal);

@@ -17,7 +17,7 @@ struct ArchiveNode {
     ArchiveNode& child(const std::string& childName, bool folder);
 };
 
-/// The whole archive of what stands below `root`; see plugin/presets/setup_archive.hpp. Throws
+/// The whole archive of what is below `root`; see plugin/presets/setup_archive.hpp. Throws
 /// std::runtime_error for a name that does not fit into a record.
 std::string writeSetupArchive(const ArchiveNode& root);
 

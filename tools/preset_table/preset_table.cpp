@@ -28,6 +28,11 @@ Level are those of the preset; reduction is the largest gain reduction at any mo
 page: edit `resources/presets/` and run it again.
 )";
 
+constexpr std::string_view kTableHead =
+    R"(| Preset | Style | Gain dB | Output dB | Loudness LUFS | True peak dBTP | Reduction dB | Latency ms |
+| --- | --- | --: | --: | --: | --: | --: | --: |
+)";
+
 class SongReader final : public AudioReader {
 public:
     explicit SongReader(const song::Song& played) : song_(played) {}
@@ -98,9 +103,7 @@ void printTables() {
             folder = parent;
             fmt::print("\n## {}\n\n",
                        folder.empty() ? "On top" : folder.substr(folder.starts_with('_') ? 1 : 0));
-            fmt::print(
-                "| Preset | Style | Gain dB | Output dB | Loudness LUFS | True peak dBTP | Reduction dB | "
-                "Latency ms |\n| --- | --- | --: | --: | --: | --: | --: | --: |\n");
+            fmt::print(kTableHead);
         }
         printRow(song, file);
     }

@@ -16,7 +16,7 @@ public:
     Instrument(const Instrument&) = delete;
     Instrument& operator=(const Instrument&) = delete;
 
-    /// Adds a line to `out`; what would sound behind its end is left away.
+    /// Adds a line to `out`; what would sound past its end is left out.
     virtual void play(const Line& line, Stereo& out) = 0;
 
 protected:
@@ -36,7 +36,7 @@ protected:
     virtual void playNote(const Note& note, Stereo& out) = 0;
 
     /// Adds `seconds` of sound from the note's start on. `sample(time)` gives left and right as a pair,
-    /// `time` in seconds behind the start.
+    /// `time` in seconds after the start.
     template <typename Sample>
     static void add(const Note& note, double seconds, Stereo& out, Sample sample) {
         const std::size_t first = frameAt(note.startSeconds);

@@ -12,7 +12,7 @@ class RateConverter {
 public:
     RateConverter(double fromHz, double toHz);
 
-    /// The first `count` samples at the new rate; the input counts as 0 before and behind its ends.
+    /// The first `count` samples at the new rate; the input counts as 0 beyond its ends.
     std::vector<float> convert(std::span<const double> in, std::size_t count) const;
 
 private:

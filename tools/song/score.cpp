@@ -104,7 +104,7 @@ void ScoreParser::finish() const {
 }
 
 void ScoreParser::readLine(std::string_view line) {
-    // A '#' behind a letter sharpens a note; a comment stands at the start or behind a blank.
+    // A '#' after a letter sharpens a note; a comment is at the start or after a blank.
     for (std::size_t at = line.find('#'); at != std::string_view::npos; at = line.find('#', at + 1)) {
         if (at > 0 && line[at - 1] != ' ' && line[at - 1] != '\t') continue;
         line = line.substr(0, at);

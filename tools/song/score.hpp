@@ -36,7 +36,7 @@ struct InstrumentSpec {
     double levelDb = 0;
     double pan = 0;        ///< -1 left to 1 right
     double width = 1;      ///< 0 mono, 1 as the instrument plays, 2 widest
-    double spaceDb = -20;  ///< send to the reverberation; -60 and less is none
+    double spaceDb = -20;  ///< send to the reverberation; -60 or less means none
     double lowCutHz = 20;
     double decaySeconds = 0;  ///< 0: the instrument's own
 };
@@ -59,7 +59,7 @@ struct Score {
     double beatsPerBar = 4;  ///< quarter notes
     std::uint64_t seed = 1;  ///< of every random choice that the instruments make
     double masterDb = 0;
-    double tailSeconds = 0;  ///< what rings on behind the last bar
+    double tailSeconds = 0;  ///< what rings on after the last bar
     std::vector<InstrumentSpec> instruments;
     std::vector<Section> sections;
     std::vector<Line> lines;

@@ -135,7 +135,7 @@ struct Envelope {
     double sustain = 0.7;   ///< 0 to 1
     double release = 0.1;   ///< time constant, seconds
 
-    /// Level at a time behind the note's start; `gate` is the note's length. Seconds.
+    /// Level at a time after the note's start; `gate` is the note's length. Seconds.
     double at(double time, double gate) const;
     /// When the note is silent.
     double end(double gate) const { return gate + kReleases * release; }

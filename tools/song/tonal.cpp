@@ -75,7 +75,7 @@ private:
     Envelope envelope_{0.0025, 0.7, 0.15, 0.05};
 };
 
-/// Six detuned sawtooths a note, three a side, behind a filter that breathes: the wide part of the mix.
+/// Six detuned sawtooths a note, three a side, through a filter that breathes: the wide part of the mix.
 class Pad final : public NoteInstrument {
 public:
     using NoteInstrument::NoteInstrument;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "audiofile/file_format.hpp"
-#include "plugin/base/channel_layout.hpp"
+#include "foundation/channel_layout.hpp"
 
 namespace vanta {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "audiofile/file_format.hpp"
-#include "plugin/base/channel_layout.hpp"
+#include "foundation/channel_layout.hpp"
 
 namespace vanta {
 

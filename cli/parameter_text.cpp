@@ -36,12 +36,6 @@ std::string plainNumber(std::string text) {
     return text.erase(last, end - last);
 }
 
-std::string trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t");
-    if (first == std::string_view::npos) return {};
-    return std::string(text.substr(first, text.find_last_not_of(" \t") - first + 1));
-}
-
 }  // namespace
 
 std::string rangeText(const AbstractPluginParameter& parameter) {
@@ -83,7 +77,7 @@ void setByText(AbstractPluginParameter& parameter, const std::string& text, cons
 }
 
 std::string assignedName(std::string_view assignment) {
-    return trimmed(assignment.substr(0, assignment.find('=')));
+    return std::string(trimmed(assignment.substr(0, assignment.find('='))));
 }
 
 void setByAssignment(LimiterSettings& settings, const std::string& assignment) {
@@ -98,7 +92,7 @@ void setByAssignment(LimiterSettings& settings, const std::string& assignment) {
         throw UsageError(
             fmt::format("unknown parameter '{}'{}; see 'vanta params'", name, suggestion(name, names)));
     }
-    const std::string text = trimmed(std::string_view(assignment).substr(equals + 1));
+    const std::string text(trimmed(std::string_view(assignment).substr(equals + 1)));
     setByText(*parameter, text, text);
 }
 

@@ -68,18 +68,18 @@ vanta_layer(limiter/factory SEES foundation plugin/presets)
 
 vanta_layer(host/unified SEES foundation plugin/parameters plugin/processor plugin/model limiter/processor
             limiter/model limiter/factory)
-vanta_layer(host/offline SEES foundation wave dsp/dither plugin/base plugin/parameters plugin/model
-            limiter/parameters limiter/processor host/unified)
+vanta_layer(host/offline SEES foundation wave dsp/dither plugin/base plugin/parameters limiter/parameters
+            limiter/processor)
 
-vanta_layer(audiofile SEES foundation plugin/base)
-vanta_layer(measure SEES foundation kernel dsp/metering plugin/base audiofile)
+vanta_layer(audiofile SEES foundation)
+vanta_layer(measure SEES foundation kernel dsp/metering audiofile)
 vanta_layer(mastering SEES foundation plugin/parameters host/offline audiofile measure)
-vanta_layer(cli SEES foundation plugin/base plugin/parameters plugin/presets plugin/settings plugin/model
+vanta_layer(cli SEES foundation plugin/parameters plugin/presets plugin/settings plugin/model
             limiter/styles limiter/parameters limiter/model limiter/factory host/offline audiofile measure mastering)
 vanta_layer(app SEES cli)
 
 vanta_layer(tools/song SEES foundation)
-vanta_layer(tools/compile_styles SEES limiter/styles)
+vanta_layer(tools/compile_styles SEES foundation limiter/styles)
 vanta_layer(tools/compile_presets SEES foundation plugin/base plugin/parameters plugin/presets limiter/parameters
             limiter/model)
 vanta_layer(tools/preset_table SEES plugin/presets limiter/model limiter/factory host/offline measure
@@ -107,10 +107,9 @@ vanta_layer(tests/conformance SEES ${signal_rooms} ${plugin_rooms} ${limiter_roo
 vanta_layer(tests/realtime SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms} tests/support)
 vanta_layer(tests/host SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} tests/support tests/plugin)
 vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} tests/support tests/plugin)
-vanta_layer(tests/audiofile SEES foundation plugin/base audiofile tests/support)
-vanta_layer(tests/measure SEES foundation plugin/base audiofile measure tests/support)
-vanta_layer(tests/mastering SEES foundation plugin/base host/offline ${file_rooms} tools/song tests/support)
+vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
+vanta_layer(tests/measure SEES foundation audiofile measure tests/support)
+vanta_layer(tests/mastering SEES foundation host/offline ${file_rooms} tools/song tests/support)
 vanta_layer(tests/cli SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} ${file_rooms} cli tools/song
             tests/support tests/plugin)
-vanta_layer(tests/tools SEES tools/song)
 vanta_layer(bench SEES ${signal_rooms} limiter/processor measure tests/support)

@@ -19,4 +19,12 @@ constexpr bool equalsIgnoringCase(std::string_view a, std::string_view b) {
                       [](char x, char y) { return lowerCase(x) == lowerCase(y); });
 }
 
+/// Without the blanks, tabs and line ends around it.
+constexpr std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view kBlanks = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
 }  // namespace vanta

@@ -1,5 +1,7 @@
 #include "foundation/near_miss.hpp"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <numeric>
 
@@ -51,6 +53,11 @@ std::string_view nearMiss(std::string_view text, std::span<const std::string_vie
         }
     }
     return result;
+}
+
+std::string nearMissHint(std::string_view text, std::span<const std::string_view> names) {
+    const std::string_view meant = nearMiss(text, names);
+    return meant.empty() ? std::string() : fmt::format(": did you mean \"{}\"?", meant);
 }
 
 }  // namespace vanta

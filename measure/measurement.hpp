@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "foundation/channel_layout.hpp"
 #include "foundation/progress.hpp"
 #include "measure/programme_meter.hpp"
-#include "plugin/base/channel_layout.hpp"
 
 namespace vanta {
 

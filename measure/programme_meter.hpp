@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "dsp/metering/loudness_meter.hpp"
+#include "foundation/channel_layout.hpp"
 #include "measure/programme.hpp"
-#include "plugin/base/channel_layout.hpp"
 
 namespace vanta {
 

@@ -16,8 +16,6 @@ constexpr float kShortTermMs = 3000.0f;
 constexpr int kMomentaryStrides = 4;
 constexpr int kShortTermStrides = 30;
 
-constexpr int kLfe = 0x1000;
-constexpr int kAngle = 0xFF;
 constexpr float kSideWeight = 1.41f;
 constexpr int kSideFrom = 60;
 constexpr int kSideTo = 120;
@@ -28,8 +26,8 @@ constexpr int kPeakMs = 2000;
 constexpr int kStaleMs = 100;
 
 float weightOf(int typeWord) {
-    if (typeWord & kLfe) return 0.0f;
-    const int angle = typeWord & kAngle;
+    if (typeWord & kLfeChannel) return 0.0f;
+    const int angle = typeWord & kAngleMask;
     return angle >= kSideFrom && angle <= kSideTo ? kSideWeight : 1.0f;
 }
 

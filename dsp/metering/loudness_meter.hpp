@@ -9,6 +9,7 @@
 #include "dsp/metering/k_filter.hpp"
 #include "dsp/metering/loudness_gate.hpp"
 #include "dsp/mixer/mixer.hpp"
+#include "foundation/channel_layout.hpp"
 #include "foundation/interval_timer.hpp"
 #include "wave/level_source.hpp"
 
@@ -18,7 +19,6 @@ namespace vanta {
 /// and the loudness range. All work runs on the audio thread, which is one thread; one other thread reads.
 class LoudnessMeter final : public wave::Source, public PropertyOwner {
 public:
-    static constexpr int kMaxChannels = 10;
     enum SourceIndex { MomentarySource, ShortTermSource, IntegratedSource, SourceCount };
 
     class ChannelFilter;
@@ -29,7 +29,7 @@ public:
     ~LoudnessMeter() override;
 
     /// Set-up: enters a channel with the weight that its speaker's angle has. `typeWord` is that of the
-    /// channel layout: angle in bits 0 to 7, 0x400 for the right side, 0x1000 for LFE.
+    /// channel layout (`channelTypes`).
     void setChannel(int index, int typeWord, ChannelFilter& filter);
     LoudnessSource& source(SourceIndex index) { return *sources_[index]; }
     /// The weighted sum of the channels' mean squares over 400 ms and over 3 s, for meters that follow them

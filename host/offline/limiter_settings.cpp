@@ -1,6 +1,6 @@
 #include "host/offline/limiter_settings.hpp"
 
-#include "plugin/base/channel_layout.hpp"
+#include "foundation/channel_layout.hpp"
 #include "plugin/parameters/number_text.hpp"
 
 namespace vanta {

@@ -3,9 +3,9 @@
 #include <cstdint>
 
 #include "foundation/audio_stream.hpp"
+#include "foundation/channel_layout.hpp"
 #include "foundation/progress.hpp"
 #include "host/offline/limiter_settings.hpp"
-#include "plugin/base/channel_layout.hpp"
 
 namespace vanta {
 

@@ -3,9 +3,9 @@
 #include <memory>
 #include <vector>
 
+#include "foundation/channel_layout.hpp"
 #include "foundation/property.hpp"
 #include "limiter/engine/dynamics_engine.hpp"
-#include "plugin/base/channel_layout.hpp"
 #include "wave/multi_producer.hpp"
 
 namespace vanta {

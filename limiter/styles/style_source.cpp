@@ -5,26 +5,14 @@
 #include <algorithm>
 #include <charconv>
 
+#include "foundation/ascii.hpp"
 #include "foundation/near_miss.hpp"
 #include "limiter/styles/style_check.hpp"
 
 namespace vanta {
 namespace {
 
-/// `: did you mean "Detector 1 Mode"?`, or nothing.
-std::string hint(std::string_view name, std::span<const std::string_view> candidates) {
-    const std::string_view meant = nearMiss(name, candidates);
-    return meant.empty() ? std::string{} : fmt::format(": did you mean \"{}\"?", meant);
-}
-
 using Names = std::vector<std::string_view>;
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 /// A decimal number that takes up the whole text, in any locale; -0 reads as 0.
 std::optional<float> readNumber(std::string_view text) {
@@ -105,8 +93,8 @@ void StyleParser::parseLine(std::string_view text) {
 void StyleParser::parseValue(std::string_view name, std::string_view text) {
     const std::optional<int> position = layout_.findParameter(name);
     if (!position) {
-        fault(line_,
-              fmt::format("unknown parameter \"{}\"{}", name, hint(name, namesOf(layout_.parameters()))));
+        fault(line_, fmt::format("unknown parameter \"{}\"{}", name,
+                                 nearMissHint(name, namesOf(layout_.parameters()))));
         return;
     }
     const auto index = static_cast<std::size_t>(*position);
@@ -197,7 +185,7 @@ void StyleParser::setSlotEnd(SlotField field, std::string_view name) {
     if (found == labels.end()) {
         const Names names(labels.begin(), labels.end());
         fault(line_, fmt::format("unknown {} \"{}\"{}", field == SlotField::Source ? "source" : "target",
-                                 name, hint(name, names)));
+                                 name, nearMissHint(name, names)));
         return;
     }
     setSlot(field, static_cast<float>(found - labels.begin()));

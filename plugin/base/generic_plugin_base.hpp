@@ -14,18 +14,10 @@ public:
     explicit GenericPluginBase(int layout) : channelLayout(layout) {}
 
     int parameterCount() const override { return static_cast<int>(parameters.size()); }
-    AbstractPluginParameter* parameterAt(int index) const override {
-        return parameters[static_cast<std::size_t>(index)];
-    }
+    AbstractPluginParameter* parameterAt(int index) const override;
     int firstParameterIndex() const override { return 0; }
-    int addParameter(AbstractPluginParameter& parameter) override {
-        parameters.push_back(&parameter);
-        return static_cast<int>(parameters.size()) - 1;
-    }
-    int addGroupName(const std::string& name) override {
-        groupNames.push_back(name);
-        return static_cast<int>(groupNames.size()) - 1;
-    }
+    int addParameter(AbstractPluginParameter& parameter) override;
+    int addGroupName(const std::string& name) override;
 
     bool hasOfflineProcessor = false;
     bool supportsMono = false;

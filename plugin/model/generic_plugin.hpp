@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "plugin/base/channel_layout.hpp"
+#include "foundation/channel_layout.hpp"
 #include "plugin/metering/level_exchange.hpp"
 #include "plugin/midi/midi_decoder.hpp"
 #include "plugin/model/change_blocks.hpp"

@@ -1,14 +1,8 @@
 #pragma once
 
-#include <cstdint>
+#include "plugin/midi/midi_message.hpp"
 
 namespace vanta {
-
-struct MidiMessage {
-    std::uint8_t status;
-    std::uint8_t data1;
-    std::uint8_t data2;
-};
 
 /// What a model calls on the host side, on its owner thread unless stated otherwise.
 class PluginAdapter {

@@ -7,9 +7,9 @@
 #include <span>
 #include <vector>
 
+#include "foundation/channel_layout.hpp"
 #include "foundation/lock_free_fifo.hpp"
 #include "foundation/realtime.hpp"
-#include "plugin/base/channel_layout.hpp"
 #include "plugin/base/generic_plugin_base.hpp"
 #include "plugin/midi/midi_controlled.hpp"
 #include "plugin/midi/midi_decoder.hpp"

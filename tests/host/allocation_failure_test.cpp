@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "host/offline/offline_plugin_host.hpp"
 #include "limiter/model/vanta_plugin.hpp"
 #include "limiter/styles/style_record.hpp"
 #include "limiter/styles/style_resources.hpp"
 #include "plugin/midi/controller_mapping.hpp"
+#include "tests/host/in_process_host.hpp"
 #include "tests/plugin/preset_bytes.hpp"
 #include "tests/plugin/user_home.hpp"
 
@@ -40,7 +40,7 @@ public:
     }
 
     UserHome home;
-    OfflinePluginHost host;
+    InProcessHost host;
     std::vector<std::byte> state;       ///< as it stands
     std::vector<std::byte> otherState;  ///< another one, to be loaded
 };
@@ -104,9 +104,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(AllocationFailure, WhileAnInstanceIsBuiltLeavesNothingBehind) {
     const UserHome home;
-    failEachAllocation([] { OfflinePluginHost host(kStereoLayout, 48000.0f); },
+    failEachAllocation([] { InProcessHost host(kStereoLayout, 48000.0f); },
                        [] { EXPECT_EQ(GenericPlugin::instanceCount(), 0); }, 1000);
-    OfflinePluginHost host;
+    InProcessHost host;
     EXPECT_EQ(host.model().presetState().name(), "Default Setting");
 }
 

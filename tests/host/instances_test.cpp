@@ -8,9 +8,9 @@
 #include <thread>
 #include <vector>
 
-#include "host/offline/offline_plugin_host.hpp"
 #include "host/unified/event_pump.hpp"
 #include "limiter/model/vanta_plugin.hpp"
+#include "tests/host/in_process_host.hpp"
 #include "tests/plugin/preset_bytes.hpp"
 #include "tests/plugin/user_home.hpp"
 
@@ -30,10 +30,10 @@ TEST_F(Instances, TwoHundredInTurnLeaveNothingBehind) {
         }
         return files;
     };
-    { const OfflinePluginHost first; }
+    { const InProcessHost first; }
     const auto files = filesOfTheUser();
     for (int i = 0; i < 200; ++i) {
-        OfflinePluginHost host(i % kChannelLayoutCount);
+        InProcessHost host(i % kChannelLayoutCount);
         ASSERT_EQ(GenericPlugin::instanceCount(), 1);
         PluginStatics& statics = host.model().statics();
         ASSERT_EQ(statics.controllers.controllerOf(0), -1);
@@ -45,8 +45,8 @@ TEST_F(Instances, TwoHundredInTurnLeaveNothingBehind) {
 }
 
 TEST_F(Instances, TwentyAtOnceShareOneSetOfStatics) {
-    std::vector<std::unique_ptr<OfflinePluginHost>> hosts;
-    for (int i = 0; i < 20; ++i) hosts.push_back(std::make_unique<OfflinePluginHost>());
+    std::vector<std::unique_ptr<InProcessHost>> hosts;
+    for (int i = 0; i < 20; ++i) hosts.push_back(std::make_unique<InProcessHost>());
     EXPECT_EQ(GenericPlugin::instanceCount(), 20);
     PluginStatics& shared = hosts.front()->model().statics();
     for (auto& host : hosts) EXPECT_EQ(&host->model().statics(), &shared);
@@ -57,7 +57,7 @@ TEST_F(Instances, TwentyAtOnceShareOneSetOfStatics) {
     hosts.clear();
     EXPECT_EQ(GenericPlugin::instanceCount(), 0);
     // The map was kept for the next start.
-    EXPECT_EQ(OfflinePluginHost().model().statics().controllers.controllerOf(3), 11);
+    EXPECT_EQ(InProcessHost().model().statics().controllers.controllerOf(3), 11);
 }
 
 TEST_F(Instances, ComeAndGoOnSeveralThreads) {
@@ -65,7 +65,7 @@ TEST_F(Instances, ComeAndGoOnSeveralThreads) {
     for (int t = 0; t < 3; ++t) {
         threads.emplace_back([t] {
             for (int i = 0; i < 4; ++i) {
-                OfflinePluginHost host;
+                InProcessHost host;
                 const auto held = host.model().statics().lock();
                 host.model().statics().controllers.assign(t, i);
             }
@@ -78,7 +78,7 @@ TEST_F(Instances, ComeAndGoOnSeveralThreads) {
 TEST_F(Instances, TheFirstRestoresThePresetsButNotWhatAUserTookAway) {
     std::string preset;
     {
-        OfflinePluginHost host;
+        InProcessHost host;
         auto& table = dynamic_cast<VantaPlugin&>(host.model());
         EXPECT_EQ(table.presetState().name(), "Default Setting");
         EXPECT_FALSE(table.presetState().modified());
@@ -89,7 +89,7 @@ TEST_F(Instances, TheFirstRestoresThePresetsButNotWhatAUserTookAway) {
         preset = table.statics().findPreset("Modern Loud", true).value().path;
     }
     std::filesystem::remove(preset);
-    OfflinePluginHost again;
+    InProcessHost again;
     EXPECT_FALSE(std::filesystem::exists(preset));
     EXPECT_FALSE(again.model().statics().settings.showWelcomeHint);
 }
@@ -102,7 +102,7 @@ TEST_F(Instances, PresetsOfTheFirstGenerationFollowTheirOwn) {
     home.write("old/From Long Ago.qmp", presetBytes("Vntr", 3, values));
     home.write("old/Default Setting.qmp", presetBytes("Vntr", 3, values));
     home.write("config/Quillmark/Vanta/1.0.conf", "[Texts]\nPresetFolder=" + (home / "old").string() + "\n");
-    OfflinePluginHost host;
+    InProcessHost host;
     auto& table = dynamic_cast<VantaPlugin&>(host.model());
     EXPECT_EQ(table.gain.value(), 0.0f) << "the default is not theirs";
     EXPECT_FALSE(table.statics().findPreset("From Long Ago", true));
@@ -116,7 +116,7 @@ TEST_F(Instances, PresetsOfTheFirstGenerationFollowTheirOwn) {
 }
 
 TEST_F(Instances, AStartThatWasCutShortIsMadeUpFor) {
-    { const OfflinePluginHost complete; }
+    { const InProcessHost complete; }
     const auto preset = home / "documents/Quillmark/Vanta 2/_Basic/Modern Loud.qmp";
     ASSERT_TRUE(std::filesystem::remove(preset));
     const auto settings = home / "config/Quillmark/Vanta/2.0.conf";
@@ -125,13 +125,13 @@ TEST_F(Instances, AStartThatWasCutShortIsMadeUpFor) {
     ASSERT_NE(version, std::string::npos);
     content.erase(version, content.find('\n', version) + 1 - version);
     std::ofstream(settings, std::ios::trunc) << content;
-    const OfflinePluginHost again;
+    const InProcessHost again;
     EXPECT_TRUE(std::filesystem::exists(preset));
     EXPECT_NE(readBytes(settings).find("CurrentVersion="), std::string::npos);
 }
 
 TEST_F(Instances, AThreadOfTheProcessPumpsWhereNoHostDoes) {
-    OfflinePluginHost host;
+    InProcessHost host;
     const EventPump::Registration pumped(host.adapter());
     host.model().statics().controllers.assign(20, 0);
     host.sendMidi(0, {0xB0, 20, 127});

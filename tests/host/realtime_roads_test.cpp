@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "host/offline/offline_plugin_host.hpp"
 #include "limiter/model/vanta_plugin.hpp"
+#include "tests/host/in_process_host.hpp"
 #include "tests/plugin/user_home.hpp"
 #include "tests/support/realtime_trap.hpp"
 
@@ -12,7 +12,7 @@ constexpr int kBlock = 128;
 
 TEST(RealtimeRoads, WhatStartsOnTheAudioThreadLeavesTheSystemAlone) {
     const UserHome home;
-    OfflinePluginHost host;
+    InProcessHost host;
     auto& table = dynamic_cast<VantaPlugin&>(host.model());
     host.model().statics().controllers.assign(20, table.gain.index());
     host.model().statics().controllers.assign(21, table.attack.index());

@@ -6,10 +6,10 @@
 #include <random>
 #include <thread>
 
-#include "host/offline/offline_plugin_host.hpp"
 #include "host/unified/host_position.hpp"
 #include "limiter/model/vanta_plugin.hpp"
 #include "limiter/processor/vanta_processor.hpp"
+#include "tests/host/in_process_host.hpp"
 #include "tests/plugin/user_home.hpp"
 
 namespace vanta::test {
@@ -20,7 +20,7 @@ constexpr int kBlock = 64;
 /// A host, its buffers, and handles on both sides of the plug-in.
 class Session {
 public:
-    explicit Session(OfflinePluginHost::Answers answers = OfflinePluginHost::Answers::AtOnce)
+    explicit Session(InProcessHost::Answers answers = InProcessHost::Answers::AtOnce)
         : host(kStereoLayout, 48000.0f, answers), samples(2 * kBlock) {}
 
     void process() {
@@ -32,7 +32,7 @@ public:
     AbstractPluginParameter& audio(int index) { return *host.processor().parameterAt(index); }
     int count() { return host.model().parameterCount(); }
 
-    OfflinePluginHost host;
+    InProcessHost host;
     std::vector<float> samples;
 };
 
@@ -60,7 +60,7 @@ void setOddValues(Session& session) {
     for (int i = 0; i < session.count(); ++i) session.model(i).setValue(placesOf(session.model(i)).back(), 0);
 }
 
-class ValueRoads : public testing::TestWithParam<OfflinePluginHost::Answers> {
+class ValueRoads : public testing::TestWithParam<InProcessHost::Answers> {
 protected:
     /// Model, processor and host agree to the last bit.
     static void expectAgreement(Session& session, int index, float expected) {
@@ -205,11 +205,9 @@ TEST_P(ValueRoads, TheModelAndTheAudioSideAgreeOnTheLatency) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, ValueRoads,
-                         testing::Values(OfflinePluginHost::Answers::AtOnce,
-                                         OfflinePluginHost::Answers::OnIdle),
+                         testing::Values(InProcessHost::Answers::AtOnce, InProcessHost::Answers::OnIdle),
                          [](const auto& instance) {
-                             return instance.param == OfflinePluginHost::Answers::AtOnce ? "AtOnce"
-                                                                                         : "OnIdle";
+                             return instance.param == InProcessHost::Answers::AtOnce ? "AtOnce" : "OnIdle";
                          });
 
 class Host : public testing::Test {
@@ -254,7 +252,7 @@ TEST_F(Host, AMovedControllerReachesWhoeverLearns) {
 }
 
 TEST_F(Host, AnAnswerThatComesLateDoesNotMoveAControllerBack) {
-    Session session(OfflinePluginHost::Answers::OnIdle);
+    Session session(InProcessHost::Answers::OnIdle);
     session.host.model().statics().controllers.assign(20, 0);
     session.host.sendMidi(0, {0xB0, 20, 30});
     session.process();
@@ -323,7 +321,7 @@ TEST_F(Host, LevelsTravelToTheInterfaceAndCommandsBack) {
 }
 
 TEST_F(Host, TwoThreadsAndTwoInstancesEndInAgreement) {
-    Session first(OfflinePluginHost::Answers::OnIdle);
+    Session first(InProcessHost::Answers::OnIdle);
     Session second;
     first.host.model().statics().controllers.assign(20, 0);
     std::atomic<bool> stop{false};

@@ -6,12 +6,12 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <span>
 #include <sstream>
 #include <stdexcept>
 
 #include "foundation/binary_data.hpp"
+#include "foundation/whole_file.hpp"
 #include "limiter/model/vanta_preset.hpp"
 #include "plugin/base/generic_plugin_base.hpp"
 #include "plugin/presets/parameter_file_list.hpp"
@@ -36,18 +36,10 @@ public:
     void parameterChanged(int, float, int) override {}
 };
 
-std::string readFile(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::string content{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file)
-        throw std::runtime_error(fmt::format("cannot read {}: {}", path.string(), std::strerror(errno)));
-    return content;
-}
-
 std::string presetRecord(const std::filesystem::path& common, const std::filesystem::path& source) {
     ParameterTable table;
-    applyPresetSource(table, readFile(common), common.string());
-    applyPresetSource(table, readFile(source), source.string());
+    applyPresetSource(table, readWholeFile(common), common.string());
+    applyPresetSource(table, readWholeFile(source), source.string());
     std::ostringstream stream;
     BinaryDataWriter writer(stream);
     writeValues(ParameterFileList(table, std::string(kPresetTag)), writer, kPresetVersion);

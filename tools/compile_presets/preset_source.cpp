@@ -9,17 +9,13 @@
 #include <stdexcept>
 #include <vector>
 
+#include "foundation/ascii.hpp"
 #include "foundation/near_miss.hpp"
 #include "plugin/parameters/indexed_parameter.hpp"
 #include "plugin/parameters/number_text.hpp"
 
 namespace vanta {
 namespace {
-
-std::string trimmed(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(" \t\r");
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") + 1 - first);
-}
 
 AbstractPluginParameter& findParameter(const VantaParameters& parameters, const std::string& name) {
     std::vector<std::string_view> names;
@@ -28,9 +24,7 @@ AbstractPluginParameter& findParameter(const VantaParameters& parameters, const 
         if (parameter->name() == name) return *parameter;
         names.push_back(parameter->name());
     }
-    const std::string_view meant = nearMiss(name, names);
-    throw std::runtime_error(fmt::format("unknown parameter \"{}\"{}", name,
-                                         meant.empty() ? "" : fmt::format(": did you mean \"{}\"?", meant)));
+    throw std::runtime_error(fmt::format("unknown parameter \"{}\"{}", name, nearMissHint(name, names)));
 }
 
 std::optional<float> wholeNumber(const std::string& text) {
@@ -65,15 +59,15 @@ float readValue(const AbstractPluginParameter& parameter, const std::string& tex
     return value;
 }
 
-void applyLine(VantaParameters& parameters, const std::string& line, std::set<std::string>& named) {
+void applyLine(VantaParameters& parameters, std::string_view line, std::set<std::string>& named) {
     const std::size_t equals = line.find('=');
-    if (equals == std::string::npos)
+    if (equals == std::string_view::npos)
         throw std::runtime_error(fmt::format("cannot read \"{}\": write \"Parameter = value\"", line));
-    const std::string name = trimmed(line.substr(0, equals));
+    const std::string name(trimmed(line.substr(0, equals)));
     AbstractPluginParameter& parameter = findParameter(parameters, name);
     if (!named.insert(name).second)
         throw std::runtime_error(fmt::format("{} is set twice: remove one of the two lines", name));
-    parameter.setValue(readValue(parameter, trimmed(line.substr(equals + 1))), 0);
+    parameter.setValue(readValue(parameter, std::string(trimmed(line.substr(equals + 1)))), 0);
 }
 
 }  // namespace
@@ -82,9 +76,9 @@ void applyPresetSource(VantaParameters& parameters, const std::string& text, con
     std::istringstream lines(text);
     std::set<std::string> named;
     int number = 0;
-    for (std::string line; std::getline(lines, line);) {
+    for (std::string read; std::getline(lines, read);) {
         ++number;
-        line = trimmed(line);
+        const std::string_view line = trimmed(read);
         if (line.empty() || line.starts_with('#')) continue;
         try {
             applyLine(parameters, line, named);

@@ -8,9 +8,9 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
+#include "foundation/whole_file.hpp"
 #include "limiter/styles/style_check.hpp"
 #include "limiter/styles/style_names.hpp"
 #include "limiter/styles/style_record.hpp"
@@ -26,13 +26,6 @@ constexpr std::string_view kUsage =
        compile_styles --dump RECORD            print a record as a source
 )";
 
-std::string readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::string content{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file) throw std::runtime_error(fmt::format("cannot read {}: {}", path, std::strerror(errno)));
-    return content;
-}
-
 void writeFile(const std::string& path, std::string_view content) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(content.data(), static_cast<std::streamsize>(content.size()));
@@ -41,7 +34,7 @@ void writeFile(const std::string& path, std::string_view content) {
 }
 
 std::vector<std::byte> compile(const EngineLayout& layout, const std::string& path) {
-    return writeStyleRecord(parseStyleSource(layout, readFile(path), path));
+    return writeStyleRecord(parseStyleSource(layout, readWholeFile(path), path));
 }
 
 std::string byteTable(int index, std::span<const std::byte> record) {
@@ -93,7 +86,7 @@ void compileAll(const EngineLayout& layout, const std::string& output, const std
 }
 
 void dump(const EngineLayout& layout, const std::string& path) {
-    const std::string content = readFile(path);
+    const std::string content = readWholeFile(path);
     std::vector<float> values;
     try {
         values = readStyleRecord(std::as_bytes(std::span(content)));

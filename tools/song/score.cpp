@@ -5,11 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <span>
 
+#include "foundation/whole_file.hpp"
 #include "tools/song/notation.hpp"
 
 namespace vanta::song {
@@ -297,12 +296,7 @@ Score parseScore(std::string_view text, const std::string& fileName) {
 }
 
 Score loadScore(const std::filesystem::path& path) {
-    // Opening a folder as a file succeeds; only reading it would fail.
-    std::ifstream file(path, std::ios::binary);
-    if (!file || std::filesystem::is_directory(path))
-        throw ScoreError(fmt::format("{}: cannot be read", path.string()));
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    return parseScore(text, path.filename().string());
+    return parseScore(readWholeFile(path), path.filename().string());
 }
 
 }  // namespace vanta::song

@@ -8,16 +8,16 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/channel_layout.hpp"
 #include "host/unified/unified_plugin_adapter.hpp"
-#include "plugin/base/channel_layout.hpp"
 
-namespace vanta {
+namespace vanta::test {
 
 /// A host in our own process, whole but for a window: it keeps a position from 0 to 1 for each parameter and
 /// gives every change back, whoever made it; it automates, plays MIDI, stores sessions and renders blocks.
 ///
 /// Its constructing thread is its main thread. Another may be the audio thread.
-class OfflinePluginHost {
+class InProcessHost {
 public:
     /// When the host gives a change back.
     enum class Answers {
@@ -25,11 +25,11 @@ public:
         OnIdle,  ///< on the main thread, later
     };
 
-    explicit OfflinePluginHost(ChannelLayout layout = kStereoLayout, float sampleRate = 44100.0f,
-                               Answers when = Answers::AtOnce);
-    ~OfflinePluginHost();
-    OfflinePluginHost(const OfflinePluginHost&) = delete;
-    OfflinePluginHost& operator=(const OfflinePluginHost&) = delete;
+    explicit InProcessHost(ChannelLayout layout = kStereoLayout, float sampleRate = 44100.0f,
+                           Answers when = Answers::AtOnce);
+    ~InProcessHost();
+    InProcessHost(const InProcessHost&) = delete;
+    InProcessHost& operator=(const InProcessHost&) = delete;
 
     // Main thread.
 
@@ -81,4 +81,4 @@ private:
     std::unique_ptr<UnifiedPluginAdapter> adapter_;
 };
 
-}  // namespace vanta
+}  // namespace vanta::test

@@ -1,9 +1,9 @@
-#include "host/offline/offline_plugin_host.hpp"
+#include "tests/host/in_process_host.hpp"
 
 #include "host/unified/host_position.hpp"
 #include "plugin/model/session_state.hpp"
 
-namespace vanta {
+namespace vanta::test {
 namespace {
 
 // Nothing plays but the block: a host without a transport.
@@ -12,9 +12,9 @@ constexpr float kTempo = 120.0f;
 }  // namespace
 
 /// Hands to this host what the plug-in reports.
-class OfflinePluginHost::Adapter final : public UnifiedPluginAdapter {
+class InProcessHost::Adapter final : public UnifiedPluginAdapter {
 public:
-    explicit Adapter(OfflinePluginHost& owner) : UnifiedPluginAdapter(RoundTrip::ByHost), host_(owner) {}
+    explicit Adapter(InProcessHost& owner) : UnifiedPluginAdapter(RoundTrip::ByHost), host_(owner) {}
 
     void reportLatency() override {
         host_.latency_.store(model().latency());
@@ -24,10 +24,10 @@ public:
     void presetNameChanged() override { host_.nameReports_.fetch_add(1); }
 
 private:
-    OfflinePluginHost& host_;
+    InProcessHost& host_;
 };
 
-OfflinePluginHost::OfflinePluginHost(ChannelLayout layout, float sampleRate, Answers when)
+InProcessHost::InProcessHost(ChannelLayout layout, float sampleRate, Answers when)
     : answers_(when), adapter_(std::make_unique<Adapter>(*this)) {
     adapter_->create(layout);
     positions_ = std::vector<std::atomic<double>>(static_cast<std::size_t>(model().parameterCount()));
@@ -39,9 +39,9 @@ OfflinePluginHost::OfflinePluginHost(ChannelLayout layout, float sampleRate, Ans
     latency_.store(model().latency());
 }
 
-OfflinePluginHost::~OfflinePluginHost() = default;
+InProcessHost::~InProcessHost() = default;
 
-void OfflinePluginHost::idle() {
+void InProcessHost::idle() {
     std::vector<std::pair<int, double>> due;
     {
         const std::lock_guard held(answerMutex_);
@@ -51,43 +51,43 @@ void OfflinePluginHost::idle() {
     adapter_->pumpEvents();
 }
 
-void OfflinePluginHost::setPosition(int index, double position) {
+void InProcessHost::setPosition(int index, double position) {
     positions_[static_cast<std::size_t>(index)].store(position);
     adapter_->hostPositionChanged(index, position);
 }
 
-void OfflinePluginHost::valueReported(int index, float value) {
+void InProcessHost::valueReported(int index, float value) {
     const double told = hostPosition(*model().parameterAt(index), value);
     if (positions_[static_cast<std::size_t>(index)].exchange(told) != told) answer(index, told);
 }
 
-void OfflinePluginHost::answer(int index, double position) {
+void InProcessHost::answer(int index, double position) {
     if (answers_ == Answers::AtOnce) return adapter_->hostPositionChanged(index, position);
     const std::lock_guard held(answerMutex_);
     dueAnswers_.emplace_back(index, position);
 }
 
-std::vector<std::byte> OfflinePluginHost::saveState() {
+std::vector<std::byte> InProcessHost::saveState() {
     return writeSessionState(model());
 }
 
-bool OfflinePluginHost::loadState(std::span<const std::byte> bytes) {
+bool InProcessHost::loadState(std::span<const std::byte> bytes) {
     return readSessionState(model(), bytes);
 }
 
-bool OfflinePluginHost::sendMidi(int offset, const MidiMessage& message) {
+bool InProcessHost::sendMidi(int offset, const MidiMessage& message) {
     return adapter_->queueMidi(offset, message);
 }
 
-void OfflinePluginHost::automate(int index, double value) {
+void InProcessHost::automate(int index, double value) {
     adapter_->hostValueChangedInBlock(index, value);
 }
 
-void OfflinePluginHost::process(std::span<const float* const> inputs, std::span<float* const> outputs,
-                                int samples) {
+void InProcessHost::process(std::span<const float* const> inputs, std::span<float* const> outputs,
+                            int samples) {
     processor().updateTransport(kTempo, 0.0f);
     processor().processBlock(inputs.data(), static_cast<int>(inputs.size()), outputs.data(),
                              static_cast<int>(outputs.size()), samples);
 }
 
-}  // namespace vanta
+}  // namespace vanta::test

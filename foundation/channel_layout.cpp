@@ -1,4 +1,4 @@
-#include "plugin/base/channel_layout.hpp"
+#include "foundation/channel_layout.hpp"
 
 #include <array>
 #include <cstddef>

@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <csignal>
 #include <sndfile.h>
 #include <unistd.h>
+#include <csignal>
 
 #include <algorithm>
 #include <sstream>

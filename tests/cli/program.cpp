@@ -1,9 +1,9 @@
 #include "tests/cli/program.hpp"
 
 #include <fcntl.h>
-#include <csignal>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <csignal>
 
 #include <chrono>
 #include <cstdlib>

@@ -6,11 +6,11 @@
 
 #if defined(__x86_64__) && defined(__linux__) && !VANTA_TRAP_UNDER_SANITIZER
 
-#include <csignal>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <ucontext.h>
 #include <unistd.h>
+#include <csignal>
 
 #include "foundation/realtime.hpp"
 

@@ -77,7 +77,7 @@ void requireCommand(const CLI::App& program, std::span<const std::string> argume
 }
 
 std::string usageText(const CLI::App& program, const CLI::ParseError& error) {
-    const std::string text = error.what();
+    std::string text = error.what();
     if (is(error, CLI::ExitCodes::ArgumentMismatch)) return text.substr(0, text.find(':')) + " needs a value";
     if (is(error, CLI::ExitCodes::ConversionError)) return conversionText(text);
     if (is(error, CLI::ExitCodes::ValidationError)) return rangeErrorText(text);

@@ -30,7 +30,7 @@ std::string wildcardOf(const std::string& pattern) {
 
 }  // namespace
 
-PosixFileEnumerator::PosixFileEnumerator(std::string pattern, bool directories)
+PosixFileEnumerator::PosixFileEnumerator(const std::string& pattern, bool directories)
     : shellPattern_(toShellPattern(wildcardOf(pattern))),
       directories_(directories),
       folder_(::opendir(folderOf(pattern).c_str())) {}

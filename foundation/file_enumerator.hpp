@@ -23,7 +23,7 @@ public:
     /// `pattern` is a folder path and, after its last slash, a file name in which `*` stands for any
     /// characters and `?` for one, without regard to the case of ASCII letters. Lists either directories,
     /// without "." and "..", or regular files; links count as what they lead to.
-    PosixFileEnumerator(std::string pattern, bool directories);
+    PosixFileEnumerator(const std::string& pattern, bool directories);
     bool next() override;
     void name(std::string& out) const override { out = current_; }
 

@@ -143,6 +143,7 @@ HWY_INLINE void middlePass(D d, const float* in, float* out, const float* twiddl
 
 void fftMiddle(const float* in, float* out, const float* twiddles, std::size_t half, std::size_t stride,
                std::size_t begin, std::size_t end) {
+    // NOLINTNEXTLINE(bugprone-branch-clone): the two tags are the same type where vectors hold four.
     if (stride < 16) {
         middlePass(hn::CappedTag<float, 4>(), in, out, twiddles, half, stride, begin, end);
     } else {

@@ -139,7 +139,7 @@ private:
 
     std::string timeText(double time) const {
         if (seconds_ < 14.0) return fmt::format("{:.1f} s", time);
-        const int whole = static_cast<int>(time + 0.5);
+        const long whole = std::lround(time);
         return fmt::format("{}:{:02}", whole / 60, whole % 60);
     }
 

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "foundation/numbers.hpp"
 
@@ -42,7 +43,7 @@ void addChannelFields(std::vector<Field>& fields, const ChannelFigures& figures)
 std::vector<Field> fieldsOf(const Measurement& measurement) {
     const ProgrammeFigures& figures = measurement.figures;
     const bool failed = !measurement.error.empty();
-    const auto unlessFailed = [&](Json value) { return failed ? Json(nullptr) : value; };
+    const auto unlessFailed = [&](Json value) { return failed ? Json(nullptr) : std::move(value); };
     std::vector<Field> fields;
     fields.push_back({"file", measurement.file.string()});
     fields.push_back({"format", unlessFailed(measurement.format)});

@@ -24,7 +24,8 @@ std::u32string upperCased(const std::string& text) {
     for (const char* at = text.data(); at < end;) {
         const gunichar character = g_utf8_get_char_validated(at, end - at);
         const bool isCharacter = character < static_cast<gunichar>(-2);
-        upper += isCharacter ? g_unichar_toupper(character) : static_cast<unsigned char>(*at);
+        const gunichar raw = static_cast<unsigned char>(*at);
+        upper += static_cast<char32_t>(isCharacter ? g_unichar_toupper(character) : raw);
         at = isCharacter ? g_utf8_next_char(at) : at + 1;
     }
     return upper;

@@ -63,11 +63,14 @@ void vanta::test::trap::installInterposers() {}
 
 extern "C" {
 
+// The C library's own names for what is replaced here.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 void* __libc_malloc(std::size_t);
 void* __libc_calloc(std::size_t, std::size_t);
 void* __libc_realloc(void*, std::size_t);
 void* __libc_memalign(std::size_t, std::size_t);
 void __libc_free(void*);
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 void* malloc(std::size_t size) noexcept {
     allocation("malloc");
@@ -111,6 +114,7 @@ void free(void* block) noexcept {
 
 }  // extern "C"
 
+// NOLINTBEGIN(bugprone-macro-parentheses): parameters and arguments come with parentheses of their own.
 #define VANTA_TRAP_LOCK(name, parameters, arguments, specification) \
     extern "C" int name parameters specification {                  \
         using Function = int parameters;                            \
@@ -137,5 +141,6 @@ VANTA_TRAP_LOCK(pthread_cond_clockwait,
 VANTA_TRAP_LOCK(sem_wait, (sem_t * s), (s), )
 VANTA_TRAP_LOCK(sem_trywait, (sem_t * s), (s), noexcept)
 VANTA_TRAP_LOCK(sem_post, (sem_t * s), (s), noexcept)
+// NOLINTEND(bugprone-macro-parentheses)
 
 #endif

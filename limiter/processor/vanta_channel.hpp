@@ -11,7 +11,7 @@
 #include "limiter/engine/dynamics_processor.hpp"
 #include "limiter/latency/signal_path_delays.hpp"
 #include "limiter/parameters/vanta_parameters.hpp"
-#include "plugin/processor/generic_plugin_processor.hpp"
+#include "plugin/processor/processor_channel.hpp"
 #include "wave/delay.hpp"
 #include "wave/router.hpp"
 #include "wave/volume_filter.hpp"

@@ -8,6 +8,7 @@
 #include "plugin/parameters/abstract_plugin_parameter.hpp"
 #include "plugin/processor/bypass_processor.hpp"
 #include "plugin/processor/flush_denormals.hpp"
+#include "plugin/processor/processor_channel.hpp"
 
 namespace vanta {
 

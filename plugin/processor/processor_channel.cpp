@@ -1,6 +1,6 @@
-#include <algorithm>
+#include "plugin/processor/processor_channel.hpp"
 
-#include "plugin/processor/generic_plugin_processor.hpp"
+#include <algorithm>
 
 namespace vanta {
 

@@ -1,5 +1,5 @@
 #include "plugin/parameters/abstract_plugin_parameter.hpp"
-#include "plugin/processor/generic_plugin_processor.hpp"
+#include "plugin/processor/processor_channel.hpp"
 
 // How a parameter takes effect: changed on any thread, queued, applied on the audio thread at a seam.
 namespace vanta {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "plugin/parameters/prop_plugin_parameter.hpp"
-#include "plugin/processor/generic_plugin_processor.hpp"
+#include "plugin/processor/processor_channel.hpp"
 #include "wave/delay.hpp"
 
 namespace vanta::test {

@@ -112,7 +112,7 @@ TEST_F(CommandRender, IntegersAreTheDitheredSamplesOrElseTheNearest) {
     render("in.wav plain.wav --subtype pcm_16");
     const auto integers = readIntegers(folder / "plain.wav");
     for (std::size_t i = 0; i < integers.size(); ++i)
-        ASSERT_LE(std::abs(integers[i] / 65536 - static_cast<double>(tone[i / 2]) * 32768), 0.51) << i;
+        ASSERT_LE(std::abs(integers[i] / 65536.0 - static_cast<double>(tone[i / 2]) * 32768), 0.51) << i;
 }
 
 TEST_F(CommandRender, WhatExceedsFullScaleBecomesFloatUnlessASubtypeWasNamed) {

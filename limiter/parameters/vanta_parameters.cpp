@@ -55,6 +55,11 @@ VantaParameters::VantaParameters(GenericPluginBase& plugin) : owner_(plugin) {
 
 void VantaParameters::setUpParameters() {
     int index = gain.index();
+    const int members = owner_.parameterCount() - index;
+    if (members != kParameterCount) {
+        throw std::logic_error("the parameter table has " + std::to_string(kParameterCount) +
+                               " rows, but VantaParameters has " + std::to_string(members) + " members");
+    }
     for (const ParameterRow& row : kParameterTable) {
         AbstractPluginParameter& parameter = *owner_.parameterAt(index++);
         setUp(parameter, row);

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "limiter/latency/signal_path_delays.hpp"
-#include "limiter/parameters/vanta_parameters.hpp"
+#include "limiter/styles/style_names.hpp"
 
 namespace vanta {
 
 /// What a style puts into the path of its gain, from its record: known before the engine has taken the style
 /// up, and without an engine. Any thread; the first call of the process reads all records and allocates.
-StageCounts styleStages(VantaParameters::LimitingStyle style);
+StageCounts styleStages(LimitingStyle style);
 
 }  // namespace vanta

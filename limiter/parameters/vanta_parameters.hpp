@@ -17,7 +17,6 @@ namespace vanta {
 /// side of an instance have a table each and exchange pairs of index and value.
 class VantaParameters {
 public:
-    enum class LimitingStyle { Transparent, Punchy, Dynamic, Allround, Aggressive, Modern, Bus, Safe };
     enum class OversamplingMode { Off, X2, X4, X8, X16, X32 };
     enum class Dithering { Off, Bits16, Bits18, Bits20, Bits22, Bits24 };
     enum class DisplayMode { SlowDown, Fast, Slow, Infinite, Off };

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "limiter/parameters/vanta_parameters.hpp"
+#include "limiter/styles/style_names.hpp"
 
 namespace vanta {
 
@@ -21,19 +21,19 @@ struct StyleRouting {
     std::array<Link, 4> links{Link::Transients, Link::Release, Link::Release, Link::Free};
 };
 
-constexpr StyleRouting styleRouting(VantaParameters::LimitingStyle style) {
+constexpr StyleRouting styleRouting(LimitingStyle style) {
     using enum StyleRouting::Link;
     StyleRouting routing;
     switch (style) {
-        case VantaParameters::LimitingStyle::Dynamic:
+        case LimitingStyle::Dynamic:
             routing.firstVca = 1;
             routing.secondVca = 0;
             routing.links = {Transients, Release, Transients, Free};
             break;
-        case VantaParameters::LimitingStyle::Aggressive:
+        case LimitingStyle::Aggressive:
             routing.tappedConvolver = 1;  // its clipper's output goes past the smoothing
             break;
-        case VantaParameters::LimitingStyle::Modern:
+        case LimitingStyle::Modern:
             routing.secondVca = 1;
             routing.links = {Transients, Release, Release, Release};
             break;

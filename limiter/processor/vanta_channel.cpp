@@ -10,8 +10,6 @@ namespace vanta {
 
 namespace {
 
-using LimitingStyle = VantaParameters::LimitingStyle;
-
 /// Corner of the DC filters, in log2 of hertz: 1.5 Hz.
 const float kDcCorner = std::log2(1.5f);
 /// The Unity Gain trim reaches 30 dB up.

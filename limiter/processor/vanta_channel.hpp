@@ -70,7 +70,7 @@ public:
 
     // Audio thread, without allocation.
 
-    void setDelays(const SignalPathDelays& delays, VantaParameters::LimitingStyle style);
+    void setDelays(const SignalPathDelays& delays, LimitingStyle style);
     /// dB; `targetDb` is the highest level that leaves the channel.
     void setLevels(float outputLevelDb, float targetDb);
     /// Lets Convolver `index` hand on its input late but unsmoothed; -1 lets none.
@@ -100,8 +100,8 @@ private:
     void wireAudition();
     void bind(VantaParameters& parameters);
     void prepareSwitch(const SignalPathDelays& delays);
-    void routeGain(VantaParameters::LimitingStyle style);
-    int audioDelayOf(int vca, VantaParameters::LimitingStyle style) const;
+    void routeGain(LimitingStyle style);
+    int audioDelayOf(int vca, LimitingStyle style) const;
 
     DynamicsEngine& engine_;
     const wave::SubEnvironment& oversampled_;

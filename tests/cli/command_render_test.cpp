@@ -11,6 +11,7 @@
 
 #include "cli/option_declarer.hpp"
 #include "cli/texts.hpp"
+#include "limiter/styles/style_names.hpp"
 #include "tests/cli/program.hpp"
 #include "tests/support/sound_files.hpp"
 
@@ -196,7 +197,7 @@ TEST_F(CommandRender, ListsAndHelpShowWhatThereIs) {
     const auto printed = [&](const std::string& command) {
         return runProgram(folder.path, words(command)).out;
     };
-    EXPECT_EQ(std::ranges::count(printed("styles"), '\n'), 8);
+    EXPECT_EQ(std::ranges::count(printed("styles"), '\n'), kStyleCount);
     const std::string params = printed("params");
     for (const char* text : {"Gain", "0 to 30 dB", "Loudness Integrated Peak Time Scale", "250.0 ms"})
         EXPECT_THAT(params, HasSubstr(text));

@@ -125,7 +125,7 @@ TEST(Latency, FollowsEveryChangeOfTheSettings) {
     LimiterRig rig(setup);
     Random random(17);
     for (int i = 0; i < 24; ++i) {
-        setup.style = kStyles[static_cast<std::size_t>(random.between(0, 7))];
+        setup.style = static_cast<Style>(random.between(0, kStyleCount - 1));
         setup.oversamplingIndex = random.between(0, 3);
         setup.truePeak = random.between(0, 1) == 1;
         SCOPED_TRACE(describe(setup));

@@ -44,10 +44,8 @@ TEST(ProgrammeMeter, SaysWhereTheExtremesLie) {
 TEST(ProgrammeMeter, SeesThePeaksThatTheLimiterDoesNot) {
     // White noise is the worst for interpolators of finite length. The limiter's own finds nothing to object
     // to; what was rendered must not be judged by it.
-    LimiterSetup setup{.style = VantaParameters::LimitingStyle::Allround,
-                       .truePeak = true,
-                       .gainDb = 24.0f,
-                       .layout = kMonoLayout};
+    LimiterSetup setup{
+        .style = LimitingStyle::Allround, .truePeak = true, .gainDb = 24.0f, .layout = kMonoLayout};
     const Signal out = limited(setup, {whiteNoise(3, 44100)})[0];
     const auto [figures, timeline] = measure({out}, kMonoLayout, 44100.0);
     const double judged = valueOr(figures.total.truePeak);

@@ -75,7 +75,7 @@ void runPresetMap(std::string_view bytes) {
 }
 
 void runControllerMap(std::string_view bytes) {
-    constexpr int kParameters = 31;
+    constexpr int kParameters = VantaParameters::kParameterCount;
     BinaryMemoryReader reader(bytesOf(bytes));
     ControllerMapping map(kParameters);
     map.read(reader);
@@ -166,8 +166,8 @@ std::vector<std::string> presetMapSamples() {
 }
 
 std::vector<std::string> controllerMapSamples() {
-    ControllerMapping map(31);
-    for (int i = 0; i < 31; ++i) map.assign(3 * i, i);
+    ControllerMapping map(VantaParameters::kParameterCount);
+    for (int i = 0; i < VantaParameters::kParameterCount; ++i) map.assign(3 * i, i);
     std::ostringstream stream;
     BinaryDataWriter writer(stream);
     map.write(writer);

@@ -54,12 +54,12 @@ TEST(OfflineRender, TheOutputIsAlignedWithTheInputAndAsLong) {
     constexpr std::size_t kFirst = 3001;
     const Signal left = impulse(kLength, kFirst, 0.25);
     const Signal right = impulse(kLength, kLength - 1, 0.25);  // the very last sample
-    for (int setup = 0; setup < 8 * 3 * 2; ++setup) {
+    for (int setup = 0; setup < kStyleCount * 3 * 2; ++setup) {
         SCOPED_TRACE(setup);
         LimiterSettings settings;
-        settings.style.setValue(static_cast<float>(setup % 8), 0);
-        settings.oversampling.setValue(static_cast<float>(setup / 8 % 3), 0);
-        settings.truePeakLimiting.setMapped(setup >= 24);
+        settings.style.setValue(static_cast<float>(setup % kStyleCount), 0);
+        settings.oversampling.setValue(static_cast<float>(setup / kStyleCount % 3), 0);
+        settings.truePeakLimiting.setMapped(setup >= kStyleCount * 3);
         const Outcome out = limited({left, right}, settings);
         ASSERT_EQ(out.channels.size(), 2u);
         ASSERT_EQ(out.channels[0].size(), kLength);

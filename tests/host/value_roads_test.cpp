@@ -192,7 +192,7 @@ TEST_P(ValueRoads, FromASessionsStateToAll) {
 TEST_P(ValueRoads, TheModelAndTheAudioSideAgreeOnTheLatency) {
     Session session(GetParam());
     auto& table = dynamic_cast<VantaPlugin&>(session.host.model());
-    for (int setup = 0; setup < 8 * 6 * 2; ++setup) {
+    for (int setup = 0; setup < kStyleCount * 6 * 2; ++setup) {
         table.style.setValue(static_cast<float>(setup / 12), 0);
         table.oversampling.setValue(static_cast<float>(setup / 2 % 6), 0);
         table.truePeakLimiting.setMapped(setup % 2 == 1);

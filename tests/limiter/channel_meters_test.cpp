@@ -82,7 +82,7 @@ TEST(ChannelMeters, LatchAClipOfTheOutputUntilTheStyleChanges) {
     EXPECT_NEAR(peak, -6.0f, 0.1f);
     rig.play(tone(0.5, 0.01));
     EXPECT_EQ(rig.read(OutputPeak, wave::LevelSource::Extreme), peak);
-    limiter.style.setMapped(VantaParameters::LimitingStyle::Modern);
+    limiter.style.setMapped(LimitingStyle::Modern);
     rig.play(tone(0.5, 0.01));
     EXPECT_LT(rig.read(OutputPeak, wave::LevelSource::Extreme), -30.0f);
 }

@@ -76,7 +76,6 @@ TEST(VantaParameters, LastEnumeratorsReadAsTheLastLabels) {
         EXPECT_EQ(parameter.engineValue(parameter.maximum()), last) << label;
         EXPECT_EQ(parameter.text(parameter.maximum()), label);
     };
-    lastIs(table.parameters.style, P::LimitingStyle::Safe, "Safe");
     lastIs(table.parameters.oversampling, P::OversamplingMode::X32, "32x");
     lastIs(table.parameters.dithering, P::Dithering::Bits24, "24 Bits");
     lastIs(table.parameters.noiseShaping, DitherFilter::Weighted, "Weighted");

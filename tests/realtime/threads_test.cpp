@@ -86,7 +86,7 @@ TEST(Threads, ThatSetAStyleHandItOverWhole) {
     for (const Style last : {Style::Transparent, Style::Dynamic, Style::Aggressive, Style::Bus}) {
         {
             const Worker setter(static_cast<std::uint64_t>(last) + 10, [&](Random& random) {
-                rig.limiter().style.setMapped(kStyles[static_cast<std::size_t>(random.between(0, 7))]);
+                rig.limiter().style.setMapped(static_cast<Style>(random.between(0, kStyleCount - 1)));
             });
             for (int i = 0; i < 20; ++i) rig.process({Signal(300, 0.05f), Signal(300, 0.05f)}, 100);
         }
@@ -103,7 +103,7 @@ TEST(Threads, ThatSetMoreThanTheQueuesHoldLoseNothing) {
         rig.process(Channels(2, Signal(30000, 0.0f)));
         Random random(23);
         for (int i = 0; i < 1500; ++i) {
-            rig.limiter().style.setMapped(kStyles[static_cast<std::size_t>(random.between(0, 7))]);
+            rig.limiter().style.setMapped(static_cast<Style>(random.between(0, kStyleCount - 1)));
         }
         rig.limiter().style.setMapped(last);
         expectAsFresh(rig, setup, last);

@@ -19,15 +19,16 @@
 /// Drives a whole limiter as a host does: settings first, then blocks of audio.
 namespace vanta::test {
 
-using Style = VantaParameters::LimitingStyle;
+using Style = LimitingStyle;
 
-inline constexpr std::array kStyles = {Style::Transparent, Style::Punchy, Style::Dynamic, Style::Allround,
-                                       Style::Aggressive,  Style::Modern, Style::Bus,     Style::Safe};
+inline constexpr auto kStyles = [] {
+    std::array<Style, kStyleTable.size()> styles{};
+    std::ranges::transform(kStyleTable, styles.begin(), &StyleRow::style);
+    return styles;
+}();
 
-inline const char* nameOf(Style style) {
-    static constexpr const char* kNames[] = {"Transparent", "Punchy", "Dynamic", "Allround",
-                                             "Aggressive",  "Modern", "Bus",     "Safe"};
-    return kNames[static_cast<int>(style)];
+inline std::string nameOf(Style style) {
+    return std::string(kStyleTable[static_cast<std::size_t>(style)].name);
 }
 
 /// One signal a channel, in the layout's order, all of one length.

@@ -1,23 +1,20 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
-#include <array>
 #include <chrono>
 #include <string>
 #include <vector>
 
-#include "bench/limiter_rig.hpp"
+#include "bench/busy_limiter.hpp"
 
 namespace vanta::bench {
 namespace {
 
 constexpr int kBlock = 256;
-constexpr std::array kStyles{"Transparent", "Punchy", "Dynamic", "Allround",
-                             "Aggressive",  "Modern", "Bus",     "Safe"};
 
 /// Prints time per frame and the multiple of real time, and runs a warm limiter.
 void measure(benchmark::State& state, const Setting& setting, int block = kBlock) {
-    LimiterRig rig(setting);
+    BusyLimiter rig(setting);
     for (int i = 0; i < rig.frames(); i += block) rig.run(block);
     for (auto _ : state) rig.run(block);
     const auto frames = static_cast<double>(state.iterations()) * block;
@@ -28,13 +25,13 @@ void measure(benchmark::State& state, const Setting& setting, int block = kBlock
 }
 
 void registerStyles() {
-    for (int style = 0; style < static_cast<int>(kStyles.size()); ++style) {
+    for (const StyleRow& style : kStyleTable) {
         for (const float rate : {44100.0f, 96000.0f}) {
             for (const bool truePeak : {false, true}) {
-                const std::string name = "style/" + std::string(kStyles[static_cast<std::size_t>(style)]) +
-                                         "/" + std::to_string(static_cast<int>(rate)) +
+                const std::string name = "style/" + std::string(style.name) + "/" +
+                                         std::to_string(static_cast<int>(rate)) +
                                          (truePeak ? "/true_peak" : "");
-                benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+                benchmark::RegisterBenchmark(name.c_str(), [=, style = style.style](benchmark::State& state) {
                     measure(state, {style, 0, truePeak, rate});
                 });
             }
@@ -48,7 +45,7 @@ void registerOversampling() {
             const std::string name =
                 "oversampling/" + std::to_string(1 << index) + "x" + (truePeak ? "/true_peak" : "");
             benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-                measure(state, {5, index, truePeak});
+                measure(state, {.oversampling = index, .truePeak = truePeak});
             });
         }
     }
@@ -58,14 +55,14 @@ void registerLayouts() {
     for (const ChannelLayout layout : {kMonoLayout, kStereoLayout, 6, 14}) {
         const std::string name = "layout/" + std::string(channelLayoutName(layout));
         benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-            measure(state, {5, 0, true, 48000.0f, layout});
+            measure(state, {.truePeak = true, .sampleRate = 48000.0f, .layout = layout});
         });
     }
 }
 
 /// The spread of block times: what decides whether a block is late.
 void blockTimes(benchmark::State& state, int block, int oversampling) {
-    LimiterRig rig({5, oversampling, true});
+    BusyLimiter rig({.oversampling = oversampling, .truePeak = true});
     std::vector<double> microseconds;
     for (auto _ : state) {
         const auto start = std::chrono::steady_clock::now();

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "bench/limiter_rig.hpp"
+#include "bench/busy_limiter.hpp"
 #include "dsp/detector/rms_filter.hpp"
 #include "dsp/metering/level_meter.hpp"
 #include "dsp/metering/loudness_meter.hpp"
@@ -140,7 +140,7 @@ BENCHMARK_CAPTURE(libebur128, loudness_and_true_peak, kLoudnessMode | EBUR128_MO
 
 /// The whole limiter that these meters are a part of, with no display open.
 void limiterAroundThem(benchmark::State& state) {
-    LimiterRig rig({.sampleRate = static_cast<float>(kRate)});
+    BusyLimiter rig({.sampleRate = static_cast<float>(kRate)});
     for (int i = 0; i < rig.frames(); i += kBlock) rig.run(kBlock);
     for (auto _ : state) rig.run(kBlock);
     count(state);

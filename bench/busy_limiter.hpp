@@ -4,12 +4,13 @@
 #include <vector>
 
 #include "limiter/processor/vanta_processor.hpp"
+#include "limiter/styles/style_names.hpp"
 #include "tests/support/signals.hpp"
 
 namespace vanta::bench {
 
 struct Setting {
-    int style = 5;
+    LimitingStyle style = LimitingStyle::Modern;
     int oversampling = 0;  ///< index: 0 to 5 for 1x to 32x
     bool truePeak = false;
     float sampleRate = 44100.0f;
@@ -18,11 +19,11 @@ struct Setting {
 };
 
 /// A limiter at work on bursts of pink noise, which keep every part of it busy.
-class LimiterRig {
+class BusyLimiter {
 public:
-    explicit LimiterRig(const Setting& setting) : processor(setting.layout) {
+    explicit BusyLimiter(const Setting& setting) : processor(setting.layout) {
         processor.prepare(setting.sampleRate);
-        processor.style.setValue(static_cast<float>(setting.style), kFromHost);
+        processor.style.setMapped(setting.style);
         processor.oversampling.setValue(static_cast<float>(setting.oversampling), kFromHost);
         processor.truePeakLimiting.setValue(setting.truePeak ? 1.0f : 0.0f, kFromHost);
         processor.gain.setValue(setting.gainDb, kFromHost);

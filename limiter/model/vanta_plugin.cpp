@@ -1,6 +1,6 @@
 #include "limiter/model/vanta_plugin.hpp"
 
-#include "limiter/latency/style_stages.hpp"
+#include "limiter/latency/parameter_delays.hpp"
 #include "limiter/model/vanta_preset.hpp"
 #include "limiter/model/vanta_product.hpp"
 #include "limiter/model/vanta_statics.hpp"
@@ -33,18 +33,11 @@ bool VantaPlugin::loadFile(const std::string& path) {
 }
 
 void VantaPlugin::parameterHook(int index) {
-    const bool delaysChange = index == kAllParameters || index == truePeakLimiting.index() ||
-                              index == style.index() || index == oversampling.index();
-    if (delaysChange) updateLatency();
-}
-
-SignalPathDelays VantaPlugin::delays() const {
-    return {sampleRate(), 1 << oversampling.currentIndex(), truePeakLimiting.mapped(),
-            styleStages(style.mapped())};
+    if (changesDelays(*this, index)) updateLatency();
 }
 
 void VantaPlugin::updateLatency() {
-    setLatency(delays().total);
+    setLatency(delaysOf(*this, sampleRate()).total);
 }
 
 }  // namespace vanta

@@ -3,7 +3,6 @@
 #include <memory>
 #include <string>
 
-#include "limiter/latency/signal_path_delays.hpp"
 #include "limiter/parameters/vanta_parameters.hpp"
 #include "plugin/model/generic_plugin.hpp"
 
@@ -22,9 +21,6 @@ public:
     std::string presetMagic() const override;
     int presetVersion() const override;
     void updateLatency() override;
-
-    /// The delays that the present settings ask for.
-    SignalPathDelays delays() const;
 
 protected:
     std::unique_ptr<PluginStatics> createStatics() override;

@@ -1,6 +1,7 @@
 #include "limiter/processor/vanta_processor.hpp"
 
 #include "foundation/resource.hpp"
+#include "limiter/latency/parameter_delays.hpp"
 #include "limiter/latency/style_stages.hpp"
 #include "limiter/styles/style_resources.hpp"
 #include "plugin/parameters/parameter_change_forwarder.hpp"
@@ -11,7 +12,6 @@ namespace {
 
 /// The amount of a linker that no parameter drives.
 constexpr float kFreeLinkAmount = 0.5f;
-constexpr int kAllParameters = -1;
 
 static_assert(StyleRouting{}.links.size() == limiterConfiguration().built[indexOf(ElementKind::Detector)],
               "every Detector that is built has a linker, which follows something");
@@ -110,21 +110,13 @@ void VantaProcessor::applyInitialValues() {
     applyPending();
 }
 
-SignalPathDelays VantaProcessor::delays() const {
-    return {sampleRate(), 1 << oversampling.currentIndex(), truePeakLimiting.mapped(),
-            styleStages(style.mapped())};
-}
-
 void VantaProcessor::updateLatency() {
-    setLatency(delays().total);
+    setLatency(delaysOf(*this, sampleRate()).total);
 }
 
 void VantaProcessor::parameterAboutToChange(int index) {
-    const bool all = index == kAllParameters;
-    if (all || index == style.index()) loadStyle();
-    if (all || index == style.index() || index == oversampling.index() || index == truePeakLimiting.index()) {
-        updateLatency();
-    }
+    if (index == kAllParameters || index == style.index()) loadStyle();
+    if (changesDelays(*this, index)) updateLatency();
 }
 
 void VantaProcessor::loadStyle() {

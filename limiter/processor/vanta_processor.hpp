@@ -25,8 +25,6 @@ public:
     int tailLength() const override { return 64; }
 
     VantaChannel& channel(int index) { return *vantaChannels_[static_cast<std::size_t>(index)]; }
-    /// The delays that the present settings ask for. Any thread.
-    SignalPathDelays delays() const;
 
 protected:
     void initShared() override;

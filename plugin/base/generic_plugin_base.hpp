@@ -11,6 +11,9 @@ class GenericPluginBase : public GenericParameterResponder {
 public:
     enum class MidiState { Enabled, Disabled };
 
+    /// In place of an index.
+    static constexpr int kAllParameters = -1;
+
     explicit GenericPluginBase(int layout) : channelLayout(layout) {}
 
     int parameterCount() const override { return static_cast<int>(parameters.size()); }

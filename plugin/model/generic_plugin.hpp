@@ -38,8 +38,6 @@ public:
     using Adapter = PluginAdapter;
     using Listener = PluginListener;
 
-    static constexpr int kAllParameters = -1;
-
     /// The phases of a user's gesture on a control.
     enum class Gesture { Begin, Change, End };
 

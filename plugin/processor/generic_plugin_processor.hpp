@@ -112,7 +112,7 @@ protected:
     virtual void setInputBuffers(const float* const* inputs, int inputCount, int samples);
     virtual void fetchOutputs(const float** wet, int channelCount, int samples);
     virtual void transportChanged(float /*tempo*/, double /*beatPosition*/) {}
-    /// On the thread that sets the parameter, before the change is queued. -1 stands for all.
+    /// On the thread that sets the parameter, before the change is queued. An index or kAllParameters.
     virtual void parameterAboutToChange(int /*index*/) {}
     /// On the audio thread, after the parameter has driven its cells.
     virtual void parameterApplied(int index);

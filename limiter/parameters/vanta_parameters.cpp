@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "limiter/parameters/meter_order.hpp"
 #include "limiter/parameters/parameter_help.hpp"
 
 namespace vanta {
@@ -73,10 +74,10 @@ void VantaParameters::describePlugin() {
     owner_.supportsMono = true;
     owner_.supportsSurround = true;
     owner_.sideChainAvailable = true;
-    owner_.gainReductionSource = 5;
-    owner_.audioSourceCount = 3;
-    owner_.levelSourcesPerChannel = 3;
-    owner_.globalLevelSources = 3;
+    owner_.gainReductionSource = levelPosition(0, ChannelLevel::Gain);
+    owner_.audioSourceCount = kCountOf<RecordedAudio>;
+    owner_.levelSourcesPerChannel = kCountOf<ChannelLevel>;
+    owner_.globalLevelSources = kCountOf<ProgrammeLevel>;
 }
 
 std::vector<AbstractPluginParameter*> VantaParameters::parametersWith(bool ParameterRow::*property) const {

@@ -1,5 +1,7 @@
 #include "limiter/processor/channel_meters.hpp"
 
+#include <stdexcept>
+
 #include "foundation/numbers.hpp"
 
 namespace vanta {
@@ -78,6 +80,20 @@ ChannelMeters::ChannelMeters(VantaChannel& channel, LoudnessMeter& loudnessMeter
     gainMeter_.clipIndicator = false;
     gainMeter_.holdTime = 0.05f;
     setRange(gainMeter_, -72.0f, 0.0f, kNoFall);
+}
+
+wave::LevelSource& ChannelMeters::level(ChannelLevel which) {
+    switch (which) {
+        case ChannelLevel::OutputPeak:
+            return outputMeter_;
+        case ChannelLevel::RmsOrLoudness:
+            return loudnessLevel_;
+        case ChannelLevel::Gain:
+            return gainMeter_;
+        case ChannelLevel::Count:
+            break;
+    }
+    throw std::logic_error("no level of a channel");
 }
 
 void ChannelMeters::setScale(MeterScale scale) {

@@ -3,6 +3,7 @@
 #include "dsp/detector/rms_filter.hpp"
 #include "dsp/metering/level_meter.hpp"
 #include "dsp/metering/loudness_meter.hpp"
+#include "limiter/parameters/meter_order.hpp"
 #include "limiter/processor/vanta_channel.hpp"
 
 namespace vanta {
@@ -12,9 +13,7 @@ class ChannelMeters {
 public:
     ChannelMeters(VantaChannel& channel, LoudnessMeter& loudnessMeter, VantaParameters& parameters);
 
-    LevelMeter& outputPeak() { return outputMeter_; }
-    wave::LevelSource& rmsOrLoudness() { return loudnessLevel_; }
-    LevelMeter& gain() { return gainMeter_; }
+    wave::LevelSource& level(ChannelLevel which);
 
     /// Takes up Meter Scale. Audio thread.
     VANTA_REALTIME void setScale(VantaParameters::MeterScale scale);

@@ -1,5 +1,7 @@
 #include "limiter/processor/vanta_meters.hpp"
 
+#include <stdexcept>
+
 namespace vanta {
 
 VantaMeters::VantaMeters(wave::Environment& environment, Channels channels, VantaParameters& parameters)
@@ -7,29 +9,44 @@ VantaMeters::VantaMeters(wave::Environment& environment, Channels channels, Vant
     parameters.loudnessRecording.addTarget(loudnessMeter_.enabled);
     for (const auto& channel : channels) {
         channelMeters_.push_back(std::make_unique<ChannelMeters>(*channel, loudnessMeter_, parameters));
-        audioBuffer_.measurement(0).setInput(channel->index(), channel->drySignal());
-        audioBuffer_.measurement(1).setInput(channel->index(), channel->signalBeforeDither());
-        audioBuffer_.measurement(2).setInput(channel->index(), channel->totalGain());
+        audio(RecordedAudio::Input).setInput(channel->index(), channel->drySignal());
+        audio(RecordedAudio::Output).setInput(channel->index(), channel->signalBeforeDither());
+        audio(RecordedAudio::Gain).setInput(channel->index(), channel->totalGain());
     }
 }
 
 std::vector<wave::LevelSource*> VantaMeters::levelSources() {
     std::vector<wave::LevelSource*> sources;
-    for (int i = 0; i < LoudnessMeter::SourceCount; ++i) {
-        sources.push_back(&loudnessMeter_.source(static_cast<LoudnessMeter::SourceIndex>(i)));
+    for (int i = 0; i < kCountOf<ProgrammeLevel>; ++i) {
+        sources.push_back(&level(static_cast<ProgrammeLevel>(i)));
     }
     for (const auto& meters : channelMeters_) {
-        sources.push_back(&meters->outputPeak());
-        sources.push_back(&meters->rmsOrLoudness());
-        sources.push_back(&meters->gain());
+        for (int i = 0; i < kCountOf<ChannelLevel>; ++i) {
+            sources.push_back(&meters->level(static_cast<ChannelLevel>(i)));
+        }
     }
     return sources;
 }
 
+wave::LevelSource& VantaMeters::level(ProgrammeLevel which) {
+    switch (which) {
+        case ProgrammeLevel::Momentary:
+            return loudnessMeter_.source(LoudnessMeter::MomentarySource);
+        case ProgrammeLevel::ShortTerm:
+            return loudnessMeter_.source(LoudnessMeter::ShortTermSource);
+        case ProgrammeLevel::Integrated:
+            return loudnessMeter_.source(LoudnessMeter::IntegratedSource);
+        case ProgrammeLevel::Count:
+            break;
+    }
+    throw std::logic_error("no level of the programme");
+}
+
 std::vector<wave::AudioSource*> VantaMeters::audioSources() {
     std::vector<wave::AudioSource*> sources;
-    for (int list = 0; list < RealTimeAudioBuffer::kListCount; ++list) {
-        sources.push_back(&audioBuffer_.measurement(list));
+    static_assert(kCountOf<RecordedAudio> == RealTimeAudioBuffer::kListCount);
+    for (int i = 0; i < kCountOf<RecordedAudio>; ++i) {
+        sources.push_back(&audio(static_cast<RecordedAudio>(i)));
     }
     return sources;
 }

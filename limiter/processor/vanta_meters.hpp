@@ -17,15 +17,20 @@ public:
 
     VantaMeters(wave::Environment& environment, Channels channels, VantaParameters& parameters);
 
-    /// The loudness of the programme on three time scales, then output peak, RMS and gain of each channel.
+    /// In the order of meter_order.hpp, like the recorded audio.
     std::vector<wave::LevelSource*> levelSources();
-    /// Input, output and gain, each of all channels.
+    /// Each of all channels.
     std::vector<wave::AudioSource*> audioSources();
 
     VANTA_REALTIME void setScale(VantaParameters::MeterScale scale);
     VANTA_REALTIME void resetPeaks();
 
 private:
+    wave::LevelSource& level(ProgrammeLevel which);
+    RealTimeAudioBuffer::Measurement& audio(RecordedAudio which) {
+        return audioBuffer_.measurement(static_cast<int>(which));
+    }
+
     LoudnessMeter loudnessMeter_;
     RealTimeAudioBuffer audioBuffer_;
     std::vector<std::unique_ptr<ChannelMeters>> channelMeters_;

@@ -16,8 +16,9 @@ namespace {
 using MeterScale = VantaParameters::MeterScale;
 
 constexpr double kRate = 48000.0;
-/// The programme's three loudness sources, then three of each channel.
-enum Source { Momentary, ShortTerm, Integrated, OutputPeak, RmsOrLoudness, Gain, SecondChannel };
+/// The programme's loudness sources, then those of the first channel.
+enum Source { Momentary, ShortTerm, Integrated, OutputPeak = levelPosition(0, {}), RmsOrLoudness, Gain };
+constexpr int kSecondGain = levelPosition(1, ChannelLevel::Gain), kSources = levelPosition(2, {});
 
 Channels tone(double seconds, double gain) {
     const Signal signal = sine(1000.0, kRate, static_cast<std::size_t>(seconds * kRate), gain);
@@ -41,7 +42,7 @@ TEST(ChannelMeters, ReadPeakLoudnessAndGainReductionOfWhatLeavesTheLimiter) {
     rig.play(tone(5.0, 1.0));
     EXPECT_NEAR(rig.read(OutputPeak), 0.0f, 0.1f);
     EXPECT_NEAR(rig.read(Gain), -6.0f, 0.6f);
-    EXPECT_NEAR(rig.read(SecondChannel + 2), -6.0f, 0.6f);
+    EXPECT_NEAR(rig.read(kSecondGain), -6.0f, 0.6f);
     // A sine of full scale in both channels, and the overtones that limiting it by 6 dB makes.
     for (const int source : {Momentary, ShortTerm, Integrated}) EXPECT_NEAR(rig.read(source), 0.0f, 0.35f);
     EXPECT_EQ(rig.read(RmsOrLoudness, wave::LevelSource::Highest), rig.read(Momentary));
@@ -118,10 +119,10 @@ TEST(VisualData, ReachesTheModelUnchanged) {
     const Channels in = tone(0.1, 0.9);  // 18 frames and a part of the next
     const Channels out = rig.limiter.process(in, 480);
     std::stringstream stream(fetch(rig.limiter.limiter()));
-    EXPECT_EQ(fetch(rig.limiter.limiter()).size(), 3 * 12 + 9 * 24u) << "nothing new has come";
+    EXPECT_EQ(fetch(rig.limiter.limiter()).size(), 3 * 12 + kSources * 24u) << "nothing new has come";
     BinaryDataReader reader(stream);
     AudioSourceProxy dry, wet, gain;
-    std::vector<LevelSourceProxy> levels(9);
+    std::vector<LevelSourceProxy> levels(kSources);
     for (AudioSourceProxy* list : {&dry, &wet, &gain}) list->read(reader);
     for (LevelSourceProxy& level : levels) level.read(reader);
     EXPECT_FALSE(reader.failed());
@@ -143,7 +144,7 @@ TEST(VisualData, ReachesTheModelUnchanged) {
     EXPECT_EQ(levels[OutputPeak].value(wave::LevelSource::Extreme),
               rig.read(OutputPeak, wave::LevelSource::Extreme));
     for (std::size_t source = 0; source < levels.size(); ++source) {
-        const bool isGain = source == Gain || source == SecondChannel + 2;
+        const bool isGain = source == Gain || source == kSecondGain;
         EXPECT_EQ(levels[source].detection() == wave::LevelSource::Minimum, isGain) << source;
     }
 }

@@ -1,24 +1,51 @@
 #include "limiter/model/preset_maps.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
 #include "foundation/resource.hpp"
+#include "limiter/model/vanta_preset.hpp"
 
 namespace vanta {
 namespace {
 
-constexpr std::int32_t kNewCount = 31;
-constexpr std::int32_t kOldCount = 28;
+/// How many values a preset of each version holds. What is out in the world stays.
+constexpr std::array<std::int32_t, kPresetVersion> kValueCounts{28, 31};
 
-/// Tag, map version and counts; then where the old values go; then what the old version lacked.
-// clang-format off
-constexpr std::array<std::int32_t, 4 + kOldCount + 3> kVersion1{
-    'P' | 'M' << 8 | 'a' << 16 | 'p' << 24, 1, kNewCount, kOldCount,
-    0, 1, 2, 3, 4, 5, 6, 9, 10, 11, 12, 13, 14, 15, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30,
-    7, 8, 16};
-// clang-format on
+constexpr bool isHeld(const ParameterRow& row, int version) {
+    return row.sincePreset <= version;
+}
+static_assert(
+    [] {
+        int version = 0;
+        return std::ranges::all_of(kValueCounts, [&](std::int32_t count) {
+            ++version;
+            return count == std::ranges::count_if(kParameterTable, [&](const ParameterRow& row) {
+                       return isHeld(row, version);
+                   });
+        });
+    }(),
+    "a new row of the parameter table has a new preset version as its sincePreset");
+
+/// A word of the map, then its version, the counts, and for each parameter its index.
+using Map = std::array<std::int32_t, 4 + kParameterTable.size()>;
+
+/// From the values of an older version to today's parameters: where its own go, then what it lacks.
+constexpr Map mapFrom(int version) {
+    Map map{'P' | 'M' << 8 | 'a' << 16 | 'p' << 24, 1, static_cast<std::int32_t>(kParameterTable.size()),
+            kValueCounts[static_cast<std::size_t>(version - 1)]};
+    auto end = map.begin() + 4;
+    for (const bool held : {true, false}) {
+        std::int32_t index = 0;
+        for (const ParameterRow& row : kParameterTable) {
+            if (isHeld(row, version) == held) *end++ = index;
+            ++index;
+        }
+    }
+    return map;
+}
 
 template <std::size_t count>
 constexpr std::array<std::byte, 4 * count> littleEndian(const std::array<std::int32_t, count>& values) {
@@ -29,8 +56,13 @@ constexpr std::array<std::byte, 4 * count> littleEndian(const std::array<std::in
     return bytes;
 }
 
-constexpr auto kVersion1Bytes = littleEndian(kVersion1);
-constexpr std::array<Resource, 1> kMaps{{{"PresetMap_Vn2p_1.qmpresetmap", kVersion1Bytes}}};
+template <int version>
+constexpr auto kMapBytes = littleEndian(mapFrom(version));
+
+constexpr std::array<Resource, kPresetVersion - 1> kMaps{{
+    {"PresetMap_Vn2p_1.qmpresetmap", kMapBytes<1>},
+}};
+static_assert(!kMaps.back().bytes.empty(), "each older version has a map");
 
 }  // namespace
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <filesystem>
 #include <span>
@@ -11,7 +12,8 @@ namespace vanta {
 
 /// Tag and version of the presets that this build writes.
 inline constexpr std::string_view kPresetTag = "Vn2p";
-inline constexpr int kPresetVersion = 2;
+inline constexpr int kPresetVersion =
+    std::ranges::max(kParameterTable, {}, &ParameterRow::sincePreset).sincePreset;
 
 enum class LockOutputRule {
     /// While Lock Output is on, the parameters that it keeps come out of a load as they went in: a preset

@@ -87,6 +87,7 @@ struct ParameterRow {
     bool keptByLockOutput = false;  ///< stays as it is when a preset is loaded while Lock Output is on
     bool followsInterface = false;  ///< a taste in the interface, not part of what a preset is about
     ParameterRole role = ParameterRole::None;
+    int sincePreset = 1;  ///< the version of preset files that brought it
 };
 
 }  // namespace vanta

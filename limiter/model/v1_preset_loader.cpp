@@ -1,5 +1,7 @@
 #include "limiter/model/v1_preset_loader.hpp"
 
+#include <algorithm>
+#include <initializer_list>
 #include <string>
 
 namespace vanta {
@@ -15,7 +17,9 @@ void halve(const PresetTarget& target) {
 }  // namespace
 
 V1PresetLoader::V1PresetLoader(VantaParameters& table)
-    : CustomPresetLoader(table.owner(), std::string(kTag), kNoMapping), table_(table) {
+    : CustomPresetLoader(table.owner(), std::string(kTag), kNoMapping),
+      switchedOff_{&table.truePeakLimiting, &table.filterDcOffset, &table.sideChainTriggering,
+                   &table.unityGain} {
     for (AbstractPluginParameter* parameter : std::initializer_list<AbstractPluginParameter*>{
              &table.gain, &table.style, &table.lookahead, &table.attack, &table.release,
              &table.channelLinkTransients, &table.channelLinkRelease, &table.oversampling, &table.dithering,
@@ -23,15 +27,18 @@ V1PresetLoader::V1PresetLoader(VantaParameters& table)
              &table.meterScale, &table.showAdvanced, &table.displayMode, nullptr, &table.truePeakMetering}) {
         targets.push_back({parameter});
     }
-    addedParameters = {&table.channelLinkCenter, &table.channelLinkLfe, &table.auditionLimiting};
+    for (int i = 0; i < changed().parameterCount(); ++i) {
+        AbstractPluginParameter* parameter = changed().parameterAt(i);
+        const bool isHeld = std::ranges::find(targets, parameter, &PresetTarget::parameter) != targets.end();
+        if (!isHeld && std::ranges::find(switchedOff_, parameter) == switchedOff_.end()) {
+            addedParameters.push_back(parameter);
+        }
+    }
 }
 
 void V1PresetLoader::prepare(int version) {
     CustomPresetLoader::prepare(version);
-    for (auto* parameter :
-         {&table_.truePeakLimiting, &table_.filterDcOffset, &table_.sideChainTriggering, &table_.unityGain}) {
-        parameter->setMapped(false);
-    }
+    for (PropPluginParameter<bool>* parameter : switchedOff_) parameter->setMapped(false);
 }
 
 void V1PresetLoader::finish(int /*version*/) {

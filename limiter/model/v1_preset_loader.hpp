@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string_view>
 
 #include "limiter/parameters/vanta_parameters.hpp"
@@ -23,7 +24,7 @@ public:
     void finish(int version) override;
 
 private:
-    VantaParameters& table_;
+    std::array<PropPluginParameter<bool>*, 4> switchedOff_;
 };
 
 }  // namespace vanta

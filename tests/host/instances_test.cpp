@@ -30,14 +30,14 @@ TEST_F(Instances, TwoHundredInTurnLeaveNothingBehind) {
         }
         return files;
     };
-    { const InProcessHost first; }
+    const int presetCount = InProcessHost().model().statics().presets.mainCount();
     const auto files = filesOfTheUser();
     for (int i = 0; i < 200; ++i) {
         InProcessHost host(i % kChannelLayoutCount);
         ASSERT_EQ(GenericPlugin::instanceCount(), 1);
         PluginStatics& statics = host.model().statics();
         ASSERT_EQ(statics.controllers.controllerOf(0), -1);
-        ASSERT_EQ(statics.presets.mainCount(), 58);
+        ASSERT_EQ(statics.presets.mainCount(), presetCount);
         ASSERT_EQ(host.model().presetState().name(), "Default Setting");
     }
     EXPECT_EQ(GenericPlugin::instanceCount(), 0);
@@ -108,7 +108,7 @@ TEST_F(Instances, PresetsOfTheFirstGenerationFollowTheirOwn) {
     EXPECT_FALSE(table.statics().findPreset("From Long Ago", true));
     const auto entry = table.statics().findPreset("From Long Ago", false);
     ASSERT_TRUE(entry);
-    EXPECT_EQ(entry->label, "(0/59) From Long Ago");
+    EXPECT_EQ(entry->program, table.statics().presets.mainCount() + 1) << "their default comes first";
     table.lockOutput.setMapped(false);
     ASSERT_TRUE(table.loadPreset(*entry));
     EXPECT_EQ(table.gain.value(), 6.0f);

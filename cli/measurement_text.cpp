@@ -8,23 +8,33 @@ namespace vanta {
 
 namespace {
 
+using Figures = ProgrammeFigures;
+using Value = std::optional<double>;
+
+Value plain(const std::optional<TimedLevel>& timed) {
+    return timed ? Value(timed->level) : std::nullopt;
+}
+
 struct Column {
     const char* head;
     const char* unit;
     int width;
+    int decimals;
+    Value (*value)(const Figures&);
+    bool (Requirements::*misses)(const Figures&) const = nullptr;  ///< what marks the value with a "!"
 };
-constexpr Column kColumns[] = {{"Integr.", "LUFS", 8}, {"Range", "LU", 6},  {"Max M", "LUFS", 7},
-                               {"Max S", "LUFS", 7},   {"Peak", "dBFS", 8}, {"True pk", "dBTP", 8},
-                               {"RMS", "dB", 7},       {"Crest", "dB", 6}};
+constexpr Column kColumns[] = {
+    {"Integr.", "LUFS", 8, 2, [](const Figures& f) { return f.integrated; }, &Requirements::missesTarget},
+    {"Range", "LU", 6, 1, [](const Figures& f) { return f.range; }},
+    {"Max M", "LUFS", 7, 1, [](const Figures& f) { return plain(f.highestMomentary); }},
+    {"Max S", "LUFS", 7, 1, [](const Figures& f) { return plain(f.highestShortTerm); }},
+    {"Peak", "dBFS", 8, 2, [](const Figures& f) { return plain(f.total.samplePeak); }},
+    {"True pk", "dBTP", 8, 2, [](const Figures& f) { return plain(f.total.truePeak); },
+     &Requirements::missesTruePeak},
+    {"RMS", "dB", 7, 1, [](const Figures& f) { return f.total.rms; }},
+    {"Crest", "dB", 6, 1, [](const Figures& f) { return f.total.crest; }},
+};
 constexpr std::size_t kNameWidth = 30;
-
-std::string cell(std::optional<double> value, int decimals, bool marked) {
-    const std::string text = value ? fmt::format("{:.{}f}", *value, decimals) : "-";
-    return marked ? text + "!" : text + " ";
-}
-std::optional<double> plain(const std::optional<TimedLevel>& timed) {
-    return timed ? std::optional<double>(timed->level) : std::nullopt;
-}
 
 /// Of a long name the end matters more than the beginning.
 std::string shortened(const std::string& name) {
@@ -35,19 +45,13 @@ std::string shortened(const std::string& name) {
 }
 
 std::string row(const std::string& name, const ProgrammeFigures& figures, const Requirements* requirements) {
-    const bool loudnessMissed = requirements && requirements->missesTarget(figures);
-    const bool peakMissed = requirements && requirements->missesTruePeak(figures);
-    const std::string cells[] = {cell(figures.integrated, 2, loudnessMissed),
-                                 cell(figures.range, 1, false),
-                                 cell(plain(figures.highestMomentary), 1, false),
-                                 cell(plain(figures.highestShortTerm), 1, false),
-                                 cell(plain(figures.total.samplePeak), 2, false),
-                                 cell(plain(figures.total.truePeak), 2, peakMissed),
-                                 cell(figures.total.rms, 1, false),
-                                 cell(figures.total.crest, 1, false)};
     std::string line = fmt::format("{:<{}}", shortened(name), kNameWidth);
-    for (std::size_t i = 0; i < std::size(kColumns); ++i)
-        line += fmt::format("{:>{}}", cells[i], kColumns[i].width);
+    for (const Column& column : kColumns) {
+        const Value value = column.value(figures);
+        const bool missed = requirements && column.misses && (requirements->*column.misses)(figures);
+        const std::string text = value ? fmt::format("{:.{}f}", *value, column.decimals) : "-";
+        line += fmt::format("{:>{}}", text + (missed ? "!" : " "), column.width);
+    }
     return line + "\n";
 }
 

@@ -14,21 +14,24 @@ namespace vanta {
 
 namespace {
 
-constexpr std::array<FileType, 9> kTypes{{
-    {"wav", SF_FORMAT_WAV, "wav wave bwf", "Microsoft WAV", SpeakerOrder::Wave, true},
-    {"wavex", SF_FORMAT_WAVEX, "wav", "WAV with speaker positions", SpeakerOrder::Wave, true},
-    {"rf64", SF_FORMAT_RF64, "wav rf64", "WAV for more than 4 GB", SpeakerOrder::Wave, false},
-    {"w64", SF_FORMAT_W64, "w64", "Sony Wave64", SpeakerOrder::Wave, false},
-    {"aiff", SF_FORMAT_AIFF, "aiff aif aifc", "Apple AIFF", SpeakerOrder::Wave, true},
-    {"caf", SF_FORMAT_CAF, "caf", "Apple Core Audio", SpeakerOrder::Wave, false},
-    {"flac", SF_FORMAT_FLAC, "flac", "FLAC, lossless", SpeakerOrder::Wave, false},
-    {"ogg", SF_FORMAT_OGG, "ogg oga opus", "Ogg Vorbis or Opus, lossy", SpeakerOrder::Vorbis, false},
-    {"au", SF_FORMAT_AU, "au snd", "Sun/NeXT AU", SpeakerOrder::Wave, false},
-}};
+using Beyond4GiB = FileType::Beyond4GiB;
+
+constexpr auto kTypes = std::to_array<FileType>({
+    {"wav", SF_FORMAT_WAV, "wav wave bwf", "Microsoft WAV", SpeakerOrder::Wave, Beyond4GiB::Rf64},
+    {"wavex", SF_FORMAT_WAVEX, "wav", "WAV with speaker positions", SpeakerOrder::Wave, Beyond4GiB::Rf64},
+    {"rf64", SF_FORMAT_RF64, "wav rf64", "WAV for more than 4 GB", SpeakerOrder::Wave, Beyond4GiB::TheSame},
+    {"w64", SF_FORMAT_W64, "w64", "Sony Wave64", SpeakerOrder::Wave, Beyond4GiB::TheSame},
+    {"aiff", SF_FORMAT_AIFF, "aiff aif aifc", "Apple AIFF", SpeakerOrder::Wave, Beyond4GiB::Nothing},
+    {"caf", SF_FORMAT_CAF, "caf", "Apple Core Audio", SpeakerOrder::Wave, Beyond4GiB::TheSame},
+    {"flac", SF_FORMAT_FLAC, "flac", "FLAC, lossless", SpeakerOrder::Wave, Beyond4GiB::TheSame},
+    {"ogg", SF_FORMAT_OGG, "ogg oga opus", "Ogg Vorbis or Opus, lossy", SpeakerOrder::Vorbis,
+     Beyond4GiB::TheSame},
+    {"au", SF_FORMAT_AU, "au snd", "Sun/NeXT AU", SpeakerOrder::Wave, Beyond4GiB::TheSame},
+});
 
 // libsndfile 1.2.0 writes Apple Lossless of more than 16 bits beyond its buffer when a block of stereo does
 // not compress well: such files are read, and written as plain integers.
-constexpr std::array<FileSubtype, 15> kSubtypes{{
+constexpr auto kSubtypes = std::to_array<FileSubtype>({
     {"pcm_u8", SF_FORMAT_PCM_U8, FileSubtype::Integer, 8, "8-bit integer, unsigned"},
     {"pcm_s8", SF_FORMAT_PCM_S8, FileSubtype::Integer, 8, "8-bit integer"},
     {"pcm_16", SF_FORMAT_PCM_16, FileSubtype::Integer, 16, "16-bit integer"},
@@ -44,7 +47,7 @@ constexpr std::array<FileSubtype, 15> kSubtypes{{
     {"alaw", SF_FORMAT_ALAW, FileSubtype::Companded, 13, "G.711 A-law"},
     {"vorbis", SF_FORMAT_VORBIS, FileSubtype::Lossy, 0, "Vorbis"},
     {"opus", SF_FORMAT_OPUS, FileSubtype::Lossy, 0, "Opus"},
-}};
+});
 
 template <typename Entry, std::size_t N>
 const Entry* findByName(const std::array<Entry, N>& table, std::string_view name) {

@@ -14,14 +14,15 @@ enum class SpeakerOrder {
     Vorbis  ///< Xiph's: L C R, and the LFE last
 };
 
-/// A kind of file that can be written.
+/// A kind of file that can be written. What can be read needs no row.
 struct FileType {
     std::string_view name;
     int format;                   ///< libsndfile's major format
     std::string_view extensions;  ///< the usual one first, separated by blanks
     std::string_view description;
     SpeakerOrder order;
-    bool has32BitSizes;  ///< cannot grow beyond 4 GiB
+    /// What is written where the file would exceed 4 GiB, the most that 32-bit sizes can count.
+    enum class Beyond4GiB { TheSame, Rf64, Nothing } beyond4GiB;
 
     std::string_view usualExtension() const { return extensions.substr(0, extensions.find(' ')); }
     /// Whether the path ends in one of the extensions.

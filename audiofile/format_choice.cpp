@@ -84,9 +84,10 @@ int chooseFormat(const StreamShape& source, const std::filesystem::path& path, c
     const int order = source.format & SF_FORMAT_ENDMASK;
     if (sameType && canHold(format | order, source)) format |= order;
     constexpr std::int64_t kLargest = 0xFFFFFFFF;
-    if (type->has32BitSizes && sizeBound(source, format) > kLargest) {
-        if (type->format == SF_FORMAT_AIFF) {
-            throw Failure(path.string() + ": AIFF files cannot exceed 4 GB: choose caf or rf64");
+    if (type->beyond4GiB != FileType::Beyond4GiB::TheSame && sizeBound(source, format) > kLargest) {
+        if (type->beyond4GiB == FileType::Beyond4GiB::Nothing) {
+            throw Failure(fmt::format("{}: {} files cannot exceed 4 GB: choose caf or rf64", path.string(),
+                                      type->name));
         }
         format = SF_FORMAT_RF64 | (format & SF_FORMAT_SUBMASK);
     }

@@ -38,7 +38,7 @@ struct DynamicsEngineConfiguration {
     float convolverLimit = 50.0f;
 };
 
-/// What a limiter's channel needs: the elements that the eight styles use, and no more.
+/// What a limiter's channel needs: the elements that its styles use, and no more.
 constexpr DynamicsEngineConfiguration limiterConfiguration() {
     DynamicsEngineConfiguration result;
     result.maxConvolversInGainPath = 1;

@@ -6,8 +6,8 @@
 
 namespace vanta {
 
-/// The eight styles as records, "transparent.limiter" to "safe.limiter", in the order in which the Style
-/// parameter names them. Built from resources/styles/ by the build; lives as long as the process.
+/// The styles as records, such as "modern.limiter", in the order in which the Style parameter names them.
+/// Built from resources/styles/ by the build; lives as long as the process.
 std::span<const Resource> styleResources();
 
 }  // namespace vanta

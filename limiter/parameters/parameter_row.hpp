@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "limiter/styles/engine_curve.hpp"
+#include "limiter/styles/name_list.hpp"
 #include "plugin/parameters/parameter_units.hpp"
 
 namespace vanta {
@@ -50,12 +51,9 @@ constexpr int countLabels(std::string_view labels) {
 
 /// The position of a label. A constant expression only if there is such a label.
 constexpr int labelIndex(std::string_view labels, std::string_view label) {
-    for (int index = 0;; ++index) {
-        const std::size_t comma = labels.find(',');
-        if (labels.substr(0, comma) == label) return index;
-        if (comma == std::string_view::npos) throw std::logic_error("no such label");
-        labels.remove_prefix(comma + 1);
-    }
+    const int position = listPosition(labels, label);
+    if (position < 0) throw std::logic_error("no such label");
+    return position;
 }
 
 /// One of several labels, the default by its label.

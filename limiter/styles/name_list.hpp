@@ -10,9 +10,11 @@ namespace vanta {
 
 /// The first name, and in `rest` what follows it.
 constexpr std::string_view takeName(std::string_view& rest) {
-    const std::size_t comma = rest.find(',');
+    // Not find: where g++ looks for undefined behaviour, it takes no pointer into a text for a constant.
+    std::size_t comma = 0;
+    while (comma < rest.size() && rest[comma] != ',') ++comma;
     const std::string_view name = rest.substr(0, comma);
-    rest = comma == std::string_view::npos ? std::string_view{} : rest.substr(comma + 1);
+    rest = comma < rest.size() ? rest.substr(comma + 1) : std::string_view{};
     return name;
 }
 

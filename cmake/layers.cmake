@@ -52,16 +52,17 @@ vanta_layer(plugin/model SEES foundation plugin/base plugin/parameters plugin/pr
             plugin/metering plugin/midi)
 
 vanta_layer(limiter/styles SEES foundation)
+vanta_layer(limiter/resources SEES foundation)
 vanta_layer(limiter/modulation SEES foundation kernel wave limiter/styles)
 vanta_layer(limiter/clippers SEES foundation kernel wave dsp/detector dsp/convolver)
 vanta_layer(limiter/parameters SEES dsp/dither plugin/base plugin/parameters limiter/styles)
-vanta_layer(limiter/latency SEES foundation dsp/sr limiter/styles limiter/clippers limiter/parameters)
+vanta_layer(limiter/latency SEES foundation dsp/sr limiter/styles limiter/resources limiter/clippers limiter/parameters)
 vanta_layer(limiter/engine SEES foundation kernel wave dsp/envelope dsp/delay dsp/detector dsp/mixer dsp/filter
             dsp/convolver plugin/base plugin/parameters plugin/presets limiter/styles limiter/modulation
             limiter/clippers limiter/latency)
 vanta_layer(limiter/processor SEES foundation wave dsp/detector dsp/mixer dsp/filter dsp/dither dsp/sr dsp/metering
-            plugin/parameters plugin/processor limiter/styles limiter/clippers limiter/parameters limiter/latency
-            limiter/engine)
+            plugin/parameters plugin/processor limiter/styles limiter/resources limiter/clippers limiter/parameters
+            limiter/latency limiter/engine)
 vanta_layer(limiter/model SEES foundation plugin/presets plugin/settings plugin/model limiter/parameters
             limiter/latency)
 vanta_layer(limiter/factory SEES foundation plugin/presets)
@@ -90,8 +91,8 @@ set(signal_rooms foundation kernel wave
     dsp/envelope dsp/delay dsp/detector dsp/mixer dsp/filter dsp/convolver dsp/dither dsp/sr dsp/metering)
 set(plugin_rooms plugin/base plugin/parameters plugin/presets plugin/settings plugin/metering plugin/midi
     plugin/processor plugin/model)
-set(limiter_rooms limiter/styles limiter/modulation limiter/clippers limiter/parameters limiter/latency limiter/engine
-    limiter/processor limiter/model limiter/factory)
+set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/clippers limiter/parameters
+    limiter/latency limiter/engine limiter/processor limiter/model limiter/factory)
 set(host_rooms host/unified host/offline)
 set(file_rooms audiofile measure mastering)
 

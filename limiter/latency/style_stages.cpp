@@ -2,9 +2,9 @@
 
 #include <vector>
 
+#include "limiter/resources/style_resources.hpp"
 #include "limiter/styles/engine_layout.hpp"
 #include "limiter/styles/style_record.hpp"
-#include "limiter/styles/style_resources.hpp"
 #include "limiter/styles/style_values.hpp"
 
 namespace vanta {

@@ -3,7 +3,7 @@
 #include "foundation/resource.hpp"
 #include "limiter/latency/parameter_delays.hpp"
 #include "limiter/latency/style_stages.hpp"
-#include "limiter/styles/style_resources.hpp"
+#include "limiter/resources/style_resources.hpp"
 #include "plugin/parameters/parameter_change_forwarder.hpp"
 
 namespace vanta {

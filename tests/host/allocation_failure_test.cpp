@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "limiter/model/vanta_plugin.hpp"
+#include "limiter/resources/style_resources.hpp"
 #include "limiter/styles/style_record.hpp"
-#include "limiter/styles/style_resources.hpp"
 #include "plugin/midi/controller_mapping.hpp"
 #include "tests/host/in_process_host.hpp"
 #include "tests/plugin/preset_bytes.hpp"

@@ -6,10 +6,10 @@
 #include <cmath>
 #include <utility>
 
+#include "limiter/resources/style_resources.hpp"
 #include "limiter/styles/engine_layout.hpp"
 #include "limiter/styles/style_check.hpp"
 #include "limiter/styles/style_record.hpp"
-#include "limiter/styles/style_resources.hpp"
 #include "limiter/styles/style_source.hpp"
 #include "tests/support/temp_folder.hpp"
 

@@ -55,8 +55,8 @@ void checkNames(std::span<const std::string> styles) {
     const std::string listed = fmt::format("{}", fmt::join(styles, ","));
     if (listed == names) return;
     throw std::runtime_error(fmt::format(
-        "limiter/styles/CMakeLists.txt lists {} and style_names.hpp {}: list the same in one order", listed,
-        names));
+        "limiter/resources/CMakeLists.txt lists {} and style_names.hpp {}: list the same in one order",
+        listed, names));
 }
 
 /// Every source is compiled before a fault ends the run, so that one build shows all faults.
@@ -77,7 +77,7 @@ void compileAll(const EngineLayout& layout, const std::string& output, const std
             fmt::format("        {{\"{}.limiter\", std::as_bytes(std::span(kRecord{}))}},\n", style, index++);
     }
     if (!faults.empty()) throw StyleError(faults);
-    writeFile(output, fmt::format("#include \"limiter/styles/style_resources.hpp\"\n\n"
+    writeFile(output, fmt::format("#include \"limiter/resources/style_resources.hpp\"\n\n"
                                   "namespace vanta {{\nnamespace {{\n\n{}\n}}  // namespace\n\n"
                                   "std::span<const Resource> styleResources() {{\n"
                                   "    static const Resource resources[] = {{\n{}    }};\n"

@@ -193,7 +193,8 @@ TEST_P(ValueRoads, TheModelAndTheAudioSideAgreeOnTheLatency) {
     Session session(GetParam());
     auto& table = dynamic_cast<VantaPlugin&>(session.host.model());
     for (int setup = 0; setup < kStyleCount * 6 * 2; ++setup) {
-        table.style.setValue(static_cast<float>(setup / 12), 0);
+        const int style = setup / 12;
+        table.style.setValue(static_cast<float>(style), 0);
         table.oversampling.setValue(static_cast<float>(setup / 2 % 6), 0);
         table.truePeakLimiting.setMapped(setup % 2 == 1);
         session.host.idle();

@@ -33,8 +33,8 @@ std::optional<T> find(const Names<T, n>& names, std::string_view word) {
     return std::nullopt;
 }
 
-[[noreturn]] void refuse(std::string text) {
-    throw std::invalid_argument(std::move(text));
+[[noreturn]] void refuse(const std::string& text) {
+    throw std::invalid_argument(text);
 }
 
 std::vector<double> readChord(std::string_view chord) {

@@ -20,25 +20,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string quoted(const std::string& text) {
-    std::string result(1, '\'');
-    for (const char c : text) {
-        if (c == '\'') {
-            result.append("'\\''");
-        } else {
-            result.push_back(c);
-        }
-    }
-    result.push_back('\'');
-    return result;
-}
-
-std::string commandOf(const std::string& launcher, const std::vector<std::string>& arguments) {
-    std::string command = launcher + " " VANTA_PROGRAM;
-    for (const std::string& argument : arguments) command.append(1, ' ').append(quoted(argument));
-    return command;
-}
-
 /// Where leaks are looked for: libvorbisenc keeps a piece of each set-up for surround, and fontconfig its
 /// configuration.
 void excuseLeaks(const TempFolder& output) {
@@ -48,9 +29,15 @@ void excuseLeaks(const TempFolder& output) {
 }
 
 /// The child's output goes to files outside of the folder, which is to hold nothing but audio.
-pid_t start(const fs::path& folder, const std::string& command, const TempFolder& output) {
+pid_t start(const fs::path& folder, const std::vector<std::string>& arguments, const std::string& launcher,
+            const TempFolder& output) {
     const std::string out = output / "out";
     const std::string err = output / "err";
+    // The shell hands its own arguments on, whatever characters are in them.
+    const std::string command = launcher + " " VANTA_PROGRAM " \"$@\"";
+    std::vector<const char*> shell{"sh", "-c", command.c_str(), "sh"};
+    for (const std::string& argument : arguments) shell.push_back(argument.c_str());
+    shell.push_back(nullptr);
     excuseLeaks(output);
     const pid_t child = ::fork();
     if (child < 0) throw std::runtime_error("no process can be started");
@@ -58,7 +45,7 @@ pid_t start(const fs::path& folder, const std::string& command, const TempFolder
         const int flags = O_WRONLY | O_CREAT | O_TRUNC;
         const bool ready = ::chdir(folder.c_str()) == 0 && ::dup2(::open(out.c_str(), flags, 0600), 1) == 1 &&
                            ::dup2(::open(err.c_str(), flags, 0600), 2) == 2;
-        if (ready) ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+        if (ready) ::execv("/bin/sh", const_cast<char* const*>(shell.data()));
         ::_exit(127);
     }
     return child;
@@ -90,12 +77,12 @@ std::vector<std::string> words(const std::string& commandLine) {
 ProgramRun runProgram(const fs::path& folder, const std::vector<std::string>& arguments,
                       const std::string& launcher) {
     const TempFolder output;
-    return finish(start(folder, commandOf(launcher, arguments), output), output);
+    return finish(start(folder, arguments, launcher, output), output);
 }
 
 ProgramRun interruptProgram(const fs::path& folder, const std::vector<std::string>& arguments, int signal) {
     const TempFolder output;
-    const pid_t child = start(folder, commandOf("exec", arguments), output);
+    const pid_t child = start(folder, arguments, "exec", output);
     bool begun = false;
     for (int i = 0; i < 20000 && !begun; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));

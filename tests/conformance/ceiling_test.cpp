@@ -76,7 +76,7 @@ TEST_P(Ceiling, HoldsTruePeaksWithinTolerance) {
         const auto row = static_cast<std::size_t>(material.spectrum);
         const auto column = static_cast<std::size_t>(setup.oversamplingIndex);
         for (const Signal& signal : out) {
-            const double over = db(truePeakOfAll(signal));
+            const double over = db(truePeak(signal));
             EXPECT_LE(over, kTruePeakTolerances[row][column]);
             worst[row][column] = std::max(worst[row][column], over);
         }
@@ -145,8 +145,7 @@ TEST_P(Ceiling, HoldsWhileGainAndTimesMove) {
             EXPECT_LE(peak(out), ceilingOf(setup) * gainFromDb(0.01));
             if (in != &music) continue;
             // Without the cut at the end, which the limiter never saw.
-            const double over =
-                db(truePeakOfAll(faded(out[0], 882))) - static_cast<double>(setup.outputLevelDb);
+            const double over = db(truePeak(faded(out[0], 882))) - static_cast<double>(setup.outputLevelDb);
             report("{:<12} {}x true peak of music over Output Level while knobs move: {:+.3f} dB\n",
                    nameOf(GetParam()), setup.factor(), over);
             EXPECT_LE(over, kTruePeakTolerances[0][static_cast<std::size_t>(index)]);

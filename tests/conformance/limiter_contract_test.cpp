@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <deque>
+#include <thread>
 
 #include "host/offline/render.hpp"
 #include "tests/conformance/program_material.hpp"
@@ -167,6 +169,37 @@ TEST_P(LimiterContract, OfflineItDoesWhatItDoesLive) {
         render({.settings = settings, .input = reader, .output = writer, .progress = {}});
         EXPECT_EQ(writer.written, limited(setup, music, kUsualBlock));
     });
+}
+
+// Also while others come and go, and each on a thread of its own.
+TEST(Limiters, DoNotHearEachOther) {
+    const auto hot = [](Style style, double rate, int index) {
+        return LimiterSetup{
+            .style = style, .oversamplingIndex = index, .truePeak = index > 0, .gainDb = 14.0f, .rate = rate};
+    };
+    const LimiterSetup setups[] = {hot(Style::Modern, 44100.0, 0), hot(Style::Dynamic, 96000.0, 1),
+                                   hot(Style::Modern, 44100.0, 1), hot(Style::Safe, 48000.0, 0),
+                                   hot(Style::Bus, 44100.0, 2)};
+    const Channels music = loudMusic(0.4);
+    std::vector<Channels> turns(std::size(setups), Channels(2, Signal(music[0].size()))),
+        threaded(std::size(setups));
+    std::deque<LimiterRig> rigs;
+    for (const LimiterSetup& setup : setups) rigs.emplace_back(setup);
+    for (std::size_t at = 0; at < music[0].size(); at += 200) {
+        const std::size_t count = std::min<std::size_t>(200, music[0].size() - at);
+        for (std::size_t i = 0; i < rigs.size(); ++i) rigs[i].processBlock(music, {}, turns[i], at, count);
+        if (at % 4000 == 0) LimiterRig(hot(Style::Allround, 88200.0, 1)).process({Signal(300), Signal(300)});
+    }
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < rigs.size(); ++i) {
+        threads.emplace_back([&, i] { threaded[i] = LimiterRig(setups[i]).process(music, 200); });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (std::size_t i = 0; i < rigs.size(); ++i) {
+        const Channels alone = LimiterRig(setups[i]).process(music, 200);
+        EXPECT_EQ(turns[i], alone) << describe(setups[i]);
+        EXPECT_EQ(threaded[i], alone) << describe(setups[i]);
+    }
 }
 
 }  // namespace

@@ -84,14 +84,6 @@ inline double valueOr(const std::optional<TimedLevel>& level) {
     return level ? level->level : -999.0;
 }
 
-/// Without what lies next to half the sample rate: no recording has it, and no two interpolators agree on it.
-inline Signal softened(Signal signal) {
-    for (int pass = 0; pass < 4; ++pass) {
-        for (std::size_t i = signal.size() - 1; i > 0; --i) signal[i] = 0.5f * (signal[i] + signal[i - 1]);
-    }
-    return signal;
-}
-
 /// What the limiter's own meter reads.
 inline double exposedPeak(const Signal& signal) {
     wave::Environment environment(256);

@@ -1,15 +1,10 @@
 #include "tests/conformance/program_material.hpp"
 
-#include <fftw3.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <complex>
-#include <memory>
 #include <numbers>
 #include <numeric>
-#include <type_traits>
 
 #include "tools/song/song.hpp"
 
@@ -114,30 +109,6 @@ std::vector<Material> makeMaterial() {
     return all;
 }
 
-struct PlanDeleter {
-    void operator()(fftw_plan plan) const { fftw_destroy_plan(plan); }
-};
-using Plan = std::unique_ptr<std::remove_pointer_t<fftw_plan>, PlanDeleter>;
-
-/// The signal at `factor` times its rate, seen through nothing but its own spectrum.
-std::vector<double> upsampled(const Signal& signal, std::size_t factor) {
-    std::size_t size = 2048;
-    while (size < signal.size() + 1024) size *= 2;
-    std::vector<double> samples(size, 0.0);
-    std::vector<double> result(size * factor, 0.0);
-    std::vector<std::complex<double>> spectrum(size * factor / 2 + 1);
-    auto* bins = reinterpret_cast<fftw_complex*>(spectrum.data());
-    const Plan forward(fftw_plan_dft_r2c_1d(static_cast<int>(size), samples.data(), bins, FFTW_ESTIMATE));
-    const Plan back(
-        fftw_plan_dft_c2r_1d(static_cast<int>(size * factor), bins, result.data(), FFTW_ESTIMATE));
-    std::copy(signal.begin(), signal.end(), samples.begin());
-    fftw_execute(forward.get());
-    fftw_execute(back.get());
-    result.resize(signal.size() * factor);
-    for (double& value : result) value = std::abs(value) / static_cast<double>(size);
-    return result;
-}
-
 }  // namespace
 
 const std::vector<Material>& programMaterial() {
@@ -153,29 +124,6 @@ Channels loudMusic(double seconds) {
     const auto until = from + static_cast<std::ptrdiff_t>(std::min(seconds, kLongest) * kRate);
     return normalized({Signal(song.left.begin() + from, song.left.begin() + until),
                        Signal(song.right.begin() + from, song.right.begin() + until)});
-}
-
-double truePeakOfAll(const Signal& signal) {
-    constexpr std::size_t kFactor = 8;
-    constexpr std::size_t kCandidates = 2;
-    constexpr std::size_t kReach = 600;  // of the interpolator, to either side
-    std::vector<double> fine = upsampled(signal, kFactor);
-    double largest = 0.0;
-    for (std::size_t k = 0; k < kCandidates; ++k) {
-        const auto top = std::max_element(fine.begin(), fine.end());
-        const auto place = static_cast<std::size_t>(top - fine.begin()) / kFactor;
-        const std::size_t first = place - std::min(place, kReach);
-        const std::size_t last = std::min(place + kReach, signal.size() - 1);
-        const auto around = std::span(signal).subspan(first, last - first + 1);
-        largest = std::max(
-            largest, truePeak(around, place - std::min(place, first + 1), std::min(place + 2, last) - first));
-        // The next candidate stands elsewhere.
-        const std::size_t low = (place - std::min<std::size_t>(place, 2)) * kFactor;
-        const std::size_t high = std::min((place + 3) * kFactor, fine.size());
-        std::fill(fine.begin() + static_cast<std::ptrdiff_t>(low),
-                  fine.begin() + static_cast<std::ptrdiff_t>(high), 0.0);
-    }
-    return largest;
 }
 
 }  // namespace vanta::test

@@ -40,8 +40,4 @@ const std::vector<Material>& programMaterial();
 /// scale.
 Channels loudMusic(double seconds);
 
-/// As `truePeak`, fast for long signals: a transform of the whole signal, eight times as long, tells where
-/// its largest peaks stand, and the long interpolator measures these.
-double truePeakOfAll(const Signal& signal);
-
 }  // namespace vanta::test

@@ -7,6 +7,7 @@
 
 #include "foundation/numbers.hpp"
 #include "tests/support/limiter_rig.hpp"
+#include "tests/support/spectrum.hpp"
 
 namespace vanta::test {
 namespace {
@@ -31,24 +32,15 @@ struct Fit {
     double residualRms;
 };
 Fit fitSine(std::span<const float> signal, double frequency, double rate) {
-    // Normal equations of sine, cosine and a constant, over whole cycles nearly orthogonal.
-    double sine = 0.0, cosine = 0.0, mean = 0.0;
-    const auto count = static_cast<double>(signal.size());
-    const auto angleAt = [&](std::size_t i) {
-        return 2.0 * std::numbers::pi * std::fmod(static_cast<double>(i) * frequency / rate, 1.0);
-    };
-    for (std::size_t i = 0; i < signal.size(); ++i) {
-        sine += 2.0 * static_cast<double>(signal[i]) * std::sin(angleAt(i)) / count;
-        cosine += 2.0 * static_cast<double>(signal[i]) * std::cos(angleAt(i)) / count;
-        mean += static_cast<double>(signal[i]) / count;
+    // Over whole cycles that is its Fourier coefficient.
+    const auto sine = transformAt(signal, frequency / rate) * (2.0 / static_cast<double>(signal.size()));
+    Signal rest(signal.begin(), signal.end());
+    for (std::size_t i = 0; i < rest.size(); ++i) {
+        const double cycles = std::fmod(static_cast<double>(i) * frequency / rate, 1.0);
+        const double fitted = (sine * std::polar(1.0, 2.0 * std::numbers::pi * cycles)).real();
+        rest[i] = static_cast<float>(static_cast<double>(rest[i]) - fitted);
     }
-    double power = 0.0;
-    for (std::size_t i = 0; i < signal.size(); ++i) {
-        const double fitted = mean + sine * std::sin(angleAt(i)) + cosine * std::cos(angleAt(i));
-        const double rest = static_cast<double>(signal[i]) - fitted;
-        power += rest * rest / count;
-    }
-    return {std::hypot(sine, cosine), std::sqrt(power)};
+    return {std::abs(sine), rms(rest)};
 }
 
 TEST(Transparency, IsTheMakeupGainAndADelayAtOneTimesTheRate) {
@@ -117,13 +109,7 @@ TEST(Transparency, IsFlatFrom20HzTo20kHz) {
             const Signal out = rig.processAligned({impulse(2 * half + 1, half, 0.5)})[0];
             double largest = 0.0;
             for (const double frequency : kFrequencies) {
-                double sum = 0.0;  // of linear phase around the impulse: real
-                for (std::size_t i = 0; i < out.size(); ++i) {
-                    const double lag = static_cast<double>(i) - static_cast<double>(half);
-                    sum += static_cast<double>(out[i]) *
-                           std::cos(2.0 * std::numbers::pi * frequency / rate * lag);
-                }
-                largest = std::max(largest, std::abs(db(sum / 0.5)));
+                largest = std::max(largest, std::abs(db(std::abs(transformAt(out, frequency / rate)) / 0.5)));
             }
             report("{:>2}x at {} Hz: largest deviation from flat, 20 Hz to 20 kHz: {:.5f} dB\n",
                    setup.factor(), rate, largest);

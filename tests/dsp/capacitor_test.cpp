@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
-#include <memory>
 #include <vector>
 
 #include "foundation/fast_exponential.hpp"
@@ -110,42 +110,38 @@ double largestDifference(const Signal& a, const Signal& b) {
     return largest;
 }
 
-/// One or two capacitors in a graph of their own.
-struct Bench {
-    explicit Bench(int channels, int largestBlock = 256) : environment(largestBlock) {
+/// Two capacitors that are partners.
+struct Pair {
+    explicit Pair(const Settings& s) {
         environment.setSampleRate(kRate);
-        for (int c = 0; c < channels; ++c) {
-            sources.push_back(std::make_unique<VectorSource>(environment, Signal{}));
-            capacitors.push_back(std::make_unique<Capacitor>(environment, style));
-            capacitors.back()->source = sources.back().get();
+        for (std::size_t c = 0; c < 2; ++c) {
+            sides[c].source = &sources[c];
+            apply(s, sides[c]);
         }
+        sides[0].setPartner(&sides[1]);
     }
-    Capacitor& operator[](int c) { return *capacitors[static_cast<std::size_t>(c)]; }
-    void play(int c, Signal signal) { sources[static_cast<std::size_t>(c)]->play(std::move(signal)); }
-    void link() { (*this)[0].setPartner(&(*this)[1]); }
-    void applyAll(const Settings& s) {
-        for (auto& c : capacitors) apply(s, *c);
+    void play(Signal left, Signal right) {
+        sources[0].play(std::move(left));
+        sources[1].play(std::move(right));
     }
     std::vector<Signal> run(const std::vector<int>& blocks, bool lastFirst = false) {
-        std::vector<wave::Producer*> order;
-        for (auto& c : capacitors) order.push_back(c.get());
-        if (lastFirst) std::reverse(order.begin(), order.end());
+        wave::Producer* const order[] = {&sides[lastFirst], &sides[!lastFirst]};
         auto outputs = runElements(environment, order, blocks);
-        if (lastFirst) std::reverse(outputs.begin(), outputs.end());
+        if (lastFirst) std::swap(outputs[0], outputs[1]);
         return outputs;
     }
 
     Capacitor::Style style;
-    wave::Environment environment;
-    std::vector<std::unique_ptr<VectorSource>> sources;
-    std::vector<std::unique_ptr<Capacitor>> capacitors;
+    wave::Environment environment{256};
+    std::array<VectorSource, 2> sources{VectorSource(environment, {}), VectorSource(environment, {})};
+    std::array<Capacitor, 2> sides{Capacitor(environment, style), Capacitor(environment, style)};
 };
 
 Signal follow(const Signal& in, const Settings& s) {
-    Bench bench(1);
-    bench.applyAll(s);
-    bench.play(0, in);
-    return bench.run(evenBlocks(static_cast<int>(in.size()), 256))[0];
+    Capacitor::Style style;
+    ElementRig<Capacitor> rig(in, style);
+    apply(s, rig.element);
+    return rig.run(static_cast<int>(in.size()));
 }
 
 TEST(FastExponential, IsAccurateAlsoNextToOne) {
@@ -179,34 +175,17 @@ TEST(Capacitor, TakesASmoothedTimeBelowZeroAsZero) {
 }
 
 TEST(Capacitor, HandsItsInputOnWhileBothRest) {
-    Bench bench(1);
     Signal in(256, 1e-10f);
     in.resize(512, 0.0f);
     in[300] = 2e-9f;
-    bench.play(0, in);
-    VectorSource release(bench.environment, {});
-    bench[0].release.setSource(&release);
-    runElement(bench.environment, bench[0], {256});
-    EXPECT_EQ(&bench[0].current(), &bench.sources[0]->current());
+    Capacitor::Style style;
+    ElementRig<Capacitor> rig(in, style);
+    const VectorSource& release = rig.play(rig.element.release, {});
+    rig.run(256);
+    EXPECT_EQ(&rig.element.current(), &rig.source.current());
     EXPECT_EQ(release.blocksPlayed(), 1) << "what drives a control may not miss a block";
-    runElement(bench.environment, bench[0], {256});
-    EXPECT_NE(&bench[0].current(), &bench.sources[0]->current());
-}
-
-TEST(Capacitor, SettlesInSilenceWithoutSubnormalNumbers) {
-    Signal in(1000, 20.0f);
-    in.resize(400000, 0.0f);
-    for (const Settings& s : modifierSets()) {
-        Bench bench(2, 8192);
-        bench.applyAll(s);
-        bench.link();
-        bench.play(0, in);
-        bench.play(1, Signal(500, 10.0f));
-        for (const Signal& out : bench.run(evenBlocks(400000, 8192))) {
-            EXPECT_EQ(out.back(), 0.0f);
-            for (const float x : out) ASSERT_TRUE(x == 0.0f || std::isnormal(x)) << x;
-        }
-    }
+    rig.run(256);
+    EXPECT_NE(&rig.element.current(), &rig.source.current());
 }
 
 // ---- Partners ----
@@ -215,12 +194,9 @@ class LinkedCapacitors : public ::testing::TestWithParam<Settings> {};
 
 TEST_P(LinkedCapacitors, GiveWhatEachGivesAloneWhicheverSideItIsOnAndWhoeverIsPulledFirst) {
     const auto run = [&](const Signal& a, const Signal& b, bool lastFirst) {
-        Bench bench(2);
-        bench.applyAll(GetParam());
-        bench.link();
-        bench.play(0, a);
-        bench.play(1, b);
-        return bench.run(evenBlocks(20000, 128), lastFirst);
+        Pair pair(GetParam());
+        pair.play(a, b);
+        return pair.run(evenBlocks(20000, 128), lastFirst);
     };
     Signal left = gainChanges(10, 20000), right = gainChanges(11, 20000);
     // In one pass, smoothing also counts above 10 dB, where it adds less than 1/20,000 of its time.
@@ -245,18 +221,15 @@ INSTANTIATE_TEST_SUITE_P(Modifiers, LinkedCapacitors, ::testing::ValuesIn(modifi
                          [](const auto& set) { return std::to_string(set.index); });
 
 TEST(Capacitor, ClearsBothPartnersWhenOneIsReset) {
-    for (const int reset : {0, 1}) {
+    for (const bool second : {false, true}) {
         for (const bool lastFirst : {false, true}) {
-            Bench bench(2);
-            bench.applyAll({.attack = 0.1f, .attackCurve = 0.5f});
-            bench.link();
+            Pair pair({.attack = 0.1f, .attackCurve = 0.5f});
             for (const int samples : {4000, 250}) {
-                bench.play(0, Signal(4000, 8.0f));
-                bench.play(1, Signal(4000, 12.0f));
-                const auto outputs = bench.run(evenBlocks(samples, 250), lastFirst);
+                pair.play(Signal(4000, 8.0f), Signal(4000, 12.0f));
+                const auto outputs = pair.run(evenBlocks(samples, 250), lastFirst);
                 EXPECT_LT(outputs[0][0], 0.1f);
                 EXPECT_LT(outputs[1][0], 0.1f);
-                bench[reset].reset();
+                pair.sides[second].reset();
             }
         }
     }
@@ -264,14 +237,11 @@ TEST(Capacitor, ClearsBothPartnersWhenOneIsReset) {
 
 // A reset that one side would carry out only with its next sound must not cut into the other's.
 TEST(Capacitor, DoesNotClearAPartnerInTheMiddleOfASound) {
-    Bench bench(2);
-    bench.applyAll({.attack = 0.1f, .attackCurve = 0.5f});
-    bench.link();
+    Pair pair({.attack = 0.1f, .attackCurve = 0.5f});
     Signal late(2000, 0.0f);
     late.resize(4000, 8.0f);
-    bench.play(0, Signal(4000, 12.0f));
-    bench.play(1, late);
-    const Signal out = bench.run(evenBlocks(4000, 250))[0];
+    pair.play(Signal(4000, 12.0f), late);
+    const Signal out = pair.run(evenBlocks(4000, 250))[0];
     for (std::size_t i = 1; i < out.size(); ++i) ASSERT_GE(out[i], out[i - 1]) << i;
 }
 

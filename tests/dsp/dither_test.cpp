@@ -5,9 +5,9 @@
 
 #include "dsp/dither/dither_filter.hpp"
 #include "dsp/dither/dither_seed.hpp"
-#include "tests/dsp/spectrum.hpp"
 #include "tests/support/element_rig.hpp"
 #include "tests/support/signals.hpp"
+#include "tests/support/spectrum.hpp"
 
 namespace vanta::test {
 namespace {

@@ -235,7 +235,8 @@ void buildOvershoot(Patch& p, int mode) {
 
 std::vector<Element> elements() {
     // Sums and logarithms of one value and of many round differently.
-    const Bounds ring{.gap = true}, rounded{.constant = 4e-7}, roundedDb{.constant = 2e-5};
+    const Bounds ring{.gap = true}, rounded{.constant = 4e-7}, roundedDb{.constant = 2e-5},
+        tail{.tail = true}, steered{.constant = kAny, .gap = true};
     std::vector<Element> all = {
         {"Forwarder", Feed::Audio, [](Patch& p, int) { p.filter<wave::Forwarder>(); }},
         {"DelayFilter", Feed::Audio, buildDelay, ring, 700},
@@ -252,18 +253,14 @@ std::vector<Element> elements() {
         {"AveragingFilter_moving", Feed::Audio, buildAverage, {}, 1},
         {"AveragingFilter_of_powers", Feed::Audio, buildAverage, {}, 2},
         {"AveragingFilter_of_gains", Feed::Reduction, buildAverage, {}, 3},
-        {"DelayLine_interpolated",
-         Feed::Audio,
-         buildDelayLine,
-         {.constant = kAny, .gap = true},
-         DelayLine::Interpolated},
+        {"DelayLine_interpolated", Feed::Audio, buildDelayLine, steered, DelayLine::Interpolated},
         {"DelayLine_taps", Feed::Audio, buildDelayLine, ring, DelayLine::TwoTaps},
         {"DelayLine_switched", Feed::Audio, buildDelayLine, ring, DelayLine::Switched},
         {"Capacitor_moving", Feed::Reduction, buildMovingCapacitor, {.constant = 2e-6}},
-        {"EQFilter_first_order", Feed::Audio, buildEq, {}, EQFilter::Order1},
-        {"EQFilter_steep", Feed::Audio, buildEq, {}, EQFilter::Order12},
+        {"EQFilter_first_order", Feed::Audio, buildEq, tail, EQFilter::Order1},
+        {"EQFilter_steep", Feed::Audio, buildEq, tail, EQFilter::Order12},
         {"EQFilter_switched_off", Feed::Audio, buildSwitchedEq},
-        {"ChannelFilter", Feed::Audio, [](Patch& p, int) { p.filter<LoudnessMeter::ChannelFilter>(); }},
+        {"ChannelFilter", Feed::Audio, [](Patch& p, int) { p.filter<LoudnessMeter::ChannelFilter>(); }, tail},
         {"DitherFilter_rounding", Feed::Audio, buildDither, {}, -1},
         {"Convolver", Feed::Audio, buildConvolver, {.split = 1e-7, .gap = true}, 221},
         {"Convolver_of_stages", Feed::Audio, buildConvolver, ring, 9000},
@@ -293,8 +290,7 @@ std::vector<Element> elements() {
     for (int operation = Mixer::Add; operation <= Mixer::Minimize; ++operation) {
         add("Mixer", Feed::Audio, buildMixer, operation);
     }
-    for (int variant = 0; variant < 15; ++variant)
-        add("CrossoverFilter", Feed::Audio, buildCrossover, variant);
+    for (int i = 0; i < 15; ++i) add("CrossoverFilter", Feed::Audio, buildCrossover, i, tail);
     for (int shaping = 0; shaping < 4; ++shaping) {
         // The generator goes on through a reset.
         add("DitherFilter", Feed::Audio, buildDither, shaping, {.reset = 60 * 0x1p-15});

@@ -19,6 +19,7 @@ struct Bounds {
     double reset = 0.0;     ///< of a reset element from a fresh one
     double constant = 0.0;  ///< between flagged and unflagged blocks
     bool gap = false;       ///< a block that was missed counts as a reset
+    bool tail = false;      ///< dies away through the smallest numbers, which the processor's frame flushes
 };
 
 struct Element {

@@ -1,13 +1,11 @@
 #include "foundation/binary_data.hpp"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <bit>
-#include <fstream>
-#include <sstream>
 
 #include "foundation/resource.hpp"
+#include "tests/support/temp_folder.hpp"
 
 namespace vanta::test {
 namespace {
@@ -15,22 +13,8 @@ namespace {
 namespace fs = std::filesystem;
 
 struct BinaryFile : testing::Test {
-    BinaryFile() {
-        std::string name = (fs::temp_directory_path() / "vantaXXXXXX").string();
-        folder = mkdtemp(name.data());
-    }
-    ~BinaryFile() override { fs::remove_all(folder); }
-
-    fs::path put(const std::string& bytes) const {
-        std::ofstream(folder / "file", std::ios::binary) << bytes;
-        return folder / "file";
-    }
-    static std::string get(const fs::path& path) {
-        std::ostringstream all;
-        all << std::ifstream(path, std::ios::binary).rdbuf();
-        return all.str();
-    }
-    fs::path folder;
+    fs::path put(const std::string& bytes) const { return folder.write("file", bytes); }
+    TempFolder folder;
 };
 
 std::span<const std::byte> bytesOf(std::string_view text) {
@@ -51,7 +35,7 @@ TEST_F(BinaryFile, RecordsAreLittleEndianWordsAndComeBackBitForBit) {
     }
     const std::string expected("PMap\4\3\2\1ab\0\0\xff\xff\xff\xfflong\0\0\0\0\xfe\xff\xff\xff\0\0\x80\x3f",
                                32);
-    EXPECT_EQ(get(path).substr(0, 32), expected);
+    EXPECT_EQ(readBytes(path).substr(0, 32), expected);
     BinaryFileReader reader(path);
     EXPECT_EQ(reader.version(), -1);
     EXPECT_TRUE(reader.expectHeader("PMap"));
@@ -83,9 +67,9 @@ TEST_F(BinaryFile, CutFilesFailForGoodAndReadAsZero) {
 
 TEST_F(BinaryFile, MissingFilesAndFoldersFailWithoutThrowing) {
     EXPECT_TRUE(BinaryFileReader(folder / "none").failed());
-    EXPECT_TRUE(BinaryFileReader(folder).failed());
-    EXPECT_TRUE(BinaryFileWriter(folder).failed());
-    EXPECT_TRUE(BinaryFileWriter(folder / "none" / "file").failed());
+    EXPECT_TRUE(BinaryFileReader(folder.path).failed());
+    EXPECT_TRUE(BinaryFileWriter(folder.path).failed());
+    EXPECT_TRUE(BinaryFileWriter(folder / "none/file").failed());
     ASSERT_TRUE(fs::is_character_file("/dev/full"));
     BinaryFileWriter full("/dev/full");
     full.writeInt(1);
@@ -104,7 +88,8 @@ TEST_F(BinaryFile, UpdatesInPlaceAndLeavesTheOldTail) {
     writer.skip();
     writer.writeInt(0);
     ASSERT_TRUE(writer.flush());
-    EXPECT_EQ(get(path), "PMap" + std::string(4, '\0') + "oooo" + std::string(4, '\0') + old.substr(16));
+    EXPECT_EQ(readBytes(path),
+              "PMap" + std::string(4, '\0') + "oooo" + std::string(4, '\0') + old.substr(16));
 }
 
 TEST(Resources, AreFoundByName) {

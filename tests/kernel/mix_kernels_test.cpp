@@ -42,19 +42,21 @@ TEST(MixKernels, CombineLikeTheirTwins) {
 
 TEST(MixKernels, ScaleAndClampLikeTheirTwins) {
     const auto a = uniform(-2.0f, 2.0f, 24), b = uniform(-1.0f, 1.0f, 25);
-    expectTwin(
-        a, kernel::magnitude, [](double x) { return std::abs(x); }, absolute(0));
-    expectTwin(
-        a, kernel::complement, [](double x) { return 1 - x; }, units(1));
-    expectTwin(
-        a, [](const float* in, float* out, std::size_t n) { kernel::scale(in, 0.3f, out, n); },
-        [](double x) { return x * 0.3f; }, units(1));
-    expectTwin(
-        a, [](const float* in, float* out, std::size_t n) { kernel::addConstant(in, 0.3f, out, n); },
-        [](double x) { return x + 0.3f; }, units(1));
-    expectTwin(
-        a, [](const float* in, float* out, std::size_t n) { kernel::clamp(in, -0.5f, 1.5f, out, n); },
-        [](double x) { return std::clamp(x, -0.5, 1.5); }, absolute(0));
+    struct Case {
+        void (*kernel)(const float*, float*, std::size_t);
+        double (*twin)(double);
+        double units;
+    };
+    const Case cases[] = {
+        {kernel::magnitude, [](double x) { return std::abs(x); }, 0},
+        {kernel::complement, [](double x) { return 1 - x; }, 1},
+        {[](const float* in, float* out, std::size_t n) { kernel::scale(in, 0.3f, out, n); },
+         [](double x) { return x * 0.3f; }, 1},
+        {[](const float* in, float* out, std::size_t n) { kernel::addConstant(in, 0.3f, out, n); },
+         [](double x) { return x + 0.3f; }, 1},
+        {[](const float* in, float* out, std::size_t n) { kernel::clamp(in, -0.5f, 1.5f, out, n); },
+         [](double x) { return std::clamp(x, -0.5, 1.5); }, 0}};
+    for (const Case& c : cases) expectTwin(a, c.kernel, c.twin, units(c.units));
     const auto moved = [&](const auto& kernel) {
         return [&b, &kernel](const float* in, std::size_t start, float* out, std::size_t n) {
             kernel(in, b.data() + start, 0.3f, out, n);

@@ -70,8 +70,13 @@ TEST_F(Measuring, FiguresAreThoseOfASecondMeter) {
 
     Programme together = noise.programme;
     together.merge(tone.programme);
-    EXPECT_NEAR(*together.figures().integrated,
-                secondOpinion({folder / "noise.wav", folder / "tone.wav"}).integrated, 0.1);
+    const SecondOpinion both = secondOpinion({folder / "noise.wav", folder / "tone.wav"});
+    EXPECT_NEAR(*together.figures().integrated, both.integrated, 0.1);
+    EXPECT_NEAR(*together.figures().range, both.range, 1.0);
+    EXPECT_EQ(together.figures().seconds, 26.0);
+    Programme twice = tone.programme;
+    twice.merge(tone.programme);
+    EXPECT_NEAR(*twice.figures().total.rms, *tone.figures.total.rms, 1e-6);
 }
 
 TEST_F(Measuring, ProgramsFindEveryKeyAndNothingWhereThereIsNoReading) {

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <string>
 #include <vector>
@@ -53,14 +54,18 @@ TEST(PresetFolder, NumbersOrderFoldersAndAreNotShown) {
 }
 
 TEST(PresetFolder, NamesAreOrderedByUpperCasedCharactersAndThenByBytes) {
-    const TempFolder scratch;
-    for (const char* name : {"a.qmp", "B.qmp", "a b.QMP", "\xC3\xA9t\xC3\xA9.qmp", "\xC3\x89tude.qmp",
-                             "A.qmp", "z.Qmp", "bad\xFF.qmp", ".hidden.qmp", ".qmp", "other.txt", "noqmp"}) {
-        scratch.write(name, "x");
+    const TempFolder all;
+    const auto scratch = all / "[a]";  // brackets are plain characters
+    std::filesystem::create_directories(scratch);
+    for (const char* name :
+         {"a.qmp", "B.qmp", "a b.QMP", "\xC3\xA9t\xC3\xA9.qmp", "\xC3\x89tude.qmp", "A.qmp", "z.Qmp",
+          "bad\xFF.qmp", ".hidden.qmp", ".qmp", "other.txt", "noqmp", "c.qmp2"}) {
+        writeBytes(scratch / name, "x");
     }
     std::filesystem::create_directories(scratch / "folder.qmp");
     std::filesystem::create_directories(scratch / ".hidden");
-    const PresetFolder folder(scratch.path.string() + "/", ".qmp", kAmple);
+    ASSERT_EQ(::mkfifo((scratch / "pipe.qmp").c_str(), 0600), 0);
+    const PresetFolder folder(scratch.string() + "/", ".qmp", kAmple);
     EXPECT_THAT(namesOf(folder.entries),
                 ElementsAre("A", "a", "a b", "B", "bad\xFF", "z", "\xC3\x89tude", "\xC3\xA9t\xC3\xA9"));
     EXPECT_THAT(namesOf(folder.folders), ElementsAre("folder.qmp"));

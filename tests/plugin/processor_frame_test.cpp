@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 #include <vector>
 
@@ -160,6 +161,58 @@ TEST(ProcessorFrame, ALatencyThatChangesWhileBypassedMovesTheDrySignal) {
             ASSERT_EQ(out[i], in[i - static_cast<std::size_t>(latency)]) << latency;
         }
     }
+}
+
+/// Plays ones; what comes out is 2 as long as it is wet, and gives away the share of the dry signal.
+struct BypassFade : testing::Test {
+    BypassFade() { run(4000); }
+    std::vector<float> run(int count) {
+        auto share = processor.play(ones(count), 250);
+        for (float& value : share) value = 2.0f - value;
+        return share;
+    }
+    void setBypass(bool on) { processor.bypassSwitch.setMapped(on); }
+
+    static constexpr int kFade = static_cast<int>(kRate) / 20;
+    static constexpr int kLatency = 476;
+    Doubler processor{kLatency};
+};
+
+TEST_F(BypassFade, GoesToDryAtOnceAndComesBackWhenTheGraphHasFilledWithSignal) {
+    setBypass(true);
+    const auto there = run(2 * kFade + 77);
+    for (int i = 0; i < 2 * kFade; ++i) ASSERT_NEAR(there[i], std::min(i / double{kFade}, 1.0), 1e-5) << i;
+    setBypass(false);
+    const auto back = run(kLatency + 2 * kFade);
+    for (int i = 0; i < kLatency + 2 * kFade; ++i) {
+        ASSERT_NEAR(back[i], std::clamp(1.0 - (i - kLatency) / double{kFade}, 0.0, 1.0), 1e-5) << i;
+    }
+}
+
+TEST_F(BypassFade, TurnsRoundWhereItStands) {
+    setBypass(true);
+    auto share = run(kFade / 2);
+    for (const auto& [bypassed, count] :
+         {std::pair(false, kFade / 4), {true, kFade / 4}, {false, 2 * kFade}}) {
+        setBypass(bypassed);  // the graph has never rested, so there is nothing to wait for
+        const auto more = run(count);
+        EXPECT_LT(bypassed ? share.back() : more.back(), 0.5f);
+        share.insert(share.end(), more.begin(), more.end());
+    }
+    EXPECT_EQ(share.back(), 0.0f);
+    // A fade of 50 ms from half way is slower, never faster.
+    for (std::size_t i = 1; i < share.size(); ++i)
+        ASSERT_LE(std::abs(share[i] - share[i - 1]), 1.001f / kFade) << i;
+}
+
+TEST_F(BypassFade, EndsWhenNeitherHostNorParameterAsksForIt) {
+    processor.setBypassed(true, 0);
+    setBypass(true);
+    run(2 * kFade);
+    setBypass(false);
+    for (const float share : run(3 * kFade)) ASSERT_EQ(share, 1.0f);
+    processor.setBypassed(false, 0);
+    EXPECT_EQ(run(kLatency + 2 * kFade).back(), 0.0f);
 }
 
 TEST(ProcessorFrame, TheGraphRestsWhileTheOutputIsDryAndStartsAfresh) {

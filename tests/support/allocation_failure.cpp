@@ -121,64 +121,29 @@ void failEachAllocation(const std::function<void()>& work, const std::function<v
 
 }  // namespace vanta::test
 
-namespace {
-
-constexpr std::size_t kUsual = alignof(std::max_align_t);
-
-std::size_t sizeOf(std::align_val_t alignment) {
-    return static_cast<std::size_t>(alignment);
-}
-
-}  // namespace
-
-using namespace vanta::test;
-
 // All of them: what a sanitizer replaced alone would not fit the others.
-void* operator new(std::size_t n) {
-    return allocateOrThrow(n, kUsual);
-}
-void* operator new[](std::size_t n) {
-    return allocateOrThrow(n, kUsual);
-}
-void* operator new(std::size_t n, std::align_val_t a) {
-    return allocateOrThrow(n, sizeOf(a));
-}
-void* operator new[](std::size_t n, std::align_val_t a) {
-    return allocateOrThrow(n, sizeOf(a));
-}
-void* operator new(std::size_t n, const std::nothrow_t&) noexcept {
-    return allocate(n, kUsual);
-}
-void* operator new[](std::size_t n, const std::nothrow_t&) noexcept {
-    return allocate(n, kUsual);
-}
-void operator delete(void* p) noexcept {
-    release(p);
-}
-void operator delete[](void* p) noexcept {
-    release(p);
-}
-void operator delete(void* p, std::size_t) noexcept {
-    release(p);
-}
-void operator delete[](void* p, std::size_t) noexcept {
-    release(p);
-}
-void operator delete(void* p, std::align_val_t) noexcept {
-    release(p);
-}
-void operator delete[](void* p, std::align_val_t) noexcept {
-    release(p);
-}
-void operator delete(void* p, std::size_t, std::align_val_t) noexcept {
-    release(p);
-}
-void operator delete[](void* p, std::size_t, std::align_val_t) noexcept {
-    release(p);
-}
-void operator delete(void* p, const std::nothrow_t&) noexcept {
-    release(p);
-}
-void operator delete[](void* p, const std::nothrow_t&) noexcept {
-    release(p);
-}
+#define VANTA_TEST_NEW(arguments, specification, result) \
+    void* operator new arguments specification {         \
+        return result;                                   \
+    }                                                    \
+    void* operator new[] arguments specification {       \
+        return result;                                   \
+    }
+#define VANTA_TEST_DELETE(arguments)            \
+    void operator delete arguments noexcept {   \
+        vanta::test::release(block);            \
+    }                                           \
+    void operator delete[] arguments noexcept { \
+        vanta::test::release(block);            \
+    }
+
+VANTA_TEST_NEW((std::size_t n), , vanta::test::allocateOrThrow(n, alignof(std::max_align_t)))
+VANTA_TEST_NEW((std::size_t n, std::align_val_t a), ,
+               vanta::test::allocateOrThrow(n, static_cast<std::size_t>(a)))
+VANTA_TEST_NEW((std::size_t n, const std::nothrow_t&), noexcept,
+               vanta::test::allocate(n, alignof(std::max_align_t)))
+VANTA_TEST_DELETE((void* block))
+VANTA_TEST_DELETE((void* block, std::size_t))
+VANTA_TEST_DELETE((void* block, std::align_val_t))
+VANTA_TEST_DELETE((void* block, std::size_t, std::align_val_t))
+VANTA_TEST_DELETE((void* block, const std::nothrow_t&))

@@ -5,17 +5,20 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tests/support/sound_files.hpp"
-
 namespace vanta::test {
 
 SecondOpinion secondOpinion(const std::vector<std::filesystem::path>& files) {
+    std::vector<Sound> sounds;
+    for (const auto& file : files) sounds.push_back(readSound(file));
+    return secondOpinion(sounds);
+}
+
+SecondOpinion secondOpinion(const std::vector<Sound>& sounds) {
     constexpr int kMode =
         EBUR128_MODE_I | EBUR128_MODE_M | EBUR128_MODE_S | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK;
     SecondOpinion opinion{-HUGE_VAL, 0.0, -HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
     std::vector<ebur128_state*> meters;
-    for (const auto& file : files) {
-        const Sound sound = readSound(file);
+    for (const Sound& sound : sounds) {
         const std::size_t width = sound.channels.size();
         const std::size_t frames = sound.channels[0].size();
         const auto step = static_cast<std::size_t>(sound.sampleRate / 100);

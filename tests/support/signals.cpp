@@ -106,6 +106,13 @@ Signal pinkNoise(std::uint64_t seed, std::size_t count, double rmsLevel) {
     return signal;
 }
 
+Signal softened(Signal signal) {
+    for (int pass = 0; pass < 4; ++pass) {
+        for (std::size_t i = signal.size() - 1; i > 0; --i) signal[i] = 0.5f * (signal[i] + signal[i - 1]);
+    }
+    return signal;
+}
+
 Signal faded(Signal signal, std::size_t ramp) {
     for (std::size_t i = 0; i < ramp; ++i) {
         const double angle = std::numbers::pi * static_cast<double>(i) / static_cast<double>(ramp);

@@ -27,6 +27,8 @@ Signal spread(std::uint64_t seed, std::size_t count, double low, double high);
 /// Falls by 3 dB an octave from about 10 Hz at 44.1 kHz up, scaled to the given root mean square.
 Signal pinkNoise(std::uint64_t seed, std::size_t count, double rmsLevel = 0.1);
 
+/// Without what lies next to half the sample rate: no recording has it, and no two interpolators agree on it.
+Signal softened(Signal signal);
 /// Begins and ends with half a cosine of `ramp` samples.
 Signal faded(Signal signal, std::size_t ramp);
 
@@ -39,9 +41,9 @@ double db(double amplitude);
 double nullDb(std::span<const float> a, std::span<const float> b);
 
 /// The largest magnitude of the continuous signal that the samples represent, with silence before and
-/// after. A judge that shares nothing with what it judges: a sinc of 1024 samples' length under a Kaiser
-/// window with side lobes at -120 dB, in double precision, at 16 points a sample, then refined around the
-/// largest. Flat to 0.49 of the sample rate. Takes about 15,000 multiplications a sample.
+/// after. A judge that shares nothing with what it judges: FFTW's transform of the whole signal, eight times
+/// as long, tells where its largest peaks stand, and a sinc of 1024 samples' length under a Kaiser window
+/// with side lobes at -120 dB, in double precision, measures these. Flat to 0.49 of the sample rate.
 double truePeak(std::span<const float> signal);
 /// The same, looked for only between the samples `first` and `last`, so that a cut signal's edges do not
 /// count. The neighbourhood outside still takes part.

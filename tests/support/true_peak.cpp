@@ -1,6 +1,8 @@
+#include <fftw3.h>
+
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <complex>
 #include <numbers>
 #include <vector>
 
@@ -9,10 +11,9 @@
 namespace vanta::test {
 namespace {
 
-constexpr int kHalf = 512;   ///< samples on each side of a point
-constexpr int kFactor = 16;  ///< points a sample
-constexpr int kBlock = 16;   ///< points of one phase that are computed side by side
-constexpr double kBeta = 12.3;
+constexpr std::ptrdiff_t kHalf = 512;  ///< samples on each side of a point
+constexpr std::size_t kFine = 8;       ///< points a sample that the transform looks at
+constexpr double kStep = 1.0 / kFine;
 
 /// Modified Bessel function of the first kind and order 0, by its series.
 double bessel0(double x) {
@@ -27,6 +28,7 @@ double bessel0(double x) {
 
 /// The interpolating kernel at a distance in samples.
 double kernelAt(double distance) {
+    constexpr double kBeta = 12.3;
     const double place = distance / kHalf;
     if (std::abs(place) >= 1.0) return 0.0;
     const double angle = std::numbers::pi * distance;
@@ -35,66 +37,50 @@ double kernelAt(double distance) {
     return sinc * bessel0(kBeta * std::sqrt(1.0 - place * place)) * scale;
 }
 
-using Taps = std::array<double, 2 * kHalf>;
-
-/// Tap k weighs the sample at `k - kHalf + 1` from the one before the point.
-Taps tapsOfPhase(int phase) {
-    Taps taps{};
-    for (int k = 0; k < 2 * kHalf; ++k) {
-        taps[static_cast<std::size_t>(k)] = kernelAt(k - kHalf + 1 - static_cast<double>(phase) / kFactor);
+/// The magnitude of the continuous signal at a place.
+double magnitudeAt(std::span<const float> signal, double place) {
+    const auto before = static_cast<std::ptrdiff_t>(std::floor(place));
+    const auto end = std::min(before + kHalf + 1, std::ssize(signal));
+    double sum = 0.0;
+    for (auto i = std::max<std::ptrdiff_t>(before - kHalf + 1, 0); i < end; ++i) {
+        sum += static_cast<double>(signal[static_cast<std::size_t>(i)]) *
+               kernelAt(static_cast<double>(i) - place);
     }
-    return taps;
+    return std::abs(sum);
 }
 
-const std::vector<Taps>& phases() {
-    static const std::vector<Taps> all = [] {
-        std::vector<Taps> made;
-        for (int phase = 0; phase < kFactor; ++phase) made.push_back(tapsOfPhase(phase));
-        return made;
-    }();
-    return all;
-}
-
-/// Several neighbouring points of one phase: the sums stay in registers.
-void interpolate(const double* samples, const Taps& taps, std::array<double, kBlock>& points) {
-    std::array<double, kBlock> sums{};
-    for (std::size_t k = 0; k < taps.size(); ++k) {
-        for (std::size_t i = 0; i < kBlock; ++i) sums[i] += taps[k] * samples[k + i];
+/// The largest magnitude within a sample of a place: point by point, then by golden section.
+double largestAround(std::span<const float> signal, double place, double first, double last) {
+    double best = 0.0, top = place;
+    for (double at = std::max(place - 1.0, first); at <= std::min(place + 1.0, last); at += kStep) {
+        const double magnitude = magnitudeAt(signal, at);
+        if (magnitude > best) best = magnitude, top = at;
     }
-    points = sums;
-}
-
-/// The signal in double, with silence around it for the kernel to reach into.
-struct Padded {
-    explicit Padded(std::span<const float> signal) : samples(signal.size() + 2 * kHalf + kBlock, 0.0) {
-        std::copy(signal.begin(), signal.end(), samples.begin() + kHalf - 1);
-    }
-    /// The first sample that reaches the points between `place` and the next sample.
-    const double* reaching(std::size_t place) const { return samples.data() + place; }
-    double at(double place) const {
-        const double whole = std::floor(place);
-        const double* reached = reaching(static_cast<std::size_t>(whole));
-        double sum = 0.0;
-        for (int k = 0; k < 2 * kHalf; ++k) sum += reached[k] * kernelAt(k - kHalf + 1 - (place - whole));
-        return sum;
-    }
-    std::vector<double> samples;
-};
-
-/// Golden-section search for the largest magnitude within `reach` of a place.
-double refine(const Padded& padded, double place, double reach, double end) {
-    double low = std::max(place - reach, 0.0);
-    double high = std::min(place + reach, end);
-    double best = 0.0;
+    double low = std::max(top - kStep, first), high = std::min(top + kStep, last);
     for (int i = 0; i < 24; ++i) {
         const double left = high - (high - low) / std::numbers::phi;
         const double right = low + (high - low) / std::numbers::phi;
-        const double atLeft = std::abs(padded.at(left));
-        const double atRight = std::abs(padded.at(right));
+        const double atLeft = magnitudeAt(signal, left), atRight = magnitudeAt(signal, right);
         best = std::max({best, atLeft, atRight});
         (atLeft > atRight ? high : low) = atLeft > atRight ? right : left;
     }
     return best;
+}
+
+/// The magnitudes at `kFine` times the rate, seen through nothing but the signal's own spectrum.
+std::vector<double> upsampled(std::span<const float> signal) {
+    std::size_t size = 2048;
+    while (size < signal.size() + 1024) size *= 2;
+    std::vector<double> samples(size, 0.0), result(size * kFine, 0.0);
+    std::vector<std::complex<double>> spectrum(size * kFine / 2 + 1);
+    auto* bins = reinterpret_cast<fftw_complex*>(spectrum.data());
+    const auto length = static_cast<int>(size);
+    const fftw_plan forward = fftw_plan_dft_r2c_1d(length, samples.data(), bins, FFTW_ESTIMATE);
+    const fftw_plan back = fftw_plan_dft_c2r_1d(length * int{kFine}, bins, result.data(), FFTW_ESTIMATE);
+    std::copy(signal.begin(), signal.end(), samples.begin());
+    for (const fftw_plan plan : {forward, back}) fftw_execute(plan), fftw_destroy_plan(plan);
+    for (double& value : result) value = std::abs(value);
+    return result;
 }
 
 }  // namespace
@@ -104,24 +90,19 @@ double truePeak(std::span<const float> signal) {
 }
 
 double truePeak(std::span<const float> signal, std::size_t first, std::size_t last) {
-    const Padded padded(signal);
-    double largest = 0.0;
-    double place = 0.0;
-    std::array<double, kBlock> points{};
-    for (std::size_t start = first; start <= last; start += kBlock) {
-        const std::size_t count = std::min<std::size_t>(kBlock, last - start + 1);
-        for (int phase = 0; phase < kFactor; ++phase) {
-            interpolate(padded.reaching(start), phases()[static_cast<std::size_t>(phase)], points);
-            // Behind the last sample nothing is looked at.
-            const std::size_t used = phase && start + count > last ? count - 1 : count;
-            for (std::size_t i = 0; i < used; ++i) {
-                if (std::abs(points[i]) <= largest) continue;
-                largest = std::abs(points[i]);
-                place = static_cast<double>(start + i) + static_cast<double>(phase) / kFactor;
-            }
-        }
+    std::vector<double> fine = upsampled(signal);
+    double largest = peak(signal.subspan(first, last - first + 1));
+    const auto pointAt = [&](std::size_t sample) { return fine.begin() + static_cast<long>(sample * kFine); };
+    for (int candidate = 0; candidate < 2; ++candidate) {
+        const auto top = std::max_element(pointAt(first), pointAt(last) + 1);
+        const double place = static_cast<double>(top - fine.begin()) * kStep;
+        largest = std::max(largest, largestAround(signal, place, double(first), double(last)));
+        // The next candidate stands elsewhere.
+        const auto sample = static_cast<std::size_t>(place);
+        std::fill(pointAt(sample - std::min<std::size_t>(sample, 2)), pointAt(std::min(sample + 3, last + 1)),
+                  0.0);
     }
-    return std::max(largest, refine(padded, place, 1.0 / kFactor, static_cast<double>(last)));
+    return largest;
 }
 
 }  // namespace vanta::test

@@ -40,6 +40,13 @@ struct Rig {
         for (int i = 0; i < blocks; ++i) runGraph(environment, {&samples, 1});
     }
     float read(wave::LevelSource::Info info = wave::LevelSource::Current) { return meter.value(info); }
+    /// Reads after every `blocks` blocks.
+    float watch(float x, int reads, int blocks) {
+        for (int i = 0; i < reads; ++i) play(x, blocks), read();
+        return read();
+    }
+    float highest() { return read(wave::LevelSource::Highest); }
+    float extreme() { return read(wave::LevelSource::Extreme); }
 
     wave::Environment environment;
     wave::FloatParameterSource level;
@@ -56,15 +63,8 @@ TEST(LevelMeter, FallsAtItsRateHoweverOftenItIsRead) {
         rig.meter.fall = 25.0f;
         rig.play(1.0f);
         EXPECT_NEAR(rig.read(), 0.0f, 1e-5f);
-        const auto after = [&](int reads) {
-            for (int i = 0; i < reads; ++i) {
-                rig.play(0.0f, blocksPerRead);
-                rig.read();
-            }
-            return rig.read();
-        };
-        const float early = after(96 / blocksPerRead);
-        const float late = after(120 / blocksPerRead);
+        const float early = rig.watch(0.0f, 96 / blocksPerRead, blocksPerRead);
+        const float late = rig.watch(0.0f, 120 / blocksPerRead, blocksPerRead);
         EXPECT_NEAR(early - late, 25.0f * 120 * kBlock / kRate, 1e-3f) << blocksPerRead;
         const float interval = static_cast<float>(blocksPerRead * kBlock) / kRate;
         EXPECT_NEAR(early, -25.0f * (96 * kBlock / kRate - 0.05f), 25.0f * interval) << blocksPerRead;
@@ -85,45 +85,43 @@ TEST(LevelMeter, LatchesAPeakBeyondFullScaleUntilItIsReset) {
     rig.play(1.0f);
     rig.read();
     rig.play(0.0f, 1200);  // five seconds at a time, each less than a second a read
-    for (int i = 0; i < 10; ++i) rig.play(0.0f, 200), rig.read();
-    EXPECT_LT(rig.read(wave::LevelSource::Highest), -10.0f) << "0 dB itself is no clip";
+    rig.watch(0.0f, 10, 200);
+    EXPECT_LT(rig.highest(), -10.0f) << "0 dB itself is no clip";
 
     rig.play(1.06f);
     rig.read();
-    for (int i = 0; i < 20; ++i) rig.play(0.0f, 200), rig.read();
+    rig.watch(0.0f, 20, 200);
     rig.play(0.0f, 400);  // more than a second at once
-    EXPECT_NEAR(rig.read(wave::LevelSource::Highest), dbOf(1.06), 1e-4f);
-    EXPECT_NEAR(rig.read(wave::LevelSource::Extreme), dbOf(1.06), 1e-4f);
+    EXPECT_NEAR(rig.highest(), dbOf(1.06), 1e-4f);
+    EXPECT_NEAR(rig.extreme(), dbOf(1.06), 1e-4f);
 
     rig.meter.reset();
-    EXPECT_NEAR(rig.read(wave::LevelSource::Highest), dbOf(1.06), 1e-4f)
-        << "a new rate is no reason to forget a clip";
+    EXPECT_NEAR(rig.highest(), dbOf(1.06), 1e-4f) << "a new rate is no reason to forget a clip";
 
     rig.meter.resetPeak();
-    EXPECT_EQ(rig.read(wave::LevelSource::Extreme), -90.0f);
+    EXPECT_EQ(rig.extreme(), -90.0f);
     rig.play(0.0f, 12);
-    EXPECT_NEAR(rig.read(wave::LevelSource::Highest), dbOf(1.06) - 15.0f * 12 * kBlock / kRate, 1e-3f);
+    EXPECT_NEAR(rig.highest(), dbOf(1.06) - 15.0f * 12 * kBlock / kRate, 1e-3f);
 }
 
 TEST(LevelMeter, HoldsALevelThatStayedALittleBelowThePeakInItsTurn) {
     Rig rig;
     const auto playSeconds = [&](float x, double seconds) {
-        const int reads = static_cast<int>(seconds * 60.0 + 0.5);
-        for (int i = 0; i < reads; ++i) rig.play(x, 4), rig.read();
+        rig.watch(x, static_cast<int>(seconds * 60.0 + 0.5), 4);
     };
     rig.play(0.9f);
     rig.read();
     playSeconds(0.1f, 1.5);
     playSeconds(0.7f, 0.2);
     playSeconds(0.1f, 0.2);
-    EXPECT_NEAR(rig.read(wave::LevelSource::Highest), dbOf(0.9), 1e-4f);
+    EXPECT_NEAR(rig.highest(), dbOf(0.9), 1e-4f);
     playSeconds(0.1f, 0.3);
-    EXPECT_NEAR(rig.read(wave::LevelSource::Highest), dbOf(0.7), 1e-4f) << "the fall ends there";
+    EXPECT_NEAR(rig.highest(), dbOf(0.7), 1e-4f) << "the fall ends there";
     playSeconds(0.1f, 1.8);
-    EXPECT_NEAR(rig.read(wave::LevelSource::Highest), dbOf(0.7), 1e-4f) << "held for two seconds of its own";
+    EXPECT_NEAR(rig.highest(), dbOf(0.7), 1e-4f) << "held for two seconds of its own";
     playSeconds(0.1f, 0.5);
-    EXPECT_LT(rig.read(wave::LevelSource::Highest), dbOf(0.7) - 3.0f);
-    EXPECT_GT(rig.read(wave::LevelSource::Highest), dbOf(0.1));
+    EXPECT_LT(rig.highest(), dbOf(0.7) - 3.0f);
+    EXPECT_GT(rig.highest(), dbOf(0.1));
 }
 
 TEST(LevelMeter, MeasuresGainReductionAsAMinimum) {
@@ -137,12 +135,12 @@ TEST(LevelMeter, MeasuresGainReductionAsAMinimum) {
     rig.play(0.5f);
     rig.play(1.0f, 2);
     EXPECT_NEAR(rig.read(), dbOf(0.5), 1e-4f);
-    for (int i = 0; i < 12; ++i) rig.play(1.0f), rig.read();
+    rig.watch(1.0f, 12, 1);
     rig.play(1.0f, 12);
     EXPECT_NEAR(rig.read(), dbOf(0.5) + 25.0f * 12 * kBlock / kRate, 1e-3f);
     rig.play(1.0f, 200);
     EXPECT_EQ(rig.read(), 0.0f);
-    EXPECT_NEAR(rig.read(wave::LevelSource::Extreme), dbOf(0.5), 1e-4f);
+    EXPECT_NEAR(rig.extreme(), dbOf(0.5), 1e-4f);
     rig.play(0.0f);
     EXPECT_EQ(rig.read(), -72.0f);
 }
@@ -164,8 +162,8 @@ TEST(LevelMeter, FallsByWallClockWithoutAudio) {
         rig.read();
     }
     EXPECT_EQ(rig.read(), -90.0f);
-    EXPECT_EQ(rig.read(wave::LevelSource::Highest), -90.0f);
-    EXPECT_NEAR(rig.read(wave::LevelSource::Extreme), 0.0f, 1e-5f);
+    EXPECT_EQ(rig.highest(), -90.0f);
+    EXPECT_NEAR(rig.extreme(), 0.0f, 1e-5f);
     rig.play(0.5f);
     EXPECT_NEAR(rig.read(), dbOf(0.5), 1e-4f);
 }
@@ -189,7 +187,7 @@ TEST(LevelMeter, IsRightInTheMorningWhenItWasNotReadOvernight) {
     EXPECT_NEAR(rig.read(), dbOf(0.9), 1e-4f);
     rig.play(0.25f, 2200, kHuge);
     EXPECT_NEAR(rig.read(), dbOf(0.25), 1e-4f);
-    EXPECT_NEAR(rig.read(wave::LevelSource::Highest), dbOf(0.25), 1e-4f);
+    EXPECT_NEAR(rig.highest(), dbOf(0.25), 1e-4f);
 }
 
 TEST(LevelMeter, ReadsEveryDomainWithinItsLimits) {
@@ -222,14 +220,11 @@ TEST(LevelMeter, LosesNoPeakToAReaderOnAnotherThread) {
     std::thread reader([&] {
         float highest = -90.0f;
         while (!done) {
-            const float now = rig.read(wave::LevelSource::Extreme);
+            const float now = rig.extreme();
             EXPECT_GE(now, highest) << "an extreme never goes back";
             highest = now;
         }
-        for (const auto info :
-             {wave::LevelSource::Current, wave::LevelSource::Highest, wave::LevelSource::Extreme}) {
-            last[static_cast<std::size_t>(info)] = rig.read(info);
-        }
+        last = {rig.read(), rig.highest(), rig.extreme()};
     });
     {
         const RealtimeTrap trap;

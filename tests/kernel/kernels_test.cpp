@@ -1,17 +1,65 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <limits>
+#include <numbers>
+#include <span>
 #include <vector>
 
+#include <fmt/format.h>
+
 #include "kernel/convolver_kernels.hpp"
+#include "kernel/fir_kernels.hpp"
+#include "kernel/follower.hpp"
+#include "kernel/level_math.hpp"
 #include "kernel/mix.hpp"
 #include "kernel/mixer_kernels.hpp"
 #include "kernel/scan.hpp"
 #include "tests/kernel/twin.hpp"
+#include "tests/support/instruction_sets.hpp"
+#include "tests/support/signals.hpp"
 
 namespace vanta::test {
 namespace {
+
+TEST(LevelMath, ConvertsBetweenAmplitudeAndDecibels) {
+    // A level has the resolution of its logarithm's two parts, of which the larger is near the level itself;
+    // the chords of the table lie 3e-8 below the curve.
+    expectTwin(amplitudes(), kernel::decibelsFromAmplitude, levelDb, units(2, 6.0));
+    const auto reduced = [](double x) { return -levelDb(static_cast<double>(1.0f - static_cast<float>(x))); };
+    expectTwin(amplitudes(), kernel::decibelsFromReduction, reduced, units(3));
+    // The argument of an exponential is rounded: x ln(10)/20 units come on top.
+    const auto decibels = uniform(-200.0f, 100.0f, 2);
+    expectTwin(decibels, kernel::amplitudeFromDecibels, amplitude, units(25));
+    const auto reduction = [](double x) { return -std::expm1(-x * std::numbers::ln10 / 20); };
+    expectTwin(decibels, kernel::reductionFromDecibels, reduction, units(1));
+    // Tiny gain changes keep their digits.
+    expectTwin(uniform(0.0f, 1e-4f, 3), kernel::reductionFromDecibels, reduction, units(8, 1e-9));
+}
+
+TEST(LevelMath, LogarithmIsContinuousOverEveryMantissa) {
+    // A walk over the mantissas of two octaves: any fault of the table or of the exponent's part is a step.
+    Signal in;
+    for (std::uint32_t bits = 0x3F000000; bits < 0x40000000; bits += 509)
+        in.push_back(std::bit_cast<float>(bits));
+    Signal out(in.size());
+    kernel::decibelsFromAmplitude(in.data(), out.data(), in.size());
+    for (std::size_t i = 0; i < in.size(); ++i) ASSERT_NEAR(out[i], levelDb(in[i]), 1.5e-6) << in[i];
+}
+
+TEST(FollowerCoefficients, AgreeWithTheirDefinitionAtAnyTime) {
+    Signal seconds = uniform(-7.0f, 1.7f, 6);
+    for (float& x : seconds) x = std::pow(10.0f, x);
+    for (std::size_t i = 0; i < seconds.size(); i += 29) seconds[i] = i % 2 ? 0.0f : -1.0f;
+    expectTwin(
+        seconds,
+        [](const float* in, float* out, std::size_t n) { kernel::followerCoefficients(in, 48e3f, out, n); },
+        [](double s) { return s <= 0 ? 1.0 : -std::expm1(-std::log(10.0) / (s * 48000)); }, units(4));
+}
+
+// --- Mixing and convolving ---
 
 using Two = void (*)(const float*, const float*, float*, std::size_t);
 
@@ -122,6 +170,78 @@ TEST(ConvolverKernels, FindTheOneSampleThatDiffers) {
             block[i] = 0.25f;
         }
     }
+}
+
+// --- Half-band filters ---
+
+constexpr std::size_t kCounts[] = {0, 1, 2, 3, 7, 8, 15, 16, 17, 31, 33, 64, 65, 100, 511, 512, 513, 1030};
+
+std::vector<float> symmetricTaps(std::size_t count) {
+    auto taps = whiteNoise(count, count);
+    for (std::size_t i = 0; i < count / 2; ++i) taps[count - 1 - i] = taps[i];
+    return taps;
+}
+
+/// 4 k + 1 taps, zero at even distances from the centre.
+std::vector<float> halfBandTaps(std::size_t count) {
+    auto taps = symmetricTaps(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i % 2 == 0 && i != count / 2) taps[i] = 0.0f;
+    }
+    return taps;
+}
+
+double dot(const float* taps, const float* x, std::size_t count) {
+    double sum = 0.0;
+    for (std::size_t i = 0; i < count; ++i) sum += static_cast<double>(taps[i]) * static_cast<double>(x[i]);
+    return sum;
+}
+
+/// Rounding of a sum of `terms` products of numbers up to 1.
+double tolerance(std::size_t terms) {
+    return static_cast<double>(terms) * 2.0 * kEpsilon;
+}
+
+TEST(FirKernels, InterpolateAsTheirScalarTwin) {
+    forEachInstructionSet([](const char* set) {
+        for (const std::size_t taps : {2u, 4u, 8u, 10u, 12u, 34u, 62u}) {
+            const auto branch = symmetricTaps(taps);
+            for (std::size_t k = 0; k < 3 * std::size(kCounts); ++k) {
+                const std::size_t count = kCounts[k / 3], offset = k % 3;
+                SCOPED_TRACE(fmt::format("{}, {} taps, {} samples", set, taps, count));
+                // The block ends where its last window ends: a read past it is a sanitizer's error.
+                const auto input = whiteNoise(count + taps, offset + count + taps - 1);
+                const float* window = input.data() + offset;
+                std::vector<float> out(2 * count + 1, kCanary);
+                kernel::interpolateHalfBand(window, branch.data(), taps, out.data(), count);
+                for (std::size_t j = 0; j < count; ++j) {
+                    ASSERT_EQ(out[2 * j], window[j + taps / 2 - 1]);
+                    ASSERT_NEAR(out[2 * j + 1], dot(branch.data(), window + j, taps), tolerance(taps)) << j;
+                }
+                ASSERT_EQ(out.back(), kCanary);
+            }
+        }
+    });
+}
+
+TEST(FirKernels, DecimateAsTheirScalarTwin) {
+    forEachInstructionSet([](const char* set) {
+        for (const std::size_t taps : {5u, 9u, 17u, 21u, 25u, 77u, 125u}) {
+            const auto filter = halfBandTaps(taps);
+            std::vector<float> scratch(kernel::decimatorScratch(taps));
+            for (const std::size_t count : std::span(kCounts).subspan(1)) {
+                SCOPED_TRACE(fmt::format("{}, {} taps, {} samples", set, taps, count));
+                const auto input = whiteNoise(count + taps, 2 * count + taps - 2);
+                std::vector<float> out(count + 1, kCanary);
+                kernel::decimateHalfBand(input.data(), filter.data(), taps, scratch.data(), out.data(),
+                                         count);
+                for (std::size_t j = 0; j < count; ++j) {
+                    ASSERT_NEAR(out[j], dot(filter.data(), input.data() + 2 * j, taps), tolerance(taps)) << j;
+                }
+                ASSERT_EQ(out.back(), kCanary);
+            }
+        }
+    });
 }
 
 }  // namespace

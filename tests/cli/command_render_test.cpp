@@ -160,12 +160,11 @@ TEST_F(CommandRender, SurroundChannelsComeOutWhereTheyWentIn) {
     EXPECT_EQ(read("film2.aiff").speakers, filmOrder);
     EXPECT_EQ(read("wave.wav").speakers, waveOrder);
     const Sound vorbis = read("vorbis.ogg");
-    const std::size_t vorbisFrom[] = {0, 2, 1, 4, 5, 3};
     for (std::size_t c = 0; c < 6; ++c) {
         EXPECT_LT(nullDb(same.channels[c], channels[c]), -100) << c;
         EXPECT_LT(nullDb(read("wave.wav").channels[c], channels[c]), -100) << c;
         EXPECT_LT(nullDb(read("film2.aiff").channels[c], film[c]), -100) << c;
-        EXPECT_NEAR(rms(vorbis.channels[c]) / rms(channels[vorbisFrom[c]]), 1.0, 0.25) << c;
+        EXPECT_NEAR(rms(vorbis.channels[c]) / rms(film[c]), 1.0, 0.25) << c;
     }
 }
 

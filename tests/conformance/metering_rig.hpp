@@ -33,6 +33,7 @@ inline ChannelLayout layoutNamed(std::string_view name) {
 struct Measured {
     ProgrammeFigures figures;
     std::vector<TimelinePoint> timeline;
+    std::int64_t notFinite;
 };
 
 inline Measured measure(const Channels& channels, ChannelLayout layout = kStereoLayout, double rate = kRate,
@@ -45,7 +46,9 @@ inline Measured measure(const Channels& channels, ChannelLayout layout = kStereo
         meter.process(pointers, std::min(block, frames - at));
     }
     meter.finish();
-    return {meter.programme().figures(), {meter.timeline().begin(), meter.timeline().end()}};
+    return {meter.programme().figures(),
+            {meter.timeline().begin(), meter.timeline().end()},
+            meter.programme().notFinite};
 }
 
 /// A part of a test signal: that many seconds at a peak level in dBFS; below -200 it is silence.

@@ -29,7 +29,7 @@ TEST(ProgrammeMeter, SaysWhereTheExtremesLie) {
     channels[1][100000] = -0.5f;
     const auto burst = sine(12000.0, kRate, 4800, 0.4, kPi / 4.0);
     std::copy(burst.begin(), burst.end(), channels[0].begin() + 200000);
-    const auto [figures, timeline] = measure(channels);
+    const auto [figures, timeline, notFinite] = measure(channels);
     EXPECT_NEAR(figures.total.samplePeak->seconds, 100000.0 / kRate, 1e-9);
     EXPECT_NEAR(figures.total.samplePeak->level, db(0.5), 1e-4);
     EXPECT_NEAR(figures.channels[0].truePeak->seconds, 202400.0 / kRate, 0.06);
@@ -47,7 +47,7 @@ TEST(ProgrammeMeter, SeesThePeaksThatTheLimiterDoesNot) {
     LimiterSetup setup{
         .style = LimitingStyle::Allround, .truePeak = true, .gainDb = 24.0f, .layout = kMonoLayout};
     const Signal out = limited(setup, {whiteNoise(3, 44100)})[0];
-    const auto [figures, timeline] = measure({out}, kMonoLayout, 44100.0);
+    const auto [figures, timeline, notFinite] = measure({out}, kMonoLayout, 44100.0);
     const double judged = valueOr(figures.total.truePeak);
     report("limited noise: judged {:.3f}, reference {:.3f}, by the limiter's own {:.3f} dBTP\n", judged,
            db(truePeak(out)), db(exposedPeak(out)));
@@ -80,12 +80,9 @@ TEST(ProgrammeMeter, CountsWhatIsNoNumberAsSilence) {
     Channels channels = stereo({{5.0, -23.0}});
     channels[0][7000] = std::nanf("");
     channels[1][9000] = HUGE_VALF;
-    ProgrammeMeter meter(kStereoLayout, kRate);
-    const float* pointers[] = {channels[0].data(), channels[1].data()};
-    meter.process(pointers, channels[0].size());
-    meter.finish();
-    EXPECT_EQ(meter.programme().notFinite, 2);
-    EXPECT_NEAR(*meter.programme().figures().integrated, -23.0, kLoudnessTolerance);
+    const Measured measured = measure(channels);
+    EXPECT_EQ(measured.notFinite, 2);
+    EXPECT_NEAR(*measured.figures.integrated, -23.0, kLoudnessTolerance);
 }
 
 // The judge of written files against one that takes fifteen thousand multiplications a sample.

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <deque>
 #include <memory>
 #include <numeric>
 #include <thread>
@@ -37,13 +38,11 @@ struct Rig {
         environment.setSampleRate(rate);
         buffer = std::make_unique<RealTimeAudioBuffer>(environment, 2);
         for (int i = 0; i < 4; ++i) {
-            streams.push_back(
-                std::make_unique<Counter>(environment, kStreamDistance * static_cast<float>(i)));
-            buffer->measurement(i / 2).setInput(i % 2, *streams.back());
+            Counter& stream = streams.emplace_back(environment, kStreamDistance * static_cast<float>(i));
+            buffer->measurement(i / 2).setInput(i % 2, stream);
         }
     }
-    void run(int samples) { runGraph(environment, {&samples, 1}); }
-    void run(int samples, int block) { runGraph(environment, evenBlocks(samples, block)); }
+    void run(int samples, int block = 256) { runGraph(environment, evenBlocks(samples, block)); }
     RealTimeAudioBuffer::Measurement& list(int i) { return buffer->measurement(i); }
 
     /// All that the reader gets of one channel.
@@ -61,7 +60,7 @@ struct Rig {
 
     wave::Environment environment{256};
     std::unique_ptr<RealTimeAudioBuffer> buffer;
-    std::vector<std::unique_ptr<Counter>> streams;
+    std::deque<Counter> streams;
 };
 
 std::vector<float> counted(float from, int count) {

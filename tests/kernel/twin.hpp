@@ -57,40 +57,35 @@ inline auto units(double count, double least = 0.0) {
 /// `kernel` is called as (in, out, count), or with the place of `in` in its signal behind it where other
 /// signals go along; `twin` with one value of the signal, and its place likewise.
 template <typename Kernel, typename Twin, typename Tolerance>
-void expectTwinHere(const Signal& in, Kernel&& kernel, Twin&& twin, Tolerance&& tolerance) {
-    for (const std::size_t length : kLengths) {
-        for (std::size_t offset = 0; offset < 5; ++offset) {
-            Signal out(length + offset + 20, kCanary);
-            const std::size_t start = (offset * 37 + length) % (in.size() - 131);
-            if constexpr (std::is_invocable_v<Kernel, const float*, float*, std::size_t>) {
-                kernel(in.data() + start, out.data() + offset, length);
-            } else {
-                kernel(in.data() + start, start, out.data() + offset, length);
-            }
-            for (std::size_t i = 0; i < out.size(); ++i) {
-                if (i < offset || i >= offset + length) {
-                    ASSERT_EQ(out[i], kCanary) << "written outside at length " << length;
-                    continue;
-                }
-                const std::size_t at = start + i - offset;
-                double expected = 0.0;
-                if constexpr (std::is_invocable_v<Twin, double>) {
-                    expected = twin(static_cast<double>(in[at]));
-                } else {
-                    expected = twin(static_cast<double>(in[at]), at);
-                }
-                ASSERT_NEAR(out[i], expected, tolerance(expected))
-                    << "input " << in[at] << ", sample " << i - offset << " of " << length;
-            }
-        }
-    }
-}
-
-template <typename Kernel, typename Twin, typename Tolerance>
 void expectTwin(const Signal& in, Kernel&& kernel, Twin&& twin, Tolerance&& tolerance) {
     forEachInstructionSet([&](const char* name) {
         SCOPED_TRACE(name);
-        expectTwinHere(in, kernel, twin, tolerance);
+        for (const std::size_t length : kLengths) {
+            for (std::size_t offset = 0; offset < 5; ++offset) {
+                Signal out(length + offset + 20, kCanary);
+                const std::size_t start = (offset * 37 + length) % (in.size() - 131);
+                if constexpr (std::is_invocable_v<Kernel, const float*, float*, std::size_t>) {
+                    kernel(in.data() + start, out.data() + offset, length);
+                } else {
+                    kernel(in.data() + start, start, out.data() + offset, length);
+                }
+                for (std::size_t i = 0; i < out.size(); ++i) {
+                    if (i < offset || i >= offset + length) {
+                        ASSERT_EQ(out[i], kCanary) << "written outside at length " << length;
+                        continue;
+                    }
+                    const std::size_t at = start + i - offset;
+                    double expected = 0.0;
+                    if constexpr (std::is_invocable_v<Twin, double>) {
+                        expected = twin(static_cast<double>(in[at]));
+                    } else {
+                        expected = twin(static_cast<double>(in[at]), at);
+                    }
+                    ASSERT_NEAR(out[i], expected, tolerance(expected))
+                        << "input " << in[at] << ", sample " << i - offset << " of " << length;
+                }
+            }
+        }
     });
 }
 

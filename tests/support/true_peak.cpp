@@ -49,10 +49,10 @@ double magnitudeAt(std::span<const float> signal, double place) {
     return std::abs(sum);
 }
 
-/// The largest magnitude within a sample of a place: point by point, then by golden section.
+/// The largest magnitude within two samples of a place: point by point, then by golden section.
 double largestAround(std::span<const float> signal, double place, double first, double last) {
     double best = 0.0, top = place;
-    for (double at = std::max(place - 1.0, first); at <= std::min(place + 1.0, last); at += kStep) {
+    for (double at = std::max(place - 2.0, first); at <= std::min(place + 2.0, last); at += kStep) {
         const double magnitude = magnitudeAt(signal, at);
         if (magnitude > best) best = magnitude, top = at;
     }

@@ -14,6 +14,10 @@ namespace {
 constexpr std::ptrdiff_t kHalf = 512;  ///< samples on each side of a point
 constexpr std::size_t kFine = 8;       ///< points a sample that the transform looks at
 constexpr double kStep = 1.0 / kFine;
+/// How many of the transform's peaks are looked at, and how many points on each side: what lies next to half
+/// the sample rate moves the largest from one of many alike to another.
+constexpr int kCandidates = 64;
+constexpr std::size_t kReach = kFine;
 
 /// Modified Bessel function of the first kind and order 0, by its series.
 double bessel0(double x) {
@@ -37,26 +41,40 @@ double kernelAt(double distance) {
     return sinc * bessel0(kBeta * std::sqrt(1.0 - place * place)) * scale;
 }
 
-/// The magnitude of the continuous signal at a place.
-double magnitudeAt(std::span<const float> signal, double place) {
-    const auto before = static_cast<std::ptrdiff_t>(std::floor(place));
+/// The magnitude of the continuous signal behind sample `before`, with `kernel(i)` the weight of sample i.
+template <typename Kernel>
+double magnitude(std::span<const float> signal, std::ptrdiff_t before, Kernel&& kernel) {
     const auto end = std::min(before + kHalf + 1, std::ssize(signal));
     double sum = 0.0;
     for (auto i = std::max<std::ptrdiff_t>(before - kHalf + 1, 0); i < end; ++i) {
-        sum += static_cast<double>(signal[static_cast<std::size_t>(i)]) *
-               kernelAt(static_cast<double>(i) - place);
+        sum += static_cast<double>(signal[static_cast<std::size_t>(i)]) * kernel(i);
     }
     return std::abs(sum);
 }
 
-/// The largest magnitude within two samples of a place: point by point, then by golden section.
-double largestAround(std::span<const float> signal, double place, double first, double last) {
-    double best = 0.0, top = place;
-    for (double at = std::max(place - 2.0, first); at <= std::min(place + 2.0, last); at += kStep) {
-        const double magnitude = magnitudeAt(signal, at);
-        if (magnitude > best) best = magnitude, top = at;
-    }
-    double low = std::max(top - kStep, first), high = std::min(top + kStep, last);
+double magnitudeAt(std::span<const float> signal, double place) {
+    return magnitude(signal, static_cast<std::ptrdiff_t>(std::floor(place)),
+                     [&](std::ptrdiff_t i) { return kernelAt(static_cast<double>(i) - place); });
+}
+
+/// The same at one of the points of the transform, from a table.
+double magnitudeAtPoint(std::span<const float> signal, std::size_t point) {
+    static const std::vector<double> table = [] {
+        std::vector<double> made;
+        for (auto i = -kHalf * std::ptrdiff_t{kFine}; i <= kHalf * std::ptrdiff_t{kFine}; ++i) {
+            made.push_back(kernelAt(static_cast<double>(i) * kStep));
+        }
+        return made;
+    }();
+    const double* centre = table.data() + kHalf * std::ptrdiff_t{kFine};
+    const auto place = static_cast<std::ptrdiff_t>(point);
+    return magnitude(signal, place / std::ptrdiff_t{kFine},
+                     [&](std::ptrdiff_t i) { return centre[i * std::ptrdiff_t{kFine} - place]; });
+}
+
+/// Golden-section search for the largest magnitude next to a place.
+double refine(std::span<const float> signal, double low, double high) {
+    double best = 0.0;
     for (int i = 0; i < 24; ++i) {
         const double left = high - (high - low) / std::numbers::phi;
         const double right = low + (high - low) / std::numbers::phi;
@@ -91,18 +109,25 @@ double truePeak(std::span<const float> signal) {
 
 double truePeak(std::span<const float> signal, std::size_t first, std::size_t last) {
     std::vector<double> fine = upsampled(signal);
-    double largest = peak(signal.subspan(first, last - first + 1));
-    const auto pointAt = [&](std::size_t sample) { return fine.begin() + static_cast<long>(sample * kFine); };
-    for (int candidate = 0; candidate < 2; ++candidate) {
-        const auto top = std::max_element(pointAt(first), pointAt(last) + 1);
-        const double place = static_cast<double>(top - fine.begin()) * kStep;
-        largest = std::max(largest, largestAround(signal, place, double(first), double(last)));
+    const std::size_t begin = first * kFine, end = last * kFine;
+    double largest = 0.0;
+    std::size_t place = begin;
+    for (int candidate = 0; candidate < kCandidates; ++candidate) {
+        const auto top = std::max_element(fine.begin() + static_cast<long>(begin),
+                                          fine.begin() + static_cast<long>(end) + 1);
+        const auto point = static_cast<std::size_t>(top - fine.begin());
         // The next candidate stands elsewhere.
-        const auto sample = static_cast<std::size_t>(place);
-        std::fill(pointAt(sample - std::min<std::size_t>(sample, 2)), pointAt(std::min(sample + 3, last + 1)),
-                  0.0);
+        for (std::size_t k = std::max(point, begin + kReach) - kReach; k <= std::min(point + kReach, end);
+             ++k) {
+            fine[k] = 0.0;
+            const double found = magnitudeAtPoint(signal, k);
+            if (found > largest) largest = found, place = k;
+        }
     }
-    return largest;
+    const double centre = static_cast<double>(place) * kStep;
+    return std::max(
+        {largest, peak(signal.subspan(first, last - first + 1)),
+         refine(signal, std::max(centre - kStep, double(first)), std::min(centre + kStep, double(last)))});
 }
 
 }  // namespace vanta::test

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <map>
 #include <numbers>
 #include <vector>
 
@@ -12,12 +13,8 @@ namespace vanta::test {
 namespace {
 
 constexpr std::ptrdiff_t kHalf = 512;  ///< samples on each side of a point
-constexpr std::size_t kFine = 8;       ///< points a sample that the transform looks at
+constexpr std::size_t kFine = 8;       ///< points a sample that are looked at
 constexpr double kStep = 1.0 / kFine;
-/// How many of the transform's peaks are looked at, and how many points on each side: what lies next to half
-/// the sample rate moves the largest from one of many alike to another.
-constexpr int kCandidates = 64;
-constexpr std::size_t kReach = kFine;
 
 /// Modified Bessel function of the first kind and order 0, by its series.
 double bessel0(double x) {
@@ -41,35 +38,16 @@ double kernelAt(double distance) {
     return sinc * bessel0(kBeta * std::sqrt(1.0 - place * place)) * scale;
 }
 
-/// The magnitude of the continuous signal behind sample `before`, with `kernel(i)` the weight of sample i.
-template <typename Kernel>
-double magnitude(std::span<const float> signal, std::ptrdiff_t before, Kernel&& kernel) {
+/// The magnitude of the continuous signal at a place.
+double magnitudeAt(std::span<const float> signal, double place) {
+    const auto before = static_cast<std::ptrdiff_t>(std::floor(place));
     const auto end = std::min(before + kHalf + 1, std::ssize(signal));
     double sum = 0.0;
     for (auto i = std::max<std::ptrdiff_t>(before - kHalf + 1, 0); i < end; ++i) {
-        sum += static_cast<double>(signal[static_cast<std::size_t>(i)]) * kernel(i);
+        sum += static_cast<double>(signal[static_cast<std::size_t>(i)]) *
+               kernelAt(static_cast<double>(i) - place);
     }
     return std::abs(sum);
-}
-
-double magnitudeAt(std::span<const float> signal, double place) {
-    return magnitude(signal, static_cast<std::ptrdiff_t>(std::floor(place)),
-                     [&](std::ptrdiff_t i) { return kernelAt(static_cast<double>(i) - place); });
-}
-
-/// The same at one of the points of the transform, from a table.
-double magnitudeAtPoint(std::span<const float> signal, std::size_t point) {
-    static const std::vector<double> table = [] {
-        std::vector<double> made;
-        for (auto i = -kHalf * std::ptrdiff_t{kFine}; i <= kHalf * std::ptrdiff_t{kFine}; ++i) {
-            made.push_back(kernelAt(static_cast<double>(i) * kStep));
-        }
-        return made;
-    }();
-    const double* centre = table.data() + kHalf * std::ptrdiff_t{kFine};
-    const auto place = static_cast<std::ptrdiff_t>(point);
-    return magnitude(signal, place / std::ptrdiff_t{kFine},
-                     [&](std::ptrdiff_t i) { return centre[i * std::ptrdiff_t{kFine} - place]; });
 }
 
 /// Golden-section search for the largest magnitude next to a place.
@@ -85,20 +63,47 @@ double refine(std::span<const float> signal, double low, double high) {
     return best;
 }
 
-/// The magnitudes at `kFine` times the rate, seen through nothing but the signal's own spectrum.
-std::vector<double> upsampled(std::span<const float> signal) {
-    std::size_t size = 2048;
-    while (size < signal.size() + 1024) size *= 2;
-    std::vector<double> samples(size, 0.0), result(size * kFine, 0.0);
-    std::vector<std::complex<double>> spectrum(size * kFine / 2 + 1);
-    auto* bins = reinterpret_cast<fftw_complex*>(spectrum.data());
-    const auto length = static_cast<int>(size);
-    const fftw_plan forward = fftw_plan_dft_r2c_1d(length, samples.data(), bins, FFTW_ESTIMATE);
-    const fftw_plan back = fftw_plan_dft_c2r_1d(length * int{kFine}, bins, result.data(), FFTW_ESTIMATE);
-    std::copy(signal.begin(), signal.end(), samples.begin());
-    for (const fftw_plan plan : {forward, back}) fftw_execute(plan), fftw_destroy_plan(plan);
-    for (double& value : result) value = std::abs(value);
-    return result;
+using Spectrum = std::vector<std::complex<double>>;
+
+Spectrum transform(std::vector<double> samples) {
+    Spectrum spectrum(samples.size() / 2 + 1);
+    const fftw_plan plan =
+        fftw_plan_dft_r2c_1d(static_cast<int>(samples.size()), samples.data(),
+                             reinterpret_cast<fftw_complex*>(spectrum.data()), FFTW_ESTIMATE);
+    fftw_execute(plan);
+    fftw_destroy_plan(plan);
+    return spectrum;
+}
+
+/// The kernel's own spectrum, with its centre on the first of `size` points.
+const Spectrum& kernelSpectrum(std::size_t size) {
+    static std::map<std::size_t, Spectrum> known;
+    Spectrum& spectrum = known[size];
+    if (!spectrum.empty()) return spectrum;
+    std::vector<double> kernel(size, 0.0);
+    for (std::size_t i = 0; i < std::size_t{kHalf} * kFine; ++i) {
+        kernel[(size - i) % size] = kernel[i] =
+            kernelAt(static_cast<double>(i) * kStep) / static_cast<double>(size);
+    }
+    return spectrum = transform(std::move(kernel));
+}
+
+/// The magnitudes of the continuous signal at all points.
+std::vector<double> magnitudes(std::span<const float> signal) {
+    std::size_t size = 2048 * kFine;
+    while (size < (signal.size() + 2 * std::size_t{kHalf}) * kFine) size *= 2;
+    std::vector<double> points(size, 0.0);
+    for (std::size_t i = 0; i < signal.size(); ++i) points[i * kFine] = static_cast<double>(signal[i]);
+    Spectrum spectrum = transform(points);
+    const Spectrum& kernel = kernelSpectrum(size);
+    for (std::size_t k = 0; k < spectrum.size(); ++k) spectrum[k] *= kernel[k];
+    const fftw_plan back =
+        fftw_plan_dft_c2r_1d(static_cast<int>(size), reinterpret_cast<fftw_complex*>(spectrum.data()),
+                             points.data(), FFTW_ESTIMATE);
+    fftw_execute(back);
+    fftw_destroy_plan(back);
+    for (double& value : points) value = std::abs(value);
+    return points;
 }
 
 }  // namespace
@@ -108,26 +113,19 @@ double truePeak(std::span<const float> signal) {
 }
 
 double truePeak(std::span<const float> signal, std::size_t first, std::size_t last) {
-    std::vector<double> fine = upsampled(signal);
-    const std::size_t begin = first * kFine, end = last * kFine;
-    double largest = 0.0;
-    std::size_t place = begin;
-    for (int candidate = 0; candidate < kCandidates; ++candidate) {
-        const auto top = std::max_element(fine.begin() + static_cast<long>(begin),
-                                          fine.begin() + static_cast<long>(end) + 1);
-        const auto point = static_cast<std::size_t>(top - fine.begin());
-        // The next candidate stands elsewhere.
-        for (std::size_t k = std::max(point, begin + kReach) - kReach; k <= std::min(point + kReach, end);
-             ++k) {
-            fine[k] = 0.0;
-            const double found = magnitudeAtPoint(signal, k);
-            if (found > largest) largest = found, place = k;
-        }
+    const std::vector<double> points = magnitudes(signal);
+    double largest = 0.0, place = static_cast<double>(first);
+    for (std::size_t k = first * kFine; k <= last * kFine; ++k) {
+        const double before = points[k ? k - 1 : points.size() - 1], here = points[k], after = points[k + 1];
+        if (here < before || here < after) continue;
+        // The vertex of the parabola through the three.
+        const double bend = 2.0 * here - before - after;
+        const double top = here + (bend > 0.0 ? (after - before) * (after - before) / (8.0 * bend) : 0.0);
+        if (top > largest) largest = top, place = static_cast<double>(k) * kStep;
     }
-    const double centre = static_cast<double>(place) * kStep;
-    return std::max(
-        {largest, peak(signal.subspan(first, last - first + 1)),
-         refine(signal, std::max(centre - kStep, double(first)), std::min(centre + kStep, double(last)))});
+    const auto low = std::max(place - kStep, static_cast<double>(first));
+    const auto high = std::min(place + kStep, static_cast<double>(last));
+    return std::max(peak(signal.subspan(first, last - first + 1)), refine(signal, low, high));
 }
 
 }  // namespace vanta::test

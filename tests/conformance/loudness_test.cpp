@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tests/conformance/metering_rig.hpp"
-#include "tests/support/second_meter.hpp"
+#include "tests/support/sound_files.hpp"
 #include "tools/song/song.hpp"
 
 /// The figures that a meter must show, from the documents that ask for them, and a second meter of other

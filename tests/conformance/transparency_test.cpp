@@ -7,7 +7,6 @@
 
 #include "foundation/numbers.hpp"
 #include "tests/support/limiter_rig.hpp"
-#include "tests/support/spectrum.hpp"
 
 namespace vanta::test {
 namespace {

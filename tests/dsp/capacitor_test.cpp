@@ -90,13 +90,13 @@ void apply(const Settings& s, Capacitor& c) {
 std::vector<Settings> modifierSets() {
     std::vector<Settings> sets;
     for (unsigned bits = 0; bits < 32; ++bits) {
-        Settings s{.attack = 0.004f, .release = 0.06f};
-        if (bits & 1) s.attackCurve = 0.3f;
-        if (bits & 2) s.attackSmoothing = 0.01f;
-        if (bits & 4) s.releaseCurve = 0.0f;
-        if (bits & 8) s.releaseSmoothing = 0.2f;
-        if (bits & 16) s.hold = 0.05f;
-        sets.push_back(s);
+        sets.push_back({.attack = 0.004f,
+                        .attackCurve = bits & 1 ? 0.3f : 1.0f,
+                        .attackSmoothing = bits & 2 ? 0.01f : 0.0f,
+                        .release = 0.06f,
+                        .releaseCurve = bits & 4 ? 0.0f : 1.0f,
+                        .releaseSmoothing = bits & 8 ? 0.2f : 0.0f,
+                        .hold = bits & 16 ? 0.05f : 0.0f});
     }
     return sets;
 }

@@ -101,11 +101,7 @@ Signal inputFor(int domain) {
 
 std::vector<Settings> allSettings() {
     std::vector<Settings> all;
-    for (int domain : {0, 1}) {
-        for (int purpose : {0, 1, 2}) {
-            for (int style : {0, 1}) all.push_back({domain, purpose, style});
-        }
-    }
+    for (int i = 0; i < 12; ++i) all.push_back({i / 6, i / 2 % 3, i % 2});
     return all;
 }
 

@@ -7,7 +7,6 @@
 #include "dsp/dither/dither_seed.hpp"
 #include "tests/support/element_rig.hpp"
 #include "tests/support/signals.hpp"
-#include "tests/support/spectrum.hpp"
 
 namespace vanta::test {
 namespace {

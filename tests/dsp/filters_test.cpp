@@ -9,7 +9,6 @@
 #include "dsp/filter/eq_filter.hpp"
 #include "tests/support/element_rig.hpp"
 #include "tests/support/signals.hpp"
-#include "tests/support/spectrum.hpp"
 
 namespace vanta::test {
 namespace {

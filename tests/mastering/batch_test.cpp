@@ -9,7 +9,6 @@
 #include <nlohmann/json.hpp>
 
 #include "mastering/render_report.hpp"
-#include "tests/support/second_meter.hpp"
 #include "tests/support/sound_files.hpp"
 
 namespace vanta::test {

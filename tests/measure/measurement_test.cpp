@@ -12,7 +12,6 @@
 #include "measure/loudness_plot.hpp"
 #include "measure/measurement_export.hpp"
 #include "measure/requirements.hpp"
-#include "tests/support/second_meter.hpp"
 #include "tests/support/sound_files.hpp"
 
 namespace vanta::test {

@@ -1,4 +1,4 @@
-#include "tests/support/second_meter.hpp"
+#include "tests/support/sound_files.hpp"
 
 #include <ebur128.h>
 

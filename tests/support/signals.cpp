@@ -150,4 +150,26 @@ double nullDb(std::span<const float> a, std::span<const float> b) {
     return db(largest);
 }
 
+std::complex<double> transformAt(std::span<const float> signal, double frequency) {
+    std::complex<double> sum;
+    for (std::size_t n = 0; n < signal.size(); ++n) {
+        sum += static_cast<double>(signal[n]) * std::polar(1.0, -kTwoPi * frequency * static_cast<double>(n));
+    }
+    return sum;
+}
+
+double amplitudeAt(std::span<const float> signal, double frequency) {
+    std::complex<double> sum;
+    double weight = 0.0;
+    for (std::size_t n = 0; n < signal.size(); ++n) {
+        const double angle = kTwoPi * static_cast<double>(n) / static_cast<double>(signal.size());
+        const double window = 0.35875 - 0.48829 * std::cos(angle) + 0.14128 * std::cos(2.0 * angle) -
+                              0.01168 * std::cos(3.0 * angle);
+        weight += window;
+        sum += window * static_cast<double>(signal[n]) *
+               std::polar(1.0, -kTwoPi * frequency * static_cast<double>(n));
+    }
+    return 2.0 * std::abs(sum) / weight;
+}
+
 }  // namespace vanta::test

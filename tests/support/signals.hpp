@@ -1,5 +1,6 @@
 #pragma once
 
+#include <complex>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -39,6 +40,12 @@ double db(double amplitude);
 /// Largest difference of two signals of one length, in dB of full scale; std::invalid_argument for unequal
 /// lengths. -400 if they are equal bit for bit, NaN if the difference is not a number.
 double nullDb(std::span<const float> a, std::span<const float> b);
+
+/// The Fourier transform of a signal at one frequency, in cycles per sample.
+std::complex<double> transformAt(std::span<const float> signal, double frequency);
+/// The amplitude of a sine of that frequency in a signal, seen through a window of Blackman and Harris, whose
+/// side lobes lie at -92 dB.
+double amplitudeAt(std::span<const float> signal, double frequency);
 
 /// The largest magnitude of the continuous signal that the samples represent, with silence before and
 /// after. A judge that shares nothing with what it judges: a sinc of 1024 samples' length under a Kaiser

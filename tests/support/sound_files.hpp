@@ -25,4 +25,15 @@ Sound readSound(const std::filesystem::path& path);
 /// The samples of an integer file, as integers of 32 bits with the file's bits on top, interleaved.
 std::vector<int> readIntegers(const std::filesystem::path& path);
 
+/// What libebur128 finds in sounds, taken together. Six channels stand in the order of WAV files.
+struct SecondOpinion {
+    double integrated;  ///< LUFS
+    double range;       ///< LU
+    double momentary;   ///< LUFS, the highest
+    double shortTerm;   ///< LUFS, the highest
+    double truePeak;    ///< dBTP, the highest
+};
+SecondOpinion secondOpinion(const std::vector<Sound>& sounds);
+SecondOpinion secondOpinion(const std::vector<std::filesystem::path>& files);
+
 }  // namespace vanta::test

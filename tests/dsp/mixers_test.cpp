@@ -25,7 +25,6 @@ protected:
     VectorSource& play(Signal signal) {
         return sources.emplace_back(environment, std::move(signal), ConstantFlag::WhereTrue);
     }
-    VectorSource& playConstant(float value) { return play(Signal(4 * kBlock, value)); }
     VectorSource& playNoise(std::uint64_t seed) { return play(whiteNoise(seed, kBlock)); }
     Signal runBlock(wave::Producer& mixer) { return runElement(environment, mixer, {kBlock}); }
 

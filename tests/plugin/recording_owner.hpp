@@ -19,12 +19,8 @@ public:
 
     explicit RecordingOwner(int layout = 1) : GenericPluginBase(layout) {}
 
-    void beginChange() override {
-        ++depth;
-        forwarders.beginUpdate();
-    }
+    void beginChange() override { forwarders.beginUpdate(); }
     void endChange() override {
-        --depth;
         ++blocksEnded;
         forwarders.endUpdate();
     }
@@ -40,7 +36,6 @@ public:
     }
 
     std::vector<Change> changes;
-    int depth = 0;
     int blocksEnded = 0;
     bool applies = false;  ///< apply changes at once, as the audio side does
 };

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "foundation/fast_exponential.hpp"
-#include "kernel/follower.hpp"
 #include "tests/support/element_rig.hpp"
 #include "tests/support/signals.hpp"
 

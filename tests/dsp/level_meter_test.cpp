@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "dsp/metering/level_meter.hpp"
-#include "kernel/scan.hpp"
 #include "tests/support/element_rig.hpp"
 #include "tests/support/realtime_trap.hpp"
 #include "tests/support/signals.hpp"

@@ -11,7 +11,6 @@
 
 #include "cli/option_declarer.hpp"
 #include "cli/texts.hpp"
-#include "limiter/styles/style_names.hpp"
 #include "tests/cli/program.hpp"
 #include "tests/support/sound_files.hpp"
 

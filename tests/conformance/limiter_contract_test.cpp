@@ -112,7 +112,7 @@ TEST_P(LimiterContract, AResetLeavesNothingBehind) {
 
 /// The samples during which a bypass fades: 50 ms, and the sub-block in which that ends.
 std::size_t fadeSamples(const LimiterSetup& setup) {
-    return static_cast<std::size_t>(0.05 * setup.rate + 0.5) + GenericPluginProcessor::kMaxSubBlock;
+    return static_cast<std::size_t>(std::lround(0.05 * setup.rate)) + GenericPluginProcessor::kMaxSubBlock;
 }
 
 TEST_P(LimiterContract, BypassedItIsADelayBitForBit) {

@@ -216,7 +216,7 @@ TEST(TruePeakExposer, PutsEachCrestInItsPlace) {
     const std::pair<float, double> cases[] = {{44100.0f, 0.003}, {96000.0f, 0.004}, {192000.0f, 0.012}};
     for (const auto& [rate, tolerance] : cases) {
         const double frequencies[] = {313.0, 4111.0, 11003.0, 18007.0};
-        const auto value = [&](double t) {
+        const auto value = [&, rate = rate](double t) {
             double sum = 0.0;
             for (const double f : frequencies)
                 sum += 0.25 * std::sin(2.0 * std::numbers::pi * f * t / double{rate});

@@ -231,13 +231,12 @@ void buildOvershoot(Patch& p, int mode) {
     limiter.ceiling = -6.0f;
 }
 
-}  // namespace
+// Sums and logarithms of one value and of many round differently.
+const Bounds ring{.gap = true}, rounded{.constant = 4e-7}, roundedDb{.constant = 2e-5}, tail{.tail = true},
+    steered{.constant = kAny, .gap = true};
 
-std::vector<Element> elements() {
-    // Sums and logarithms of one value and of many round differently.
-    const Bounds ring{.gap = true}, rounded{.constant = 4e-7}, roundedDb{.constant = 2e-5},
-        tail{.tail = true}, steered{.constant = kAny, .gap = true};
-    std::vector<Element> all = {
+std::vector<Element> singleElements() {
+    return {
         {"Forwarder", Feed::Audio, [](Patch& p, int) { p.filter<wave::Forwarder>(); }},
         {"DelayFilter", Feed::Audio, buildDelay, ring, 700},
         {"DelayFilter_off", Feed::Audio, buildDelay, {}, 0},
@@ -273,6 +272,12 @@ std::vector<Element> elements() {
         {"OvershootLimiter_hard", Feed::Audio, buildOvershoot, {}, OvershootLimiter::Hard},
         {"OvershootLimiter_off", Feed::Audio, buildOvershoot, {}, OvershootLimiter::Off},
     };
+}
+
+}  // namespace
+
+std::vector<Element> elements() {
+    std::vector<Element> all = singleElements();
     const auto add = [&](const char* name, Feed feed, auto* build, int variant, Bounds bounds = {}) {
         all.push_back({fmt::format("{}_{}", name, variant), feed, build, bounds, variant});
     };

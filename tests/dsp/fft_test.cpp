@@ -19,8 +19,8 @@ constexpr double kEpsilon = std::numeric_limits<float>::epsilon();
 std::vector<std::complex<double>> referenceTransform(const std::vector<float>& samples) {
     std::vector<double> in(samples.begin(), samples.end());
     std::vector<std::complex<double>> out(in.size() / 2 + 1);
-    const fftw_plan plan = fftw_plan_dft_r2c_1d(static_cast<int>(in.size()), in.data(),
-                                                reinterpret_cast<fftw_complex*>(out.data()), FFTW_ESTIMATE);
+    fftw_plan plan = fftw_plan_dft_r2c_1d(static_cast<int>(in.size()), in.data(),
+                                          reinterpret_cast<fftw_complex*>(out.data()), FFTW_ESTIMATE);
     fftw_execute(plan);
     fftw_destroy_plan(plan);
     return out;

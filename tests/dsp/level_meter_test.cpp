@@ -106,7 +106,7 @@ TEST(LevelMeter, LatchesAPeakBeyondFullScaleUntilItIsReset) {
 TEST(LevelMeter, HoldsALevelThatStayedALittleBelowThePeakInItsTurn) {
     Rig rig;
     const auto playSeconds = [&](float x, double seconds) {
-        rig.watch(x, static_cast<int>(seconds * 60.0 + 0.5), 4);
+        rig.watch(x, static_cast<int>(std::lround(seconds * 60.0)), 4);
     };
     rig.play(0.9f);
     rig.read();

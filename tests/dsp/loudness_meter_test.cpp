@@ -28,11 +28,12 @@ std::uint32_t readClock() {
 }
 
 Signal tone(double seconds, double gain = kToneGain) {
-    return sine(1000.0, static_cast<double>(kRate), static_cast<std::size_t>(seconds * 48000.0 + 0.5), gain);
+    return sine(1000.0, static_cast<double>(kRate), static_cast<std::size_t>(std::lround(seconds * 48000.0)),
+                gain);
 }
 
 Signal silence(double seconds) {
-    return Signal(static_cast<std::size_t>(seconds * 48000.0 + 0.5), 0.0f);
+    return Signal(static_cast<std::size_t>(std::lround(seconds * 48000.0)), 0.0f);
 }
 
 struct Rig {

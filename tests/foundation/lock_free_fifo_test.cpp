@@ -28,7 +28,7 @@ TEST(LockFreeFifo, BehavesAsAQueueOfItsNodesUnderAnyOrderOfCalls) {
         LockFreeFifo fifo(initial, most);
         std::deque<Item> model;
         Item item{};
-        const auto push = [&](const Item& pushed) {
+        const auto push = [&, holds = holds](const Item& pushed) {
             ASSERT_EQ(fifo.push(pushed), model.size() < holds);
             if (model.size() < holds) model.push_back(pushed);
         };

@@ -84,7 +84,7 @@ TEST_F(Mastering, LoudnessIsReachedAndTheTruePeakHoldsInTheWrittenFile) {
     EXPECT_LE(file.at("loudness").at("passes").get<int>(), 5);
     EXPECT_TRUE(file.at("loudness").at("replaced_gain_db").is_null());
     EXPECT_GE(file.at("max_true_peak").at("holds_by_db").get<double>(), 0.0);
-    const Json reduction = file.at("gain_reduction");
+    const Json& reduction = file.at("gain_reduction");
     EXPECT_GT(reduction.at("mean_db").get<double>(), 0.0);
     EXPECT_GT(reduction.at("highest_db").get<double>(), reduction.at("mean_db").get<double>());
     EXPECT_GT(reduction.at("share_of_time").get<double>(), 0.0);
@@ -145,7 +145,7 @@ TEST_F(Mastering, OneGainServesAnAlbumWithoutWhatCannotBeRead) {
     EXPECT_THAT(listener.failures,
                 testing::ElementsAre(HasSubstr("broken.wav: "), HasSubstr("damaged.flac: ")));
     EXPECT_EQ(listener.files, 2);
-    const Json files = all.at("files");
+    const Json& files = all.at("files");
     EXPECT_EQ(files.at(0).at("error"), listener.failures[0]);
     EXPECT_FALSE(files.at(0).contains("after"));
     EXPECT_TRUE(files.at(2).contains("error"));

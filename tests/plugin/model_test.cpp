@@ -19,12 +19,14 @@ using testing::Pair;
 
 /// A model with an open interface and a host.
 class Model : public testing::Test {
+public:
+    ~Model() override { plugin.setListener(nullptr); }
+
 protected:
     Model() {
         plugin.setAdapter(&adapter);
         plugin.interfaceOpened();
     }
-    ~Model() override { plugin.setListener(nullptr); }
 
     void drag(AbstractPluginParameter& parameter, std::initializer_list<float> values) {
         plugin.gesture(parameter.index(), Gesture::Begin);

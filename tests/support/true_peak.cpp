@@ -67,9 +67,8 @@ using Spectrum = std::vector<std::complex<double>>;
 
 Spectrum transform(std::vector<double> samples) {
     Spectrum spectrum(samples.size() / 2 + 1);
-    const fftw_plan plan =
-        fftw_plan_dft_r2c_1d(static_cast<int>(samples.size()), samples.data(),
-                             reinterpret_cast<fftw_complex*>(spectrum.data()), FFTW_ESTIMATE);
+    fftw_plan plan = fftw_plan_dft_r2c_1d(static_cast<int>(samples.size()), samples.data(),
+                                          reinterpret_cast<fftw_complex*>(spectrum.data()), FFTW_ESTIMATE);
     fftw_execute(plan);
     fftw_destroy_plan(plan);
     return spectrum;
@@ -97,7 +96,7 @@ std::vector<double> magnitudes(std::span<const float> signal) {
     Spectrum spectrum = transform(points);
     const Spectrum& kernel = kernelSpectrum(size);
     for (std::size_t k = 0; k < spectrum.size(); ++k) spectrum[k] *= kernel[k];
-    const fftw_plan back =
+    fftw_plan back =
         fftw_plan_dft_c2r_1d(static_cast<int>(size), reinterpret_cast<fftw_complex*>(spectrum.data()),
                              points.data(), FFTW_ESTIMATE);
     fftw_execute(back);

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <type_traits>
+#include <utility>
 
 #include "foundation/notify_event.hpp"
 #include "foundation/property.hpp"
@@ -205,14 +207,14 @@ TEST_F(Forwarders, NeverLoseATriggerDuringDelivery) {
 // --- Property ---
 
 /// Counts what it hears, and sees the new value when it does.
-template <typename T>
+template <typename P>
 struct Owner : PropertyOwner {
     void propertyChanged(AbstractProperty& changed) override {
         ++heard;
-        seen = static_cast<Property<T>&>(changed).value();
+        seen = static_cast<P&>(changed).value();
     }
     int heard = 0;
-    T seen{};
+    std::decay_t<decltype(std::declval<P>().value())> seen{};
 };
 
 enum class Shape { Triangle, Sine };
@@ -220,7 +222,7 @@ enum class Shape { Triangle, Sine };
 /// Assigns a new value, the same again, and the first one.
 template <typename T>
 void expectOnlyRealChanges(T first, T second) {
-    Owner<T> owner;
+    Owner<Property<T>> owner;
     Property<T> property(&owner, first);
     property.assign(first, nullptr);
     EXPECT_EQ(owner.heard, 0) << "neither construction nor the same value is a change";
@@ -241,7 +243,7 @@ TEST(Property, TellsOfRealChangesOnlyWhateverItsType) {
 }
 
 TEST(LimitedProperty, ClampsBeforeItComparesAndOnAssignmentOnly) {
-    Owner<float> owner;
+    Owner<LimitedProperty<float>> owner;
     LimitedProperty<float> property(&owner, -10.0f, 10.0f, 10.0f);
     property = 50.0f;
     EXPECT_EQ(owner.heard, 0);

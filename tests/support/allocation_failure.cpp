@@ -113,15 +113,17 @@ void failEachAllocation(const std::function<void()>& work, const std::function<v
         std::ptrdiff_t after = run(failing);
         // Once, a string may have kept its room or given it up; a leak repeats itself.
         if (after != before) after = run(failing) - (after - before);
-        ASSERT_EQ(after, before) << "a leak behind allocation " << failing;
+        ASSERT_EQ(after, before) << "a leak when allocation " << failing << " fails";
         before = liveAllocations();
-        ASSERT_FALSE(testing::Test::HasFailure()) << "behind allocation " << failing << " of " << total;
+        ASSERT_FALSE(testing::Test::HasFailure())
+            << "when allocation " << failing << " of " << total << " fails";
     }
 }
 
 }  // namespace vanta::test
 
 // All of them: what a sanitizer replaced alone would not fit the others.
+// NOLINTBEGIN(bugprone-macro-parentheses): parameter lists come with parentheses of their own.
 #define VANTA_TEST_NEW(arguments, specification, result) \
     void* operator new arguments specification {         \
         return result;                                   \
@@ -136,6 +138,8 @@ void failEachAllocation(const std::function<void()>& work, const std::function<v
     void operator delete[] arguments noexcept { \
         vanta::test::release(block);            \
     }
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 VANTA_TEST_NEW((std::size_t n), , vanta::test::allocateOrThrow(n, alignof(std::max_align_t)))
 VANTA_TEST_NEW((std::size_t n, std::align_val_t a), ,

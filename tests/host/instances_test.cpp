@@ -31,6 +31,7 @@ TEST_F(Instances, TwoHundredInTurnLeaveNothingBehind) {
         return files;
     };
     const int presetCount = InProcessHost().model().statics().presets.mainCount();
+    ASSERT_GT(presetCount, 0);
     const auto files = filesOfTheUser();
     for (int i = 0; i < 200; ++i) {
         InProcessHost host(i % kChannelLayoutCount);

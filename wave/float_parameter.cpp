@@ -56,19 +56,15 @@ std::int64_t FloatParameter::unreadSamples() const {
     return environment().position() - lastPosition_;
 }
 
-void FloatParameter::setValue(float value, float timeMs) {
+void FloatParameter::setValue(float value, float timeMs, int delaySamples) {
     if (std::isnan(value)) return;
     value = value < minimum_ ? minimum_ : std::min(value, maximum_);
     if (nearlyEqual(value, target_)) return;
 
     const bool heard = unreadSamples() == 0;
     lastPosition_ = environment().position();
-    if (heard && rampPosition_ < rampLength_) {
-        rampStart_ += static_cast<float>(rampPosition_) * rampStep_;
-    } else {
-        rampStart_ = target_;
-    }
-    rampPosition_ = 0;
+    rampStart_ = heard ? this->value() : target_;
+    rampPosition_ = -delaySamples;
     block_.filled = 0;
     if (period > 0.0f) unwrapStart(value);
     if (timeMs < 0.0f) timeMs = heard ? defaultTimeMs(value) : 0.0f;
@@ -90,6 +86,12 @@ float FloatParameter::defaultTimeMs(float value) const {
     return fastTime + (slowTime - fastTime) * x * x;
 }
 
+// From the place alone and not from the sample before, so that the size of the blocks makes no difference.
+float FloatParameter::valueAt(int rampPosition) const {
+    const double place = std::max(rampPosition, 0);
+    return static_cast<float>(place * static_cast<double>(rampStep_) + static_cast<double>(rampStart_));
+}
+
 const BasicBlock<float>& FloatParameter::read(int samples, bool* constant) {
     float* out = block_.data();
     lastPosition_ = environment().position() + samples;
@@ -102,14 +104,12 @@ const BasicBlock<float>& FloatParameter::read(int samples, bool* constant) {
         return block_;
     }
     *constant = false;
-    const int count = std::min(rampLength_ - rampPosition_, samples);
-    double value = static_cast<double>(rampPosition_) * rampStep_ + rampStart_;
-    for (int i = 0; i < count; ++i) {
-        out[i] = static_cast<float>(value);
-        value += rampStep_;
-    }
-    rampPosition_ += count;
-    std::fill(out + count, out + samples, target_);
+    const int waiting = std::clamp(-rampPosition_, 0, samples);
+    std::fill(out, out + waiting, rampStart_);
+    const int end = std::clamp(rampLength_ - rampPosition_, waiting, samples);
+    for (int i = waiting; i < end; ++i) out[i] = valueAt(rampPosition_ + i);
+    std::fill(out + end, out + samples, target_);
+    rampPosition_ = std::min(rampPosition_ + samples, rampLength_);
     return block_;
 }
 

@@ -18,8 +18,9 @@ public:
 
     void assign(float value, void* sender) override;
     /// Starts a ramp of `timeMs`, or with a negative time of a length that depends on the distance. The value
-    /// is clamped to the range; a NaN is ignored. Called where the stream is at a seam.
-    VANTA_REALTIME void setValue(float value, float timeMs);
+    /// is clamped to the range; a NaN is ignored. Called where the stream is at a seam. The ramp begins
+    /// `delaySamples` after it.
+    VANTA_REALTIME void setValue(float value, float timeMs, int delaySamples = 0);
     /// The next `samples` values. Time that passed unread does not count, nor does a discontinuity.
     VANTA_REALTIME const BasicBlock<float>& read(int samples, bool* constant);
     /// The same, but a ramp does not wait for its reader: unread time counts, and after a discontinuity the
@@ -29,6 +30,9 @@ public:
     VANTA_REALTIME void jumpToTarget() { rampPosition_ = rampLength_; }
 
     float target() const { return target_; }
+    /// Where the value stands at the end of what was read.
+    float value() const { return rampPosition_ < rampLength_ ? valueAt(rampPosition_) : target_; }
+    bool isMoving() const { return rampPosition_ < rampLength_; }
     float minimum() const { return minimum_; }
     float maximum() const { return maximum_; }
     /// Sets the range and `range`, its width, by which the default ramp time is measured. The target stays.
@@ -52,9 +56,10 @@ private:
     std::int64_t unreadSamples() const;
     void unwrapStart(float value);
     float defaultTimeMs(float value) const;
+    float valueAt(int rampPosition) const;
 
     ValueBlock block_;
-    int rampPosition_ = 0;
+    int rampPosition_ = 0;  ///< below 0 the ramp has yet to begin
     int rampLength_ = 0;
     float rampStart_;
     float rampStep_ = 0.0f;

@@ -20,15 +20,11 @@ void Router::setInput(int index, Producer& input) {
 
 void Router::propertyChanged(AbstractProperty& property) {
     if (&property != &selected) return;
-    // What nobody listens to needs no preparation.
-    warmUpLeft_ = warmUpSamples;
-    warmingUp_ = warmUpLeft_ > 0 && runs();
-    if (!warmingUp_) startFade();
-}
-
-void Router::startFade() {
+    // What is heard already is filled with signal, and what nobody listens to needs no preparation.
+    const bool heard = inputs_[static_cast<std::size_t>(selected)]->gain.value() > 0.0f;
+    const int wait = heard || !runs() ? 0 : warmUpSamples;
     for (int i = 0; i < inputCount(); ++i) {
-        inputs_[static_cast<std::size_t>(i)]->gain.setValue(i == selected ? 1.0f : 0.0f, fadeTime);
+        inputs_[static_cast<std::size_t>(i)]->gain.setValue(i == selected ? 1.0f : 0.0f, fadeTime, wait);
     }
 }
 
@@ -38,19 +34,7 @@ bool Router::runs() const {
     return expectedPosition_ == position && position > environment().discontinuityPosition();
 }
 
-void Router::warmUp(int samples) {
-    if (warmUpLeft_ <= 0 || !runs()) {
-        warmingUp_ = false;
-        startFade();
-        return;
-    }
-    Producer* coming = inputs_[static_cast<std::size_t>(selected)]->source;
-    if (coming) coming->pull(samples);
-    warmUpLeft_ -= samples;
-}
-
 void Router::produce(BasicBlock<float>* block, int samples, int) {
-    if (warmingUp_) warmUp(samples);
     expectedPosition_ = environment().position() + samples;
     const auto count = static_cast<std::size_t>(samples);
     const Producer* remembered = nullptr;

@@ -10,7 +10,7 @@
 namespace vanta::wave {
 
 /// Selects one of several signals with a crossfade. Outside of a fade it publishes the selected block and
-/// pulls nothing else.
+/// pulls nothing else. Switched back within a fade, it turns round at once where it stands.
 class Router final : public Source, public PropertyOwner {
 public:
     Router(Environment& owner, int inputCount);
@@ -36,13 +36,9 @@ private:
         Producer* source = nullptr;
     };
 
-    void startFade();
     bool runs() const;
-    VANTA_REALTIME void warmUp(int samples);
 
     std::vector<std::unique_ptr<Input>> inputs_;
-    bool warmingUp_ = false;
-    int warmUpLeft_ = 0;
     std::int64_t expectedPosition_ = 0;
 };
 

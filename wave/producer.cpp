@@ -43,13 +43,10 @@ void Producer::makeResettable() {
 }
 
 void Input::produce(BasicBlock<float>* block, int samples, int) {
-    const int count = std::min(samples, remaining_);
-    if (count > 0) {
-        kernel::sanitize(readPointer_, block->data(), static_cast<std::size_t>(count));
-        readPointer_ += count;
-        remaining_ -= count;
-    }
-    std::fill(block->data() + std::max(count, 0), block->data() + samples, 0.0f);
+    const std::int64_t done = environment().position() - start_;
+    const int count = static_cast<int>(std::clamp<std::int64_t>(size_ - done, 0, samples));
+    if (count > 0) kernel::sanitize(data_ + done, block->data(), static_cast<std::size_t>(count));
+    std::fill(block->data() + count, block->data() + samples, 0.0f);
 }
 
 }  // namespace vanta::wave

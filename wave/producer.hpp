@@ -163,24 +163,27 @@ private:
     const Consumer& consumer_;
 };
 
-/// Reads samples from memory outside of the graph, a piece with every block. This is the door for what a host
-/// hands in: a sample that is not finite counts as 0, a magnitude above 2^20 is limited to it.
+/// Reads samples from memory outside of the graph, those of the stream's position, whether the block before
+/// was pulled or not. This is the door for what a host hands in: a sample that is not finite counts as 0, a
+/// magnitude above 2^20 is limited to it.
 class Input : public Producer {
 public:
     explicit Input(Environment& owner) : Producer(owner) {}
 
-    /// `samples` samples from `data` on; null, or what is read beyond the end, counts as silence.
+    /// The next `samples` samples of the stream; null, or what is read beyond the end, counts as silence.
     void setBuffer(const float* data, int samples) {
-        readPointer_ = data;
-        remaining_ = data ? samples : 0;
+        data_ = data;
+        size_ = data ? samples : 0;
+        start_ = environment().position();
     }
 
 protected:
     void produce(BasicBlock<float>* block, int samples, int flags) override;
 
 private:
-    const float* readPointer_ = nullptr;
-    int remaining_ = 0;
+    const float* data_ = nullptr;
+    int size_ = 0;
+    std::int64_t start_ = 0;  ///< the position of the first sample
 };
 
 }  // namespace vanta::wave

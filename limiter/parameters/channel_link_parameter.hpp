@@ -12,7 +12,7 @@ namespace vanta {
 /// How far channels share their gain reduction: up to 0.5 it links left and right of each pair, from there on
 /// to 1 all channels. Mono and stereo layouts show the first half alone, as 0 to 100%; larger ones show
 /// "100% Stereo, 50% All".
-class ChannelLinkParameter final : public LimFloatPropPluginParameter {
+class ChannelLinkParameter final : public FloatParamPluginParameter {
 public:
     ChannelLinkParameter(GenericPluginBase& plugin, std::string name);
 

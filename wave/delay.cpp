@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 namespace vanta::wave {
 
@@ -75,7 +76,19 @@ void DelayFilterBase::produce(BasicBlock<float>* block, int samples, int flags) 
     process(in, block, samples, flags);
 }
 
+void DelayFilter::streamInterrupted() {
+    constantRun_ = 0;
+    begins_ = true;
+}
+
+void DelayFilter::holdFirst(float value) {
+    delayLine().setFill(value);
+    constantValue_ = value;
+    constantRun_ = delayLine().maxDelay();
+}
+
 void DelayFilter::process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int) {
+    if (std::exchange(begins_, false) && past_ == Past::FirstValue) holdFirst(in[0]);
     const bool constant = allConstant(in, samples);
     if (source && (constant || delayLine().delay() == 0)) {
         publish(*source);

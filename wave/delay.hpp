@@ -21,6 +21,8 @@ public:
 
     /// Sizes the ring and clears it if the length differs. Allocates.
     void setMaxDelay(int samples);
+    /// What reads of samples give that were never written.
+    VANTA_REALTIME void setFill(float value) { fillValue_ = value; }
     /// The length that the owner reads at, limited to the largest.
     void setDelay(int samples) { delay_ = samples < maxDelay_ ? samples : maxDelay_; }
     void maxBlockSizeChanged() override { resizeRing(); }
@@ -69,7 +71,14 @@ private:
 /// A delay of whole samples that its owner sets.
 class DelayFilter final : public DelayFilterBase {
 public:
+    /// What counts as having come before the stream.
+    enum class Past {
+        Fill,       ///< the fill value
+        FirstValue  ///< the first sample, for control values, which do not begin with the stream
+    };
+
     explicit DelayFilter(Environment& owner, float fill = 0.0f) : DelayFilterBase(owner, fill) {}
+    DelayFilter(Environment& owner, Past past) : DelayFilterBase(owner), past_(past) {}
 
     /// Allocates if the largest length changes.
     void setMaxDelay(int samples) { delayLine().setMaxDelay(samples); }
@@ -77,11 +86,14 @@ public:
 
 protected:
     void process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int flags) override;
-    void streamInterrupted() override { constantRun_ = 0; }
+    void streamInterrupted() override;
 
 private:
+    VANTA_REALTIME void holdFirst(float value);
     VANTA_REALTIME bool allConstant(const BasicBlock<float>& in, int samples);
 
+    Past past_ = Past::Fill;
+    bool begins_ = true;
     std::int64_t constantRun_ = 0;  ///< how many of the newest samples hold `constantValue_`
     float constantValue_ = 0.0f;
 };

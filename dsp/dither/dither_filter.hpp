@@ -29,8 +29,11 @@ public:
 
     Property<int> bits;              ///< word length; 0 or less is off: the input block is handed on
     LimitedProperty<float> ceiling;  ///< dB, -60 to 0
-    Property<int> noiseShaping;      ///< a NoiseShaping
-    Property<int> noiseType;         ///< a NoiseType; Rounding is plain, without dither or shaping
+    /// While this signal moves, each sample has its own ceiling, as a factor of at most 1. At rest, and if
+    /// null, `ceiling` counts.
+    wave::Producer* movingCeiling = nullptr;
+    Property<int> noiseShaping;  ///< a NoiseShaping
+    Property<int> noiseType;     ///< a NoiseType; Rounding is plain, without dither or shaping
 
 protected:
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
@@ -39,8 +42,11 @@ protected:
 
 private:
     void derive();
-    VANTA_REALTIME void round(const float* in, float* out, int samples) const;
-    VANTA_REALTIME void dither(const float* in, float* out, int samples);
+    double gainBelow(double limit) const;
+    /// The gains of a block on their way, or null.
+    VANTA_REALTIME const float* pullMovingGains(int samples);
+    VANTA_REALTIME void round(const float* in, float* out, int samples, const float* gains) const;
+    VANTA_REALTIME void dither(const float* in, float* out, int samples, const float* gains);
     VANTA_REALTIME float triangularNoise() {
         const float first = uniform();
         const float second = uniform();
@@ -58,6 +64,8 @@ private:
     std::uint32_t generator_;
     std::span<const double> shaping_;  ///< oldest error first
     double gain_ = 1.0;
+    double margin_ = 0.0;  ///< what dither and error can add
+    wave::BasicBlock<float> movingGains_;
     double scale_ = 0.0;
     float lsb_ = 0.0f;
 };

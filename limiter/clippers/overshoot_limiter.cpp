@@ -26,6 +26,12 @@ float hardGain(float sample, float ceiling) {
     return magnitude * gain > ceiling ? gain * kStepDown : gain;
 }
 
+/// The share of a sample that must go.
+float reduction(float sample, float ceiling) {
+    const float excess = std::max(std::abs(sample) - ceiling, 0.0f);
+    return 1.0f - ceiling / (ceiling + excess) * (1.0f - std::min(excess, kMargin));
+}
+
 int windowSamples(double sampleRate) {
     return samplesInMs(double{kWindowMs}, sampleRate);
 }
@@ -47,16 +53,17 @@ public:
 protected:
     void produce(wave::BasicBlock<float>* block, int samples, int) override {
         const float* in = limiter_.source->current().data();
-        const float threshold = limiter_.linearCeiling_;
-        if (kernel::highestMagnitude(in, static_cast<std::size_t>(samples)) <= threshold) {
+        float* out = block->data();
+        if (const float* ceilings = limiter_.movingCeilings_) {
+            for (int i = 0; i < samples; ++i) out[i] = reduction(in[i], ceilings[i]);
+            return;
+        }
+        const float ceiling = limiter_.linearCeiling_;
+        if (kernel::highestMagnitude(in, static_cast<std::size_t>(samples)) <= ceiling) {
             publishSilence();
             return;
         }
-        float* out = block->data();
-        for (int i = 0; i < samples; ++i) {
-            const float excess = std::max(std::abs(in[i]) - threshold, 0.0f);
-            out[i] = 1.0f - threshold / (threshold + excess) * (1.0f - std::min(excess, kMargin));
-        }
+        for (int i = 0; i < samples; ++i) out[i] = reduction(in[i], ceiling);
     }
 
 private:
@@ -92,6 +99,7 @@ void OvershootLimiter::propertyChanged(AbstractProperty& property) {
 
 void OvershootLimiter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                                int) {
+    movingCeilings_ = pullMovingCeilings(samples);
     switch (mode) {
         case Smooth:
             limitSmoothly(out->data(), samples);
@@ -110,15 +118,13 @@ void OvershootLimiter::limitSmoothly(float* out, int samples) {
     setConstant(smoother_->isConstant());
 }
 
-void OvershootLimiter::limitHard(const float* in, float* out, int samples) const {
-    if (const float* ceilings = ceilingsInMotion(samples)) {
-        for (int i = 0; i < samples; ++i) out[i] = hardGain(in[i], ceilings[i]);
-    } else {
-        for (int i = 0; i < samples; ++i) out[i] = hardGain(in[i], linearCeiling_);
+void OvershootLimiter::limitHard(const float* in, float* out, int samples) {
+    for (int i = 0; i < samples; ++i) {
+        out[i] = hardGain(in[i], movingCeilings_ ? movingCeilings_[i] : linearCeiling_);
     }
 }
 
-const float* OvershootLimiter::ceilingsInMotion(int samples) const {
+const float* OvershootLimiter::pullMovingCeilings(int samples) const {
     if (!movingCeiling) return nullptr;
     const float* ceilings = movingCeiling->pullData(samples);
     return movingCeiling->isConstant() ? nullptr : ceilings;

@@ -44,9 +44,9 @@ public:
 
     Property<float> ceiling;  ///< dB
     Property<int> mode;       ///< LimitingMode
-    /// While this signal moves, mode Hard holds each sample at its own ceiling, as a factor, so that a
-    /// ceiling that falls comes down together with the level of the audio and not ahead of it. At rest, and
-    /// if null, `ceiling` counts.
+    /// While this signal moves, each sample is held at its own ceiling, as a factor, so that a ceiling that
+    /// falls comes down together with the level of the audio and not ahead of it. At rest, and if null,
+    /// `ceiling` counts.
     wave::Producer* movingCeiling = nullptr;
 
 protected:
@@ -59,11 +59,12 @@ private:
     class Reduction;
 
     VANTA_REALTIME void limitSmoothly(float* out, int samples);
-    VANTA_REALTIME void limitHard(const float* in, float* out, int samples) const;
+    VANTA_REALTIME void limitHard(const float* in, float* out, int samples);
     /// The ceilings of a block on their way, or null.
-    VANTA_REALTIME const float* ceilingsInMotion(int samples) const;
+    VANTA_REALTIME const float* pullMovingCeilings(int samples) const;
 
     float linearCeiling_ = 1.0f;
+    const float* movingCeilings_ = nullptr;  ///< of this block; null at rest
     wave::ConstValueBlock unity_;
     std::unique_ptr<Reduction> reduction_;
     PeakHold hold_;

@@ -51,6 +51,7 @@ SignalPathDelays::SignalPathDelays(double baseRate, int oversampling, bool trueP
     converters = converterLatency(baseRate, oversampling);
     const bool smooth = truePeakLimiting || oversampling >= 2;
     overshoot = smooth ? overshootDelay(baseRate, truePeakLimiting) : 0;
+    detection = converters / 2 + (truePeakLimiting ? exposerDelay(baseRate) : 0);
     meter = overshoot + converters / 2;
     total = converters + overshoot + whole;
 }

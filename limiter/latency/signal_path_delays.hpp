@@ -22,6 +22,7 @@ struct SignalPathDelays {
     // Samples at the base rate.
     int converters;  ///< up and down together
     int overshoot;   ///< by which the audio waits for the overshoot stage
+    int detection;   ///< from the end of the oversampled path to what the overshoot stage looks at
     int meter;       ///< from the end of the oversampled path to the output, for what goes beside it
     int total;       ///< as reported to the host
 };

@@ -12,8 +12,6 @@ namespace {
 
 /// Corner of the DC filters, in log2 of hertz: 1.5 Hz.
 const float kDcCorner = std::log2(1.5f);
-/// The Unity Gain trim reaches 30 dB up.
-constexpr double kMaxTrimDb = 30.0;
 constexpr float kLowestDitherCeilingDb = -60.0f;
 
 constexpr int kMain = 0;
@@ -37,6 +35,7 @@ VantaChannel::VantaChannel(GenericPluginProcessor& owner, const VantaChannelShar
       makeupVolumes_{wave::VolumeFilter(shared.oversampled), wave::VolumeFilter(shared.oversampled)},
       padDelays_{wave::DelayFilter(shared.oversampled), wave::DelayFilter(shared.oversampled)},
       dryPadDelay_(shared.oversampled),
+      gainPadDelay_(shared.oversampled, 1.0f),
       downsamplers_{sr::DecimatorFilter(shared.oversampling), sr::DecimatorFilter(shared.oversampling)},
       outputRouter_(owner.environment(), 2),
       overshootPeaks_(owner.environment(), shared.baseExposer),
@@ -88,7 +87,7 @@ void VantaChannel::wireOutput(const VantaChannelShared& shared) {
     makeupVolumes_[kMain].source = &processor_;
     makeupVolumes_[kSide].source = &sideChainVolume_;
     for (int i : {kMain, kSide}) {
-        makeupVolumes_[i].gain.setSource(&shared.makeup);
+        makeupVolumes_[i].gain.setSource(&shared.levels.makeup());
         padDelays_[i].source = &makeupVolumes_[i];
         downsamplers_[i].source = &padDelays_[i];
         outputRouter_.setInput(i, downsamplers_[i]);
@@ -98,18 +97,20 @@ void VantaChannel::wireOutput(const VantaChannelShared& shared) {
 void VantaChannel::wireOvershootStage(const VantaChannelShared& shared) {
     overshootPeaks_.source = &downsamplers_[kMain];
     overshootLimiter_.source = &overshootPeaks_;
-    overshootLimiter_.movingCeiling = &shared.ceiling;
+    overshootLimiter_.movingCeiling = &shared.levels.ceiling();
     overshootDelay_.source = &outputRouter_;
     limitedVolume_.source = &overshootDelay_;
     limitedVolume_.gain.setSource(&overshootLimiter_);
     outputPeaks_.source = &limitedVolume_;
     outputVolume_.source = &limitedVolume_;
-    outputVolume_.gain.parameter().setRange(0.0f, static_cast<float>(gainFromDb(kMaxTrimDb)));
+    outputVolume_.gain.setSource(&shared.levels.trim());
+    dither_.movingCeiling = &shared.levels.target();
 }
 
 void VantaChannel::wireGain() {
     gainMixer_.operation = Mixer::Multiply;
     gainMixer_.setInput(0, &stageDelay_);
+    gainDecimator_.source = &gainPadDelay_;
     gainDelay_.source = &gainDecimator_;
     totalGain_.operation = Mixer::Multiply;
     totalGain_.setInput(0, &gainDelay_);
@@ -152,6 +153,7 @@ void VantaChannel::setDelayLimits(const SignalPathLimits& limits) {
     gainDelay_.setMaxDelay(limits.meter);
     for (wave::DelayFilter& delay : padDelays_) delay.setMaxDelay(limits.pad);
     dryPadDelay_.setMaxDelay(limits.pad);
+    gainPadDelay_.setMaxDelay(limits.pad + wave::SubEnvironment::kMaxFactor / 2);
 }
 
 void VantaChannel::setDelays(const SignalPathDelays& delays, LimitingStyle style) {
@@ -162,6 +164,8 @@ void VantaChannel::setDelays(const SignalPathDelays& delays, LimitingStyle style
     dryDelay_.setDelay(delays.engine + delays.truePeak);
     for (wave::DelayFilter& delay : padDelays_) delay.setDelay(delays.pad);
     dryPadDelay_.setDelay(delays.pad);
+    // Of each group of samples the smallest gain is taken: the group stands around its dry sample.
+    gainPadDelay_.setDelay(delays.pad + oversampled_.factor() / 2);
     prepareSwitch(delays);
     routeGain(style);
 }
@@ -197,13 +201,12 @@ void VantaChannel::routeGain(LimitingStyle style) {
         gainMixer_.setInput(1, &processor_.vcaGain(routing.secondVca));
         gain = &gainMixer_;
     }
-    gainDecimator_.source = gain;
+    gainPadDelay_.source = gain;
     sideChainVolume_.gain.setSource(gain);
 }
 
 void VantaChannel::setLevels(float outputLevelDb, float targetDb) {
     overshootLimiter_.ceiling = outputLevelDb;
-    outputVolume_.gain.assign(static_cast<float>(gainFromDb(targetDb - outputLevelDb)), this);
     dither_.ceiling = std::clamp(targetDb, kLowestDitherCeilingDb, 0.0f);
 }
 

@@ -11,6 +11,7 @@
 #include "limiter/engine/dynamics_processor.hpp"
 #include "limiter/latency/signal_path_delays.hpp"
 #include "limiter/parameters/vanta_parameters.hpp"
+#include "limiter/processor/level_signals.hpp"
 #include "plugin/processor/processor_channel.hpp"
 #include "wave/delay.hpp"
 #include "wave/router.hpp"
@@ -26,8 +27,7 @@ struct VantaChannelShared {
     sr::TruePeakExposer::Style& oversampledExposer;
     DynamicsEngine& engine;
     OvershootLimiter::Style& overshoot;
-    wave::Producer& makeup;   ///< the makeup gain, aligned with the engine's output
-    wave::Producer& ceiling;  ///< Output Level as a factor, aligned likewise
+    LevelSignals& levels;
     VantaParameters& parameters;
 };
 
@@ -116,6 +116,7 @@ private:
     wave::VolumeFilter makeupVolumes_[2];
     wave::DelayFilter padDelays_[2];
     wave::DelayFilter dryPadDelay_;
+    wave::DelayFilter gainPadDelay_;
     sr::DecimatorFilter downsamplers_[2];
     wave::Router outputRouter_;
     sr::TruePeakExposer overshootPeaks_;

@@ -27,8 +27,8 @@ VantaProcessor::VantaProcessor(ChannelLayout layout)
     baseExposerStyle_ = std::make_unique<sr::TruePeakExposer::Style>(root);
     oversampledExposerStyle_ = std::make_unique<sr::TruePeakExposer::Style>(*oversampledEnvironment_);
     buildEngine();
-    makeupGain_ = std::make_unique<MakeupGain>(*oversampledEnvironment_,
-                                               modulationMatrix_->globalTarget(kMainThresholdTarget));
+    levels_ = std::make_unique<LevelSignals>(*oversampledEnvironment_, *oversamplingStyle_,
+                                             modulationMatrix_->globalTarget(kMainThresholdTarget));
     overshootStyle_ = std::make_unique<OvershootLimiter::Style>(root);
     buildChannels();
     buildMeters();
@@ -62,9 +62,9 @@ void VantaProcessor::buildEngine() {
 }
 
 void VantaProcessor::buildChannels() {
-    const VantaChannelShared shared{*oversampledEnvironment_,  *oversamplingStyle_,    *baseExposerStyle_,
-                                    *oversampledExposerStyle_, *dynamicsEngine_,       *overshootStyle_,
-                                    makeupGain_->gain(),       makeupGain_->ceiling(), *this};
+    const VantaChannelShared shared{
+        *oversampledEnvironment_, *oversamplingStyle_, *baseExposerStyle_, *oversampledExposerStyle_,
+        *dynamicsEngine_,         *overshootStyle_,    *levels_,           *this};
     for (const int type : channelTypes(channelLayout)) {
         vantaChannels_.push_back(std::make_unique<VantaChannel>(*this, shared));
         // The left of a pair stands just before its right.
@@ -158,7 +158,7 @@ void VantaProcessor::sampleRateChanged() {
 void VantaProcessor::oversampledRateChanged(void*) {
     const SignalPathLimits limits(environment().sampleRate(), oversampledEnvironment_->factor());
     for (auto& channel : vantaChannels_) channel->setDelayLimits(limits);
-    makeupGain_->setMaxDelay(limits.engine);
+    levels_->setDelayLimits(limits);
     updateLatency();
     updateDelays();
 }
@@ -168,7 +168,7 @@ void VantaProcessor::updateDelays() {
     const SignalPathDelays now(environment().sampleRate(), oversampledEnvironment_->factor(),
                                applied(truePeakLimiting), styleStages(current));
     for (auto& channel : vantaChannels_) channel->setDelays(now, current);
-    makeupGain_->setDelay(now.engine);
+    levels_->setDelays(now);
 }
 
 void VantaProcessor::ditheringChanged(void*) {
@@ -201,7 +201,7 @@ void VantaProcessor::assignLinkers(const StyleRouting& routing) {
                 channelLinkRelease.addTarget(stereoLinkers_[i]->amount);
                 break;
             case StyleRouting::Link::Free:
-                stereoLinkers_[i]->amount = kFreeLinkAmount;
+                stereoLinkers_[i]->amount.setValue(kFreeLinkAmount, -1.0f);
         }
     }
     channelLinkTransients.applyValue(appliedValue(channelLinkTransients));
@@ -239,7 +239,8 @@ void VantaProcessor::meterScaleChanged(void*) {
 void VantaProcessor::levelsChanged(void*) {
     const float ceilingDb = appliedValue(outputLevel);
     const float targetDb = applied(unityGain) ? -appliedValue(gain) : ceilingDb;
-    makeupGain_->setOutputLevel(ceilingDb);
+    levels_->setOutputLevel(ceilingDb);
+    levels_->setUnityGain(applied(unityGain));
     for (auto& channel : vantaChannels_) channel->setLevels(ceilingDb, targetDb);
 }
 

@@ -5,7 +5,7 @@
 
 #include "limiter/engine/stereo_linker.hpp"
 #include "limiter/parameters/vanta_parameters.hpp"
-#include "limiter/processor/makeup_gain.hpp"
+#include "limiter/processor/level_signals.hpp"
 #include "limiter/processor/style_routing.hpp"
 #include "limiter/processor/vanta_channel.hpp"
 #include "limiter/processor/vanta_meters.hpp"
@@ -73,7 +73,7 @@ private:
     std::unique_ptr<EngineLayout> engineLayout_;
     std::unique_ptr<ModulationMatrix> modulationMatrix_;
     std::unique_ptr<DynamicsEngine> dynamicsEngine_;
-    std::unique_ptr<MakeupGain> makeupGain_;
+    std::unique_ptr<LevelSignals> levels_;
     std::unique_ptr<OvershootLimiter::Style> overshootStyle_;
     std::vector<std::unique_ptr<VantaChannel>> vantaChannels_;
     std::unique_ptr<VantaMeters> meters_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "foundation/property.hpp"
@@ -33,6 +34,8 @@ public:
     /// Where the value stands at the end of what was read.
     float value() const { return rampPosition_ < rampLength_ ? valueAt(rampPosition_) : target_; }
     bool isMoving() const { return rampPosition_ < rampLength_; }
+    /// From the end of what was read, if that is where the stream stands.
+    int samplesToTarget() const { return std::max(rampLength_ - rampPosition_, 0); }
     float minimum() const { return minimum_; }
     float maximum() const { return maximum_; }
     /// Sets the range and `range`, its width, by which the default ramp time is measured. The target stays.

@@ -6,7 +6,8 @@
 
 namespace vanta {
 
-/// A recursive filter as a node of the graph. What it filters with is up to a derived class.
+/// A recursive filter as a node of the graph. What it filters with is up to a derived class. A stream that
+/// was interrupted starts anew.
 class BiquadFilter : public wave::Filter, public PropertyOwner {
 public:
     /// Starts from silence.
@@ -26,6 +27,9 @@ protected:
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
     void propertyChanged(AbstractProperty& property) override;
+
+private:
+    std::int64_t expectedPosition_ = 0;
 };
 
 }  // namespace vanta

@@ -52,9 +52,9 @@ struct VantaChannelShared {
 /// for auditionRouter:
 ///
 ///     upsampler -- dryDelay --+-- sideChainVolume (x gain) -- makeupVolume -- padDelay -- downsampler
-///                             +-- dryPadDelay -- dryDecimator -- dryOutDelay -- auditionVolume (x 1 -
-///                             totalGain)
-///     gain -- gainDecimator -- gainDelay -- totalGain (x overshootLimiter)
+///                             +-- dryPadDelay -- dryDecimator -- dryOutDelay -- auditionVolume
+///                                                                               (x 1 - totalGain)
+///     gain -- gainPadDelay -- gainDecimator -- gainDelay -- totalGain (x overshootLimiter)
 ///
 /// `gain` is that of the style's VCA, or of two in a row: the first one's through stageDelay, times the
 /// second one's.

@@ -15,18 +15,12 @@ constexpr float kFadeMs = 50.0f;
 }  // namespace
 
 GenericPluginProcessor::BypassProcessor::BypassProcessor(GenericPluginProcessor& owner)
-    : processor_(owner), dryMix_(owner.environment(), 0.0f), scratch_(owner.environment()) {
-    if (owner.processingMode != 1) return;
-    for (int c = 0; c < channelCount(owner.channelLayout); ++c) {
-        dryDelays_.push_back(std::make_unique<wave::Delay>(owner.environment()));
-    }
-}
+    : processor_(owner),
+      dryMix_(owner.environment(), 0.0f),
+      dry_(owner.environment(), channelCount(owner.channelLayout)) {}
 
 void GenericPluginProcessor::BypassProcessor::prepare(int largestLatency) {
-    for (auto& delay : dryDelays_) {
-        delay->setMaxDelay(largestLatency);
-        delay->setDelay(dryLatency_);
-    }
+    if (hasInput()) dry_.prepare(largestLatency);
 }
 
 void GenericPluginProcessor::BypassProcessor::fadeTo(float dry) {
@@ -37,26 +31,34 @@ void GenericPluginProcessor::BypassProcessor::setBypassed(bool state) {
     if (state == bypassed_) return;
     bypassed_ = state;
     fadeInPending_ = !state && rested_ && processor_.latency() > 0;
-    holdSamples_ = fadeInPending_ ? processor_.latency() : 0;
     if (!fadeInPending_) fadeTo(state ? 1.0f : 0.0f);
     if (!state) rested_ = false;
 }
 
 void GenericPluginProcessor::BypassProcessor::reset() {
     resetPending_ = true;
-    followLatency();
-    for (auto& delay : dryDelays_) delay->clear();
+    dry_.clear();
 }
 
-// What was delayed by another latency would come at the wrong time.
-void GenericPluginProcessor::BypassProcessor::followLatency() {
-    const int latency = processor_.latency();
-    if (latency == dryLatency_) return;
-    dryLatency_ = latency;
-    for (auto& delay : dryDelays_) {
-        delay->setDelay(latency);
-        delay->clear();
+// Since it was last reset the graph has taken in as much signal as its position has moved: a graph that is
+// started anew meanwhile, or with another latency, fills anew.
+int GenericPluginProcessor::BypassProcessor::samplesToFill() const {
+    const wave::Environment& environment = processor_.environment();
+    const std::int64_t filled = environment.position() - environment.resetPosition();
+    return static_cast<int>(std::max<std::int64_t>(processor_.latency() - filled, 0));
+}
+
+int GenericPluginProcessor::BypassProcessor::samplesToSeam() const {
+    int nearest = 0;
+    for (const int next :
+         {fadeInPending_ ? samplesToFill() : 0, dryMix_.samplesToTarget(), dry_.samplesToSeam()}) {
+        if (next > 0) nearest = nearest > 0 ? std::min(nearest, next) : next;
     }
+    return nearest;
+}
+
+bool GenericPluginProcessor::BypassProcessor::isWet() const {
+    return !dryMix_.isMoving() && nearlyEqual(dryMix_.target(), 0.0f);
 }
 
 void GenericPluginProcessor::BypassProcessor::beginFade() {
@@ -68,7 +70,7 @@ void GenericPluginProcessor::BypassProcessor::beginFade() {
         }
         dryMix_.jumpToTarget();
     }
-    if (fadeInPending_ && holdSamples_ <= 0) {
+    if (fadeInPending_ && samplesToFill() == 0) {
         fadeInPending_ = false;
         fadeTo(0.0f);
     }
@@ -76,16 +78,17 @@ void GenericPluginProcessor::BypassProcessor::beginFade() {
 
 void GenericPluginProcessor::BypassProcessor::process(const float* const* inputs, float* const* outputs,
                                                       int channelCount, int offset, int samples) {
-    followLatency();
     wave::Environment& environment = processor_.environment();
     environment.advanceTick();
     beginFade();
-    if (fadeInPending_) holdSamples_ -= samples;
+    if (hasInput()) {
+        dry_.beginBlock(processor_.latency(), !isWet(), samples);
+        for (int c = 0; c < channelCount; ++c)
+            dry_.write(c, inputs[c] ? inputs[c] + offset : nullptr, samples);
+    }
 
     bool constant = false;
     const float* mix = dryMix_.read(samples, &constant).data();
-    writeDry(inputs, channelCount, offset, samples);
-
     const bool wholeDry = constant && nearlyEqual(mix[0], 1.0f);
     const bool wholeWet = constant && nearlyEqual(mix[0], 0.0f);
     const bool processed = !wholeDry || fadeInPending_;
@@ -104,33 +107,16 @@ void GenericPluginProcessor::BypassProcessor::process(const float* const* inputs
             std::memcpy(out, wet, count * sizeof(float));
             continue;
         }
-        readDry(inputs[c] ? inputs[c] + offset : nullptr, c, out, samples);
+        readDry(c, out, samples);
         if (!wholeDry) kernel::crossfade(wet, out, mix, out, count);
     }
 }
 
-void GenericPluginProcessor::BypassProcessor::writeDry(const float* const* inputs, int channelCount,
-                                                       int offset, int samples) {
-    if (!hasDryDelay()) return;
-    for (int c = 0; c < channelCount; ++c) {
-        if (inputs[c]) {
-            kernel::sanitize(inputs[c] + offset, scratch_.data(), static_cast<std::size_t>(samples));
-        } else {
-            std::fill(scratch_.data(), scratch_.data() + samples, 0.0f);
-        }
-        dryDelays_[static_cast<std::size_t>(c)]->write(scratch_.data(), samples);
-    }
-}
-
-void GenericPluginProcessor::BypassProcessor::readDry(const float* input, int channel, float* out,
-                                                      int samples) {
-    if (hasDryDelay()) {
-        const wave::Delay& delay = *dryDelays_[static_cast<std::size_t>(channel)];
-        delay.read(delay.delay(), out, samples);
-    } else if (processor_.processingMode != 1 || !input) {
-        std::fill(out, out + samples, 0.0f);
+void GenericPluginProcessor::BypassProcessor::readDry(int channel, float* out, int samples) {
+    if (hasInput()) {
+        dry_.read(channel, out, samples);
     } else {
-        kernel::sanitize(input, out, static_cast<std::size_t>(samples));
+        std::fill(out, out + samples, 0.0f);
     }
 }
 

@@ -1,11 +1,9 @@
 #pragma once
 
 #include <array>
-#include <memory>
-#include <vector>
 
+#include "plugin/processor/dry_path.hpp"
 #include "plugin/processor/generic_plugin_processor.hpp"
-#include "wave/delay.hpp"
 #include "wave/float_parameter.hpp"
 
 namespace vanta {
@@ -22,11 +20,11 @@ public:
     bool bypassed() const { return bypassed_; }
     /// Whether the graph has missed signal since the bypass was engaged.
     bool hasRested() const { return rested_; }
-    /// Samples until the fade back in begins, or 0: no sub-block runs across that point.
-    int samplesToSeam() const { return fadeInPending_ && holdSamples_ > 0 ? holdSamples_ : 0; }
+    /// Samples until a fade begins or ends, or 0: no sub-block runs across that point.
+    int samplesToSeam() const;
     /// Makes room for dry signals of up to `largestLatency` samples. Set-up; allocates.
     void prepare(int largestLatency);
-    /// Ends a fade at the next block and empties the dry delays. Between blocks; allocates nothing.
+    /// Ends a fade at the next block and forgets the dry signal. Between blocks; allocates nothing.
     void reset();
 
     /// A null input counts as silence.
@@ -34,24 +32,21 @@ public:
                                 int offset, int samples);
 
 private:
-    VANTA_REALTIME void followLatency();
-    bool hasDryDelay() const { return dryLatency_ > 0 && !dryDelays_.empty(); }
+    bool hasInput() const { return processor_.processingMode == 1; }
+    int samplesToFill() const;
+    bool isWet() const;
     void fadeTo(float dry);
     void beginFade();
-    void writeDry(const float* const* inputs, int channelCount, int offset, int samples);
-    void readDry(const float* input, int channel, float* out, int samples);
+    void readDry(int channel, float* out, int samples);
 
     GenericPluginProcessor& processor_;
-    wave::FloatParameter dryMix_;                          ///< 0: all processed, 1: all dry
-    std::vector<std::unique_ptr<wave::Delay>> dryDelays_;  ///< one a channel; none without audio input
-    int dryLatency_ = 0;                                   ///< the latency that they are set to
-    int holdSamples_ = 0;
+    wave::FloatParameter dryMix_;  ///< 0: all processed, 1: all dry
+    DryPath dry_;
     bool bypassed_ = false;
     bool fadeInPending_ = false;
     bool resetPending_ = false;
     bool rested_ = false;
     std::array<const float*, kMaxChannels> wetPointers_{};
-    wave::BasicBlock<float> scratch_;
 };
 
 }  // namespace vanta

@@ -6,38 +6,59 @@
 #include <cmath>
 #include <functional>
 #include <span>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "foundation/numbers.hpp"
+#include "limiter/parameters/parameter_table.hpp"
 #include "tests/support/limiter_rig.hpp"
 
 /// Settings that change while a signal plays, and measures of what that does to the sound.
 namespace vanta::test {
 
-/// Something that happens to a limiter just before sample `at`.
-struct Change {
-    std::size_t at;
-    std::function<void(VantaProcessor&)> make;
+/// A parameter of the table by its name, in its own numbers.
+struct Value {
+    std::string_view name;
+    float value;
 };
 
-/// Plays `in` in blocks that end at each change, as a host cuts its blocks at automation. `seen(at, count)`
-/// is told of each block that has passed.
+inline int indexOf(std::string_view name) {
+    const auto row = std::ranges::find(kParameterTable, name, &ParameterRow::name);
+    if (row == kParameterTable.end()) throw std::invalid_argument("no such parameter");
+    return static_cast<int>(row - kParameterTable.begin());
+}
+
+inline void set(VantaProcessor& limiter, const Value& value) {
+    limiter.parameterAt(indexOf(value.name))->setValue(value.value, 0);
+}
+
+/// A setup's further settings; the side chain is heard if the host delivers one.
+inline std::function<void(VantaProcessor&)> with(std::vector<Value> values) {
+    return [values = std::move(values)](VantaProcessor& limiter) {
+        limiter.setSideChainInUse(true);
+        for (const Value& value : values) set(limiter, value);
+    };
+}
+
+struct Change {
+    std::size_t at;
+    Value value;
+};
+
+/// Plays `in` in blocks that end at each change, as a host cuts its blocks at automation. `seen(count)` is
+/// called after each block.
 inline Channels playChanging(
-    LimiterRig& rig, const Channels& in, std::vector<Change> changes, int block = 256,
-    const Channels& side = {},
-    const std::function<void(std::size_t, std::size_t)>& seen = [](std::size_t, std::size_t) {}) {
+    LimiterRig& rig, const Channels& in, const std::vector<Change>& changes, const Channels& side = {},
+    const std::function<void(std::size_t)>& seen = [](std::size_t) {}) {
     Channels out(in.size(), Signal(in.front().size()));
-    changes.push_back({in.front().size(), [](VantaProcessor&) {}});
-    std::size_t at = 0;
-    for (const Change& change : changes) {
-        while (at < change.at) {
-            const std::size_t count = std::min(static_cast<std::size_t>(block), change.at - at);
-            rig.processBlock(in, side, out, at, count);
-            seen(at, count);
-            at += count;
-        }
-        change.make(rig.limiter());
+    auto next = changes.begin();
+    for (std::size_t at = 0, count = 0; at < in.front().size(); at += count) {
+        for (; next != changes.end() && next->at == at; ++next) set(rig.limiter(), next->value);
+        const std::size_t end = next == changes.end() ? in.front().size() : next->at;
+        count = std::min<std::size_t>(GenericPluginProcessor::kMaxSubBlock, end - at);
+        rig.processBlock(in, side, out, at, count);
+        seen(count);
     }
     return out;
 }
@@ -49,42 +70,25 @@ struct Move {
     int position;  ///< of the controller, 0 to 127
 };
 
-/// Plays `in` in blocks of the host's sizes, with moves inside of them.
-inline Channels playMoving(LimiterRig& rig, const Channels& in, std::span<const Move> moves,
+/// Plays `in` in blocks of these sizes in turn, with moves inside of them.
+inline Channels playMoving(const LimiterSetup& setup, const Channels& in, std::span<const Move> moves,
                            std::span<const int> blocks, const Channels& side = {}) {
     constexpr int kFirstController = 40;
-    const auto controllerOf = [](int parameter) { return kFirstController + parameter; };
-    for (const Move& move : moves) {
-        rig.limiter().setControllerTarget(controllerOf(move.parameter), move.parameter);
-    }
+    LimiterRig rig(setup);
     Channels out(in.size(), Signal(in.front().size()));
     auto next = moves.begin();
-    std::size_t at = 0;
-    for (std::size_t k = 0; at < in.front().size(); ++k) {
-        const auto wanted = static_cast<std::size_t>(blocks[k % blocks.size()]);
-        const std::size_t count = std::min(wanted, in.front().size() - at);
+    for (std::size_t at = 0, count = 0, k = 0; at < in.front().size(); at += count, ++k) {
+        count = std::min(static_cast<std::size_t>(blocks[k % blocks.size()]), in.front().size() - at);
         for (; next != moves.end() && next->at < at + count; ++next) {
+            const int controller = kFirstController + next->parameter;
+            rig.limiter().setControllerTarget(controller, next->parameter);
             rig.limiter().queueMidi(static_cast<int>(next->at - at), 0xB0,
-                                    static_cast<std::uint8_t>(controllerOf(next->parameter)),
+                                    static_cast<std::uint8_t>(controller),
                                     static_cast<std::uint8_t>(next->position));
         }
         rig.processBlock(in, side, out, at, count);
-        at += count;
     }
     return out;
-}
-inline Channels playMoving(LimiterRig& rig, const Channels& in, std::span<const Move> moves, int block,
-                           const Channels& side = {}) {
-    return playMoving(rig, in, moves, std::span<const int>(&block, 1), side);
-}
-
-/// How many samples of two renders are not the same number.
-inline std::size_t differingSamples(const Channels& a, const Channels& b) {
-    std::size_t count = 0;
-    for (std::size_t c = 0; c < a.size(); ++c) {
-        for (std::size_t i = 0; i < a[c].size(); ++i) count += a[c][i] != b[c][i];
-    }
-    return count;
 }
 
 /// The largest difference of neighbours, from sample `from` on.
@@ -96,9 +100,9 @@ inline double largestStep(std::span<const float> signal, std::size_t from = 0) {
     return largest;
 }
 
-/// Reports a measured figure and leaves it in the test's record.
+/// Reports a measured figure, and leaves it in the test's record.
 inline void figure(const std::string& name, double value, const char* unit) {
-    report("{:<70} {:>10.4f} {}\n", name, value, unit);
+    report("{:<68} {:>10.4f} {}\n", name, value, unit);
     testing::Test::RecordProperty(name, fmt::format("{:.4f} {}", value, unit));
 }
 

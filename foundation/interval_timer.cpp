@@ -4,10 +4,9 @@
 
 namespace vanta {
 
-std::uint32_t SteadyIntervalTimer::monotonicMilliseconds() {
+std::int64_t SteadyIntervalTimer::monotonicMilliseconds() {
     using namespace std::chrono;
-    return static_cast<std::uint32_t>(
-        duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
 }  // namespace vanta

@@ -8,27 +8,27 @@ namespace vanta {
 class IntervalTimer {
 public:
     virtual ~IntervalTimer() = default;
-    /// Milliseconds since construction or the last `reset`.
-    virtual int elapsed() const = 0;
+    /// Milliseconds since construction or the last `reset`. Never negative, however long that was.
+    virtual std::int64_t elapsed() const = 0;
     virtual void reset() = 0;
 };
 
-/// Counts on a 32-bit clock that never jumps with the time of day. Differences are taken modulo 2^32, so
-/// that a wrap of the clock, every 49.7 days, does no harm.
+/// Counts on a clock that never jumps with the time of day. Sessions stay open for weeks, and 32 bits of
+/// milliseconds would turn negative after 24.8 days.
 class SteadyIntervalTimer final : public IntervalTimer {
 public:
-    using Clock = std::uint32_t (*)();
+    using Clock = std::int64_t (*)();
 
-    /// `clock` gives milliseconds and may wrap.
+    /// `clock` gives milliseconds and never goes back.
     explicit SteadyIntervalTimer(Clock clock = &monotonicMilliseconds) : now_(clock), start_(clock()) {}
-    int elapsed() const override { return static_cast<int>(now_() - start_); }
+    std::int64_t elapsed() const override { return now_() - start_; }
     void reset() override { start_ = now_(); }
 
-    static std::uint32_t monotonicMilliseconds();
+    static std::int64_t monotonicMilliseconds();
 
 private:
     Clock now_;
-    std::uint32_t start_;
+    std::int64_t start_;
 };
 
 }  // namespace vanta

@@ -13,6 +13,9 @@ namespace {
 
 enum { kFast, kPeak, kAbsolute };
 
+/// Long before this a reading has come to rest; a count of samples still holds it.
+constexpr std::int64_t kLongestFallMs = 60'000;
+
 int saturatedSum(int a, int b) {
     return a > std::numeric_limits<int>::max() - b ? std::numeric_limits<int>::max() : a + b;
 }
@@ -163,7 +166,7 @@ void LevelMeter::rest(bool everything) {
     readings_[kPeak].value = readings_[kAbsolute].value = restLevel;
 }
 
-void LevelMeter::fallByClock(int elapsedMs) {
+void LevelMeter::fallByClock(std::int64_t elapsedMs) {
     // Two host blocks may lie between two hand-overs of a stream that runs.
     const float rate = settings_.sampleRate;
     const float blockMs = 2000.0f * static_cast<float>(environment().hostBlockSamples()) / rate;
@@ -173,7 +176,8 @@ void LevelMeter::fallByClock(int elapsedMs) {
     }
     const float restLevel = settings_.rest;
     if (readings_[kFast].value != restLevel || readings_[kPeak].value != restLevel) {
-        feed({settings_.seed, samplesInMs(elapsedMs, rate)});
+        const auto fallMs = static_cast<double>(std::min(elapsedMs, kLongestFallMs));
+        feed({settings_.seed, samplesInMs(fallMs, rate)});
     }
     stale_ = true;
 }

@@ -90,7 +90,7 @@ private:
     bool take(Handed& handed);
     void feed(Handed handed);
     void update(int index, Handed handed);
-    void fallByClock(int elapsedMs);
+    void fallByClock(std::int64_t elapsedMs);
     bool isAbove(float a, float b) const;
     float extreme(float a, float b) const { return isAbove(a, b) ? a : b; }
     float limited(float x) const;

@@ -202,7 +202,7 @@ float LoudnessMeter::LoudnessSource::value(Info info) {
     if (meter_.resetRequested_.load(std::memory_order_acquire)) return kNoLoudness;
     const bool isPeak = info == Highest || info == Extreme;
     if (isPeak && peakResetRequested_.load(std::memory_order_acquire)) return kNoLoudness;
-    const int elapsed = meter_.timer_.elapsed();
+    const std::int64_t elapsed = meter_.timer_.elapsed();
     const float blockMs = 2000.0f * static_cast<float>(meter_.environment().hostBlockSamples()) /
                           meter_.environment().sampleRate();
     const bool runs = static_cast<float>(elapsed) <= std::max(static_cast<float>(kStaleMs), blockMs);
@@ -214,12 +214,13 @@ float LoudnessMeter::LoudnessSource::value(Info info) {
 }
 
 // After the audio has stopped the window seems to empty.
-float LoudnessMeter::LoudnessSource::runningDown(Info info, int elapsedMs) const {
+float LoudnessMeter::LoudnessSource::runningDown(Info info, std::int64_t elapsedMs) const {
     if (info != Current) return elapsedMs > kPeakMs ? kNoLoudness : get(info);
     const double window = index_ == ShortTermSource ? kShortTermMs : kMomentaryMs;
     const float level = get(Current);
-    if (elapsedMs >= window || level <= kNoLoudness) return kNoLoudness;
-    return loudnessOf(meanSquareOf(level) * (1.0 - elapsedMs / window));
+    const auto passed = static_cast<double>(elapsedMs);
+    if (passed >= window || level <= kNoLoudness) return kNoLoudness;
+    return loudnessOf(meanSquareOf(level) * (1.0 - passed / window));
 }
 
 }  // namespace vanta

@@ -120,7 +120,7 @@ public:
 
 private:
     std::atomic<float>& at(Info info) { return values_[static_cast<std::size_t>(info)]; }
-    float runningDown(Info info, int elapsedMs) const;
+    float runningDown(Info info, std::int64_t elapsedMs) const;
 
     LoudnessMeter& meter_;
     int index_;

@@ -4,7 +4,6 @@
 #include <array>
 #include <atomic>
 #include <cmath>
-#include <limits>
 #include <thread>
 #include <vector>
 
@@ -20,9 +19,9 @@ namespace {
 constexpr float kRate = 48000.0f;
 constexpr int kBlock = 200;
 
-/// The wall clock that meters see, in milliseconds. It starts shortly before it wraps.
-std::atomic<std::uint32_t> wallClock{0};
-std::uint32_t readClock() {
+/// The wall clock that meters see, in milliseconds.
+std::atomic<std::int64_t> wallClock{0};
+std::int64_t readClock() {
     return wallClock;
 }
 
@@ -145,7 +144,6 @@ TEST(LevelMeter, MeasuresGainReductionAsAMinimum) {
 }
 
 TEST(LevelMeter, FallsByWallClockWithoutAudio) {
-    wallClock = std::numeric_limits<std::uint32_t>::max() - 50;
     Rig rig;
     rig.play(1.0f);
     rig.read();
@@ -165,6 +163,8 @@ TEST(LevelMeter, FallsByWallClockWithoutAudio) {
     EXPECT_NEAR(rig.extreme(), 0.0f, 1e-5f);
     rig.play(0.5f);
     EXPECT_NEAR(rig.read(), dbOf(0.5), 1e-4f);
+    wallClock += 25LL * 24 * 3600 * 1000;  // more milliseconds than an int counts
+    EXPECT_EQ(rig.read(), -90.0f);
 }
 
 TEST(LevelMeter, WaitsForTwoHostBlocksBeforeItTakesAStreamForStopped) {

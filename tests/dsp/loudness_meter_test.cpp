@@ -22,8 +22,8 @@ constexpr int kMonoType = 0x100;
 /// A tone of 1 kHz at this peak level in one channel of weight 1 reads -23 LUFS.
 const double kToneGain = std::pow(10.0, -20.0 / 20.0);
 
-std::atomic<std::uint32_t> wallClock{0};
-std::uint32_t readClock() {
+std::atomic<std::int64_t> wallClock{0};
+std::int64_t readClock() {
     return wallClock;
 }
 
@@ -129,6 +129,8 @@ TEST(LoudnessMeter, RunsDownAfterAudioHasStopped) {
     rig.environment.setHostBlockSamples(8192);
     wallClock += 300;
     EXPECT_NEAR(rig.momentary(), level, 0.05f) << "the next host block may still be on its way";
+    wallClock += 25LL * 24 * 3600 * 1000;  // more milliseconds than an int counts
+    EXPECT_EQ(rig.momentary(), kNoLoudness);
 }
 
 TEST(LoudnessMeter, KeepsItsFiguresWhilePausedUntilAskedToStartOver) {

@@ -38,7 +38,7 @@ std::vector<std::string> flatNames(PresetManager& manager) {
 /// A clock that goes on by one with each question.
 class CountingTimer final : public IntervalTimer {
 public:
-    int elapsed() const override { return questions_++; }
+    std::int64_t elapsed() const override { return questions_++; }
     void reset() override { questions_ = 0; }
 
 private:

@@ -1,5 +1,7 @@
 #include "dsp/sr/true_peak_exposer.hpp"
 
+#include <algorithm>
+
 #include "foundation/numbers.hpp"
 
 namespace vanta::sr {
@@ -19,6 +21,7 @@ void TruePeakExposer::Style::updateFactor() {
 TruePeakExposer::TruePeakExposer(wave::Environment& owner, Style& style)
     : Filter(owner),
       enabled(nullptr, true),
+      warmUpSamples(nullptr, 0),
       style_(style),
       interpolator_(style),
       peaks_(style, SkipDecimator::LargestMagnitude) {
@@ -30,20 +33,60 @@ void TruePeakExposer::prepare() {
     style_.updateFactor();
     workBlock_.resize(environment().maxBlockSize() * style_.factor());
     interpolator_.update();
+    history_.assign(static_cast<std::size_t>(style_.reach()), 0.0f);
+}
+
+void TruePeakExposer::reset() {
+    interpolator_.reset();
+    std::fill(history_.begin(), history_.end(), 0.0f);
+    warmUpLeft_ = 0;
+}
+
+// What came before a pause does not belong to the stream that comes.
+void TruePeakExposer::noteBlock(int samples) {
+    const std::int64_t position = environment().position();
+    if (position != expectedPosition_) {
+        reset();
+        if (warmUpSamples > 0) warmUpLeft_ = warmUpSamples + style_.reach();
+    }
+    expectedPosition_ = position + samples;
+}
+
+void TruePeakExposer::remember(const float* in, int samples) {
+    const int kept = std::max(static_cast<int>(history_.size()) - samples, 0);
+    std::copy(history_.end() - kept, history_.end(), history_.begin());
+    const auto fresh = static_cast<int>(history_.size()) - kept;
+    std::copy_n(in + samples - fresh, fresh, history_.begin() + kept);
+}
+
+// Filters that started empty in the middle of a signal would take it for an edge, and show a peak there.
+void TruePeakExposer::catchUp() {
+    interpolator_.reset();
+    const auto size = static_cast<int>(history_.size());
+    for (int done = 0; done < size;) {
+        const int count = std::min(size - done, environment().maxBlockSize());
+        interpolator_.convert(history_.data() + done, workBlock_.data(), count);
+        done += count;
+    }
 }
 
 void TruePeakExposer::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                               int) {
-    if (!enabled) {
+    noteBlock(samples);
+    const int muted = std::min(warmUpLeft_, samples);
+    if (enabled) {
+        if (!running_) catchUp();
+        interpolator_.convert(in.data(), workBlock_.data(), samples);
+        peaks_.convert(workBlock_.data(), out->data(), samples);
+    } else if (muted > 0) {
+        std::copy_n(in.data(), samples, out->data());
+    } else {
         publishInput();
-        return;
     }
-    // What came before a pause does not belong to the stream that comes.
-    const std::int64_t position = environment().position();
-    if (position != expectedPosition_) reset();
-    expectedPosition_ = position + samples;
-    interpolator_.convert(in.data(), workBlock_.data(), samples);
-    peaks_.convert(workBlock_.data(), out->data(), samples);
+    std::fill_n(out->data(), muted, 0.0f);
+    running_ = enabled;
+    remember(in.data(), samples);
+    warmUpLeft_ -= muted;
 }
 
 }  // namespace vanta::sr

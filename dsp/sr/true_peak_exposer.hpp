@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "dsp/sr/converter_style.hpp"
 #include "dsp/sr/interpolator.hpp"
 #include "dsp/sr/skip_decimator.hpp"
@@ -23,6 +25,8 @@ public:
         void updateFactor();
         /// Delay of an exposer in samples.
         int delay() const { return latency(factor()) / 2; }
+        /// How many samples before the newest one the output depends on. The filters are symmetrical.
+        int reach() const { return 2 * delay(); }
 
     private:
         float factorRate_;
@@ -32,19 +36,32 @@ public:
 
     /// Chooses the factor for the sample rate, and designs the filters.
     void prepare() override;
-    void reset() override { interpolator_.reset(); }
+    void reset() override;
 
-    Property<bool> enabled;  ///< when false the input passes as it is, without delay
+    /// When false the input passes as it is, without delay. What is enabled again in the middle of a signal
+    /// goes on as if it had never rested.
+    Property<bool> enabled;
+    /// After a missed block: samples that the path in front needs to fill with signal again. Until it has,
+    /// and the filters have, the output is silent, for the edge at which the signal comes back is no peak of
+    /// it. 0: what comes is a stream of its own, which begins there.
+    Property<int> warmUpSamples;
 
 protected:
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
 
 private:
+    VANTA_REALTIME void noteBlock(int samples);
+    VANTA_REALTIME void remember(const float* in, int samples);
+    VANTA_REALTIME void catchUp();
+
     Style& style_;
     Interpolator interpolator_;
     SkipDecimator peaks_;
     wave::AlignedBuffer<float> workBlock_;
+    std::vector<float> history_;  ///< the newest input, as far as the filters reach, oldest first
+    bool running_ = true;         ///< the filters hold what came last
+    int warmUpLeft_ = 0;
     std::int64_t expectedPosition_ = 0;
 };
 

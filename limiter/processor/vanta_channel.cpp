@@ -166,6 +166,8 @@ void VantaChannel::setDelays(const SignalPathDelays& delays, LimitingStyle style
     dryPadDelay_.setDelay(delays.pad);
     // Of each group of samples the smallest gain is taken: the group stands around its dry sample.
     gainPadDelay_.setDelay(delays.pad + oversampled_.factor() / 2);
+    // The converters ring for half their length after the first sample has come through.
+    outputPeaks_.warmUpSamples = delays.total + delays.converters;
     prepareSwitch(delays);
     routeGain(style);
 }

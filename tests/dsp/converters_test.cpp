@@ -237,6 +237,44 @@ TEST(TruePeakExposer, PutsEachCrestInItsPlace) {
     }
 }
 
+TEST(TruePeakExposer, GoesOnAfterARestAsIfItHadNeverRested) {
+    for (const float rate : {8000.0f, 44100.0f, 96000.0f, 384000.0f}) {
+        const Signal tone = sine(0.02 * double{rate}, double{rate}, 4000, 0.95, 1.0);
+        Rig always(rate, tone), switched(rate, tone);
+        // The shortest rests leave less behind than the filters are long.
+        for (const int rest : {1, 7, 40, 700}) {
+            const Signal expected = always.run(rest + 97, 31);
+            switched.exposer.enabled = false;
+            const Signal plain = switched.run(rest, 31);
+            EXPECT_LE(peak(plain), 0.95);
+            switched.exposer.enabled = true;
+            const Signal out = switched.run(97, 31);
+            EXPECT_TRUE(std::equal(out.begin(), out.end(), expected.begin() + rest))
+                << rest << " at " << rate;
+        }
+    }
+}
+
+// The path in front is empty after a pause: the edge at which its signal comes back is none of the stream's.
+TEST(TruePeakExposer, TakesNoEdgeAfterAPauseForAPeak) {
+    constexpr int kPath = 300;
+    for (const bool rests : {false, true}) {
+        Rig rig(44100.0f, sine(997.0, 44100.0, 4000, 0.95));
+        rig.exposer.warmUpSamples = kPath;
+        rig.run(1000);
+        rig.environment.run(400, wave::Environment::kPositionOnly);
+        Signal back = sine(997.0, 44100.0, 4000, 0.95, 1.4);
+        std::fill_n(back.begin(), kPath, 0.0f);
+        rig.source.play(back);
+        rig.exposer.enabled = !rests;
+        const Signal filling = rig.run(kPath + 20, 33);
+        rig.exposer.enabled = true;
+        const Signal filled = rig.run(3000, 33);
+        EXPECT_EQ(peak(filling), 0.0);
+        EXPECT_NEAR(peak(filled), 0.95, 0.002);
+    }
+}
+
 TEST(TruePeakExposer, IsNeverBelowASample) {
     for (const float rate : {8000.0f, 44100.0f, 96000.0f, 192000.0f, 384000.0f}) {
         const Signal noise = whiteNoise(5, 3000);

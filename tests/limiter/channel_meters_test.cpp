@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foundation/binary_data.hpp"
+#include "foundation/numbers.hpp"
 #include "plugin/metering/level_source_proxies.hpp"
 #include "tests/support/limiter_rig.hpp"
 
@@ -30,6 +31,7 @@ struct Rig {
         : limiter({.gainDb = gainDb, .rate = kRate, .further = [=](VantaProcessor& processor) {
                        processor.meterScale.setMapped(scale);
                    }}) {}
+    explicit Rig(const LimiterSetup& setup) : limiter(setup) {}
     void play(const Channels& in) { limiter.process(in, 480); }
     float read(int source, wave::LevelSource::Info info = wave::LevelSource::Current) {
         return limiter.limiter().levels()[static_cast<std::size_t>(source)]->value(info);
@@ -86,6 +88,32 @@ TEST(ChannelMeters, LatchAClipOfTheOutputUntilTheStyleChanges) {
     limiter.style.setMapped(LimitingStyle::Modern);
     rig.play(tone(0.5, 0.01));
     EXPECT_LT(rig.read(OutputPeak, wave::LevelSource::Extreme), -30.0f);
+}
+
+TEST(ChannelMeters, ShowNoOverWhereATonePassesBeneath) {
+    const Signal signal = sine(997.0, kRate, 48000, gainFromDb(-0.45), 0.3);
+    for (const int oversamplingIndex : {0, 2}) {
+        for (std::size_t start = 9600; start < 9648; start += 7) {
+            Rig rig({.oversamplingIndex = oversamplingIndex, .rate = kRate});
+            auto& limiter = rig.limiter.limiter();
+            auto at = signal.begin();
+            const auto play = [&](std::size_t samples) {
+                const Signal part(at, at + static_cast<std::ptrdiff_t>(samples));
+                at += static_cast<std::ptrdiff_t>(samples);
+                rig.play({part, part});
+                return rig.read(OutputPeak, wave::LevelSource::Extreme);
+            };
+            limiter.truePeakMetering.setMapped(false);
+            play(start);
+            limiter.levels()[OutputPeak]->resetPeak();
+            limiter.truePeakMetering.setMapped(true);
+            EXPECT_NEAR(play(4800), -0.45f, 0.01f) << "metering switched on";
+            limiter.bypass.setMapped(true);
+            play(9600);
+            limiter.bypass.setMapped(false);
+            EXPECT_NEAR(play(9600), -0.45f, 0.01f) << "bypass left";
+        }
+    }
 }
 
 TEST(ChannelMeters, PauseAndResetTheLoudness) {

@@ -41,7 +41,7 @@ void Environment::resetGraph(ResetMode mode) {
     if (mode != ResetMode::MarkDiscontinuity) {
         resetPosition_ = position_;
         for (Producer* node : resetList_) {
-            if (mode == ResetMode::ResetAll || node->active_) node->reset();
+            if (mode == ResetMode::ResetAll || (node->active_ && !node->kept_)) node->reset();
         }
     }
     if (mode == ResetMode::ResetActiveLocal) return;

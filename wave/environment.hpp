@@ -23,10 +23,10 @@ public:
 };
 
 enum class ResetMode {
-    ResetActive,        ///< nodes that are active, here and in all children
+    ResetActive,        ///< nodes that are active and not kept through resets, here and in all children
     ResetAll,           ///< every node, here and in all children
     MarkDiscontinuity,  ///< no node: ramps end at their next read
-    ResetActiveLocal    ///< nodes that are active, here only
+    ResetActiveLocal    ///< those of ResetActive, here only
 };
 
 /// What the nodes of one block graph share: the tick, the running position, the sample rate, the largest

@@ -62,6 +62,9 @@ public:
     bool active() const { return active_; }
     /// Enters the node in the environment's reset list, once: from then on it is prepared and reset.
     void makeResettable();
+    /// For what outlives a restart of the signal path: from now on only ResetAll, another sample rate and the
+    /// node's owner reset it. It is prepared as before.
+    void keepThroughResets() { kept_ = true; }
 
 protected:
     /// Fills `block`, which is the node's own block or null, or publishes another.
@@ -99,6 +102,7 @@ private:
     bool active_ = true;
     bool scheduled_ = false;
     bool resettable_ = false;
+    bool kept_ = false;
 };
 
 /// A producer without input.

@@ -55,6 +55,11 @@ void LoudnessMeter::ChannelFilter::process(const wave::BasicBlock<float>&, wave:
     publish(fourHundredMs_);
 }
 
+void LoudnessMeter::ChannelFilter::keepWindows() {
+    fourHundredMs_.keepThroughResets();
+    threeSeconds_.keepThroughResets();
+}
+
 void LoudnessMeter::ChannelFilter::reset() {
     weighting_.processor.restart();
     fourHundredMs_.reset();
@@ -66,6 +71,7 @@ LoudnessMeter::LoudnessMeter(wave::Environment& owner, SteadyIntervalTimer::Cloc
       precision(this, 1),
       enabled(this, true),
       autoReset(this, false),
+      warmUpSamples(nullptr, 0),
       gateMomentary_(kMomentaryStrides),
       mixerMomentary_(owner, kMaxChannels),
       gateShortTerm_(kShortTermStrides),
@@ -79,6 +85,7 @@ LoudnessMeter::LoudnessMeter(wave::Environment& owner, SteadyIntervalTimer::Cloc
     mixerShortTerm_.widenGainRange();
     reset();
     makeResettable();
+    keepThroughResets();
     setScheduled(wave::Environment::kBackGroup);
 }
 
@@ -90,6 +97,7 @@ void LoudnessMeter::setChannel(int index, int typeWord, ChannelFilter& filter) {
     mixerMomentary_.gain(index).parameter().setValue(weight, 0.0f);
     mixerShortTerm_.setInput(index, &filter.shortTerm());
     mixerShortTerm_.gain(index).parameter().setValue(weight, 0.0f);
+    filter.keepWindows();
     filters_.push_back(&filter);
 }
 
@@ -117,11 +125,24 @@ void LoudnessMeter::takeRequests() {
 void LoudnessMeter::produce(wave::BasicBlock<float>*, int samples, int) {
     publishSilence();
     takeRequests();
+    const bool warmsUp = isWarmingUp(samples);
     if (autoReset && !environment().meteringActive()) {
         if (!waiting_) reset();
         return;
     }
-    if (enabled) measure(samples);
+    if (!enabled) return;
+    if (!warmsUp) return measure(samples);
+    for (ChannelFilter* filter : filters_) filter->weighted().pull(samples);
+}
+
+// What a path that was at rest puts out until its signal comes is no silence of the programme.
+bool LoudnessMeter::isWarmingUp(int samples) {
+    const std::int64_t position = environment().position();
+    if (position != expectedPosition_) warmUpLeft_ = warmUpSamples;
+    expectedPosition_ = position + samples;
+    if (warmUpLeft_ <= 0) return false;
+    warmUpLeft_ -= samples;
+    return true;
 }
 
 int LoudnessMeter::firstSound(const float* block, int samples) const {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -17,6 +18,9 @@ namespace vanta {
 
 /// Loudness of the whole programme after ITU-R BS.1770-4 and EBU R128: Momentary, Short Term and Integrated,
 /// and the loudness range. All work runs on the audio thread, which is one thread; one other thread reads.
+///
+/// A measurement outlives resets of the graph around it, which restart the weighting alone; it stands still
+/// while no blocks come. `reset`, `requestReset` and another sample rate start it over.
 class LoudnessMeter final : public wave::Source, public PropertyOwner {
 public:
     enum SourceIndex { MomentarySource, ShortTermSource, IntegratedSource, SourceCount };
@@ -29,7 +33,7 @@ public:
     ~LoudnessMeter() override;
 
     /// Set-up: enters a channel with the weight that its speaker's angle has. `typeWord` is that of the
-    /// channel layout (`channelTypes`).
+    /// channel layout (`channelTypes`). The filter's windows are part of the measurement from then on.
     void setChannel(int index, int typeWord, ChannelFilter& filter);
     LoudnessSource& source(SourceIndex index) { return *sources_[index]; }
     /// The weighted sum of the channels' mean squares over 400 ms and over 3 s, for meters that follow them
@@ -49,6 +53,9 @@ public:
     Property<int> precision;   ///< decimals of the figures; negative: not rounded
     Property<bool> enabled;    ///< false pauses the measurement
     Property<bool> autoReset;  ///< rest and forget while nobody fetches meter data
+    /// After a missed block: samples that the path in front needs to fill with signal again, which are not
+    /// measured. They count in whole blocks.
+    Property<int> warmUpSamples;
 
 protected:
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
@@ -56,6 +63,7 @@ protected:
 
 private:
     VANTA_REALTIME void takeRequests();
+    VANTA_REALTIME bool isWarmingUp(int samples);
     VANTA_REALTIME void measure(int samples);
     VANTA_REALTIME void updateIntegrated();
     VANTA_REALTIME void updateRange();
@@ -68,7 +76,9 @@ private:
     Mixer mixerShortTerm_;
     std::vector<ChannelFilter*> filters_;
     std::array<std::unique_ptr<LoudnessSource>, SourceCount> sources_;
-    bool waiting_ = true;               ///< for the first sound
+    bool waiting_ = true;  ///< for the first sound
+    int warmUpLeft_ = 0;
+    std::int64_t expectedPosition_ = 0;
     std::atomic<bool> newData_{false};  ///< a block was measured since the last read
     std::atomic<bool> resetRequested_{false};
     std::atomic<bool> measuring_{true};  ///< `enabled`, for the reader
@@ -83,6 +93,8 @@ public:
     /// The K-weighted signal.
     wave::Producer& weighted() { return weighting_; }
     wave::Producer& shortTerm() { return threeSeconds_; }
+    /// Resets of the graph spare the windows.
+    void keepWindows();
     void reset() override;
 
 protected:

@@ -24,6 +24,10 @@ public:
 
     VANTA_REALTIME void setScale(VantaParameters::MeterScale scale);
     VANTA_REALTIME void resetPeaks();
+    /// Starts the loudness over, which no change of the signal path does.
+    VANTA_REALTIME void resetLoudness() { loudnessMeter_.reset(); }
+    /// Samples until a path that has rested puts out signal again.
+    VANTA_REALTIME void setPathDelay(int samples) { loudnessMeter_.warmUpSamples = samples; }
 
 private:
     wave::LevelSource& level(ProgrammeLevel which);

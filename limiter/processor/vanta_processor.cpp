@@ -41,6 +41,11 @@ VantaProcessor::~VantaProcessor() {
     environment().setDestroying();
 }
 
+void VantaProcessor::reset() {
+    GenericPluginProcessor::reset();
+    meters_->resetLoudness();
+}
+
 void VantaProcessor::initShared() {
     addResources(styleResources());
 }
@@ -169,6 +174,7 @@ void VantaProcessor::updateDelays() {
                                applied(truePeakLimiting), styleStages(current));
     for (auto& channel : vantaChannels_) channel->setDelays(now, current);
     levels_->setDelays(now);
+    meters_->setPathDelay(now.total);
 }
 
 void VantaProcessor::ditheringChanged(void*) {

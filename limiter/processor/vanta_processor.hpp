@@ -23,6 +23,8 @@ public:
     ~VantaProcessor() override;
 
     int tailLength() const override { return 64; }
+    /// Starts the loudness measurement over as well.
+    void reset() override;
 
     VantaChannel& channel(int index) { return *vantaChannels_[static_cast<std::size_t>(index)]; }
 

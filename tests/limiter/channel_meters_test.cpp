@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -132,6 +133,51 @@ TEST(ChannelMeters, PauseAndResetTheLoudness) {
     limiter.loudnessRecording.setValue(1.0f, 0);
     rig.play(tone(1.0, 0.2));
     EXPECT_NEAR(rig.read(Integrated), -14.0f, 0.3f);
+}
+
+TEST(ChannelMeters, MeasureTheLoudnessAcrossEveryChangeOfThePath) {
+    using enum wave::LevelSource::Info;
+    const struct {
+        const char* name;
+        std::function<void(VantaProcessor&, Rig&)> change;
+        bool clears = false;
+    } cases[] = {
+        {"none", [](VantaProcessor&, Rig&) {}},
+        {"style", [](VantaProcessor& l, Rig&) { l.style.setMapped(LimitingStyle::Modern); }},
+        {"oversampling", [](VantaProcessor& l, Rig&) { l.oversampling.setValue(2.0f, 0); }},
+        {"true peak", [](VantaProcessor& l, Rig&) { l.truePeakLimiting.setMapped(true); }},
+        {"bypass",
+         [](VantaProcessor& l, Rig& rig) {
+             l.bypass.setMapped(true);
+             rig.play(tone(0.1, 0.2));  // fades out; from here on the measurement stands still
+             rig.play(tone(10.0, 0.9));
+             l.bypass.setMapped(false);
+         }},
+        {"reset", [](VantaProcessor& l, Rig&) { l.reset(); }, true},
+        {"sample rate",
+         [](VantaProcessor& l, Rig&) {
+             l.prepare(44100.0f);
+             l.prepare(static_cast<float>(kRate));
+         },
+         true},
+    };
+    for (const auto& [name, change, clears] : cases) {
+        SCOPED_TRACE(name);
+        Rig rig;
+        rig.limiter.limiter().truePeakLimiting.setMapped(false);
+        rig.play(tone(6.0, 0.2));
+        change(rig.limiter.limiter(), rig);
+        rig.play(tone(0.2, 0.05));
+        // A path that restarts is silent for its latency, and that is measured: 0.3 dB of these windows.
+        if (!clears) {
+            EXPECT_NEAR(rig.read(ShortTerm), -14.3f, 0.2f);
+            EXPECT_NEAR(rig.read(Momentary), -16.6f, 0.4f);
+        }
+        rig.play(tone(5.8, 0.05));
+        EXPECT_NEAR(rig.read(Integrated), clears ? -26.0f : -16.7f, 0.15f);
+        EXPECT_NEAR(rig.read(ShortTerm, Extreme), clears ? -26.0f : -14.0f, 0.15f);
+        EXPECT_NEAR(rig.read(Integrated, Range), clears ? 0.0f : 12.0f, 0.2f);
+    }
 }
 
 std::string fetch(VantaProcessor& limiter) {

@@ -88,6 +88,8 @@ TEST(Environment, ResetsReachTheNodesAndChildrenThatTheirModeNames) {
     SubEnvironment child(root);
     Ramp here(root);
     Ramp there(child);
+    Ramp kept(root);
+    kept.keepThroughResets();
     root.run(64, 0);
     root.resetGraph(ResetMode::MarkDiscontinuity);
     EXPECT_EQ(here.resets + there.resets, 0);
@@ -99,8 +101,10 @@ TEST(Environment, ResetsReachTheNodesAndChildrenThatTheirModeNames) {
     root.resetGraph(ResetMode::ResetActive);
     EXPECT_EQ(here.resets, 1);
     EXPECT_EQ(there.resets, 1);
+    EXPECT_EQ(kept.resets, 0);
     root.resetGraph(ResetMode::ResetAll);
     EXPECT_EQ(here.resets, 2);
+    EXPECT_EQ(kept.resets, 1);
 }
 
 TEST(Environment, AFactorChangesRateBlocksAndPositionsOfTheChild) {

@@ -14,8 +14,8 @@ constexpr float kBudgetRate = 96000.0f;
 constexpr float kHighestRate = 768000.0f;
 constexpr int kMaxFrames = 4096;
 
-LockFreeFifo::Item itemOf(int frame) {
-    return LockFreeFifo::Item::of(frame, 0.0f);
+LockFreeFifo::Item itemOf(int frame, std::uint32_t number = 0) {
+    return {static_cast<std::uint32_t>(frame), number};
 }
 
 }  // namespace
@@ -61,10 +61,16 @@ void RealTimeAudioBuffer::prepare() {
     growPool();
 }
 
+void RealTimeAudioBuffer::setLargestHostBlock(int samples) {
+    largestHostBlock_.store(samples);
+    growPool();
+}
+
 // The vector has its final capacity, so that the audio thread may go on using the frames that are there.
 void RealTimeAudioBuffer::growPool() {
     const std::lock_guard lock(growing_);
-    const int forHost = 2 * environment().hostBlockSamples() / kBlockLength + 2;
+    const int largest = std::max(environment().hostBlockSamples(), largestHostBlock_.load());
+    const int forHost = 2 * std::min(largest, kMaxFrames * kBlockLength) / kBlockLength + 2;
     const auto wanted = static_cast<std::size_t>(std::clamp(forHost, framesForRate_.load(), kMaxFrames));
     while (frames_.size() < wanted) {
         frames_.push_back(
@@ -79,6 +85,7 @@ void RealTimeAudioBuffer::reset() {
     if (currentFrame_ >= 0) freeFrames_.push(itemOf(currentFrame_));
     currentFrame_ = -1;
     fillPosition_ = 0;
+    ++frameNumber_;
 }
 
 void RealTimeAudioBuffer::updateSchedule() {
@@ -99,6 +106,7 @@ bool RealTimeAudioBuffer::takeFrame() {
     LockFreeFifo::Item item{};
     if (!freeFrames_.pop(item)) {
         if (stopWhenFull) {
+            ++frameNumber_;
             overflow_.store(true, std::memory_order_release);
             return false;
         }
@@ -127,7 +135,7 @@ void RealTimeAudioBuffer::produce(wave::BasicBlock<float>*, int samples, int) {
         fillPosition_ += count;
         done += count;
         if (fillPosition_ < kBlockLength) continue;
-        finishedFrames_.push(itemOf(currentFrame_));
+        finishedFrames_.push(itemOf(currentFrame_, frameNumber_++));
         currentFrame_ = -1;
         fillPosition_ = 0;
     }
@@ -137,24 +145,30 @@ void RealTimeAudioBuffer::lock() {
     if (lockCount_++ == 0) drain();
 }
 
+// What was recorded before a gap is of no use: the reader is promised one stretch. From the exchange on the
+// audio thread records again; should it stop once more meanwhile, the next visit finds that.
 void RealTimeAudioBuffer::drain() {
-    // What was recorded before a gap is of no use: the reader is promised one stretch.
-    const bool dropped = overflow_.load(std::memory_order_acquire);
+    const bool dropped = overflow_.exchange(false, std::memory_order_acq_rel);
     LockFreeFifo::Item item{};
     while (finishedFrames_.pop(item)) {
         if (dropped) {
             freeFrames_.push(item);
-        } else {
-            held_.push_back(item.index());
+            continue;
         }
+        if (item.second != nextNumber_) giveBack();
+        held_.push_back(item.index());
+        nextNumber_ = item.second + 1;
     }
-    overflow_.store(false, std::memory_order_release);
+}
+
+void RealTimeAudioBuffer::giveBack() {
+    for (std::size_t i = held_.size(); i-- > 0;) freeFrames_.push(itemOf(held_[i]));
+    held_.clear();
 }
 
 void RealTimeAudioBuffer::unlock() {
     if (--lockCount_ != 0) return;
-    for (std::size_t i = held_.size(); i-- > 0;) freeFrames_.push(itemOf(held_[i]));
-    held_.clear();
+    giveBack();
     growPool();
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -16,6 +17,8 @@ namespace vanta {
 /// Carries whole streams from the audio thread to a display without a lock in the audio path: frames of 256
 /// samples go from a pool through a queue to the reader and back. A reader that is too slow stops the
 /// recording until its next visit and drops what was pending, so that it always gets one unbroken stretch.
+/// The frames of a stream are numbered: the reader sees where one is missing, whatever the audio thread did
+/// while it looked.
 ///
 /// One audio thread, one reader.
 class RealTimeAudioBuffer final : public wave::Producer {
@@ -30,9 +33,11 @@ public:
 
     Measurement& measurement(int list) { return *measurements_[static_cast<std::size_t>(list)]; }
 
-    /// Sizes the pool for the sample rate and the host's blocks; it only grows. For longer blocks of the host
-    /// the reader adds frames at its next visit.
+    /// Sizes the pool for the sample rate and two of the host's largest blocks; it only grows.
     void prepare() override;
+    /// Set-up: what the host says of its blocks, in samples. For longer ones than it has told, the reader
+    /// adds frames at its next visit. Allocates.
+    void setLargestHostBlock(int samples);
     /// Takes back all frames but the reader's.
     void reset() override;
 
@@ -48,6 +53,7 @@ private:
     VANTA_REALTIME void collectInputs(int samples);
     VANTA_REALTIME void copyInputs(int from, int count);
     void drain();
+    void giveBack();
     void lock();
     void unlock();
 
@@ -55,6 +61,7 @@ private:
     std::vector<std::unique_ptr<float[]>> frames_;  ///< the pool: 3 lists times the channels, a block each
     std::mutex growing_;                            ///< never taken in a block
     std::atomic<int> framesForRate_{0};
+    std::atomic<int> largestHostBlock_{0};
     LockFreeFifo freeFrames_;
     LockFreeFifo finishedFrames_;
     std::vector<const float*> inputs_;
@@ -62,10 +69,12 @@ private:
     std::atomic<bool> overflow_{false};
     int currentFrame_ = -1;
     int fillPosition_ = 0;
+    std::uint32_t frameNumber_ = 0;  ///< of the next frame; leaves one out where the stream has a gap
 
     // The reader's.
     int lockCount_ = 0;
-    std::vector<int> held_;  ///< oldest first
+    std::uint32_t nextNumber_ = 0;  ///< of the frame that follows those held
+    std::vector<int> held_;         ///< oldest first
 };
 
 /// One of the lists as an audio source.

@@ -11,7 +11,7 @@ OfflineHost::OfflineHost(const LimiterSettings& settings, ChannelLayout layout, 
     : processor_(layout),
       channels_(static_cast<std::size_t>(channelCount(layout))),
       blockLength_(blockSamples) {
-    processor_.prepare(sampleRate);
+    processor_.prepare(sampleRate, blockSamples);
     processor_.setSideChainInUse(sideChainChannels > 0);
     settings.applyTo(processor_);
     // Takes the settings up before the first sample, so that nothing moves while audio runs.

@@ -68,9 +68,9 @@ void UnifiedPluginAdapter::create(ChannelLayout layout) {
     sendAllParameters(false);
 }
 
-void UnifiedPluginAdapter::prepare(float sampleRate) {
+void UnifiedPluginAdapter::prepare(float sampleRate, int largestBlock) {
     if (!nearlyEqual(sampleRate, model_->sampleRate())) model_->setSampleRate(sampleRate);
-    if (!nearlyEqual(sampleRate, processor_->sampleRate())) processor_->prepare(sampleRate);
+    processor_->prepare(sampleRate, largestBlock);
 }
 
 // From the host

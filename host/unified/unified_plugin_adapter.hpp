@@ -56,8 +56,9 @@ public:
 
     // Set-up, while no block runs.
 
-    /// Builds both sides for a sample rate in Hz. Allocates.
-    void prepare(float sampleRate);
+    /// Builds both sides for a sample rate in Hz and blocks of at most `largestBlock` samples, 0 if the host
+    /// does not say. Allocates.
+    void prepare(float sampleRate, int largestBlock = 0);
 
     // Audio thread. Neither waits nor allocates.
 

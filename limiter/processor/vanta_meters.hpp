@@ -22,6 +22,9 @@ public:
     /// Each of all channels.
     std::vector<wave::AudioSource*> audioSources();
 
+    /// Set-up: makes room for audio of the host's blocks. Allocates.
+    void setLargestHostBlock(int samples) { audioBuffer_.setLargestHostBlock(samples); }
+
     VANTA_REALTIME void setScale(VantaParameters::MeterScale scale);
     VANTA_REALTIME void resetPeaks();
     /// Starts the loudness over, which no change of the signal path does.

@@ -35,6 +35,7 @@ protected:
     void notePendingChanges() override;
     void applyPendingParameters() override;
     void sampleRateChanged() override;
+    void largestBlockAnnounced(int samples) override { meters_->setLargestHostBlock(samples); }
 
 private:
     std::unique_ptr<DynamicsEngine::AbstractStereoLinker> createStereoLinker() override;

@@ -59,8 +59,9 @@ std::unique_ptr<AbstractMusicEventReceiver> GenericPluginProcessor::createEventR
     return std::make_unique<DefaultEventReceiver>(*this);
 }
 
-void GenericPluginProcessor::prepare(float sampleRate) {
+void GenericPluginProcessor::prepare(float sampleRate, int largestBlock) {
     environment_->setSampleRate(sampleRate);
+    if (largestBlock > 0) largestBlockAnnounced(largestBlock);
 }
 
 float GenericPluginProcessor::sampleRate() const {

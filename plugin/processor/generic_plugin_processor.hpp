@@ -89,8 +89,9 @@ public:
 
     // Set-up, while no block runs.
 
-    /// Builds for a sample rate in Hz, and resets everything, unless it is the present one. Allocates.
-    void prepare(float sampleRate);
+    /// Builds for a sample rate in Hz, and resets everything, unless it is the present one. `largestBlock` is
+    /// the most samples that a host's block will have, 0 if the host does not say. Allocates.
+    void prepare(float sampleRate, int largestBlock = 0);
     float sampleRate() const;
     void setAdapter(ProcessorAdapter* hostAdapter) { adapter = hostAdapter; }
     /// Whether the host delivers a side chain after the main inputs.
@@ -121,6 +122,8 @@ protected:
     /// Gives effect to what was noted. Only called by `applyPending`.
     virtual void applyPendingParameters();
     virtual void sampleRateChanged();
+    /// Set-up: the host has said how many samples its blocks will have at most.
+    virtual void largestBlockAnnounced(int /*samples*/) {}
 
     /// Gives effect to every parameter, changed or not. Set-up.
     void applyAllParameters();

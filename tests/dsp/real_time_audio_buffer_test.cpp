@@ -113,6 +113,23 @@ TEST(RealTimeAudioBuffer, DropsWhatIsPendingWhenTheReaderStaysAway) {
     }
 }
 
+TEST(RealTimeAudioBuffer, HoldsTwoOfTheLargestHostBlocks) {
+    constexpr int kLarge = 16384;
+    for (const bool announced : {true, false}) {
+        Rig rig;
+        if (announced) rig.buffer->setLargestHostBlock(kLarge);
+        const auto playAndTake = [&](int hostBlock, int blocks) {
+            rig.environment.setHostBlockSamples(hostBlock);
+            rig.run(hostBlock * blocks);
+            return static_cast<int>(rig.take(0, 0).size());
+        };
+        EXPECT_EQ(playAndTake(64, 100), 64 * 100);
+        // The reader hears of blocks that nobody has announced when the first one has overflowed.
+        EXPECT_EQ(playAndTake(kLarge, 1), announced ? kLarge : 0);
+        for (int i = 0; i < 3; ++i) EXPECT_EQ(playAndTake(kLarge, 2), 2 * kLarge);
+    }
+}
+
 TEST(RealTimeAudioBuffer, ReusesTheOldestWhenToldNotToStop) {
     Rig rig;
     rig.buffer->stopWhenFull = false;
@@ -143,27 +160,35 @@ TEST(RealTimeAudioBuffer, GetsItsFramesBackAtAReset) {
     EXPECT_EQ(rig.take(0, 0).size(), 32u * kFrame);
 }
 
+// Whatever the audio thread does while the reader looks: stop, take back what is oldest, or start anew.
 TEST(RealTimeAudioBuffer, GivesAReaderOnAnotherThreadUnbrokenStretches) {
-    Rig rig;
-    std::atomic<bool> done{false};
-    std::atomic<int> stretches{0};
-    std::thread reader([&] {
-        while (!done) {
-            const auto stretch = rig.take(1, 1);
-            if (stretch.empty()) continue;
-            ++stretches;
-            ASSERT_EQ(stretch, counted(stretch.front(), static_cast<int>(stretch.size())));
-            if (stretches % 5 == 0) std::this_thread::sleep_for(std::chrono::microseconds(300));
+    const struct { bool stops, resets; } cases[] = {{true, false}, {false, false}, {true, true}};
+    for (const auto& [stops, resets] : cases) {
+        Rig rig;
+        rig.buffer->stopWhenFull = stops;
+        std::atomic<bool> done{false};
+        std::atomic<int> stretches{0};
+        std::thread reader([&] {
+            while (!done) {
+                const auto stretch = rig.take(1, 1);
+                if (stretch.empty()) continue;
+                ++stretches;
+                ASSERT_EQ(stretch, counted(stretch.front(), static_cast<int>(stretch.size())));
+                if (stretches % 5 == 0) std::this_thread::sleep_for(std::chrono::microseconds(300));
+            }
+        });
+        {
+            const RealtimeTrap trap;
+            for (int i = 0; i < 20000; ++i) {
+                rig.run(171);
+                if (resets && i % 50 == 0) rig.buffer->reset();
+            }
+            EXPECT_EQ(trap.total(), 0) << trap.report();
         }
-    });
-    {
-        const RealtimeTrap trap;
-        for (int i = 0; i < 20000; ++i) rig.run(171);
-        EXPECT_EQ(trap.total(), 0) << trap.report();
+        while (stretches == 0) rig.run(171);
+        done = true;
+        reader.join();
     }
-    while (stretches == 0) rig.run(171);
-    done = true;
-    reader.join();
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ InProcessHost::InProcessHost(ChannelLayout layout, float sampleRate, Answers whe
         const AbstractPluginParameter& parameter = *model().parameterAt(i);
         positions_[static_cast<std::size_t>(i)].store(hostPosition(parameter, parameter.value()));
     }
-    adapter_->prepare(sampleRate);
+    adapter_->prepare(sampleRate, kLargestBlock);
     latency_.store(model().latency());
 }
 

@@ -19,6 +19,9 @@ namespace vanta::test {
 /// Its constructing thread is its main thread. Another may be the audio thread.
 class InProcessHost {
 public:
+    /// Samples, as it tells its plug-ins. Longer blocks come as they may from a host that is mistaken.
+    static constexpr int kLargestBlock = 8192;
+
     /// When the host gives a change back.
     enum class Answers {
         AtOnce,  ///< within the call that reports it

@@ -223,5 +223,16 @@ TEST(VisualData, ReachesTheModelUnchanged) {
     }
 }
 
+TEST(VisualData, HoldsTheLargestBlocksThatTheHostAnnounces) {
+    Rig rig;
+    rig.limiter.limiter().prepare(static_cast<float>(kRate), 16384);
+    rig.limiter.process(Channels(2, Signal(32768)), 16384);
+    std::stringstream stream(fetch(rig.limiter.limiter()));
+    BinaryDataReader reader(stream);
+    AudioSourceProxy dry;
+    dry.read(reader);
+    EXPECT_EQ(dry.frameCount(), 32768 / 256);
+}
+
 }  // namespace
 }  // namespace vanta::test

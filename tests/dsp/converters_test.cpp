@@ -255,26 +255,6 @@ TEST(TruePeakExposer, GoesOnAfterARestAsIfItHadNeverRested) {
     }
 }
 
-// The path in front is empty after a pause: the edge at which its signal comes back is none of the stream's.
-TEST(TruePeakExposer, TakesNoEdgeAfterAPauseForAPeak) {
-    constexpr int kPath = 300;
-    for (const bool rests : {false, true}) {
-        Rig rig(44100.0f, sine(997.0, 44100.0, 4000, 0.95));
-        rig.exposer.warmUpSamples = kPath;
-        rig.run(1000);
-        rig.environment.run(400, wave::Environment::kPositionOnly);
-        Signal back = sine(997.0, 44100.0, 4000, 0.95, 1.4);
-        std::fill_n(back.begin(), kPath, 0.0f);
-        rig.source.play(back);
-        rig.exposer.enabled = !rests;
-        const Signal filling = rig.run(kPath + 20, 33);
-        rig.exposer.enabled = true;
-        const Signal filled = rig.run(3000, 33);
-        EXPECT_EQ(peak(filling), 0.0);
-        EXPECT_NEAR(peak(filled), 0.95, 0.002);
-    }
-}
-
 TEST(TruePeakExposer, IsNeverBelowASample) {
     for (const float rate : {8000.0f, 44100.0f, 96000.0f, 192000.0f, 384000.0f}) {
         const Signal noise = whiteNoise(5, 3000);

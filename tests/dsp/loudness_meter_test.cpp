@@ -153,34 +153,6 @@ TEST(LoudnessMeter, KeepsItsFiguresWhilePausedUntilAskedToStartOver) {
     EXPECT_NEAR(rig.integrated(), -29.02f, 0.05f);
 }
 
-TEST(LoudnessMeter, MeasuresOnAcrossRestartsOfThePathAndPauses) {
-    constexpr int kPath = 4800;
-    const auto resetGraph = [](Rig& rig) { rig.environment.resetGraph(wave::ResetMode::ResetActive); };
-    const auto pause = [](Rig& rig) {
-        rig.meter.warmUpSamples = kPath;
-        rig.environment.run(96000, wave::Environment::kPositionOnly);
-        rig.environment.resetGraph(wave::ResetMode::ResetActive);
-        rig.play(silence(kPath / double{kRate}), 240);
-    };
-    for (const std::function<void(Rig&)>& interrupt : {std::function<void(Rig&)>(resetGraph), {pause}}) {
-        Rig rig;
-        rig.play(tone(4.0, 2.0 * kToneGain));
-        interrupt(rig);
-        rig.play(tone(0.2));
-        EXPECT_NEAR(rig.momentary(), -19.02f, 0.1f) << "half of the window is from before";
-        EXPECT_NEAR(rig.shortTerm(), -17.24f, 0.05f);
-        rig.play(tone(3.8));
-        EXPECT_NEAR(rig.integrated(), -19.02f, 0.1f);
-        EXPECT_NEAR(rig.momentary(wave::LevelSource::Extreme), -16.98f, 0.1f);
-        rig.environment.setSampleRate(44100.0f);
-        EXPECT_EQ(rig.integrated(), kNoLoudness);
-        EXPECT_EQ(rig.momentary(wave::LevelSource::Extreme), kNoLoudness);
-        rig.environment.setSampleRate(kRate);
-        rig.play(tone(0.2));
-        EXPECT_NEAR(rig.momentary(), -26.02f, 0.1f) << "the windows are empty";
-    }
-}
-
 TEST(LoudnessMeter, ClearsItsPeaksAlone) {
     Rig rig;
     rig.play(tone(1.0));

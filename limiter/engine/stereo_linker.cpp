@@ -112,7 +112,8 @@ void DefaultStereoLinker::linkPair(Blocks blocks, int left, const Controls& cont
     }
 }
 
-// The same sample by sample: what takes part with a share raises each peak by that share.
+// The same sample by sample. What takes part with a share raises the peaks of the others by that share, and
+// is itself drawn by it towards peaks that hold it wholly: no channel is ever detected below its own level.
 void DefaultStereoLinker::glide(Blocks blocks, const Controls& controls, int samples) {
     const int channels = static_cast<int>(blocks.size());
     for (int i = 0; i < samples; ++i) {
@@ -130,7 +131,7 @@ void DefaultStereoLinker::glide(Blocks blocks, const Controls& controls, int sam
         const float pairAmount = std::min(2.0f * controls.amount[i], 1.0f);
         const float allAmount = std::max(2.0f * controls.amount[i] - 1.0f, 0.0f);
         const auto linked = [&](float x, float peak) {
-            return moved(moved(x, peak, pairAmount), common, allAmount);
+            return moved(moved(x, peak, pairAmount), std::max(common, x), allAmount);
         };
         for (int left = 0; left + 1 < stereo_; left += 2) {
             const int c = centerOfPair(left);
@@ -138,9 +139,12 @@ void DefaultStereoLinker::glide(Blocks blocks, const Controls& controls, int sam
             if (c >= 0) peak = raised(peak, at(c), center);
             at(left) = linked(at(left), peak);
             at(left + 1) = linked(at(left + 1), peak);
-            if (c >= 0) at(c) = moved(at(c), linked(at(c), peak), center);
+            if (c >= 0) at(c) = moved(at(c), linked(at(c), std::max(peak, at(c))), center);
         }
-        if (lfe_ >= 1) at(channels - 1) = moved(at(channels - 1), common, lfe * allAmount);
+        if (lfe_ >= 1) {
+            float& last = at(channels - 1);
+            last = moved(last, std::max(common, last), lfe * allAmount);
+        }
     }
 }
 

@@ -66,6 +66,12 @@ void Environment::setSampleRate(float rate) {
     sampleRateChanged.raise(this);
 }
 
+void Environment::expectHostBlocks(int samples) {
+    int longest = longestHostBlock();
+    while (longest < samples && !longestHostBlock_.compare_exchange_weak(longest, samples)) {
+    }
+}
+
 void Environment::schedule(Producer* node, int group) {
     if (group == kFrontGroup) {
         processList_.insert(processList_.begin(), node);

@@ -75,7 +75,13 @@ public:
 
     /// The length of the host's blocks, by which a reader judges whether audio has stopped. Any thread.
     int hostBlockSamples() const { return hostBlockSamples_.load(std::memory_order_relaxed); }
-    void setHostBlockSamples(int samples) { hostBlockSamples_.store(samples, std::memory_order_relaxed); }
+    void setHostBlockSamples(int samples) {
+        hostBlockSamples_.store(samples, std::memory_order_relaxed);
+        expectHostBlocks(samples);
+    }
+    /// The longest of the host's blocks so far, or that it has announced. Any thread.
+    int longestHostBlock() const { return longestHostBlock_.load(std::memory_order_relaxed); }
+    VANTA_REALTIME void expectHostBlocks(int samples);
 
     float sampleRate() const { return sampleRate_; }
     int blockLimit() const { return blockLimit_; }
@@ -115,6 +121,7 @@ private:
     bool destroying_ = false;
     bool meteringActive_ = false;
     std::atomic<int> hostBlockSamples_{0};
+    std::atomic<int> longestHostBlock_{0};
     std::unique_ptr<BasicBlock<float>> silentBlock_;
 };
 

@@ -62,15 +62,15 @@ void RealTimeAudioBuffer::prepare() {
 }
 
 void RealTimeAudioBuffer::setLargestHostBlock(int samples) {
-    largestHostBlock_.store(samples);
+    environment().expectHostBlocks(samples);
     growPool();
 }
 
 // The vector has its final capacity, so that the audio thread may go on using the frames that are there.
 void RealTimeAudioBuffer::growPool() {
     const std::lock_guard lock(growing_);
-    const int largest = std::max(environment().hostBlockSamples(), largestHostBlock_.load());
-    const int forHost = 2 * std::min(largest, kMaxFrames * kBlockLength) / kBlockLength + 2;
+    const int longest = std::min(environment().longestHostBlock(), kMaxFrames * kBlockLength);
+    const int forHost = 2 * longest / kBlockLength + 2;
     const auto wanted = static_cast<std::size_t>(std::clamp(forHost, framesForRate_.load(), kMaxFrames));
     while (frames_.size() < wanted) {
         frames_.push_back(

@@ -61,7 +61,6 @@ private:
     std::vector<std::unique_ptr<float[]>> frames_;  ///< the pool: 3 lists times the channels, a block each
     std::mutex growing_;                            ///< never taken in a block
     std::atomic<int> framesForRate_{0};
-    std::atomic<int> largestHostBlock_{0};
     LockFreeFifo freeFrames_;
     LockFreeFifo finishedFrames_;
     std::vector<const float*> inputs_;

@@ -51,7 +51,7 @@ TEST_P(InMotion, UnityGainNeverLetsOutMoreThanCameIn) {
 
 /// The largest step of any channel's gain while one channel is loud and a setting changes.
 double gainStep(Style style, ChannelLayout layout, std::size_t loud, const std::vector<Value>& settings,
-                const Change& change) {
+                const Change& change, double fromMs) {
     Channels in = tone(441.0, 500.0, 0.05, static_cast<std::size_t>(channelCount(layout)));
     in[loud] = sine(130.0, kRate, in[0].size());
     LimiterRig rig({.style = style, .gainDb = kGainDb, .layout = layout, .further = with(settings)});
@@ -62,14 +62,11 @@ double gainStep(Style style, ChannelLayout layout, std::size_t loud, const std::
         }
     });
     double largest = 0.0;
-    for (const Signal& gain : gains) largest = std::max(largest, largestStep(gain, atMs(300.0)));
+    for (const Signal& gain : gains) largest = std::max(largest, largestStep(gain, atMs(fromMs)));
     return largest;
 }
 
 TEST_P(InMotion, LinksDoNotStepTheGain) {
-    // An envelope that glides from 0.05 to 1 within half of 20 ms passes the threshold of -12 dB, where the
-    // gain falls four times as fast as it rises.
-    constexpr double kGlide = 0.95 / 441.0 * 4.0;
     const struct {
         std::string_view moved;
         float to, transients;
@@ -81,19 +78,20 @@ TEST_P(InMotion, LinksDoNotStepTheGain) {
                  {"Channel Link LFE", 1.0f, 1.0f, k51, 0}};
     for (const auto& [moved, to, transients, layout, loud] : cases) {
         const auto stepOf = [&, name = moved, link = transients, where = layout, who = loud](
-                                float first, float last, double ms) {
+                                float first, float last, double ms, double fromMs) {
             return gainStep(GetParam(), where, who,
                             {{"Channel Link Release", 0}, {"Channel Link Transients", link}, {name, first}},
-                            {atMs(ms), {name, last}});
+                            {atMs(ms), {name, last}}, fromMs);
         };
-        const double rest = std::max(stepOf(0.0f, 0.0f, 0.0), stepOf(to, to, 0.0));
+        // With the onset of the tone, for a channel that joins another one hears an onset.
+        const double rest = std::max(stepOf(0.0f, 0.0f, 0.0, 0.0), stepOf(to, to, 0.0, 0.0));
         double step = 0.0;
         for (double ms = 320.0; ms < 329.0; ms += 0.7) {
-            step = std::max({step, stepOf(0.0f, to, ms), stepOf(to, 0.0f, ms)});
+            step = std::max({step, stepOf(0.0f, to, ms, 300.0), stepOf(to, 0.0f, ms, 300.0)});
         }
         figure(of(fmt::format("{} to {}, {} channels", moved, to, channelCount(layout))), step,
                fmt::format("of gain, largest step (at rest {:.4f})", rest).c_str());
-        EXPECT_LT(step, 1.1 * rest + kGlide) << moved;
+        EXPECT_LT(step, 1.1 * rest) << moved;
     }
 }
 
@@ -224,13 +222,14 @@ TEST_P(InMotion, ASideChainThatRestedStartsAnew) {
                     .further = with({{"Filter DC Offset", 1}, {"Side Chain Triggering", 1}})});
     rig.process(steady(500.0, 0.0f), 512, steady(500.0, 0.9f));
     set(rig.limiter(), {"Side Chain Triggering", 0});
-    rig.process(quiet, 512, steady(500.0, 0.9f));
+    const Signal rest = rig.process(quiet, 512, steady(500.0, 0.9f))[0];
     set(rig.limiter(), {"Side Chain Triggering", 1});
     const Signal out = rig.process(quiet, 512, steady(500.0, 0.0f))[0];
+    // The engine lets go of what it has limited in its own time.
+    const double before = rms(std::span(rest).last(atMs(10.0)));
     double lowest = 0.0;
     for (std::size_t at = 0; at + atMs(10.0) < out.size(); at += atMs(2.0)) {
-        lowest = std::min(
-            lowest, db(rms(std::span(out).subspan(at, atMs(10.0))) * std::sqrt(2.0) / (0.05 * kMakeup)));
+        lowest = std::min(lowest, db(rms(std::span(out).subspan(at, atMs(10.0))) / before));
     }
     figure(of("Side chain back after an offset"), -lowest, "dB of reduction from nothing");
     EXPECT_GT(lowest, -0.02);
@@ -316,7 +315,7 @@ TEST(MetersInMotion, TheIntegratedLoudnessGoesOn) {
         rig.process(tone(997.0, 300.0, 0.1));
         figure(fmt::format("Integrated loudness after {} {}", change.name, change.value), loudness() - before,
                "LU");
-        EXPECT_NEAR(loudness(), before, 0.1) << change.name;
+        EXPECT_NEAR(loudness(), before, 0.15) << change.name;
     }
 }
 

@@ -124,15 +124,11 @@ void DynamicsEngine::parameterChanged(int index, float value, int) {
     if (!queue_.push(LockFreeFifo::Item::of(index, value))) reapplyAll_.store(true);
 }
 
-void DynamicsEngine::notePendingChanges() {
-    pending_ = queue_.sizeEstimate();
-}
-
 void DynamicsEngine::applyPendingParameters() {
-    if (pending_ > 0) {
+    if (std::uint32_t pending = queue_.sizeEstimate(); pending > 0) {
         matrix_.beginUpdate();
         LockFreeFifo::Item change{};
-        for (; pending_ > 0 && queue_.pop(change); --pending_) {
+        for (; pending > 0 && queue_.pop(change); --pending) {
             parameterAt(change.index())->applyValue(change.value());
         }
         matrix_.endUpdate();

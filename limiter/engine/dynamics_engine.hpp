@@ -25,7 +25,8 @@ class SmoothingKernel;
 /// whose elements and connections those values set. A style is one set of the values.
 ///
 /// A value exists twice: `setValue` of a parameter moves it at once, on the caller's thread; its effect
-/// follows on the audio thread, through a queue that `applyPendingParameters` drains.
+/// follows on the audio thread, through a queue that `applyPendingParameters` drains. So whoever sets many
+/// values within a drain gives them effect together, after it.
 class DynamicsEngine final : public GenericParameterResponder {
 public:
     class AbstractStereoLinker;
@@ -47,15 +48,13 @@ public:
     /// Reads a style resource. Result: its index in the order of loading. A resource that cannot be read
     /// keeps its place with all values 0.
     int loadStyle(const std::string& resourceName);
-    /// Sets all parameters from a style. Any thread.
-    void applyStyle(int index);
+    /// Sets all parameters from a style. One thread at a time, or the styles mix.
+    VANTA_REALTIME void applyStyle(int index);
     StyleValues styleValues(int index) const { return {styles_[static_cast<std::size_t>(index)]}; }
 
     /// At start-up: gives every parameter its effect.
     void applyAllParameters();
-    /// Takes note of how much is queued; what comes later waits for the next drain.
-    VANTA_REALTIME void notePendingChanges();
-    /// Gives effect to what was noted.
+    /// Gives effect to what is queued by now.
     VANTA_REALTIME void applyPendingParameters();
 
     // GenericParameterOwner
@@ -91,7 +90,6 @@ private:
     std::vector<AbstractPluginParameter*> table_;
     std::unique_ptr<Parameters> parameters_;
     LockFreeFifo queue_;
-    std::uint32_t pending_ = 0;
     std::atomic<bool> reapplyAll_{false};  ///< a change found the queue full
     std::vector<std::unique_ptr<AbstractStereoLinker>> linkers_;
     std::unique_ptr<ConvolverPlan> kernelPlan_;

@@ -120,22 +120,19 @@ void VantaProcessor::updateLatency() {
 }
 
 void VantaProcessor::parameterAboutToChange(int index) {
-    if (index == kAllParameters || index == style.index()) loadStyle();
     if (changesDelays(*this, index)) updateLatency();
 }
 
 void VantaProcessor::loadStyle() {
-    dynamicsEngine_->applyStyle(style.currentIndex());
+    dynamicsEngine_->applyStyle(static_cast<int>(appliedValue(style)));
     reassertMainControls();
 }
 
-// The style has just overwritten what the knobs had set.
+// The style has just overwritten what the knobs had set. What they are set to by now is not looked at, as
+// it is still to come: then it overwrites this in turn.
 void VantaProcessor::reassertMainControls() {
-    for (FloatPluginParameter* knob :
-         {static_cast<FloatPluginParameter*>(&gain), static_cast<FloatPluginParameter*>(&lookahead),
-          static_cast<FloatPluginParameter*>(&attack), static_cast<FloatPluginParameter*>(&release)}) {
-        knob->setValue(knob->value(), 0);
-    }
+    const auto reassert = [this](auto&... knobs) { (knobs.forward(appliedValue(knobs)), ...); };
+    reassert(gain, lookahead, attack, release);
     for (int i = 0; i < engineLayout_->group(ElementKind::Detector).capacity; ++i) {
         const int position = engineLayout_->position(ElementKind::Detector, i,
                                                      parameterIndex(ElementKind::Detector, "Stereo Link"));
@@ -143,13 +140,9 @@ void VantaProcessor::reassertMainControls() {
     }
 }
 
-void VantaProcessor::notePendingChanges() {
-    GenericPluginProcessor::notePendingChanges();
-    dynamicsEngine_->notePendingChanges();
-}
-
 void VantaProcessor::applyPendingParameters() {
     GenericPluginProcessor::applyPendingParameters();
+    // What the first has set in the engine: nobody else sets anything there.
     dynamicsEngine_->applyPendingParameters();
 }
 
@@ -189,6 +182,7 @@ void VantaProcessor::oversamplingChanged(void*) {
 }
 
 void VantaProcessor::styleChanged(void*) {
+    loadStyle();
     const StyleRouting routing = styleRouting(applied(style));
     for (auto& channel : vantaChannels_) channel->setTap(routing.tappedConvolver);
     assignLinkers(routing);

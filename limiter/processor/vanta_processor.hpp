@@ -32,7 +32,6 @@ protected:
     void initShared() override;
     int largestLatency(float sampleRate) const override { return vanta::largestLatency(sampleRate); }
     void parameterAboutToChange(int index) override;
-    void notePendingChanges() override;
     void applyPendingParameters() override;
     void sampleRateChanged() override;
     void largestBlockAnnounced(int samples) override { meters_->setLargestHostBlock(samples); }
@@ -46,7 +45,7 @@ private:
     void listenToParameters();
     void applyInitialValues();
 
-    // On the thread that sets the parameter.
+    // On the audio thread, where style and knobs take effect one after the other.
     void loadStyle();
     void reassertMainControls();
 

@@ -4,21 +4,21 @@
 
 namespace vanta {
 
-/// A parameter that hands every value that it is set to on to another, whether or not anything changed here:
-/// the other may have been set by somebody else in the meantime. Both changes take effect together.
+/// A parameter that hands every value that takes effect on to another, whether or not anything changed here:
+/// the other may have been set by somebody else in the meantime. It does so on the owner's own thread, where
+/// values are in effect one after the other, so that the other ends with this one's last.
 template <typename Parameter>
 class ForwardPluginParameter : public Parameter {
 public:
     using Parameter::Parameter;
 
-    void setValue(float value, int flags) final {
-        if (!target) {
-            Parameter::setValue(value, flags);
-            return;
-        }
-        const ChangeBlock both(this->owner());
-        Parameter::setValue(value, flags);
-        target->setValue(forwarded(value), flags);
+    VANTA_REALTIME void applyValue(float value) override {
+        Parameter::applyValue(value);
+        forward(value);
+    }
+    /// Sets the target alone. On the owner's own thread.
+    VANTA_REALTIME void forward(float value) {
+        if (target) target->setValue(forwarded(value), 0);
     }
 
     AbstractPluginParameter* target = nullptr;  ///< optional, not owned

@@ -117,9 +117,7 @@ protected:
     virtual void parameterAboutToChange(int /*index*/) {}
     /// On the audio thread, after the parameter has driven its cells.
     virtual void parameterApplied(int index);
-    /// Takes note of how much is queued; what comes later waits for the next drain.
-    virtual void notePendingChanges() { parameterQueue_.note(); }
-    /// Gives effect to what was noted. Only called by `applyPending`.
+    /// Gives effect to what was queued. Only called by `applyPending`.
     virtual void applyPendingParameters();
     virtual void sampleRateChanged();
     /// Set-up: the host has said how many samples its blocks will have at most.
@@ -155,6 +153,7 @@ private:
     bool drainMidi(const float* const* inputs, float* const* outputs, int channelCount, int samples);
     void countIdle(int samples);
     void decode(LockFreeFifo::Item event);
+    void queueStanding(int index, float value);
     void applyParameter(int index, float value);
 
     bool isCounted_ = false;  ///< among the instances of the process

@@ -12,6 +12,14 @@ void ParameterQueue::push(Change change) {
     if (!queued && !change.isDiscontinuity()) overflowed_.store(true);
 }
 
+bool ParameterQueue::settle() {
+    // What was counted while no block was open, with none opened since, is complete.
+    const std::uint32_t before = blockCount_.load();
+    if (openBlocks_.load() != 0) return false;
+    noted_ = queue_.sizeEstimate();
+    return blockCount_.load() == before;
+}
+
 bool ParameterQueue::next(Change& change) {
     LockFreeFifo::Item item{};
     if (noted_ == 0 || !queue_.pop(item)) return false;

@@ -31,12 +31,9 @@ public:
 
     // Audio thread.
 
-    /// Lets `note` look at what is queued, here and elsewhere. True if that holds only whole blocks; what is
-    /// half done waits for the next time.
-    template <typename Note>
-    VANTA_REALTIME bool settle(Note note) const;
-    /// Takes note of how much is queued; what comes later is left for the next note.
-    VANTA_REALTIME void note() { noted_ = queue_.sizeEstimate(); }
+    /// Takes note of how much is queued; what comes later is left for the next time. True if that holds only
+    /// whole blocks; what is half done waits.
+    VANTA_REALTIME bool settle();
     VANTA_REALTIME bool isDue() const { return noted_ > 0 || overflowed_.load(std::memory_order_relaxed); }
     /// The next of what was noted; false after the last.
     VANTA_REALTIME bool next(Change& change);
@@ -53,14 +50,5 @@ private:
     std::atomic<std::uint32_t> blockCount_{0};  ///< of blocks ever opened
     std::atomic<bool> overflowed_{false};
 };
-
-template <typename Note>
-bool ParameterQueue::settle(Note note) const {
-    // What was counted while no block was open, with none opened since, is complete.
-    const std::uint32_t before = blockCount_.load();
-    if (openBlocks_.load() != 0) return false;
-    note();
-    return blockCount_.load() == before;
-}
 
 }  // namespace vanta

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "plugin/parameters/abstract_plugin_parameter.hpp"
 #include "plugin/processor/processor_channel.hpp"
 
@@ -9,9 +11,19 @@ void GenericPluginProcessor::parameterChanged(int index, float value, int flags)
         // What a change brings with it arrives with it.
         const ChangeBlock block(*this);
         parameterAboutToChange(index);
-        parameterQueue_.push({index, value});
+        queueStanding(index, value);
     }
     if (!(flags & kFromHost) && adapter) adapter->parameterWasSet(index);
+}
+
+// Several threads may set one parameter and come here in another order than they stored in. Whoever queues
+// last looks once more, so that the last in the queue is the value that stands.
+void GenericPluginProcessor::queueStanding(int index, float value) {
+    for (float standing = value;;) {
+        parameterQueue_.push({index, standing});
+        const float queued = std::exchange(standing, parameterAt(index)->value());
+        if (standing == queued) return;
+    }
 }
 
 void GenericPluginProcessor::requestDiscontinuity() {
@@ -19,7 +31,7 @@ void GenericPluginProcessor::requestDiscontinuity() {
 }
 
 void GenericPluginProcessor::applyPending() {
-    if (parameterQueue_.settle([this] { notePendingChanges(); })) applyPendingParameters();
+    if (parameterQueue_.settle()) applyPendingParameters();
 }
 
 void GenericPluginProcessor::applyPendingParameters() {

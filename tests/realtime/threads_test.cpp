@@ -95,6 +95,41 @@ TEST(Threads, ThatSetAStyleHandItOverWhole) {
     }
 }
 
+TEST(Threads, ThatSetAStyleTakeNoKnobBack) {
+    LimiterRig rig({});
+    VantaProcessor& limiter = rig.limiter();
+    AbstractPluginParameter* const knobs[] = {&limiter.gain, &limiter.lookahead, &limiter.release};
+    int takenBack = 0;
+    int apart = 0;
+    for (int trial = 0; trial < 300; ++trial) {
+        std::atomic<bool> turned{false};
+        std::thread one([&] {
+            for (int round = 0; round < 100; ++round) {
+                const float place = 0.001f * static_cast<float>(round + trial);
+                for (AbstractPluginParameter* knob : knobs) knob->setValue(knob->denormalize(place), 0);
+                for (AbstractPluginParameter* knob : knobs) {
+                    takenBack += knob->value() != knob->denormalize(place);
+                }
+            }
+            limiter.attack.setValue(0.7f, 0);
+            turned = true;
+        });
+        // A second hand at one of them: whoever comes last, the engine follows the knob.
+        std::thread other([&] { limiter.attack.setValue(0.4f, 0); });
+        for (std::size_t i = 0; !turned.load(); ++i) limiter.style.setMapped(kStyles[i % kStyles.size()]);
+        one.join();
+        other.join();
+        rig.process(Channels(2, Signal(16, 0.0f)));
+        apart +=
+            limiter.gain.target->value() != -std::max(limiter.gain.value(), 0.001f) ||
+            limiter.lookahead.target->value() != limiter.lookahead.normalize(limiter.lookahead.value()) ||
+            limiter.attack.target->value() != limiter.attack.value() ||
+            limiter.release.target->value() != limiter.release.value();
+    }
+    EXPECT_EQ(takenBack, 0) << "of 90000";
+    EXPECT_EQ(apart, 0) << "of 300";
+}
+
 TEST(Threads, ThatSetMoreThanTheQueuesHoldLoseNothing) {
     // Nobody drains while a host sets and sets; what the queues have no room for counts as well.
     LimiterSetup setup{.gainDb = 12.0f};

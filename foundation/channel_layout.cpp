@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstddef>
+#include <stdexcept>
+#include <string>
 
 namespace vanta {
 
@@ -50,10 +52,16 @@ constexpr std::array<Layout, kChannelLayoutCount> kLayouts{{
 }};
 
 const Layout& at(ChannelLayout layout) {
-    return kLayouts[static_cast<std::size_t>(layout)];
+    return kLayouts[static_cast<std::size_t>(checkedLayout(layout))];
 }
 
 }  // namespace
+
+ChannelLayout checkedLayout(ChannelLayout layout) {
+    if (layout >= 0 && layout < kChannelLayoutCount) return layout;
+    throw std::invalid_argument("there is no channel layout " + std::to_string(layout) + ": use 0 to " +
+                                std::to_string(kChannelLayoutCount - 1));
+}
 
 std::span<const int> channelTypes(ChannelLayout layout) {
     return at(layout).types;

@@ -24,6 +24,9 @@ inline constexpr int kCenterChannel = 0x800;
 inline constexpr int kLfeChannel = 0x1000;
 inline constexpr int kHeightChannel = 0x2000;  ///< a height or wide pair
 
+/// The layout itself. Throws std::invalid_argument if it is not in the table, as everything below does.
+ChannelLayout checkedLayout(ChannelLayout layout);
+
 /// The channel type words of a layout, one per channel.
 std::span<const int> channelTypes(ChannelLayout layout);
 inline int channelCount(ChannelLayout layout) {

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "foundation/channel_layout.hpp"
 #include "plugin/base/generic_parameter_owner.hpp"
 
 namespace vanta {
@@ -14,7 +15,8 @@ public:
     /// In place of an index.
     static constexpr int kAllParameters = -1;
 
-    explicit GenericPluginBase(int layout) : channelLayout(layout) {}
+    /// Throws std::invalid_argument for a layout that does not exist.
+    explicit GenericPluginBase(ChannelLayout layout) : channelLayout(checkedLayout(layout)) {}
 
     int parameterCount() const override { return static_cast<int>(parameters.size()); }
     AbstractPluginParameter* parameterAt(int index) const override;
@@ -25,7 +27,7 @@ public:
     bool hasOfflineProcessor = false;
     bool supportsMono = false;
     bool supportsSurround = false;
-    int channelLayout;             ///< row of the layout table
+    ChannelLayout channelLayout;
     int gainReductionSource = -1;  ///< level source behind the host's meter, -1 for none
     AbstractPluginParameter* receiveMidiParameter = nullptr;
     AbstractPluginParameter* bypassParameter = nullptr;

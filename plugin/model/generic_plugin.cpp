@@ -184,6 +184,7 @@ void GenericPlugin::interfaceOpened() {
 }
 
 void GenericPlugin::gesture(int parameterIndex, Gesture phase) {
+    if (phase == Gesture::Begin) undoHistory_.ensureInitial();
     if (phase == Gesture::Change) markModified();
     if (phase == Gesture::End && undoHistory_.differsFromCurrent()) takeSnapshot(parameterIndex);
 }
@@ -195,6 +196,7 @@ void GenericPlugin::takeSnapshot(int parameterIndex) {
 }
 
 void GenericPlugin::toggleCompare() {
+    undoHistory_.ensureInitial();
     compareStates_.initialize();
     const int other = compareStates_.other();
     State state = compareStates_.state(other);

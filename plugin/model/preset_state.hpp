@@ -22,11 +22,11 @@ public:
         const std::lock_guard lock(mutex_);
         return values_;
     }
-    /// True if the path has changed.
+    /// True if anything has changed.
     bool set(Values values) {
         const std::lock_guard lock(mutex_);
         std::swap(values_, values);
-        return values_.path != values.path;
+        return values_ != values;
     }
     std::string name() const { return values().name; }
     bool modified() const {

@@ -12,7 +12,13 @@ void UndoHistory::storeInitial(const std::string& name) {
     if (isEmpty) states_.store(index_, name, compare_.current());
 }
 
+void UndoHistory::ensureInitial() {
+    if (states_.at(index_).values.empty()) storeInitial("Initial state");
+}
+
 void UndoHistory::push(const std::string& name) {
+    // Where nothing led here, undo finds nothing else.
+    ensureInitial();
     const int next = (index_ + 1) % kStates;
     states_.store(next, name, compare_.current());
     index_ = next;

@@ -18,6 +18,8 @@ public:
 
     /// What the first undo leads back to; renewed by each call until there is a step.
     void storeInitial(const std::string& name);
+    /// The same, once: for an instance whose interface was never open.
+    void ensureInitial();
     /// A new step, after which nothing can be redone.
     void push(const std::string& name);
     void undo();

@@ -5,6 +5,7 @@
 #include <memory>
 #include <thread>
 
+#include "plugin/model/session_state.hpp"
 #include "tests/plugin/preset_bytes.hpp"
 #include "tests/plugin/test_plugin.hpp"
 #include "tests/support/temp_folder.hpp"
@@ -225,6 +226,49 @@ TEST_F(Model, AControllerMapThatOneInstanceEditsIsEverybodys) {
     other->statics().controllers.assign(7, 0);
     EXPECT_EQ(adapter.mapChanges, 1);
     EXPECT_EQ(listener.count<ControllerMapChanged>(), 1);
+}
+
+TEST_F(Model, WhoeverTakesOverAStateTellsOfItsNameAndMark) {
+    RecordingListener listener;
+    plugin.setListener(&listener);
+    plugin.setPresetName("Mine");
+    drag(plugin.level, {5.0f});
+    const auto expectTold = [&](const auto& action, const std::string& name, bool modified) {
+        listener.events.clear();
+        adapter.nameChanges = 0;
+        action();
+        EXPECT_EQ(plugin.presetState().name(), name);
+        EXPECT_EQ(plugin.presetState().modified(), modified);
+        EXPECT_EQ(listener.count<PresetChanged>(), 1);
+        EXPECT_EQ(adapter.nameChanges, 1);
+    };
+    expectTold([&] { history.undo(); }, "", false);
+    expectTold([&] { history.redo(); }, "Mine", true);
+    plugin.compareStates().copyToOther();
+    plugin.setPresetName("Other");
+    expectTold([&] { plugin.toggleCompare(); }, "Mine", true);
+    const auto saved = writeSessionState(plugin);
+    plugin.restoreState(State{"", {"Mine", {}, false}, 0, {}, {}});
+    expectTold([&] { readSessionState(plugin, saved); }, "Mine", true);
+}
+
+TEST(ModelWithoutInterface, UndoesToWhatWasThere) {
+    TestPlugin plugin;
+    plugin.setPresetName("Mine");
+    plugin.level.setValue(4.0f, kFromHost);
+    plugin.takeSnapshot();
+    plugin.undoHistory().undo();
+    EXPECT_EQ(plugin.presetState().name(), "Mine");
+    EXPECT_EQ(plugin.level.value(), 4.0f) << "nothing is known of before";
+    TestPlugin other;
+    other.setPresetName("Mine");
+    other.gesture(0, Gesture::Begin);
+    other.level.setValue(4.0f, 0);
+    other.gesture(0, Gesture::Change);
+    other.gesture(0, Gesture::End);
+    other.undoHistory().undo();
+    EXPECT_EQ(other.presetState().name(), "Mine");
+    EXPECT_EQ(other.level.value(), 1.0f);
 }
 
 // Presets

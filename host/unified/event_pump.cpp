@@ -1,7 +1,7 @@
 #include "host/unified/event_pump.hpp"
 
-#include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "host/unified/unified_plugin_adapter.hpp"
 
@@ -27,36 +27,44 @@ EventPump::Registration::~Registration() {
 }
 
 void EventPump::add(UnifiedPluginAdapter& adapter) {
-    const std::lock_guard life(lifecycle_);
-    bool first = false;
-    {
-        const std::lock_guard held(mutex_);
-        first = adapters_.empty();
-        adapters_.push_back(&adapter);
-    }
-    if (first) thread_ = std::thread([this] { run(); });
+    const std::lock_guard held(mutex_);
+    adapters_.reserve(adapters_.size() + 1);
+    if (!thread_.joinable()) thread_ = std::thread([this, own = generation_] { run(own); });
+    adapters_.push_back(&adapter);
 }
 
 void EventPump::remove(UnifiedPluginAdapter& adapter) {
-    const std::lock_guard life(lifecycle_);
-    bool last = false;
+    std::thread ended;
     {
-        // Also waits for a round that is under way.
-        const std::lock_guard held(mutex_);
+        std::unique_lock held(mutex_);
         std::erase(adapters_, &adapter);
-        last = adapters_.empty();
+        changed_.wait(held, [&] { return pumped_ != &adapter; });
+        // Who is being pumped while there are none is on its way out as well, and the last to go.
+        if (!adapters_.empty() || pumped_ || !thread_.joinable()) return;
+        ++generation_;
+        ended = std::move(thread_);
+        changed_.notify_all();
     }
-    if (!last) return;
-    ending_.notify_all();
-    thread_.join();
+    ended.join();
 }
 
-void EventPump::run() {
+void EventPump::run(int generation) {
     std::unique_lock held(mutex_);
-    while (!adapters_.empty()) {
-        for (UnifiedPluginAdapter* adapter : adapters_) adapter->claimAndPump();
-        ending_.wait_for(held, kInterval, [this] { return adapters_.empty(); });
+    const auto isOver = [&] { return generation_ != generation; };
+    while (!isOver()) {
+        // By position, as others come and go meanwhile: who is passed over has a turn soon.
+        for (std::size_t i = 0; i < adapters_.size() && !isOver(); ++i) pump(*adapters_[i], held);
+        changed_.wait_for(held, kInterval, isOver);
     }
+}
+
+void EventPump::pump(UnifiedPluginAdapter& adapter, std::unique_lock<std::mutex>& held) {
+    pumped_ = &adapter;
+    held.unlock();
+    adapter.claimAndPump();
+    held.lock();
+    pumped_ = nullptr;
+    changed_.notify_all();
 }
 
 }  // namespace vanta

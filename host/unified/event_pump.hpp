@@ -13,8 +13,9 @@ class UnifiedPluginAdapter;
 /// that ask for it. It runs while there is any.
 class EventPump {
 public:
-    /// Pumps an adapter for as long as this lives. Ends without waiting for another's lock only outside of
-    /// an interface's lock: to be made and dropped where none is held.
+    /// Pumps an adapter for as long as this lives. Its end waits for a round of this adapter that is under
+    /// way, so it must not come under a lock that the adapter's listener or host takes, nor within a call
+    /// of theirs. What a round calls may make and drop registrations of others.
     class Registration {
     public:
         explicit Registration(UnifiedPluginAdapter& pumped);
@@ -31,13 +32,15 @@ private:
 
     void add(UnifiedPluginAdapter& adapter);
     void remove(UnifiedPluginAdapter& adapter);
-    void run();
+    void run(int generation);
+    void pump(UnifiedPluginAdapter& adapter, std::unique_lock<std::mutex>& held);
 
-    std::mutex mutex_;      ///< for the list and what is pumped from it
-    std::mutex lifecycle_;  ///< for starting and ending the thread
-    std::condition_variable ending_;
+    std::mutex mutex_;  ///< for all that follows; not held while an adapter is pumped
+    std::condition_variable changed_;
     std::vector<UnifiedPluginAdapter*> adapters_;
+    UnifiedPluginAdapter* pumped_ = nullptr;
     std::thread thread_;
+    int generation_ = 0;  ///< of the thread: one that was ended finds another number
 };
 
 }  // namespace vanta

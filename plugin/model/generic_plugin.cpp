@@ -168,7 +168,8 @@ bool GenericPlugin::saveMidiMap() {
 
 void GenericPlugin::onControllersChanged(void*) {
     if (adapter_) adapter_->midiMapChanged();
-    owner_.notify(ControllerMapChanged{});
+    // Whoever edits the map holds the lock of what instances share, which no listener may be called under.
+    eventQueue_->post(ControllerMapChanged{});
 }
 
 // The interface

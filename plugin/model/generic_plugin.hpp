@@ -146,6 +146,7 @@ private:
     void perform(const ParameterUpdated& update);
     void perform(const PresetNameChanged&);
     void perform(const ControllerMoved& moved) { owner_.notify(moved); }
+    void perform(const ControllerMapChanged& changed) { owner_.notify(changed); }
     void perform(const ProgramRequested& request) { presets_->loadProgram(request.bank, request.program); }
 
     Adapter* adapter_ = nullptr;

@@ -19,7 +19,11 @@ void ModelEventQueue::mark(const ParameterUpdated& update) {
 }
 
 void ModelEventQueue::mark(const ProgramRequested& request) {
-    programs_.push({static_cast<std::uint32_t>(request.bank), static_cast<std::uint32_t>(request.program)});
+    const LockFreeFifo::Item item{static_cast<std::uint32_t>(request.bank),
+                                  static_cast<std::uint32_t>(request.program)};
+    // The last one is what the player hears in the end.
+    LockFreeFifo::Item oldest{};
+    while (!programs_.push(item)) programs_.pop(oldest);
 }
 
 int ModelEventQueue::deliver(const std::function<void(const ModelEvent&)>& handle) {
@@ -35,6 +39,7 @@ int ModelEventQueue::deliver(const std::function<void(const ModelEvent&)>& handl
     }
     parameters_.takeEach([&](int index) { raise(ParameterUpdated{index}); });
     if (presetName_.exchange(false)) raise(PresetNameChanged{});
+    if (controllerMap_.exchange(false)) raise(ControllerMapChanged{});
     const int controller = movedController_.exchange(kNoController);
     if (controller != kNoController) raise(ControllerMoved{controller});
     LockFreeFifo::Item item{};

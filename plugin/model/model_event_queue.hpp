@@ -28,12 +28,12 @@ struct ProgramRequested {
 };
 
 /// What a model has to do on its owner thread.
-using ModelEvent =
-    std::variant<LatencyChanged, ParameterUpdated, PresetNameChanged, ControllerMoved, ProgramRequested>;
+using ModelEvent = std::variant<LatencyChanged, ParameterUpdated, PresetNameChanged, ControllerMapChanged,
+                                ControllerMoved, ProgramRequested>;
 
 /// Brings events to a model's owner thread. All but program changes say no more than that something is to be
 /// looked at, so they are marks that cannot be lost, and several of one kind become one; program changes keep
-/// their order, and the newest are dropped if nobody delivers.
+/// their order, and the oldest are dropped if nobody delivers.
 class ModelEventQueue {
 public:
     static constexpr int kMaxPrograms = 64;
@@ -42,8 +42,9 @@ public:
 
     /// Any thread, the audio thread included. Neither waits nor allocates.
     VANTA_REALTIME void post(const ModelEvent& event);
-    /// Calls `handle` for all that is due: latency, parameters, preset name, controller, programs. One thread
-    /// at a time; `handle` may deliver again, as a modal dialog does. The result is the number of events.
+    /// Calls `handle` for all that is due: latency, parameters, preset name, controller map, controller,
+    /// programs. One thread at a time; `handle` may deliver again, as a modal dialog does. The result is the
+    /// number of events.
     int deliver(const std::function<void(const ModelEvent&)>& handle);
 
 private:
@@ -53,6 +54,7 @@ private:
     void mark(const LatencyChanged&) { latency_.store(true); }
     void mark(const ParameterUpdated& update);
     void mark(const PresetNameChanged&) { presetName_.store(true); }
+    void mark(const ControllerMapChanged&) { controllerMap_.store(true); }
     void mark(const ControllerMoved& moved) { movedController_.store(moved.number); }
     void mark(const ProgramRequested& request);
 
@@ -60,6 +62,7 @@ private:
     std::atomic<int> fullUpdate_{None};
     std::atomic<bool> latency_{false};
     std::atomic<bool> presetName_{false};
+    std::atomic<bool> controllerMap_{false};
     std::atomic<int> movedController_{kNoController};
     LockFreeFifo programs_;
 };

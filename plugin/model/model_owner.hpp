@@ -20,15 +20,16 @@ public:
     ModelOwner& operator=(const ModelOwner&) = delete;
 
     /// Null detaches. On return the old listener is not called any more, except by calls that the calling
-    /// thread itself is in. Waits for calls on other threads, so it must not be called under a lock that the
-    /// old listener takes.
+    /// thread itself is in. Waits for the owner's work and for calls on other threads, so it must not be
+    /// called under a lock that the old listener takes.
     void setListener(PluginListener* listener);
     PluginListener* listener() const { return listener_.load(); }
     /// Calls the listener, if there is one. Any thread but the audio thread.
     void notify(const PluginEvent& event);
 
     bool isThisThread() const { return thread_.load() == std::this_thread::get_id(); }
-    /// Makes the calling thread the owner unless a listener is attached. True if it is the owner now.
+    /// Makes the calling thread the owner unless a listener is attached. True if it is the owner now. Waits
+    /// for the owner's work.
     bool claim();
     /// Runs `work` if the calling thread is the owner, which it remains meanwhile. The result is that of
     /// `work`, or 0.
@@ -38,7 +39,9 @@ private:
     std::atomic<PluginListener*> listener_{nullptr};
     std::atomic<int> calls_{0};
     std::atomic<std::thread::id> thread_;
-    std::recursive_mutex mutex_;  ///< held while the owner works and while it changes
+    /// Held while the owner works, listener and host included, and while it changes. It belongs to one
+    /// instance, and nobody comes to it with a lock that a listener may want: see `setListener`.
+    std::recursive_mutex mutex_;
 };
 
 /// A call into the listener, which `setListener` waits for. The calls of one thread are chained, so that a

@@ -17,7 +17,7 @@ struct ControllerMoved {
 };
 /// A restored state brought opaque bytes of its own.
 struct ExtraStateReplaced {};
-/// An instance of this process has changed the controller map that all of them share.
+/// An instance of this process has changed the controller map that all of them share. On the owner thread.
 struct ControllerMapChanged {};
 
 /// What a model tells its listener. A plain value: a listener may carry it to a thread of its own.
@@ -28,7 +28,8 @@ using PluginEvent =
 class PluginListener {
 public:
     virtual ~PluginListener() = default;
-    /// On the thread of whatever caused the event, never the audio thread.
+    /// On the thread of whatever caused the event, never the audio thread. None of the locks that instances
+    /// share is held: it may take locks of its own, and open or close other instances.
     virtual void onEvent(const PluginEvent& event) = 0;
     /// The lock of the interface, held while the level proxies take over new readings.
     virtual void lockInterface() {}

@@ -147,5 +147,24 @@ TEST_F(Instances, AThreadOfTheProcessPumpsWhereNoHostDoes) {
     EXPECT_FALSE(host.model().owner().isThisThread());
 }
 
+TEST_F(Instances, OthersComeAndGoWithinACallOfThatThread) {
+    struct Opening final : UnifiedPluginAdapter {
+        Opening() : UnifiedPluginAdapter(RoundTrip::ByUs) { create(kStereoLayout); }
+        void reportLatency() override {}
+        void reportParameter(int, float) override {
+            InProcessHost another;
+            const EventPump::Registration pumped(another.adapter());
+            opened = true;
+        }
+        std::atomic<bool> opened{false};
+    } opening;
+    const EventPump::Registration pumped(opening);
+    opening.processor().parameterAt(0)->setValue(5.0f, 0);
+    for (int wait = 0; !opening.opened.load() && wait < 2000; ++wait) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_TRUE(opening.opened.load());
+}
+
 }  // namespace
 }  // namespace vanta::test

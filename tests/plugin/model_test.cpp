@@ -2,7 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <future>
 #include <memory>
+#include <optional>
 #include <thread>
 
 #include "plugin/model/session_state.hpp"
@@ -225,7 +228,28 @@ TEST_F(Model, AControllerMapThatOneInstanceEditsIsEverybodys) {
     plugin.setListener(&listener);
     other->statics().controllers.assign(7, 0);
     EXPECT_EQ(adapter.mapChanges, 1);
+    plugin.pumpEvents();
     EXPECT_EQ(listener.count<ControllerMapChanged>(), 1);
+}
+
+TEST_F(Model, AListenerIsCalledUnderNoLockThatInstancesShare) {
+    struct Opening final : GenericPlugin::Listener {
+        // Another thread, as this one may enter again what it holds.
+        void onEvent(const PluginEvent& event) override {
+            if (!std::holds_alternative<ControllerMapChanged>(event)) return;
+            opened = std::async(std::launch::async, [] { TestPlugin another; });
+            inTime = opened.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+        }
+        std::future<void> opened;
+        std::optional<bool> inTime;
+    } listener;
+    plugin.setListener(&listener);
+    {
+        const auto held = plugin.statics().lock();
+        plugin.statics().controllers.assign(7, 0);
+    }
+    plugin.pumpEvents();
+    EXPECT_EQ(listener.inTime, true);
 }
 
 TEST_F(Model, WhoeverTakesOverAStateTellsOfItsNameAndMark) {
@@ -349,6 +373,12 @@ TEST_F(ModelPresets, ProgramChangesLoadOnTheOwnerAndOnlyIfTheyAreEnabled) {
         plugin->pumpEvents();
         EXPECT_EQ(shown().name, enabled ? "Loud" : "Default Setting");
     }
+    // More than there is room for.
+    const PresetEntry last = entry("Default Setting");
+    for (int i = 0; i < 100; ++i) plugin->eventQueue().post(ProgramRequested{loud.bank, loud.program});
+    plugin->eventQueue().post(ProgramRequested{last.bank, last.program});
+    plugin->pumpEvents();
+    EXPECT_EQ(shown().name, "Default Setting");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include "host/unified/event_pump.hpp"
 #include "limiter/model/vanta_plugin.hpp"
+#include "limiter/processor/vanta_processor.hpp"
 #include "tests/host/in_process_host.hpp"
 #include "tests/plugin/preset_bytes.hpp"
 #include "tests/plugin/user_home.hpp"
@@ -164,6 +165,16 @@ TEST_F(Instances, OthersComeAndGoWithinACallOfThatThread) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     EXPECT_TRUE(opening.opened.load());
+}
+
+TEST_F(Instances, NoneHasALayoutThatDoesNotExist) {
+    for (const ChannelLayout layout : {-1, kChannelLayoutCount, 1 << 20}) {
+        EXPECT_THROW(InProcessHost{layout}, std::invalid_argument) << layout;
+        EXPECT_THROW(VantaProcessor{layout}, std::invalid_argument) << layout;
+        EXPECT_THROW(channelCount(layout), std::invalid_argument) << layout;
+    }
+    EXPECT_EQ(GenericPlugin::instanceCount(), 0);
+    EXPECT_EQ(InProcessHost().model().presetState().name(), "Default Setting") << "and harms no other";
 }
 
 }  // namespace

@@ -1,27 +1,29 @@
 #include "host/unified/audio_side_changes.hpp"
 
 #include <cmath>
-#include <limits>
 
 #include "foundation/numbers.hpp"
 
 namespace vanta {
 
-AudioSideChanges::AudioSideChanges(int parameterCount)
-    : dueToModel_(parameterCount),
-      dueToHost_(parameterCount),
-      told_(static_cast<std::size_t>(parameterCount)) {
-    for (auto& position : told_) position.store(std::numeric_limits<double>::quiet_NaN());
+void AudioSideChanges::forget() {
+    for (Parameter& parameter : parameters_) {
+        parameter.marks.fetch_and(kTaken);
+        parameter.told.store(kNothing);
+    }
 }
 
-void AudioSideChanges::markForModelAndHost(int index) {
-    dueToModel_.set(index);
-    dueToHost_.set(index);
-}
-
-bool AudioSideChanges::isStale(int index, double position) const {
-    const double told = told_[static_cast<std::size_t>(index)].load();
-    return dueToModel_.test(index) && std::abs(told - position) <= static_cast<double>(kEqualWithin);
+bool AudioSideChanges::isAnswer(int index, double position) {
+    Parameter& parameter = at(index);
+    double told = parameter.told.load();
+    if (std::abs(told - position) <= static_cast<double>(kEqualWithin)) {
+        // A host that set it on its own is told what is newer.
+        if (parameter.marks.load() & kForModel) markForModelAndHost(index);
+        return true;
+    }
+    // Unless it has just been told something else.
+    parameter.told.compare_exchange_strong(told, kNothing);
+    return false;
 }
 
 }  // namespace vanta

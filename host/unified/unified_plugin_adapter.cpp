@@ -1,5 +1,6 @@
 #include "host/unified/unified_plugin_adapter.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include "foundation/numbers.hpp"
@@ -7,6 +8,7 @@
 #include "limiter/factory/factory_archive.hpp"
 #include "limiter/model/vanta_plugin.hpp"
 #include "limiter/processor/vanta_processor.hpp"
+#include "plugin/model/session_state.hpp"
 
 namespace vanta {
 namespace {
@@ -76,24 +78,35 @@ void UnifiedPluginAdapter::prepare(float sampleRate, int largestBlock) {
 // From the host
 
 void UnifiedPluginAdapter::hostPositionChanged(int index, double position) {
-    if (!isParameter(index) || std::isnan(position) || audioSide_->isStale(index, position)) return;
-    AbstractPluginParameter& parameter = *model_->parameterAt(index);
-    const double distance = std::abs(hostPosition(parameter, parameter.value()) - position);
+    if (!isParameter(index) || std::isnan(position) || audioSide_->isAnswer(index, position)) return;
+    const AbstractPluginParameter& parameter = *model_->parameterAt(index);
+    const float own = parameter.value();
+    const double distance = std::abs(hostPosition(parameter, own) - position);
     // The model's own value comes back: to the last bit, whatever its trip through the host has cost.
     const bool same = distance <= static_cast<double>(kEqualWithin);
-    const float value = same ? parameter.value() : valueAt(parameter, position);
     const bool continuous = parameter.kind() == AbstractPluginParameter::Kind::Float;
-    if (!continuous || distance > kHostRounding) parameter.setValue(value, kFromHost);
-    processor_->parameterAt(index)->setValue(value, kFromHost);
+    takeFromHost(index, same ? own : valueAt(parameter, position), continuous && distance <= kHostRounding);
 }
 
 void UnifiedPluginAdapter::hostValueChanged(int index, double value) {
     if (!isParameter(index)) return;
+    const AbstractPluginParameter& parameter = *model_->parameterAt(index);
+    if (audioSide_->isAnswer(index, hostPosition(parameter, static_cast<float>(value)))) return;
+    takeFromHost(index, fromHostValue(parameter, value), false);
+}
+
+void UnifiedPluginAdapter::takeFromHost(int index, float value, bool modelHasIt) {
     AbstractPluginParameter& parameter = *model_->parameterAt(index);
-    if (audioSide_->isStale(index, hostPosition(parameter, static_cast<float>(value)))) return;
-    const float own = fromHostValue(parameter, value);
-    parameter.setValue(own, kFromHost);
-    processor_->parameterAt(index)->setValue(own, kFromHost);
+    give(index, value);
+    if (!modelHasIt) parameter.setValue(value, kFromHost);
+    deliverAgainIfApart(index, hostPosition(parameter, parameter.value()));
+}
+
+/// Of several threads at one parameter each may have been the last somewhere.
+void UnifiedPluginAdapter::deliverAgainIfApart(int index, double position) {
+    const AbstractPluginParameter& parameter = *processor_->parameterAt(index);
+    const double distance = std::abs(hostPosition(parameter, parameter.value()) - position);
+    if (distance > kHostRounding) audioSide_->markForModelAndHost(index);
 }
 
 void UnifiedPluginAdapter::hostValueChangedInBlock(int index, double value) {
@@ -115,25 +128,58 @@ bool UnifiedPluginAdapter::queueMidi(int offset, const MidiMessage& message) {
 // From the model
 
 void UnifiedPluginAdapter::sendAllParameters(bool reset) {
+    const CriticalSection::Scope held(lock_);
     const ChangeBlock block(*processor_);
+    if (reset) audioSide_->forget();
     for (int i = 0; i < model_->parameterCount(); ++i) give(i, model_->parameterAt(i)->value());
     if (reset) processor_->requestDiscontinuity();
+}
+
+void UnifiedPluginAdapter::sendState(std::span<const float> values) {
+    const CriticalSection::Scope held(lock_);
+    const ChangeBlock block(*processor_);
+    audioSide_->forget();
+    const int count = std::min(static_cast<int>(values.size()), model_->parameterCount());
+    for (int i = 0; i < count; ++i) give(i, values[static_cast<std::size_t>(i)]);
+    processor_->requestDiscontinuity();
 }
 
 void UnifiedPluginAdapter::give(int index, float value) {
     processor_->parameterAt(index)->setValue(value, kFromHost);
 }
 
-void UnifiedPluginAdapter::parameterUpdated(int index, bool reset) {
+float UnifiedPluginAdapter::giveOwn(int index) {
     const CriticalSection::Scope held(lock_);
-    if (index != GenericPlugin::kAllParameters) {
-        const float value = model_->parameterAt(index)->value();
-        reportParameter(index, value);
-        if (roundTrip_ == RoundTrip::ByUs) give(index, value);
-        return;
+    const float value = model_->parameterAt(index)->value();
+    give(index, value);
+    return value;
+}
+
+void UnifiedPluginAdapter::parameterUpdated(int index) {
+    if (index == GenericPlugin::kAllParameters) {
+        for (int i = 0; i < model_->parameterCount(); ++i) {
+            if (audioSide_->isWaiting(i)) {
+                // Newer, and delivered next.
+                audioSide_->markForModelAndHost(i);
+            } else {
+                tell(i, giveOwn(i));
+            }
+        }
+    } else if (roundTrip_ == RoundTrip::ByUs) {
+        tell(index, giveOwn(index));
+    } else {
+        // Its answer is how the processor hears of it.
+        audioSide_->clearTold(index);
+        reportParameter(index, model_->parameterAt(index)->value());
     }
-    sendAllParameters(reset);
-    for (int i = 0; i < model_->parameterCount(); ++i) reportParameter(i, model_->parameterAt(i)->value());
+}
+
+/// Tells the host what the processor has.
+void UnifiedPluginAdapter::tell(int index, float value) {
+    const double position = hostPosition(*model_->parameterAt(index), value);
+    audioSide_->setTold(index, position);
+    reportParameter(index, value);
+    deliverAgainIfApart(index, position);
 }
 
 void UnifiedPluginAdapter::midiMapChanged() {
@@ -193,16 +239,48 @@ int UnifiedPluginAdapter::claimAndPump() {
 }
 
 int UnifiedPluginAdapter::deliverAudioSideChanges() {
-    const int delivered = audioSide_->takeForModel([this](int index) {
-        model_->parameterAt(index)->setValue(processor_->parameterAt(index)->value(), kFromHost);
+    return audioSide_->take([this](int index, bool toHost) {
+        const float value = takeFromProcessor(index);
+        if (toHost) {
+            tell(index, value);
+        } else {
+            // The host set it on its own, and has left what it was told.
+            audioSide_->clearTold(index);
+        }
     });
-    audioSide_->takeForHost([this](int index, std::atomic<double>& told) {
-        const AbstractPluginParameter& parameter = *model_->parameterAt(index);
-        const float value = parameter.value();
-        told.store(hostPosition(parameter, value));
-        reportParameter(index, value);
-    });
-    return delivered;
+}
+
+/// The result is what the model was set to: what the processor has, also if that changes meanwhile.
+float UnifiedPluginAdapter::takeFromProcessor(int index) {
+    const AbstractPluginParameter& source = *processor_->parameterAt(index);
+    for (;;) {
+        const float value = source.value();
+        model_->parameterAt(index)->setValue(value, kFromHost);
+        if (source.value() == value) return value;
+    }
+}
+
+// A session
+
+void UnifiedPluginAdapter::takeAllThatWaits() {
+    // It goes on waiting, as the host is still to be told.
+    for (int i = 0; i < model_->parameterCount(); ++i) {
+        if (audioSide_->isWaiting(i)) takeFromProcessor(i);
+    }
+}
+
+std::vector<std::byte> UnifiedPluginAdapter::saveState() {
+    takeAllThatWaits();
+    return writeSessionState(*model_);
+}
+
+bool UnifiedPluginAdapter::restoreState(std::span<const std::byte> bytes) {
+    return readSessionState(*model_, bytes);
+}
+
+void UnifiedPluginAdapter::deliverBeforeRender() {
+    takeAllThatWaits();
+    sendAllParameters(false);
 }
 
 }  // namespace vanta

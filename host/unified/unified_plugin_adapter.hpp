@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <sstream>
 #include <vector>
 
@@ -18,9 +20,13 @@ namespace vanta {
 ///
 /// How values travel:
 /// - a user moves a control: model, host, and by the host's answer the processor;
-/// - a host automates: model and processor;
+/// - a host automates: processor and model;
 /// - a MIDI controller moves: processor at once, model and host when the owner thread next pumps;
-/// - a preset or state is loaded: model, processor in one go, host.
+/// - a preset or state is loaded: model and processor at once, host when the owner thread next pumps.
+///
+/// No road holds a lock while it calls a listener or the host. Where two cross, the processor has the last
+/// word: whoever has set two of the three compares them at the end, and where they are apart the processor's
+/// value is delivered anew.
 class UnifiedPluginAdapter : public GenericPlugin::Adapter, public GenericPluginProcessor::ProcessorAdapter {
 public:
     /// Who carries a value that the model reports on to the processor.
@@ -43,9 +49,20 @@ public:
     void hostPositionChanged(int index, double position);
     /// The same for hosts that speak the parameters' own numbers.
     void hostValueChanged(int index, double value);
-    /// All values of the model, delivered to the audio side together. `reset`: they have nothing to do with
-    /// those before.
-    void sendAllParameters(bool reset);
+
+    // A session, on any thread of the host but the audio thread.
+
+    /// What the host is to store: see plugin/model/session_state.hpp. Takes in first what the audio side
+    /// plays already and the owner thread has not delivered yet.
+    std::vector<std::byte> saveState();
+    /// Takes over what was stored. The processor plays it from its next block on; a change of the audio side
+    /// that still waits is older, and lost. The host hears of the values when the owner thread pumps. False,
+    /// and nothing has changed, if the bytes are not a state.
+    bool restoreState(std::span<const std::byte> bytes);
+    /// To be called before the first block of an offline render, while no block runs, as such a render does
+    /// not wait for the owner thread: what the audio side has changed goes to the model, and all that the
+    /// model shows to the processor.
+    void deliverBeforeRender();
 
     // Owner thread.
 
@@ -71,7 +88,9 @@ public:
 
     void midiMapChanged() override;
     void sendMidi(const MidiMessage& message) override;
-    void parameterUpdated(int index, bool reset) override;
+    void parameterUpdated(int index) override;
+    void sendAllParameters(bool reset) override;
+    void sendState(std::span<const float> values) override;
     void syncLevels() override;
     VANTA_REALTIME void programChange(int bank, int program) override;
     VANTA_REALTIME void midiLearnHappened(int controller) override;
@@ -85,11 +104,17 @@ private:
     bool isParameter(int index) const { return index >= 0 && index < model_->parameterCount(); }
     bool receivesMidi() const;
     void give(int index, float value);
+    float giveOwn(int index);
+    void takeFromHost(int index, float value, bool modelHasIt);
+    float takeFromProcessor(int index);
+    void takeAllThatWaits();
+    void tell(int index, float value);
+    void deliverAgainIfApart(int index, double position);
     void transferLevels();
     int deliverAudioSideChanges();
 
     const RoundTrip roundTrip_;
-    RecursiveCriticalSection lock_;  ///< for all that goes from the model to the processor
+    RecursiveCriticalSection lock_;  ///< for all that goes from the model to the processor, not to the host
     std::unique_ptr<GenericPlugin> model_;
     std::unique_ptr<GenericPluginProcessor> processor_;
     std::optional<AudioSideChanges> audioSide_;

@@ -13,6 +13,8 @@ class AbstractPluginParameter;
 
 /// `flags` of `setValue` and `parameterChanged`: the change comes from the host, which need not hear of it.
 inline constexpr int kFromHost = 1;
+/// The same: a state is restored, which says itself what else has changed with it.
+inline constexpr int kFromState = 2;
 
 /// Owns parameters, or passes on to the object that does.
 class GenericParameterOwner {

@@ -69,13 +69,15 @@ void GenericPlugin::tellHost(const Event& event) {
 void GenericPlugin::endChange() {
     const ChangeBlocks::Update update = changeBlocks_.end();
     if (update == ChangeBlocks::Update::None) return;
-    tellHost(ParameterUpdated{std::nullopt, update == ChangeBlocks::Update::AllWithReset});
+    if (update == ChangeBlocks::Update::ToAll && adapter_) adapter_->sendAllParameters(false);
+    tellHost(ParameterUpdated{});
     owner_.notify(ParameterChanged{});
 }
 
 void GenericPlugin::parameterChanged(int index, float value, int flags) {
     parameterAt(index)->applyValue(value);
     parameterHook(index);
+    if (flags & kFromState) return;
     markModified();
     if (!changeBlocks_.note()) return;
     if (!(flags & kFromHost)) tellHost(ParameterUpdated{index});
@@ -116,6 +118,11 @@ void GenericPlugin::markModified() {
     if (presetState_.markModified()) owner_.notify(PresetChanged{});
 }
 
+void GenericPlugin::valuesReplaced() {
+    changeBlocks_.sendingAll();
+    if (adapter_) adapter_->sendAllParameters(true);
+}
+
 void GenericPlugin::presetReplaced(bool hostKnows) {
     if (!hostKnows) tellHost(PresetNameChanged{});
     owner_.notify(PresetChanged{});
@@ -132,9 +139,11 @@ State GenericPlugin::captureState() const {
 void GenericPlugin::restoreState(State state) {
     {
         const ChangeBlock block(*this);
+        // The processor first: whatever changes there from now on is newer than the state.
+        if (adapter_) adapter_->sendState(state.values);
         const std::size_t count = std::min(state.values.size(), parameters.size());
-        for (std::size_t i = 0; i < count; ++i) parameters[i]->setValue(state.values[i], 0);
-        valuesReplaced();
+        for (std::size_t i = 0; i < count; ++i) parameters[i]->setValue(state.values[i], kFromState);
+        changeBlocks_.markSent();
     }
     if (presetState_.set(std::move(state.preset))) presetReplaced(false);
     {
@@ -232,7 +241,7 @@ void GenericPlugin::perform(const PresetNameChanged&) {
 }
 
 void GenericPlugin::perform(const ParameterUpdated& update) {
-    if (adapter_) adapter_->parameterUpdated(update.index.value_or(kAllParameters), update.reset);
+    if (adapter_) adapter_->parameterUpdated(update.index.value_or(kAllParameters));
 }
 
 }  // namespace vanta

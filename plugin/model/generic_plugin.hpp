@@ -134,7 +134,7 @@ protected:
 
 private:
     void joinProcess();
-    void valuesReplaced() override { changeBlocks_.markReplaced(); }
+    void valuesReplaced() override;
     void presetReplaced(bool hostKnows) override;
     void markModified();
     void onControllersChanged(void*);

@@ -11,11 +11,7 @@ void ModelEventQueue::post(const ModelEvent& event) {
 
 void ModelEventQueue::mark(const ParameterUpdated& update) {
     if (update.index) return parameters_.set(*update.index);
-    const int due = update.reset ? WithReset : Plain;
-    // A reset that is due stays due.
-    int standing = fullUpdate_.load();
-    while (standing < due && !fullUpdate_.compare_exchange_weak(standing, due)) {
-    }
+    allParameters_.store(true);
 }
 
 void ModelEventQueue::mark(const ProgramRequested& request) {
@@ -33,9 +29,9 @@ int ModelEventQueue::deliver(const std::function<void(const ModelEvent&)>& handl
         handle(event);
     };
     if (latency_.exchange(false)) raise(LatencyChanged{});
-    if (const int full = fullUpdate_.exchange(None); full != None) {
+    if (allParameters_.exchange(false)) {
         parameters_.clear();  // it carries them all
-        raise(ParameterUpdated{std::nullopt, full == WithReset});
+        raise(ParameterUpdated{});
     }
     parameters_.takeEach([&](int index) { raise(ParameterUpdated{index}); });
     if (presetName_.exchange(false)) raise(PresetNameChanged{});

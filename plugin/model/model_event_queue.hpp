@@ -17,7 +17,6 @@ struct LatencyChanged {};
 /// A parameter is to be carried to the host, or all of them.
 struct ParameterUpdated {
     std::optional<int> index;  ///< nothing: all
-    bool reset = false;        ///< with all: the values have nothing to do with those before
 };
 /// The host is to hear of the current preset.
 struct PresetNameChanged {};
@@ -48,7 +47,6 @@ public:
     int deliver(const std::function<void(const ModelEvent&)>& handle);
 
 private:
-    enum FullUpdate : int { None, Plain, WithReset };
     static constexpr int kNoController = -1;
 
     void mark(const LatencyChanged&) { latency_.store(true); }
@@ -59,7 +57,7 @@ private:
     void mark(const ProgramRequested& request);
 
     AtomicBitSet parameters_;
-    std::atomic<int> fullUpdate_{None};
+    std::atomic<bool> allParameters_{false};
     std::atomic<bool> latency_{false};
     std::atomic<bool> presetName_{false};
     std::atomic<bool> controllerMap_{false};

@@ -18,7 +18,7 @@ public:
         virtual ~Client() = default;
         /// Sets the parameters to the values of a preset file, in whatever formats the product knows.
         virtual bool loadFile(const std::string& path) = 0;
-        /// The values of the open block of changes have nothing to do with those before.
+        /// The values, as they now are in the open block of changes, have nothing to do with those before.
         virtual void valuesReplaced() = 0;
         /// Another preset is current. `hostKnows`: the host has set it itself.
         virtual void presetReplaced(bool hostKnows) = 0;

@@ -27,7 +27,7 @@ public:
         minimum_ = low;
         maximum_ = high;
         default_ = initial;
-        value_.store(initial, std::memory_order_relaxed);
+        value_.store(initial);
     }
 
     float defaultValue() const final { return static_cast<float>(default_); }
@@ -38,7 +38,7 @@ public:
         if (std::isnan(value)) return;
         const Number limited = limit(value);
         if (nearlyEqual(static_cast<float>(limited), this->value())) return;
-        value_.store(limited, std::memory_order_relaxed);
+        value_.store(limited);
         owner().parameterChanged(index(), static_cast<float>(limited), flags);
     }
 
@@ -47,12 +47,13 @@ protected:
     VANTA_REALTIME Number limit(float value) const {
         return static_cast<Number>(std::clamp(value, minimum(), maximum()));
     }
-    VANTA_REALTIME Number current() const { return value_.load(std::memory_order_relaxed); }
+    VANTA_REALTIME Number current() const { return value_.load(); }
     Number low() const { return minimum_; }
     Number high() const { return maximum_; }
 
 private:
-    // Host, interface and audio threads read the value; the queue between them orders everything else.
+    // Host, interface and audio threads set and read it. In one order for all: who sets one parameter and
+    // then looks at another, as an adapter does with the two of a pair, relies on that.
     std::atomic<Number> value_{0};
     Number default_ = 0;
     Number maximum_ = 1;

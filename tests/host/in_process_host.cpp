@@ -1,7 +1,6 @@
 #include "tests/host/in_process_host.hpp"
 
 #include "host/unified/host_position.hpp"
-#include "plugin/model/session_state.hpp"
 
 namespace vanta::test {
 namespace {
@@ -68,11 +67,11 @@ void InProcessHost::answer(int index, double position) {
 }
 
 std::vector<std::byte> InProcessHost::saveState() {
-    return writeSessionState(model());
+    return adapter_->saveState();
 }
 
 bool InProcessHost::loadState(std::span<const std::byte> bytes) {
-    return readSessionState(model(), bytes);
+    return adapter_->restoreState(bytes);
 }
 
 bool InProcessHost::sendMidi(int offset, const MidiMessage& message) {

@@ -9,32 +9,11 @@
 #include "host/unified/host_position.hpp"
 #include "limiter/model/vanta_plugin.hpp"
 #include "limiter/processor/vanta_processor.hpp"
-#include "tests/host/in_process_host.hpp"
+#include "tests/host/session.hpp"
 #include "tests/plugin/user_home.hpp"
 
 namespace vanta::test {
 namespace {
-
-constexpr int kBlock = 64;
-
-/// A host, its buffers, and handles on both sides of the plug-in.
-class Session {
-public:
-    explicit Session(InProcessHost::Answers answers = InProcessHost::Answers::AtOnce)
-        : host(kStereoLayout, 48000.0f, answers), samples(2 * kBlock) {}
-
-    void process() {
-        float* outputs[] = {samples.data(), samples.data() + kBlock};
-        const float* inputs[] = {outputs[0], outputs[1]};
-        host.process(inputs, outputs, kBlock);
-    }
-    AbstractPluginParameter& model(int index) { return *host.model().parameterAt(index); }
-    AbstractPluginParameter& audio(int index) { return *host.processor().parameterAt(index); }
-    int count() { return host.model().parameterCount(); }
-
-    InProcessHost host;
-    std::vector<float> samples;
-};
 
 /// Ends, default and odd places between; stepped parameters have all their indexes.
 std::vector<float> placesOf(const AbstractPluginParameter& parameter) {

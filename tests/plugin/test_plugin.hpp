@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <mutex>
+#include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "plugin/model/generic_plugin.hpp"
@@ -61,15 +62,26 @@ public:
     void midiMapChanged() override { ++mapChanges; }
     void reportLatency() override { ++latencyReports; }
     void sendMidi(const MidiMessage&) override {}
-    void parameterUpdated(int index, bool reset) override { updates.emplace_back(index, reset); }
+    void parameterUpdated(int index) override { updates.push_back(index); }
+    void sendAllParameters(bool reset) override { send(reset ? "reset" : "all"); }
+    void sendState(std::span<const float>) override { send("state"); }
     void presetNameChanged() override { ++nameChanges; }
     void syncLevels() override {}
     void reportParameter(int, float) override {}
 
-    std::vector<std::pair<int, bool>> updates;  ///< index, and whether the processor starts anew
+    std::vector<int> updates;       ///< what the host is to hear of, by index
+    std::vector<std::string> sent;  ///< what the processor was sent
     int mapChanges = 0;
     int latencyReports = 0;
     int nameChanges = 0;
+
+private:
+    void send(const char* what) {
+        const std::lock_guard held(mutex_);
+        sent.emplace_back(what);
+    }
+
+    std::mutex mutex_;  ///< any thread sends
 };
 
 class RecordingListener final : public GenericPlugin::Listener {

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <bit>
 #include <cmath>
-#include <random>
 #include <thread>
 
 #include "host/unified/host_position.hpp"
@@ -298,54 +297,6 @@ TEST_F(Host, LevelsTravelToTheInterfaceAndCommandsBack) {
     EXPECT_LT(model.levels().level(3).value(wave::LevelSource::Extreme), -20.0f);
     EXPECT_EQ(screen.locks, 0);
     model.setListener(nullptr);
-}
-
-TEST_F(Host, TwoThreadsAndTwoInstancesEndInAgreement) {
-    Session first(InProcessHost::Answers::OnIdle);
-    Session second;
-    first.host.model().statics().controllers.assign(20, 0);
-    std::atomic<bool> stop{false};
-    std::thread audio([&] {
-        std::mt19937 random(7);
-        while (!stop.load()) {
-            for (Session* session : {&first, &second}) {
-                session->host.sendMidi(0, {0xB0, 20, static_cast<std::uint8_t>(random() % 128)});
-                session->host.automate(5, static_cast<double>(random() % 1000) * 0.001);
-                session->process();
-            }
-        }
-    });
-    std::mt19937 random(8);
-    const auto state = second.host.saveState();
-    for (int round = 0; round < 300; ++round) {
-        for (Session* session : {&first, &second}) {
-            const int index = static_cast<int>(random() % static_cast<unsigned>(session->count()));
-            AbstractPluginParameter& parameter = session->model(index);
-            // These rebuild the signal path; the values are what is looked at here.
-            if (parameter.name() == "Oversampling" || parameter.name() == "Style") continue;
-            const auto places = placesOf(parameter);
-            if (round % 2) {
-                parameter.setValue(places[random() % places.size()], 0);
-            } else {
-                session->host.setPosition(index, static_cast<double>(random() % 1000) * 0.001);
-            }
-            session->host.idle();
-        }
-        if (round % 50 == 0) second.host.loadState(state);
-        if (round % 40 == 0) second.host.adapter().syncLevels();
-    }
-    stop = true;
-    audio.join();
-    for (Session* session : {&first, &second}) {
-        for (int i = 0; i < 4; ++i) session->host.idle();
-        session->process();
-        for (int i = 0; i < session->count(); ++i) {
-            // What a host rounds may stay apart by as much.
-            const double apart = hostPosition(session->model(i), session->model(i).value()) -
-                                 hostPosition(session->audio(i), session->audio(i).value());
-            EXPECT_NEAR(apart, 0.0, 2.8e-5) << session->model(i).name();
-        }
-    }
 }
 
 }  // namespace

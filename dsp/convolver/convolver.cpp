@@ -33,20 +33,19 @@ void Convolver::process(const wave::BasicBlock<float>& in, wave::BasicBlock<floa
     const std::int64_t position = environment().position();
     if (expectedPosition_ != position || position == environment().resetPosition()) restart(position);
     expectedPosition_ = position + samples;
-    if (atRest(in, samples)) {
-        publish(in, kConstant);
-        return;
-    }
     std::int64_t time = position - origin_;
-    if (resting_) wake(time);
-    const float* delayed = delayInput(in, samples);
+    const bool rest = atRest(in, samples);
+    if (!rest && resting_) wake(time);
+    const float* delayed = rest ? nullptr : delayInput(in, samples);
     int count = 0;
     for (int done = 0; done < samples; done += count, time += count) {
-        count = std::min(samples - done, period_ - static_cast<int>(time & (period_ - 1)));
+        count = std::min(samples - done, samplesToBoundary(time));
         chooseVersion(time);
+        if (rest) continue;
         runStages({time, count, in.data() + done, constant_, out->data() + done, fade_.data(), 0, false},
                   delayed + done);
     }
+    if (rest) publish(in, kConstant);
 }
 
 void Convolver::restart(std::int64_t position) {
@@ -83,8 +82,7 @@ bool Convolver::atRest(const wave::BasicBlock<float>& in, int samples) {
 // The stages need not know how long the rest was: all that they remember is its value.
 void Convolver::wake(std::int64_t time) {
     resting_ = false;
-    adoptPublished();
-    extendLeases(time);
+    for (auto& stage : stages_) stage->wake(time, transition_);
     if (!delay_) return;
     const int piece = std::min(plan_.latency(), delayed_.size());
     std::fill_n(delayed_.data(), piece, restValue_);
@@ -98,33 +96,36 @@ const float* Convolver::delayInput(const wave::BasicBlock<float>& in, int sample
     return delayed_.data();
 }
 
+// In the first period also those of the innermost stage, where the first version is taken.
+int Convolver::samplesToBoundary(std::int64_t time) const {
+    const int step = time < period_ ? plan_.innermost().partitionSize() : period_;
+    return step - static_cast<int>(time & (step - 1));
+}
+
 // Until the first partition is complete no version has been heard. Later a new one is taken where a partition
-// of the outermost stage begins, one partition ahead, which is how long its output takes to compute.
+// of the outermost stage begins, one partition ahead, which is how long its output takes to compute. A rest
+// changes nothing in this: whether a block counts as one depends on where it ends.
 void Convolver::chooseVersion(std::int64_t time) {
     const int unheard = direct_ ? 0 : plan_.innermost().partitionSize();
     const bool boundary = (time & (period_ - 1)) == 0;
+    KernelVersion* const newest = kernel_.versionAt(origin_ + time);
     if (time <= unheard || !transition_.to) {
-        adoptPublished();
+        transition_ = {nullptr, newest, 0, 0};
     } else if (!boundary) {
         return;
     } else if (transition_.over(time)) {
         transition_.from = nullptr;
-        if (kernel_.published() != transition_.to) {
-            transition_ = {transition_.to, kernel_.published(), time + period_,
+        if (newest != transition_.to) {
+            transition_ = {transition_.to, newest, time + period_,
                            samplesInMs(ConvolverPlan::kFadeMs, environment().sampleRate())};
         }
     }
     extendLeases(time);
 }
 
-void Convolver::adoptPublished() {
-    transition_ = {nullptr, kernel_.published(), 0, 0};
-}
-
-// Up to the next boundary the stages read what they read now. The kernel is updated for a block before the
-// boundary in it is handled, hence one period more.
+// Up to the next boundary the stages read what they read now, and the kernel runs ahead of them by a block.
 void Convolver::extendLeases(std::int64_t time) {
-    const std::int64_t until = origin_ + time + 2 * period_;
+    const std::int64_t until = origin_ + time + period_ + environment().maxBlockSize();
     if (transition_.to) transition_.to->lease(until);
     if (transition_.from) transition_.from->lease(until);
 }

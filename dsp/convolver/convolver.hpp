@@ -33,8 +33,8 @@ private:
     bool atRest(const wave::BasicBlock<float>& in, int samples);
     void wake(std::int64_t time);
     const float* delayInput(const wave::BasicBlock<float>& in, int samples);
+    int samplesToBoundary(std::int64_t time) const;
     void chooseVersion(std::int64_t time);
-    void adoptPublished();
     void extendLeases(std::int64_t time);
     void runStages(ConvolverStretch stretch, const float* delayed);
 

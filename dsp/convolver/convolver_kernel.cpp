@@ -62,46 +62,86 @@ int ConvolverKernel::paddedLength(int length) const {
 void ConvolverKernel::updateInTick(int samples) {
     if (stamp_ == environment().tick()) return;
     stamp_ = environment().tick();
-    update(samples);
-}
-
-void ConvolverKernel::update(int samples) {
     const std::int64_t now = environment().position();
-    const bool continuous = expectedPosition_ == now && now != environment().resetPosition();
-    expectedPosition_ = now + samples;
     if (sampleRate_ != environment().sampleRate()) {
         sampleRate_ = environment().sampleRate();
         dirty_ = true;
     }
-    if (!continuous && !schedule_.finished()) dirty_ = true;
-    if (dirty_) start(now, continuous);
-    if (schedule_.advance(samples)) {
-        published_ = writing_;
-        lastSwap_ = now;
+    if (position_ != now || now == environment().resetPosition()) {
+        position_ = origin_ = lastChange_ = now;
+        if (!schedule_.finished()) dirty_ = true;
+    }
+    update(samples);
+}
+
+// A pass is not cut where blocks begin but where it ends: the next one starts there if it is waited for.
+void ConvolverKernel::advance(int samples) {
+    const std::int64_t end = position_ + samples;
+    while (position_ < end) {
+        if (dirty_ && (time() == 0 || schedule_.finished())) start();
+        const std::int64_t stop = schedule_.finished() ? end : std::min(end, writing_->readyAt);
+        const bool written = schedule_.advance(static_cast<int>(stop - position_));
+        position_ = stop;
+        if (written) publishWritten();
     }
 }
 
-void ConvolverKernel::start(std::int64_t now, bool continuous) {
+void ConvolverKernel::start() {
     // A jump ends all reading: every channel starts over in the same tick.
-    KernelVersion* const version = freeVersion(continuous ? now : std::numeric_limits<std::int64_t>::max());
-    if (!version || (continuous && !schedule_.finished())) return;
-    const int duration = buildDuration(now, continuous);
+    const bool jumped = time() == 0;
+    KernelVersion* const version = freeVersion(jumped ? std::numeric_limits<std::int64_t>::max() : position_);
+    if (!version) return;
+    const int duration = jumped ? firstDuration() : buildDuration();
     writing_ = version;
-    version->readyAt = now + duration;
+    version->readyAt = position_ + duration;
+    // Without latency the first kernel is asked for at once, and is there when the block has been taken in.
+    version->countsFrom = jumped && plan_.latency() == 0 ? position_ : version->readyAt;
     schedule_.setDuration(duration);
     schedule_.restart();
     dirty_ = false;
 }
 
-// After a jump the kernel stands when the innermost stage first multiplies. In a running stream it takes its
-// time, and never comes faster than the crossfades can follow.
-int ConvolverKernel::buildDuration(std::int64_t now, bool continuous) const {
-    if (!continuous) return plan_.latency() > 0 ? plan_.innermost().partitionSize() : 1;
+// The kernel runs ahead of its readers by a block, of which the older version still counts for a part.
+void ConvolverKernel::publishWritten() {
+    previous_ = published_;
+    published_ = writing_;
+    lastChange_ = published_->countsFrom;
+    if (previous_) previous_->lease(position_ + environment().maxBlockSize());
+}
+
+KernelVersion* ConvolverKernel::versionAt(std::int64_t position) const {
+    return published_ && position >= published_->countsFrom ? published_ : previous_;
+}
+
+int ConvolverKernel::fadeSamples() const {
+    return samplesInMs(ConvolverPlan::kFadeMs, environment().sampleRate());
+}
+
+// No faster than the crossfades can follow, which begin with a partition, and no two in one block.
+int ConvolverKernel::shortestInterval() const {
     const int size = plan_.partitionSize();
-    const int spread = std::max(plan_.partitionCount() / ConvolverPlan::kUpdateDivisor, 1) * size;
-    const int fade = samplesInMs(ConvolverPlan::kFadeMs, sampleRate_);
-    const std::int64_t afterFade = (fade + size - 1) / size * size - (now - lastSwap_);
-    return static_cast<int>(std::max<std::int64_t>(spread, afterFade));
+    return std::max((fadeSamples() + size - 1) / size * size, environment().maxBlockSize());
+}
+
+int ConvolverKernel::spreadSamples() const {
+    return std::max(plan_.partitionCount() / ConvolverPlan::kUpdateDivisor, 1) * plan_.partitionSize();
+}
+
+// After a jump the kernel stands when the innermost stage first multiplies.
+int ConvolverKernel::firstDuration() const {
+    return plan_.latency() > 0 ? plan_.innermost().partitionSize() : 1;
+}
+
+// In a running stream it takes its time.
+int ConvolverKernel::buildDuration() const {
+    const std::int64_t wait = shortestInterval() - (position_ - lastChange_);
+    return static_cast<int>(std::max<std::int64_t>(spreadSamples(), wait));
+}
+
+// The input is looked at once a partition, the version taken where the next begins, heard one later, and by
+// itself after the crossfade.
+int ConvolverKernel::replacementSamples() const {
+    return std::max(spreadSamples(), shortestInterval()) + 3 * plan_.partitionSize() + fadeSamples();
 }
 
 KernelVersion* ConvolverKernel::freeVersion(std::int64_t now) const {

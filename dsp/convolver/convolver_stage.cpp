@@ -76,10 +76,20 @@ void ConvolverStage::turn(std::int64_t time, const KernelTransition& transition)
     head_ = (head_ + node_.partitionCount() - 1) % node_.partitionCount();
     planTransform();
     const std::int64_t played = time + period_;
-    planRow(rows_[kMain], transition.main(played));
-    planRow(rows_[kFading], transition.fading(played));
+    planRow(rows_[kMain], transition.main(played), computed(rows_[kMain]));
+    planRow(rows_[kFading], transition.fading(played), computed(rows_[kFading]));
     schedule_.restart();
     half_ = (half_ + 2) % 3;
+}
+
+// A turn at this very time is yet to come.
+void ConvolverStage::wake(std::int64_t time, const KernelTransition& transition) {
+    const std::int64_t playing = (time - 1) / period_ * period_;
+    for (const std::int64_t played : {playing, playing + period_}) {
+        const auto place = static_cast<std::size_t>(played == playing ? playing_ : 1 - playing_);
+        planRow(rows_[kMain], transition.main(played), rows_[kMain].results[place]);
+        planRow(rows_[kFading], transition.fading(played), rows_[kFading].results[place]);
+    }
 }
 
 void ConvolverStage::planTransform() {
@@ -95,7 +105,7 @@ void ConvolverStage::planTransform() {
     }
 }
 
-void ConvolverStage::planRow(Row& row, const KernelVersion* version) {
+void ConvolverStage::planRow(Row& row, const KernelVersion* version, Result& result) {
     row.multiply->clear();
     const int partitions = version ? node_.partitionsFor(version->length) : 0;
     for (int j = 0; j < partitions; ++j) {
@@ -108,7 +118,6 @@ void ConvolverStage::planRow(Row& row, const KernelVersion* version) {
             row.multiply->add(spectra_.data() + index * node_.fftSize(), kernel);
         }
     }
-    Result& result = computed(row);
     result.constant = row.multiply->constant();
     result.value = row.multiply->constantValue();
     if (result.constant) {

@@ -43,6 +43,9 @@ public:
     /// Stretches follow each other in time; between two of them may lie a rest, in which the input held one
     /// value for `restSamples()` and more.
     VANTA_REALTIME void process(const ConvolverStretch& stretch, const KernelTransition& transition);
+    /// After a rest, before the first stretch: what plays now and next is what the versions make of its
+    /// value.
+    VANTA_REALTIME void wake(std::int64_t time, const KernelTransition& transition);
     /// How long the input must hold one value until nothing else is remembered.
     int restSamples() const { return (node_.partitionCount() + 4) * period_; }
 
@@ -73,7 +76,7 @@ private:
 
     void turn(std::int64_t time, const KernelTransition& transition);
     void planTransform();
-    void planRow(Row& row, const KernelVersion* version);
+    void planRow(Row& row, const KernelVersion* version, Result& result);
     void play(const Row& row, int phase, float* out, int count, bool add) const;
     InputHalf& half(int age) { return halves_[static_cast<std::size_t>((half_ + age) % 3)]; }
     int slotIndex(int age) const { return (head_ + age) % node_.partitionCount(); }

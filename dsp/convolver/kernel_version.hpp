@@ -29,7 +29,8 @@ public:
 
     wave::AlignedBuffer<float> taps;  ///< zero from `length` on
     int length = 0;
-    std::int64_t readyAt = 0;  ///< the stream position before which nothing here may be rewritten
+    std::int64_t readyAt = 0;     ///< the stream position before which nothing here may be rewritten
+    std::int64_t countsFrom = 0;  ///< the stream position from which on it is the newest
 
 private:
     struct Spectra {

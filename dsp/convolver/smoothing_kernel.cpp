@@ -89,24 +89,35 @@ int SmoothingKernel::lengthFor(float windowMs) const {
 }
 
 void SmoothingKernel::update(int samples) {
-    const auto last = [&](wave::FloatParameterBus& bus) { return bus.pullData(samples)[samples - 1]; };
+    // Also where nothing is looked at: a source that is not pulled would take that for a gap.
+    for (auto* bus : {&windowSize, &offset, &power, &smoothing}) bus->pullData(samples);
+    const std::int64_t size = plan().partitionSize();
+    int count = 0;
+    for (int done = 0; done < samples; done += count) {
+        const auto phase = static_cast<int>(time() % size);
+        if (phase == 0) lookAt(done, samples);
+        count = std::min(samples - done, static_cast<int>(size) - phase);
+        advance(count);
+    }
+}
+
+// Asks for a new version if the inputs have moved at that sample of the block.
+void SmoothingKernel::lookAt(int sample, int samples) {
     const auto unit = [&](wave::FloatParameterBus& bus) {
-        const float value = last(bus);
+        const float value = bus.pullData(samples)[sample];
         return value > 0.0f ? std::min(value, 1.0f) : 0.0f;  // no NaN passes
     };
     SmoothingShape shapeNow = wanted_;
-    shapeNow.length = lengthFor(last(windowSize));
+    shapeNow.length = lengthFor(windowSize.pullData(samples)[sample]);
     shapeNow.offset = unit(offset);
     shapeNow.power = unit(power);
     shapeNow.smoothing = unit(smoothing);
     const bool same = shapeNow.length == wanted_.length && nearlyEqual(shapeNow.offset, wanted_.offset) &&
                       nearlyEqual(shapeNow.power, wanted_.power) &&
                       nearlyEqual(shapeNow.smoothing, wanted_.smoothing);
-    if (!same) {
-        wanted_ = shapeNow;
-        setDirty();
-    }
-    ConvolverKernel::update(samples);
+    if (same) return;
+    wanted_ = shapeNow;
+    setDirty();
 }
 
 }  // namespace vanta

@@ -7,7 +7,8 @@
 
 namespace vanta {
 
-/// A window of non-negative taps with a sum of 1 that the user forms while it is heard.
+/// A window of non-negative taps with a sum of 1 that the user forms while it is heard. It looks at its
+/// inputs once a partition.
 class SmoothingKernel final : public ConvolverKernel, public PropertyOwner {
 public:
     enum Shape { Triangle, Polynome, Sine, Classic };
@@ -32,6 +33,7 @@ private:
     class NormalizeTask;
 
     int lengthFor(float windowMs) const;
+    VANTA_REALTIME void lookAt(int sample, int samples);
 
     SmoothingShape wanted_;
 };

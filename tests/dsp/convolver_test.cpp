@@ -278,16 +278,16 @@ TEST(Convolver, RestsAndWakesWithoutATrace) {
 TEST(Convolver, WakesWithTheNewestKernel) {
     const auto noise = whiteNoise(3, 10000);
     std::vector<float> in(noise.begin(), noise.begin() + 3000);
-    in.resize(20000, 0.0f);
+    in.resize(40000, 0.0f);
     in.insert(in.end(), noise.begin(), noise.end());
     ConvolverPlan plan(221, 256);
     Rig<SmoothingKernel> rig(plan, in);
     rig.kernel.windowSize.assign(5.0f, nullptr);
     rig.run(evenBlocks(5000, 200));
     rig.kernel.windowSize.assign(1.0f, nullptr);
-    rig.run(randomBlocks(25000, 256, 9));
+    rig.run(randomBlocks(45000, 256, 9));
     const MovingAverage average(in);
-    for (int time = 0; time < 30000; ++time) {
+    for (int time = 0; time < 50000; ++time) {
         ASSERT_NEAR(rig.out[static_cast<std::size_t>(time)], average.at(time - 256, time < 10000 ? 221 : 45),
                     1e-6)
             << "sample " << time;

@@ -149,8 +149,6 @@ public:
     std::vector<wave::Producer*> ends;
     /// What a user does while it runs.
     std::function<void()> midway;
-    /// The same, for a change that arrives at a time of its own.
-    std::function<void()> change;
 
 private:
     using Played = std::vector<std::pair<VectorSource*, Signal>>;

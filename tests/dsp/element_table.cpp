@@ -172,8 +172,14 @@ void buildConvolver(Patch& p, int taps) {
     auto& kernel = p.make<SmoothingKernel>(p.environment, plan);
     kernel.windowSize.parameter().setValue(4.0f, 0.0f);
     p.filter<Convolver>(kernel);
-    // A new kernel is heard from the partition on that begins after the block in which it is finished.
-    p.change = [&] { kernel.windowSize.parameter().setValue(1.5f, 0.0f); };
+    p.midway = [&] { kernel.windowSize.parameter().setValue(1.5f, 0.0f); };
+}
+
+void buildMovingConvolver(Patch& p, int taps) {
+    auto& kernel = p.make<SmoothingKernel>(p.environment, p.make<ConvolverPlan>(taps, 256));
+    p.move(kernel.windowSize, 0.5f, 5.0f);
+    p.move(kernel.offset, 0.0f, 1.0f);
+    p.filter<Convolver>(kernel);
 }
 
 void buildUp(Patch& p, int factor) {
@@ -263,6 +269,7 @@ std::vector<Element> singleElements() {
         {"DitherFilter_rounding", Feed::Audio, buildDither, {}, -1},
         {"Convolver", Feed::Audio, buildConvolver, {.split = 1e-7, .gap = true}, 221},
         {"Convolver_of_stages", Feed::Audio, buildConvolver, ring, 9000},
+        {"Convolver_moving", Feed::Audio, buildMovingConvolver, {.split = 1e-7, .gap = true}, 221},
         {"Convolver_without_latency", Feed::Audio, buildConvolver, {.split = 2e-7, .gap = true}, -700},
         {"TruePeakExposer", Feed::Audio, buildExposer, ring},
         {"StaticMixer", Feed::Audio, buildStaticMixer},

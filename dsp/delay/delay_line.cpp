@@ -40,6 +40,15 @@ void DelayLine::reset() {
     delay.parameter().setRange(0.0f, largest);
     const double ratio = std::min(kSmootherHz / environment().sampleRate(), 1.0);
     coefficient_ = std::min(2.0 * std::sin(std::numbers::pi * ratio), 0.95);
+    restart();
+}
+
+// What was missed has emptied the ring: there is nothing to glide from.
+void DelayLine::streamInterrupted() {
+    restart();
+}
+
+void DelayLine::restart() {
     firstBlock_ = true;
     tapFade_ = restDelay_ = -1;
 }
@@ -66,10 +75,15 @@ void DelayLine::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>*
     if (std::exchange(firstBlock_, false)) {
         low_ = first;
         band_ = 0.0;
+        standAt(first);
     }
-    if (readType == Switched) {
-        readSwitched(first, out->data(), samples);
-    } else if (delay.isConstant() && (!smooth || std::abs(low_ - first) < 0.001)) {
+    if (readType == Switched || readType == Overlapped) {
+        if (delay.isConstant() && restsAt(first)) {
+            readSettled(first, out->data(), samples);
+        } else {
+            readInTurns(values, out->data(), samples);
+        }
+    } else if (delay.isConstant() && (!smooth || settledAt(first))) {
         readSettled(first, out->data(), samples);
     } else {
         fillDelays(values, samples);
@@ -78,6 +92,23 @@ void DelayLine::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>*
         } else {
             readInterpolated(out->data(), samples);
         }
+    }
+}
+
+/// Whether the smoother has as good as arrived and nearly stands still.
+bool DelayLine::settledAt(double delaySamples) const {
+    constexpr double kWithin = 0.001;
+    return std::abs(low_ - delaySamples) < kWithin && std::abs(coefficient_ * band_) < kWithin;
+}
+
+// Stretches of one whole delay after the other.
+void DelayLine::readInTurns(const float* values, float* out, int samples) {
+    int end = 0;
+    for (int first = 0; first < samples; first = end) {
+        const int whole = firstDelay(values[first]);
+        end = delay.isConstant() ? samples : first + 1;
+        while (end < samples && firstDelay(values[end]) == whole) ++end;
+        readHandingOver(whole, readType == Overlapped, out, first, end - first, samples);
     }
 }
 
@@ -98,9 +129,15 @@ void DelayLine::fillDelays(const float* values, int samples) {
     for (int i = 0; i < samples; ++i) {
         const double target = std::clamp(inSamples(values[i]), 0.0, longest);
         if (smooth) {
+            const double whole = std::trunc(target);
+            if (settledAt(whole)) {
+                // As at a block's start, so that it does not matter where blocks begin.
+                low_ = whole;
+                band_ = 0.0;
+            }
             low_ += coefficient_ * band_;
             delays[i] = static_cast<float>(std::clamp(low_, 0.0, longest));
-            band_ += coefficient_ * (std::trunc(target) - kDamping * band_ - low_);
+            band_ += coefficient_ * (whole - kDamping * band_ - low_);
         } else {
             low_ = target;
             band_ = 0.0;

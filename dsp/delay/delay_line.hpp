@@ -14,7 +14,8 @@ public:
     enum ReadType : int {
         Interpolated,  ///< glides, with linear interpolation: the pitch bends on the way
         TwoTaps,       ///< crossfades between whole delays, 85 ms each: the pitch stays
-        Switched       ///< takes the delay at a block's start and crossfades for 200 ms
+        Switched,      ///< crossfades between whole delays and takes the next one when it has arrived
+        Overlapped     ///< the same, but both places count for a while, whichever holds the larger magnitude
     };
 
     DelayLine(wave::Environment& owner, float largestMs);
@@ -28,6 +29,7 @@ public:
 
 protected:
     void propertyChanged(AbstractProperty& property) override;
+    void streamInterrupted() override;
     VANTA_REALTIME void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                                 int flags) override;
 
@@ -35,6 +37,9 @@ private:
     double inSamples(float value) const;
     int limited(double samples) const;
     int firstDelay(float value) const;
+    bool settledAt(double delaySamples) const;
+    void restart();
+    VANTA_REALTIME void readInTurns(const float* values, float* out, int samples);
     VANTA_REALTIME void readSettled(int delaySamples, float* out, int samples);
     VANTA_REALTIME void fillDelays(const float* values, int samples);
     VANTA_REALTIME void readInterpolated(float* out, int samples) const;

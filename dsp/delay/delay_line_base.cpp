@@ -1,6 +1,7 @@
 #include "dsp/delay/delay_line_base.hpp"
 
 #include <algorithm>
+#include <cmath>
 
 #include "foundation/numbers.hpp"
 
@@ -21,31 +22,63 @@ void DelayLineBase::prepare() {
 
 void DelayLineBase::reset() {
     delayLine().clear();
-    firstSwitch_ = true;
 }
 
-void DelayLineBase::readSwitched(int delaySamples, float* out, int samples) {
-    if (firstSwitch_) {
-        firstSwitch_ = false;
-        currentDelay_ = delaySamples;
-        fadePosition_ = fadeLength_ = 0;
+void DelayLineBase::standAt(int delaySamples) {
+    currentDelay_ = delaySamples;
+    handoverPosition_ = handoverLength_ = 0;
+}
+
+void DelayLineBase::beginHandover(int delaySamples, bool overlapping) {
+    previousDelay_ = currentDelay_;
+    currentDelay_ = delaySamples;
+    handoverPosition_ = 0;
+    fadeLength_ = handover_.fade > 0 ? handover_.fade : samplesInSeconds(0.2, environment().sampleRate());
+    handoverLength_ = fadeLength_ + (overlapping ? std::max(handover_.overlap, fadeLength_) : 0);
+}
+
+void DelayLineBase::readHandingOver(int delaySamples, bool overlapping, float* out, int first, int count,
+                                    int samples) {
+    int piece = 0;
+    for (const int end = first + count; first < end; first += piece) {
+        if (!restsAt(currentDelay_)) {
+            piece = std::min(end - first, handoverLength_ - handoverPosition_);
+        } else if (currentDelay_ != delaySamples) {
+            beginHandover(delaySamples, overlapping);
+            piece = std::min(end - first, handoverLength_);
+        } else {
+            piece = end - first;
+        }
+        const int later = samples - first - piece;
+        delayLine().read(currentDelay_ + later, out + first, piece);
+        if (handoverPosition_ >= handoverLength_) continue;
+        delayLine().read(previousDelay_ + later, scratch_.data(), piece);
+        if (overlapping) {
+            overlap(out + first, scratch_.data(), piece);
+        } else {
+            crossfade(out + first, scratch_.data(), piece);
+        }
+        handoverPosition_ += piece;
     }
-    if (fadePosition_ >= fadeLength_ && delaySamples != currentDelay_) {
-        previousDelay_ = currentDelay_;
-        currentDelay_ = delaySamples;
-        fadePosition_ = 0;
-        fadeLength_ = samplesInSeconds(0.2, environment().sampleRate());
-    }
-    delayLine().read(currentDelay_, out, samples);
-    if (fadePosition_ >= fadeLength_) return;
-    delayLine().read(previousDelay_, scratch_.data(), samples);
-    const int count = std::min(fadeLength_ - fadePosition_, samples);
+}
+
+void DelayLineBase::crossfade(float* out, const float* old, int count) const {
     const double step = 1.0 / fadeLength_;
     for (int i = 0; i < count; ++i) {
-        const double t = (fadePosition_ + i) * step;
-        out[i] = static_cast<float>((1.0 - t) * scratch_[i] + t * out[i]);
+        const double t = (handoverPosition_ + i) * step;
+        out[i] = static_cast<float>((1.0 - t) * old[i] + t * out[i]);
     }
-    fadePosition_ += count;
+}
+
+void DelayLineBase::overlap(float* out, const float* old, int count) const {
+    const double step = 1.0 / fadeLength_;
+    for (int i = 0; i < count; ++i) {
+        const int place = handoverPosition_ + i;
+        const auto newShare = static_cast<float>(std::min(place * step, 1.0));
+        const auto oldShare = static_cast<float>(std::min((handoverLength_ - place) * step, 1.0));
+        const float was = oldShare * old[i], is = newShare * out[i];
+        out[i] = std::abs(was) > std::abs(is) ? was : is;
+    }
 }
 
 }  // namespace vanta

@@ -132,7 +132,8 @@ double at(const Signal& signal, std::ptrdiff_t i) {
 
 TEST(DelayLine, DelaysByWholeSamplesWhileItStandsStill) {
     const Signal in = whiteNoise(1, 4000);
-    for (const int type : {DelayLine::Interpolated, DelayLine::TwoTaps, DelayLine::Switched}) {
+    for (const int type :
+         {DelayLine::Interpolated, DelayLine::TwoTaps, DelayLine::Switched, DelayLine::Overlapped}) {
         for (const float delay : {0.0f, 1.0f, 10.4f, 10.6f, 480.0f, 5000.0f, -3.0f}) {
             const Signal out = DelayRig(in, type).run(Signal(4000, delay), randomBlocks(4000, 512, 3));
             const auto whole = std::clamp(std::lround(delay), 0L, 480L);
@@ -166,6 +167,7 @@ TEST(DelayLine, GlidesToANewDelayAndSettlesThere) {
     for (int i = 0; i < 100000; ++i) in.push_back(static_cast<float>(i));
     delays.resize(100000, 400.0f);
     const Signal out = DelayRig(in).run(delays, evenBlocks(100000, 500));
+    EXPECT_EQ(out, DelayRig(in).run(delays, randomBlocks(100000, 512, 8))) << "where blocks begin counts";
     const auto delayAt = [&](int i) { return at(in, i) - at(out, i); };
     for (int i = 500; i < 100000; ++i) {
         ASSERT_GE(delayAt(i), delayAt(i - 1) - 0.02) << i;

@@ -114,6 +114,16 @@ void buildDelayLine(Patch& p, int readType) {
     if (readType == DelayLine::Interpolated) p.move(line.delay, 0.0f, 10.0f);
 }
 
+/// Glides, or hands over time and again.
+void buildMovingDelayLine(Patch& p, int readType) {
+    auto& line = p.filter<DelayLine>(10.0f);
+    line.readType = readType;
+    line.setHandover({300, 700});
+    Patch::set(line.delay, 7.3f);
+    p.midway = [&] { Patch::set(line.delay, 7.2f); };
+    if (readType != DelayLine::Interpolated) p.move(line.delay, 0.0f, 10.0f);
+}
+
 /// A set of Modifiers, and a partner on the other channel.
 void buildCapacitor(Patch& p, int variant) {
     auto& style = p.make<Capacitor::Style>();
@@ -261,6 +271,9 @@ std::vector<Element> singleElements() {
         {"DelayLine_interpolated", Feed::Audio, buildDelayLine, steered, DelayLine::Interpolated},
         {"DelayLine_taps", Feed::Audio, buildDelayLine, ring, DelayLine::TwoTaps},
         {"DelayLine_switched", Feed::Audio, buildDelayLine, ring, DelayLine::Switched},
+        {"DelayLine_gliding", Feed::Audio, buildMovingDelayLine, ring, DelayLine::Interpolated},
+        {"DelayLine_switching", Feed::Audio, buildMovingDelayLine, ring, DelayLine::Switched},
+        {"DelayLine_overlapping", Feed::Audio, buildMovingDelayLine, ring, DelayLine::Overlapped},
         {"Capacitor_moving", Feed::Reduction, buildMovingCapacitor, {.constant = 2e-6}},
         {"EQFilter_first_order", Feed::Audio, buildEq, tail, EQFilter::Order1},
         {"EQFilter_steep", Feed::Audio, buildEq, tail, EQFilter::Order12},

@@ -10,6 +10,7 @@ namespace vanta {
 struct SourceInfo {
     int type = 0;
     std::vector<int> inputs;  ///< targets that its element reads; empty for inputs and main controls
+    int control = -1;         ///< the target whose value a main control hands out
 };
 
 /// The fixed shape of a modulation matrix. Targets that are slot levels follow the others.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -36,6 +37,12 @@ public:
     /// Brackets a batch of changes: slots are connected once, when the outermost bracket closes.
     VANTA_REALTIME void beginUpdate() { ++updateDepth_; }
     VANTA_REALTIME void endUpdate();
+
+    /// Counts the changes of what is connected.
+    std::uint32_t wiringChanges() const { return wiringChanges_; }
+    /// The sources without inputs that have an influence on a target: signals and main controls. Bit s stands
+    /// for source s, of those below 32.
+    VANTA_REALTIME std::uint32_t originsOf(int target);
 
     /// The value that a parameter gives a target, before modulation and before the factor of a slot's level.
     VANTA_REALTIME void setBaseValue(int target, float value);
@@ -85,6 +92,7 @@ private:
     void updateOffSlots(const SlotState* except);
     bool canConnect(const SlotState& slot);
     void visitUpstream(const SlotState& slot);
+    std::uint32_t collectOrigins(int target);
     SlotMode modeWhenConnected(const SlotState& slot);
     void refreshLevel(SlotState& slot);
     void refreshAllGlobal(TargetState& state);
@@ -98,6 +106,7 @@ private:
     std::vector<std::unique_ptr<VoiceMatrix>> voices_;
     std::unique_ptr<InternalController> internalController_;
     std::vector<char> visited_;  ///< one per target, the walk's memory
+    std::uint32_t wiringChanges_ = 0;
     int updateDepth_ = 0;
     bool dirty_ = false;
 };

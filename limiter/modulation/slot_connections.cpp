@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "limiter/modulation/modulation_matrix.hpp"
 #include "limiter/modulation/voice_matrix.hpp"
@@ -11,6 +12,7 @@ void ModulationMatrix::updateSlot(SlotState& slot, int flags) {
         dirty_ = slot.pending = true;
         return;
     }
+    ++wiringChanges_;
     const SlotMode old = slot.mode;
     const bool connected = flags & kKeepConnected ? old != SlotMode::Off : canConnect(slot);
     slot.mode = connected ? modeWhenConnected(slot) : SlotMode::Off;
@@ -51,6 +53,25 @@ void ModulationMatrix::visitUpstream(const SlotState& slot) {
     };
     visit(slot.levelTarget);
     for (int input : layout_.sources[static_cast<std::size_t>(slot.source)].inputs) visit(input);
+}
+
+std::uint32_t ModulationMatrix::originsOf(int index) {
+    std::fill(visited_.begin(), visited_.end(), char{0});
+    return collectOrigins(index);
+}
+
+std::uint32_t ModulationMatrix::collectOrigins(int index) {
+    if (std::exchange(visited_[static_cast<std::size_t>(index)], char{1})) return 0;
+    std::uint32_t origins = 0;
+    for (const SlotState* slot : target(index).slots) {
+        if (slot->mode == SlotMode::Off) continue;
+        const SourceInfo& source = layout_.sources[static_cast<std::size_t>(slot->source)];
+        if (source.inputs.empty() && slot->source < 32) origins |= std::uint32_t{1} << slot->source;
+        if (source.control >= 0) origins |= collectOrigins(source.control);
+        origins |= collectOrigins(slot->levelTarget);
+        for (const int input : source.inputs) origins |= collectOrigins(input);
+    }
+    return origins;
 }
 
 ModulationMatrix::SlotMode ModulationMatrix::modeWhenConnected(const SlotState& slot) {

@@ -62,5 +62,27 @@ TEST(ModulationMatrix, AddsUpWhatItsSlotsSendToATarget) {
     EXPECT_FLOAT_EQ(rig.voice.controller(1).pullData(16)[15], 0.5f * 3 - 0.5f * (1 + 0.5f * 2));
 }
 
+TEST(ModulationMatrix, KnowsWhichSourcesHaveAnInfluenceOnATarget) {
+    // Sources 2 to 4 are a signal and two controls, of which 4 hands out what target 0 holds.
+    ModulationLayout layout = twoElements();
+    layout.sources = {{0, {0}}, {0, {1}}, {0, {}}, {0, {}}, {0, {}, 0}};
+    wave::Environment environment(64);
+    ModulationMatrix matrix(environment, layout);
+    const auto connect = [&](int slot, int source, int target) {
+        matrix.controller().setSource(slot, source);
+        matrix.controller().setTarget(slot, target);
+    };
+    connect(0, 4, 1);
+    EXPECT_EQ(matrix.originsOf(1), 1u << 4);
+    connect(1, 3, 0);
+    EXPECT_EQ(matrix.originsOf(1), 1u << 4 | 1u << 3);
+    const auto wiring = matrix.wiringChanges();
+    connect(2, 2, 3);  // onto the level of slot 1
+    EXPECT_EQ(matrix.originsOf(1), 1u << 4 | 1u << 3 | 1u << 2);
+    EXPECT_NE(matrix.wiringChanges(), wiring);
+    matrix.controller().setBypassed(1, true);
+    EXPECT_EQ(matrix.originsOf(1), 1u << 4);
+}
+
 }  // namespace
 }  // namespace vanta::test

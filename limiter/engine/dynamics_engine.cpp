@@ -1,5 +1,7 @@
 #include "limiter/engine/dynamics_engine.hpp"
 
+#include <algorithm>
+
 #include "dsp/convolver/smoothing_kernel.hpp"
 #include "foundation/binary_data.hpp"
 #include "foundation/numbers.hpp"
@@ -12,12 +14,21 @@
 
 namespace vanta {
 
+namespace {
+
+constexpr std::uint32_t kSignalOrigins = 1u << kAudioInputSource | 1u << kTriggerInputSource;
+
+}  // namespace
+
 ModulationLayout DynamicsEngine::modulationLayout(const EngineLayout& layout) {
     ModulationLayout result;
     result.elementTargetCount = layout.elementTargetCount();
     result.slotCount = layout.configuration().slotCount;
     for (const EngineSource& source : layout.sources()) {
         result.sources.push_back({static_cast<int>(source.kind), source.inputs});
+    }
+    for (int control = 0; control < kOutputTarget; ++control) {
+        result.sources[static_cast<std::size_t>(kFirstMainSource + control)].control = control;
     }
     result.ranges.assign(layout.ranges().begin(), layout.ranges().end());
     for (const EngineTarget& target : layout.targets()) {
@@ -59,13 +70,53 @@ void DynamicsEngine::rebuildKernels() {
         parameters_->release(shapePosition(static_cast<int>(i)), kernels_[i]->shape);
     }
     kernels_.clear();
+    windows_.clear();
     kernelPlan_ = std::make_unique<ConvolverPlan>(1 + samplesInMs(limitMs, environment().sampleRate()),
                                                   kConvolverSamples);
     for (int i = 0; i < group.built; ++i) {
         kernels_.push_back(std::make_unique<SmoothingKernel>(environment(), *kernelPlan_));
         bindKernel(i, *kernels_.back());
     }
+    planCourse();
     for (Processor* processor : processors_) processor->rebuildConvolvers();
+    orderLookAhead();
+}
+
+// The lead begins to move when the longer of two kernels is no longer heard by a gain that is delayed as far
+// as it can be. By then a longer hold has passed through what lies between it and the audio, too, and a new
+// detection delay has faded in: the kernel alone takes two fades, and the look-ahead limit is a quarter of
+// one.
+void DynamicsEngine::planCourse() {
+    const double rate = environment().sampleRate();
+    course_.fade = samplesInMs(ConvolverPlan::kFadeMs, rate);
+    course_.turn = samplesInMs(layout_.configuration().lookAheadLimit, rate) + 2 * course_.fade;
+    for (const auto& kernel : kernels_) {
+        course_.turn = std::max(course_.turn, samplesInMs(layout_.configuration().lookAheadLimit, rate) +
+                                                  kernel->replacementSamples());
+    }
+    course_.period = course_.turn + 2 * course_.fade;
+}
+
+void DynamicsEngine::followWiring() {
+    if (orderedWiring_ != matrix_.wiringChanges()) orderLookAhead();
+}
+
+void DynamicsEngine::orderLookAhead() {
+    constexpr ElementKind kind = ElementKind::Vca;
+    orderedWiring_ = matrix_.wiringChanges();
+    lookAheadKnobs_ = 0;
+    for (int i = 0; i < layout_.group(kind).built; ++i) {
+        const std::uint32_t origins =
+            matrix_.originsOf(layout_.targetIndex(kind, i, inputIndex(kind, "Look-ahead")));
+        if (!(origins & kSignalOrigins)) lookAheadKnobs_ |= origins;
+    }
+    for (const auto& window : windows_) window->follow(courseOf(window->target()));
+    for (Processor* processor : processors_) processor->orderLookAhead();
+}
+
+const LookAheadCourse* DynamicsEngine::courseOf(int target) const {
+    const std::uint32_t origins = matrix_.originsOf(target);
+    return !(origins & kSignalOrigins) && (origins & lookAheadKnobs_) ? &course_ : nullptr;
 }
 
 int DynamicsEngine::shapePosition(int convolver) const {
@@ -84,7 +135,10 @@ void DynamicsEngine::bindKernel(int index, SmoothingKernel& kernel) {
     const auto control = [&](int input) -> wave::Producer* {
         return &matrix_.globalTarget(layout_.targetIndex(kind, index, input));
     };
-    kernel.windowSize.setSource(control(inputIndex(kind, "Window Size")));
+    const int window = layout_.targetIndex(kind, index, inputIndex(kind, "Window Size"));
+    windows_.push_back(std::make_unique<StagedControl>(environment(), StagedControl::Window, window,
+                                                       matrix_.globalTarget(window)));
+    kernel.windowSize.setSource(windows_.back().get());
     kernel.smoothing.setSource(control(inputIndex(kind, "Smoothing")));
     kernel.offset.setSource(control(inputIndex(kind, "Offset")));
     kernel.power.setSource(control(inputIndex(kind, "Power")));
@@ -132,6 +186,7 @@ void DynamicsEngine::applyPendingParameters() {
             parameterAt(change.index())->applyValue(change.value());
         }
         matrix_.endUpdate();
+        followWiring();
     }
     // Last, for what the queue holds is older than what it had no room for.
     if (reapplyAll_.load(std::memory_order_relaxed) && reapplyAll_.exchange(false)) applyAllParameters();
@@ -141,6 +196,7 @@ void DynamicsEngine::applyAllParameters() {
     matrix_.beginUpdate();
     for (AbstractPluginParameter* parameter : table_) parameter->applyValue(parameter->value());
     matrix_.endUpdate();
+    followWiring();
 }
 
 }  // namespace vanta

@@ -11,6 +11,7 @@
 #include "foundation/lock_free_fifo.hpp"
 #include "foundation/notify_event.hpp"
 #include "foundation/realtime.hpp"
+#include "limiter/engine/staged_control.hpp"
 #include "limiter/modulation/modulation_matrix.hpp"
 #include "limiter/styles/engine_layout.hpp"
 #include "limiter/styles/style_values.hpp"
@@ -72,6 +73,9 @@ public:
     ModulationMatrix& matrix() const { return matrix_; }
     wave::Environment& environment() const { return matrix_.environment(); }
     AbstractStereoLinker& linker(int detector) const { return *linkers_[static_cast<std::size_t>(detector)]; }
+    /// The course that a control takes part in if the knobs that move look-ahead move it too, and no signal
+    /// does; else null.
+    VANTA_REALTIME const LookAheadCourse* courseOf(int target) const;
     /// Samples of delay of every Convolver.
     int convolverLatency() const { return kernelPlan_->latency(); }
     std::span<const std::unique_ptr<SmoothingKernel>> kernels() const { return kernels_; }
@@ -83,6 +87,9 @@ private:
     void rebuildKernels();
     void onSampleRateChanged(void*);
     void bindKernel(int index, SmoothingKernel& kernel);
+    void planCourse();
+    VANTA_REALTIME void followWiring();
+    VANTA_REALTIME void orderLookAhead();
     int shapePosition(int convolver) const;
 
     const EngineLayout& layout_;
@@ -94,6 +101,10 @@ private:
     std::vector<std::unique_ptr<AbstractStereoLinker>> linkers_;
     std::unique_ptr<ConvolverPlan> kernelPlan_;
     std::vector<std::unique_ptr<SmoothingKernel>> kernels_;
+    std::vector<std::unique_ptr<StagedControl>> windows_;  ///< of the kernels
+    LookAheadCourse course_;
+    std::uint32_t lookAheadKnobs_ = 0;  ///< main controls, as bits of the matrix's origins
+    std::uint32_t orderedWiring_ = 0;   ///< the wiring for which they were looked up
     std::vector<Processor*> processors_;
     std::vector<std::vector<float>> styles_;
 };

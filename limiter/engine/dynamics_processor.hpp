@@ -32,6 +32,8 @@ public:
     /// Around the making of new kernels. Set-up; `rebuildConvolvers` allocates.
     void dropConvolvers() { convolvers_.clear(); }
     void rebuildConvolvers();
+    /// After a change of what look-ahead depends on.
+    VANTA_REALTIME void orderLookAhead() { elements_.orderLookAhead(); }
 
 protected:
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,

@@ -67,6 +67,25 @@ void ElementPool::build(DynamicsEngine& engine, ModulationMatrix::VoiceMatrix& v
     engine.parameters().numActive(kind).attach(std::move(active));
 }
 
+template <ElementKind kind>
+StagedControl& ElementPool::stage(List<StagedControl>& list, const ElementWiring<kind>& wiring,
+                                  StagedControl::Role role, typename ElementWiring<kind>::InputName input) {
+    return add(list, wiring.environment(), role, wiring.target(input), wiring.input(input));
+}
+
+void ElementPool::orderLookAhead() {
+    for (const auto* controls : {&holds_, &delayControls_, &leads_}) {
+        for (const auto& control : *controls) control->follow(engine_.courseOf(control->target()));
+    }
+    for (std::size_t i = 0; i < delays_.size(); ++i) {
+        const LookAheadCourse* course = delayControls_[i]->course();
+        delays_[i]->readType = course ? DelayLine::Overlapped : DelayLine::Interpolated;
+        // The old place counts until the gain has left it.
+        if (course) delays_[i]->setHandover({course->fade, course->turn + course->fade});
+    }
+    for (std::size_t i = 0; i < vcas_.size(); ++i) vcas_[i]->follow(leads_[i]->course());
+}
+
 ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Filter>& wiring) {
     FilterSet& set = add(filters_, wiring.environment());
     set.highPass.source = &wiring.input("Input");
@@ -116,7 +135,7 @@ ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Detector>&
 ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::PeakHold>& wiring) {
     PeakHold& hold = add(peakHolds_, wiring.environment(), wiring.configuration().peakHoldLimit);
     hold.source = &wiring.input("Input");
-    hold.hold.setSource(&wiring.input("Hold"));
+    hold.hold.setSource(&stage(holds_, wiring, StagedControl::Hold, "Hold"));
     wiring.setSource(hold);
     return {&hold};
 }
@@ -174,7 +193,7 @@ ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Operator>&
 ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Delay>& wiring) {
     DelayLine& line = add(delays_, wiring.environment(), wiring.configuration().delayLimit);
     line.source = &wiring.input("Input");
-    line.delay.setSource(&wiring.input("Delay"));
+    line.delay.setSource(&stage(delayControls_, wiring, StagedControl::Delay, "Delay"));
     line.delayInterpretation = DelayLine::Milliseconds;
     wiring.setSource(line);
     return {&line};
@@ -189,7 +208,7 @@ ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Constant>&
 ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Vca>& wiring) {
     DynamicsEngine::VCA& vca = add(vcas_, wiring.environment(), wiring.configuration(), wiring.input("Input"),
                                    wiring.input("Gain Change"));
-    vca.lookAhead.setSource(&wiring.input("Look-ahead"));
+    vca.lookAhead.setSource(&stage(leads_, wiring, StagedControl::Lead, "Look-ahead"));
     engine_.parameters().drive(kLookAheadStagesPosition, vca.numLookAheadStages);
     wiring.drive("Look-ahead Enabled", vca.lookAheadEnabled);
     wiring.drive("Domain", vca.domain);

@@ -14,6 +14,7 @@
 #include "dsp/mixer/mixer.hpp"
 #include "limiter/engine/detector_chain.hpp"
 #include "limiter/engine/element_wiring.hpp"
+#include "limiter/engine/staged_control.hpp"
 #include "limiter/engine/vca.hpp"
 
 namespace vanta {
@@ -34,6 +35,9 @@ public:
     using List = std::vector<std::unique_ptr<Element>>;
 
     ElementPool(DynamicsEngine& engine, ModulationMatrix::VoiceMatrix& voice, int channel);
+
+    /// Puts what look-ahead depends on in its place of the engine's course.
+    VANTA_REALTIME void orderLookAhead();
 
     std::span<const std::unique_ptr<FilterSet>> filters() const { return filters_; }
     std::span<const std::unique_ptr<Capacitor>> capacitors() const { return capacitors_; }
@@ -59,11 +63,16 @@ private:
     Nodes make(const ElementWiring<ElementKind::Constant>& wiring);
     Nodes make(const ElementWiring<ElementKind::Vca>& wiring);
 
+    template <ElementKind kind>
+    StagedControl& stage(List<StagedControl>& list, const ElementWiring<kind>& wiring,
+                         StagedControl::Role role, typename ElementWiring<kind>::InputName input);
+
     DynamicsEngine& engine_;
     int channel_;
     List<FilterSet> filters_;
     List<DetectorChain> detectors_;
     List<PeakHold> peakHolds_;
+    List<StagedControl> holds_;
     List<AveragingFilter> averagingFilters_;
     Capacitor::Style capacitorStyle_;
     List<Capacitor> capacitors_;
@@ -71,7 +80,9 @@ private:
     List<EffectMixer> mixers_;
     List<Mixer> operators_;
     List<DelayLine> delays_;
+    List<StagedControl> delayControls_;
     List<DynamicsEngine::VCA> vcas_;
+    List<StagedControl> leads_;
 };
 
 }  // namespace vanta

@@ -29,9 +29,8 @@ public:
     const DynamicsEngineConfiguration& configuration() const { return engine_.layout().configuration(); }
 
     /// What the slots send to an input.
-    wave::Producer& input(InputName name) const {
-        return voice_.controller(engine_.layout().targetIndex(kind, element_, name.index));
-    }
+    wave::Producer& input(InputName name) const { return voice_.controller(target(name)); }
+    int target(InputName name) const { return engine_.layout().targetIndex(kind, element_, name.index); }
     /// Lets a parameter set a property.
     template <typename Cell>
     void drive(ParameterName name, Cell& cell) const {

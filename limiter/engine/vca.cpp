@@ -103,6 +103,11 @@ void DynamicsEngine::VCA::setConvolverBlock(int samples) {
     updateDelay();
 }
 
+void DynamicsEngine::VCA::follow(const LookAheadCourse* course) {
+    gainDelay_.readType = course ? DelayLine::Switched : DelayLine::Interpolated;
+    if (course) gainDelay_.setHandover({course->fade, 0});
+}
+
 int DynamicsEngine::VCA::delayFor(int convolvers, int smartClippers) const {
     const double rate = environment().sampleRate();
     return samplesInMs(limitMs_, rate) +

@@ -32,6 +32,9 @@ public:
     wave::Producer& gain() { return gainOutput_; }
     /// Samples of latency of one Convolver in the gain path. Set-up.
     void setConvolverBlock(int samples);
+    /// Lets look-ahead move in a course: the gain crossfades from one delay to the next. Without one it
+    /// glides.
+    VANTA_REALTIME void follow(const LookAheadCourse* course);
     /// Samples by which the audio is delayed while look-ahead is on.
     int audioDelaySamples() const;
 

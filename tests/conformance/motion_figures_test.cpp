@@ -8,7 +8,7 @@
 
 #include "foundation/binary_data.hpp"
 #include "foundation/numbers.hpp"
-#include "tests/support/motion.hpp"
+#include "tests/conformance/motion.hpp"
 #include "tests/support/realtime_trap.hpp"
 
 namespace vanta::test {

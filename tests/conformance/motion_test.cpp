@@ -9,7 +9,7 @@
 #include <tuple>
 
 #include "foundation/numbers.hpp"
-#include "tests/support/motion.hpp"
+#include "tests/conformance/motion.hpp"
 
 namespace vanta::test {
 namespace {

@@ -71,7 +71,6 @@ struct EngineRig : DynamicsEngine::StereoLinkerFactory {
     }
     void set(int position, float value) { engine.parameterAt(position)->setValue(value, 0); }
     void run(const std::vector<int>& blocks) {
-        engine.notePendingChanges();
         engine.applyPendingParameters();
         const auto more = runElement(environment, *channel, blocks);
         out.insert(out.end(), more.begin(), more.end());

@@ -7,10 +7,8 @@
 namespace vanta {
 
 void AudioSideChanges::forget() {
-    for (Parameter& parameter : parameters_) {
-        parameter.marks.fetch_and(kTaken);
-        parameter.told.store(kNothing);
-    }
+    // Not what the host was told: its answer may still be on the way, and is as old.
+    for (Parameter& parameter : parameters_) parameter.marks.fetch_and(kTaken);
 }
 
 bool AudioSideChanges::isAnswer(int index, double position) {

@@ -57,7 +57,8 @@ void InProcessHost::setPosition(int index, double position) {
 
 void InProcessHost::valueReported(int index, float value) {
     const double told = hostPosition(*model().parameterAt(index), value);
-    if (positions_[static_cast<std::size_t>(index)].exchange(told) != told) answer(index, told);
+    positions_[static_cast<std::size_t>(index)].store(told);
+    answer(index, told);
 }
 
 void InProcessHost::answer(int index, double position) {

@@ -14,7 +14,7 @@
 namespace vanta::test {
 
 /// A host in our own process, whole but for a window: it keeps a position from 0 to 1 for each parameter and
-/// gives every change back, whoever made it; it automates, plays MIDI, stores sessions and renders blocks.
+/// gives back whatever it is told of; it automates, plays MIDI, stores sessions and renders blocks.
 ///
 /// Its constructing thread is its main thread. Another may be the audio thread.
 class InProcessHost {

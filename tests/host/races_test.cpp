@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <future>
 #include <random>
 #include <thread>
@@ -87,7 +88,10 @@ TEST_P(Races, AHostAnInterfaceAndAControllerAtOnceEndInAgreement) {
         audio.join();
         allHoldInTheEnd(0.0f);
         for (int i = 0; i < session.count(); ++i) {
-            failed += session.model(i).value() != session.audio(i).value();
+            // What a host rounds may stay apart by as much.
+            const double apart = hostPosition(session.model(i), session.model(i).value()) -
+                                 hostPosition(session.audio(i), session.audio(i).value());
+            failed += std::abs(apart) > 2.8e-5;
         }
     }
     EXPECT_EQ(failed, 0);

@@ -110,11 +110,16 @@ void DynamicsEngine::orderLookAhead() {
             matrix_.originsOf(layout_.targetIndex(kind, i, inputIndex(kind, "Look-ahead")));
         if (!(origins & kSignalOrigins)) lookAheadKnobs_ |= origins;
     }
-    for (const auto& window : windows_) window->follow(courseOf(window->target()));
+    course_.lead = nullptr;
     for (Processor* processor : processors_) processor->orderLookAhead();
+    for (const auto& window : windows_) window->follow(courseOf(window->target()));
 }
 
-const LookAheadCourse* DynamicsEngine::courseOf(int target) const {
+void DynamicsEngine::offerLead(const StagedControl& lead) {
+    if (!course_.lead) course_.lead = &lead;
+}
+
+LookAheadCourse* DynamicsEngine::courseOf(int target) {
     const std::uint32_t origins = matrix_.originsOf(target);
     return !(origins & kSignalOrigins) && (origins & lookAheadKnobs_) ? &course_ : nullptr;
 }

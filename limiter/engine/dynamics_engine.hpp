@@ -75,7 +75,9 @@ public:
     AbstractStereoLinker& linker(int detector) const { return *linkers_[static_cast<std::size_t>(detector)]; }
     /// The course that a control takes part in if the knobs that move look-ahead move it too, and no signal
     /// does; else null.
-    VANTA_REALTIME const LookAheadCourse* courseOf(int target) const;
+    VANTA_REALTIME LookAheadCourse* courseOf(int target);
+    /// The first lead that takes part sets the pace.
+    VANTA_REALTIME void offerLead(const StagedControl& lead);
     /// Samples of delay of every Convolver.
     int convolverLatency() const { return kernelPlan_->latency(); }
     std::span<const std::unique_ptr<SmoothingKernel>> kernels() const { return kernels_; }

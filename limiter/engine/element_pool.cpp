@@ -74,7 +74,7 @@ StagedControl& ElementPool::stage(List<StagedControl>& list, const ElementWiring
 }
 
 void ElementPool::orderLookAhead() {
-    for (const auto* controls : {&holds_, &delayControls_, &leads_}) {
+    for (const auto* controls : {&averages_, &holds_, &delayControls_, &leads_}) {
         for (const auto& control : *controls) control->follow(engine_.courseOf(control->target()));
     }
     for (std::size_t i = 0; i < delays_.size(); ++i) {
@@ -83,7 +83,10 @@ void ElementPool::orderLookAhead() {
         // The old place counts until the gain has left it.
         if (course) delays_[i]->setHandover({course->fade, course->turn + course->fade});
     }
-    for (std::size_t i = 0; i < vcas_.size(); ++i) vcas_[i]->follow(leads_[i]->course());
+    for (std::size_t i = 0; i < vcas_.size(); ++i) {
+        vcas_[i]->follow(leads_[i]->course());
+        if (leads_[i]->course()) engine_.offerLead(*leads_[i]);
+    }
 }
 
 ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Filter>& wiring) {
@@ -144,7 +147,7 @@ ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::AveragingF
     AveragingFilter& filter =
         add(averagingFilters_, wiring.environment(), wiring.configuration().averagingLimit);
     filter.source = &wiring.input("Input");
-    filter.window.setSource(&wiring.input("Window Size"));
+    filter.window.setSource(&stage(averages_, wiring, StagedControl::Average, "Window Size"));
     wiring.drive("Power", filter.power);
     wiring.setSource(filter);
     return {&filter};

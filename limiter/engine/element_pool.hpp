@@ -72,6 +72,7 @@ private:
     List<FilterSet> filters_;
     List<DetectorChain> detectors_;
     List<PeakHold> peakHolds_;
+    List<StagedControl> averages_;
     List<StagedControl> holds_;
     List<AveragingFilter> averagingFilters_;
     Capacitor::Style capacitorStyle_;

@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <sstream>
 
-#include "foundation/binary_data.hpp"
 #include "foundation/numbers.hpp"
 #include "tests/conformance/motion.hpp"
 #include "tests/support/realtime_trap.hpp"
@@ -15,7 +13,6 @@ namespace vanta::test {
 namespace {
 
 constexpr double kRate = 44100.0;
-constexpr ChannelLayout k51 = 6;
 constexpr float kGainDb = 12.0f;
 const double kMakeup = gainFromDb(double{kGainDb} - 0.001);
 
@@ -46,52 +43,6 @@ TEST_P(InMotion, UnityGainNeverLetsOutMoreThanCameIn) {
         const double above = db(peak(playChanging(rig, in, {{atMs(400.0), {"Gain", 30.0f - from}}}))) + 26.0;
         figure(of(fmt::format("Unity Gain, Gain {} to {}", from, 30.0f - from)), above, "dB above the input");
         EXPECT_LT(above, 0.01);
-    }
-}
-
-/// The largest step of any channel's gain while one channel is loud and a setting changes.
-double gainStep(Style style, ChannelLayout layout, std::size_t loud, const std::vector<Value>& settings,
-                const Change& change, double fromMs) {
-    Channels in = tone(441.0, 500.0, 0.05, static_cast<std::size_t>(channelCount(layout)));
-    in[loud] = sine(130.0, kRate, in[0].size());
-    LimiterRig rig({.style = style, .gainDb = kGainDb, .layout = layout, .further = with(settings)});
-    Channels gains(in.size());
-    playChanging(rig, in, {change}, {}, [&](std::size_t count) {
-        for (std::size_t c = 0; c < in.size(); ++c) {
-            append(rig.limiter().channel(static_cast<int>(c)).totalGain(), count, gains[c]);
-        }
-    });
-    double largest = 0.0;
-    for (const Signal& gain : gains) largest = std::max(largest, largestStep(gain, atMs(fromMs)));
-    return largest;
-}
-
-TEST_P(InMotion, LinksDoNotStepTheGain) {
-    const struct {
-        std::string_view moved;
-        float to, transients;
-        ChannelLayout layout;
-        std::size_t loud;
-    } cases[] = {{"Channel Link Transients", 1.0f, 0.0f, k51, 0},
-                 {"Channel Link Transients", 0.5f, 0.0f, kStereoLayout, 0},
-                 {"Channel Link Center", 1.0f, 0.5f, k51, 4},
-                 {"Channel Link LFE", 1.0f, 1.0f, k51, 0}};
-    for (const auto& [moved, to, transients, layout, loud] : cases) {
-        const auto stepOf = [&, name = moved, link = transients, where = layout, who = loud](
-                                float first, float last, double ms, double fromMs) {
-            return gainStep(GetParam(), where, who,
-                            {{"Channel Link Release", 0}, {"Channel Link Transients", link}, {name, first}},
-                            {atMs(ms), {name, last}}, fromMs);
-        };
-        // With the onset of the tone, for a channel that joins another one hears an onset.
-        const double rest = std::max(stepOf(0.0f, 0.0f, 0.0, 0.0), stepOf(to, to, 0.0, 0.0));
-        double step = 0.0;
-        for (double ms = 320.0; ms < 329.0; ms += 0.7) {
-            step = std::max({step, stepOf(0.0f, to, ms, 300.0), stepOf(to, 0.0f, ms, 300.0)});
-        }
-        figure(of(fmt::format("{} to {}, {} channels", moved, to, channelCount(layout))), step,
-               fmt::format("of gain, largest step (at rest {:.4f})", rest).c_str());
-        EXPECT_LT(step, 1.1 * rest) << moved;
     }
 }
 
@@ -135,22 +86,6 @@ TEST_P(InMotion, LookaheadLoweredLetsNothingThroughWhateverTheBlockSize) {
     EXPECT_LT(apart, -110.0);
     // Nothing passes the engine's ceiling; what is left is how the release has gone on meanwhile.
     EXPECT_LT(db(louder), -60.0);
-}
-
-TEST_P(InMotion, SwitchesInsideALargeBlockSoundAsInSmallOnes) {
-    const Channels in(2, whiteNoise(1, 40000, 0.8)),
-        side = {whiteNoise(3, 40000, 0.9), whiteNoise(4, 40000, 0.2)};
-    for (const std::string_view name : {"Bypass", "Side Chain Triggering"}) {
-        const int p = indexOf(name);
-        const Move moves[] = {{4096, p, 127}, {12288, p, 0}, {12692, p, 127}, {24586, p, 0}};
-        const LimiterSetup setup{.style = GetParam(), .gainDb = kGainDb, .further = with({})};
-        const Channels small = playMoving(setup, in, moves, std::array{64}, side),
-                       large = playMoving(setup, in, moves, std::array{8192}, side);
-        int differ = 0;
-        for (std::size_t i = 0; i < in[0].size(); ++i) differ += small[0][i] != large[0][i];
-        figure(of(fmt::format("{} switched inside of 8192", name)), differ, "samples differ");
-        EXPECT_EQ(differ, 0) << name;
-    }
 }
 
 /// `signal` at `place`, between its samples by a cubic through four of them.
@@ -210,8 +145,8 @@ TEST(GainInMotion, IsShownWhenItIsHeard) {
             const std::string at = fmt::format("Gain shown, {} Hz {}x", rate, 1 << index);
             figure(at, early, fmt::format("samples early, {:.1f} dB left", asItIs).c_str());
             // The smallest gain of each group is shown, which of a falling one is the last.
-            EXPECT_LE(std::abs(early), 0.5) << at;
-            EXPECT_LT(asItIs, index == 0 ? -110.0 : -48.0) << at;
+            EXPECT_LE(std::abs(early), 0.25) << at;
+            EXPECT_LT(asItIs, index == 0 ? -110.0 : -52.0) << at;
         }
     }
 }
@@ -285,59 +220,6 @@ TEST_P(InMotion, ASideChainSwitchedBackWithinItsFadeTurnsRoundWhereItStands) {
         EXPECT_GT(*std::ranges::min_element(on), 0.95 * 0.251 / (0.05 * 0.75 + 0.25));
         EXPECT_LT(step, 0.01);
     }
-}
-
-double reading(LimiterRig& rig, int source, wave::LevelSource::Info info) {
-    return static_cast<double>(rig.limiter().levels()[static_cast<std::size_t>(source)]->value(info));
-}
-
-TEST(MetersInMotion, TruePeakMeteringSwitchedOnInventsNoOver) {
-    double worst = -400.0;
-    for (std::size_t at = 20000; at < 20090; at += 3) {
-        LimiterRig rig({.style = Style::Transparent, .further = with({{"True Peak Metering", 0}})});
-        playChanging(rig, tone(997.0, 700.0, gainFromDb(-0.45)), {{at, {"True Peak Metering", 1}}});
-        worst = std::max(
-            worst, reading(rig, levelPosition(0, ChannelLevel::OutputPeak), wave::LevelSource::Extreme));
-    }
-    figure("True Peak Metering switched on, a tone at -0.45 dB shows", worst, "dB");
-    EXPECT_LT(worst, -0.40);
-}
-
-TEST(MetersInMotion, TheIntegratedLoudnessGoesOn) {
-    LimiterRig rig({.style = Style::Transparent});
-    const auto loudness = [&] {
-        return reading(rig, static_cast<int>(ProgrammeLevel::Integrated), wave::LevelSource::Current);
-    };
-    for (const Value& change :
-         {Value{"Style", 7}, {"True Peak Limiting", 1}, {"Oversampling", 1}, {"Bypass", 1}, {"Bypass", 0}}) {
-        rig.process(tone(997.0, 4000.0, 0.1));
-        const double before = loudness();
-        set(rig.limiter(), change);
-        rig.process(tone(997.0, 300.0, 0.1));
-        figure(fmt::format("Integrated loudness after {} {}", change.name, change.value), loudness() - before,
-               "LU");
-        EXPECT_NEAR(loudness(), before, 0.15) << change.name;
-    }
-}
-
-TEST(MetersInMotion, TheDisplayKeepsUpWithGrowingBlocks) {
-    LimiterRig rig({.style = Style::Transparent});
-    const auto samplesRead = [&](std::size_t samples, std::initializer_list<int> blocks) {
-        rig.process(Channels(2, Signal(samples, 0.1f)), std::span<const int>(blocks.begin(), blocks.size()));
-        std::stringstream stream;
-        BinaryDataWriter writer(stream);
-        rig.limiter().writeVisualData(writer);
-        BinaryDataReader reader(stream);
-        reader.readInt();  // channels
-        const int frames = reader.readInt();
-        return frames * reader.readInt();
-    };
-    for (int i = 0; i < 4; ++i) samplesRead(1024, {64});
-    for (int i = 0; i < 4; ++i) samplesRead(16448, {16384, 64});
-    int delivered = 0;
-    for (int i = 0; i < 8; ++i) delivered += samplesRead(16448, {16384, 64});
-    figure("Display audio after blocks grew from 64 to 16384", delivered / (8.0 * 164.48), "% delivered");
-    EXPECT_GE(delivered, 8 * 16384);
 }
 
 }  // namespace

@@ -31,8 +31,9 @@ Convolver::Convolver(wave::Environment& owner, Kernel& kernel)
 void Convolver::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples, int) {
     kernel_.updateInTick(samples);
     const std::int64_t position = environment().position();
-    if (expectedPosition_ != position || position == environment().resetPosition()) restart(position);
-    expectedPosition_ = position + samples;
+    if (!stream_.follows(environment(), samples) || position == environment().resetPosition()) {
+        restart(position);
+    }
     std::int64_t time = position - origin_;
     const bool rest = atRest(in, samples);
     if (!rest && resting_) wake(time);

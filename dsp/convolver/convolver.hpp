@@ -8,6 +8,7 @@
 #include "dsp/convolver/direct_fir.hpp"
 #include "wave/delay.hpp"
 #include "wave/producer.hpp"
+#include "wave/stream_watch.hpp"
 
 namespace vanta {
 
@@ -48,7 +49,7 @@ private:
     wave::BasicBlock<float> delayed_;
     wave::BasicBlock<float> fade_;
     KernelTransition transition_;
-    std::int64_t expectedPosition_ = -1;
+    wave::StreamWatch stream_;
     std::int64_t origin_ = 0;  ///< the stream position of the last restart
     int restSamples_ = 0;      ///< how long an input must be constant until nothing else is remembered
     float heldValue_ = 0.0f;

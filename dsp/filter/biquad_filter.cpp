@@ -15,10 +15,7 @@ void BiquadFilter::reset() {
 
 void BiquadFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                            int) {
-    // Nobody pulled in the meantime: what the filter remembers does not belong to the stream that comes.
-    const std::int64_t position = environment().position();
-    if (position != expectedPosition_) processor.restart();
-    expectedPosition_ = position + samples;
+    if (!stream_.follows(environment(), samples)) processor.restart();
     if (processor.off()) {
         processor.restart();
         publishInput();

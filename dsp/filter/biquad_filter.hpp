@@ -3,6 +3,7 @@
 #include "dsp/filter/biquad_processor.hpp"
 #include "foundation/property.hpp"
 #include "wave/producer.hpp"
+#include "wave/stream_watch.hpp"
 
 namespace vanta {
 
@@ -29,7 +30,7 @@ protected:
     void propertyChanged(AbstractProperty& property) override;
 
 private:
-    std::int64_t expectedPosition_ = 0;
+    wave::StreamWatch stream_;
 };
 
 }  // namespace vanta

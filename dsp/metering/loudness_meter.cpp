@@ -137,9 +137,7 @@ void LoudnessMeter::produce(wave::BasicBlock<float>*, int samples, int) {
 
 // What a path that was at rest puts out until its signal comes is no silence of the programme.
 bool LoudnessMeter::isWarmingUp(int samples) {
-    const std::int64_t position = environment().position();
-    if (position != expectedPosition_) warmUpLeft_ = warmUpSamples;
-    expectedPosition_ = position + samples;
+    if (!stream_.follows(environment(), samples)) warmUpLeft_ = warmUpSamples;
     if (warmUpLeft_ <= 0) return false;
     warmUpLeft_ -= samples;
     return true;

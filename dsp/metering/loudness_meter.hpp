@@ -13,6 +13,7 @@
 #include "foundation/channel_layout.hpp"
 #include "foundation/interval_timer.hpp"
 #include "wave/level_source.hpp"
+#include "wave/stream_watch.hpp"
 
 namespace vanta {
 
@@ -78,7 +79,7 @@ private:
     std::array<std::unique_ptr<LoudnessSource>, SourceCount> sources_;
     bool waiting_ = true;  ///< for the first sound
     int warmUpLeft_ = 0;
-    std::int64_t expectedPosition_ = 0;
+    wave::StreamWatch stream_;
     std::atomic<bool> newData_{false};  ///< a block was measured since the last read
     std::atomic<bool> resetRequested_{false};
     std::atomic<bool> measuring_{true};  ///< `enabled`, for the reader

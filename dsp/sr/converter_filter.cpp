@@ -13,11 +13,8 @@ void ConverterFilterBase::convert(const wave::BasicBlock<float>& in, wave::Basic
     if (!converter_->convert(in.data(), out->data(), count)) publishInput();
 }
 
-// Nobody pulled in the meantime: what the filter remembers does not belong to the stream that comes.
 void ConverterFilterBase::noteBlock(int samples) {
-    const std::int64_t position = environment().position();
-    if (position != expectedPosition_) converter_->reset();
-    expectedPosition_ = position + samples;
+    if (!stream_.follows(environment(), samples)) converter_->reset();
 }
 
 void InterpolatorFilterBase::produce(wave::BasicBlock<float>* block, int samples, int flags) {

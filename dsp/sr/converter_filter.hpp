@@ -3,6 +3,7 @@
 #include "dsp/sr/converter_style_base.hpp"
 #include "dsp/sr/skip_decimator.hpp"
 #include "wave/producer.hpp"
+#include "wave/stream_watch.hpp"
 
 namespace vanta::sr {
 
@@ -27,7 +28,7 @@ protected:
 private:
     ConverterStyleBase& style_;
     std::unique_ptr<ConverterBase> converter_;
-    std::int64_t expectedPosition_ = 0;
+    wave::StreamWatch stream_;
 };
 
 /// Pulls its source for one sample in `factor` samples of its own.

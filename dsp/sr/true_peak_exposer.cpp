@@ -42,14 +42,10 @@ void TruePeakExposer::reset() {
     warmUpLeft_ = 0;
 }
 
-// What came before a pause does not belong to the stream that comes.
 void TruePeakExposer::noteBlock(int samples) {
-    const std::int64_t position = environment().position();
-    if (position != expectedPosition_) {
-        reset();
-        if (warmUpSamples > 0) warmUpLeft_ = warmUpSamples + style_.reach();
-    }
-    expectedPosition_ = position + samples;
+    if (stream_.follows(environment(), samples)) return;
+    reset();
+    if (warmUpSamples > 0) warmUpLeft_ = warmUpSamples + style_.reach();
 }
 
 void TruePeakExposer::remember(const float* in, int samples) {

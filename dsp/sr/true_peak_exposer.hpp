@@ -5,6 +5,7 @@
 #include "dsp/sr/converter_style.hpp"
 #include "dsp/sr/interpolator.hpp"
 #include "dsp/sr/skip_decimator.hpp"
+#include "wave/stream_watch.hpp"
 
 namespace vanta::sr {
 
@@ -62,7 +63,7 @@ private:
     std::vector<float> history_;  ///< the newest input, as far as the filters reach, oldest first
     bool running_ = true;         ///< the filters hold what came last
     int warmUpLeft_ = 0;
-    std::int64_t expectedPosition_ = 0;
+    wave::StreamWatch stream_;
 };
 
 }  // namespace vanta::sr

@@ -33,17 +33,16 @@ StagedControl::StagedControl(wave::Environment& owner, Role role, int target, wa
 }
 
 void StagedControl::follow(LookAheadCourse* course) {
-    if (course != course_) expectedPosition_ = -1;
+    if (course != course_) stream_.forget();
     course_ = course;
 }
 
 void StagedControl::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                             int) {
     const std::int64_t position = environment().position();
-    if (expectedPosition_ != position || position == environment().resetPosition()) {
+    if (!stream_.follows(environment(), samples) || position == environment().resetPosition()) {
         old_ = new_ = window_ = in[0];
     }
-    expectedPosition_ = position + samples;
     const bool arrived = old_ == new_ && window_ == new_;
     if (!course_ || (source->isConstant() && in[0] == new_ && arrived)) {
         publishInput();

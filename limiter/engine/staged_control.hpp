@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "wave/producer.hpp"
+#include "wave/stream_watch.hpp"
 
 namespace vanta {
 
@@ -66,7 +67,7 @@ private:
     Role role_;
     int target_;
     LookAheadCourse* course_ = nullptr;
-    std::int64_t expectedPosition_ = -1;
+    wave::StreamWatch stream_;
     float old_ = 0.0f;
     float new_ = 0.0f;
     float window_ = 0.0f;  ///< the shorter one of the course before

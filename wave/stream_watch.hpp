@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/realtime.hpp"
+#include "wave/environment.hpp"
+
+namespace vanta::wave {
+
+/// Notices when blocks were missed: nobody pulled in the meantime, and what a node remembers does not belong
+/// to the stream that comes.
+class StreamWatch {
+public:
+    /// Whether the block that begins now follows the last one. Once a block.
+    VANTA_REALTIME bool follows(const Environment& environment, int samples) {
+        const bool followed = environment.position() == expected_;
+        expected_ = environment.position() + samples;
+        return followed;
+    }
+    /// The next block follows nothing.
+    void forget() { expected_ = -1; }
+
+private:
+    std::int64_t expected_ = 0;
+};
+
+}  // namespace vanta::wave

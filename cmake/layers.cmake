@@ -69,6 +69,8 @@ vanta_layer(limiter/factory SEES foundation plugin/presets)
 
 vanta_layer(host/unified SEES foundation plugin/parameters plugin/processor plugin/model limiter/processor
             limiter/model limiter/factory)
+vanta_layer(host/common SEES foundation plugin/base plugin/parameters plugin/midi plugin/processor plugin/model
+            limiter/parameters host/unified)
 vanta_layer(host/offline SEES foundation wave dsp/dither plugin/base plugin/parameters limiter/parameters
             limiter/processor)
 
@@ -93,7 +95,7 @@ set(plugin_rooms plugin/base plugin/parameters plugin/presets plugin/settings pl
     plugin/processor plugin/model)
 set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/clippers limiter/parameters
     limiter/latency limiter/engine limiter/processor limiter/model limiter/factory)
-set(host_rooms host/unified host/offline)
+set(host_rooms host/unified host/common host/offline)
 set(file_rooms audiofile measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/processor)

@@ -20,6 +20,12 @@ public:
 
     VANTA_REALTIME void set(int bit) { word(bit).fetch_or(mask(bit)); }
     VANTA_REALTIME bool test(int bit) const { return (word(bit).load() & mask(bit)) != 0; }
+    VANTA_REALTIME bool any() const {
+        for (std::size_t i = 0; i < words_; ++i) {
+            if (bits_[i].load() != 0) return true;
+        }
+        return false;
+    }
     /// Whether there was any.
     bool clear() {
         std::uint64_t any = 0;

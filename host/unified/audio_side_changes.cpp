@@ -1,10 +1,15 @@
 #include "host/unified/audio_side_changes.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include "foundation/numbers.hpp"
 
 namespace vanta {
+
+bool AudioSideChanges::isAnyWaiting() const {
+    return std::ranges::any_of(parameters_, [](const Parameter& each) { return each.marks.load() != 0; });
+}
 
 void AudioSideChanges::forget() {
     // Not what the host was told: its answer may still be on the way, and is as old.

@@ -21,6 +21,10 @@ public:
     VANTA_REALTIME void markForModelAndHost(int index) { at(index).marks.fetch_or(kForModel | kForHost); }
     /// Whether a change waits or is being delivered.
     bool isWaiting(int index) const { return at(index).marks.load() != 0; }
+    VANTA_REALTIME bool isAnyWaiting() const;
+    /// Whether a host's position only answers what it was told. The processor has had it and may have
+    /// moved on since: to take it would move a controller back. Any other position ends this.
+    VANTA_REALTIME bool isAnswer(int index, double position);
 
     // Any thread but the audio thread.
 
@@ -29,9 +33,6 @@ public:
     /// The host is about to be told a position that the processor has: to hear it again says nothing.
     void setTold(int index, double position) { at(index).told.store(position); }
     void clearTold(int index) { setTold(index, kNothing); }
-    /// Whether a host's position only answers what it was told. The processor has had it and may have
-    /// moved on since: to take it would move a controller back. Any other position ends this.
-    bool isAnswer(int index, double position);
 
     // Owner thread.
 

@@ -102,18 +102,25 @@ void UnifiedPluginAdapter::takeFromHost(int index, float value, bool modelHasIt)
     deliverAgainIfApart(index, hostPosition(parameter, parameter.value()));
 }
 
+bool UnifiedPluginAdapter::isApart(const GenericPluginBase& side, int index, double position) const {
+    const AbstractPluginParameter& parameter = *side.parameterAt(index);
+    return std::abs(hostPosition(parameter, parameter.value()) - position) > kHostRounding;
+}
+
 /// Of several threads at one parameter each may have been the last somewhere.
 void UnifiedPluginAdapter::deliverAgainIfApart(int index, double position) {
-    const AbstractPluginParameter& parameter = *processor_->parameterAt(index);
-    const double distance = std::abs(hostPosition(parameter, parameter.value()) - position);
-    if (distance > kHostRounding) audioSide_->markForModelAndHost(index);
+    if (isApart(*processor_, index, position)) audioSide_->markForModelAndHost(index);
 }
 
 void UnifiedPluginAdapter::hostValueChangedInBlock(int index, double value) {
     if (!isParameter(index)) return;
     AbstractPluginParameter& parameter = *processor_->parameterAt(index);
-    parameter.setValue(fromHostValue(parameter, value), kFromHost);
-    audioSide_->markForModel(index);
+    const float own = fromHostValue(parameter, value);
+    const double position = hostPosition(parameter, own);
+    if (std::isnan(position) || audioSide_->isAnswer(index, position)) return;
+    parameter.setValue(own, kFromHost);
+    // The model keeps the value that it has sent itself, to the last bit.
+    if (isApart(*model_, index, position)) audioSide_->markForModel(index);
 }
 
 bool UnifiedPluginAdapter::receivesMidi() const {
@@ -227,6 +234,10 @@ void UnifiedPluginAdapter::midiLearnHappened(int controller) {
 
 void UnifiedPluginAdapter::parameterWasSet(int index) {
     audioSide_->markForModelAndHost(index);
+}
+
+bool UnifiedPluginAdapter::hasWork() const {
+    return audioSide_->isAnyWaiting() || model_->eventQueue().isDue();
 }
 
 int UnifiedPluginAdapter::pumpEvents() {

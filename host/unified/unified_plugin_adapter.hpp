@@ -66,6 +66,8 @@ public:
 
     // Owner thread.
 
+    /// Whether anything waits. Any thread.
+    VANTA_REALTIME bool hasWork() const;
     /// Does what waits for this thread. Nothing on any other. The result is the number of things done.
     int pumpEvents();
     /// The same for a thread that serves all instances: it is owner while no interface is open.
@@ -79,7 +81,8 @@ public:
 
     // Audio thread. Neither waits nor allocates.
 
-    /// A change that a host delivers with a block. The model follows when the owner thread pumps.
+    /// A change that a host delivers with a block, or its answer to what it was told. The model follows when
+    /// the owner thread pumps.
     VANTA_REALTIME void hostValueChangedInBlock(int index, double value);
     /// For sample `offset` of the next block; dropped while Receive Midi is off. False: the queue is full.
     VANTA_REALTIME bool queueMidi(int offset, const MidiMessage& message);
@@ -109,6 +112,7 @@ private:
     float takeFromProcessor(int index);
     void takeAllThatWaits();
     void tell(int index, float value);
+    bool isApart(const GenericPluginBase& side, int index, double position) const;
     void deliverAgainIfApart(int index, double position);
     void transferLevels();
     int deliverAudioSideChanges();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -74,9 +75,16 @@ consteval ParameterValues switchValues(std::string_view labels, std::string_view
 /// What a parameter is to the plug-in itself.
 enum class ParameterRole { None, Bypass, ReceiveMidi };
 
+/// Where lists of parameters show it.
+enum class ParameterGroup { Limiting, ChannelLinking, Output, Monitoring, Loudness, Interface };
+
+inline constexpr auto kParameterGroupNames = std::to_array<std::string_view>(
+    {"Limiting", "Channel Linking", "Output", "Monitoring", "Loudness", "Interface"});
+
 /// Everything about a parameter except what it does.
 struct ParameterRow {
     std::string_view name;
+    ParameterGroup group;
     ParameterValues values;
     std::string_view
         summary;  ///< a few words for lists, options and generic host displays, without the range

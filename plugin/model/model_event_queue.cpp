@@ -22,6 +22,11 @@ void ModelEventQueue::mark(const ProgramRequested& request) {
     while (!programs_.push(item)) programs_.pop(oldest);
 }
 
+bool ModelEventQueue::isDue() const {
+    return latency_.load() || allParameters_.load() || parameters_.any() || presetName_.load() ||
+           controllerMap_.load() || movedController_.load() != kNoController || programs_.sizeEstimate() > 0;
+}
+
 int ModelEventQueue::deliver(const std::function<void(const ModelEvent&)>& handle) {
     int count = 0;
     const auto raise = [&](const ModelEvent& event) {

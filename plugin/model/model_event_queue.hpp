@@ -41,6 +41,8 @@ public:
 
     /// Any thread, the audio thread included. Neither waits nor allocates.
     VANTA_REALTIME void post(const ModelEvent& event);
+    /// Whether anything is due.
+    VANTA_REALTIME bool isDue() const;
     /// Calls `handle` for all that is due: latency, parameters, preset name, controller map, controller,
     /// programs. One thread at a time; `handle` may deliver again, as a modal dialog does. The result is the
     /// number of events.

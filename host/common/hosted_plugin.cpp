@@ -1,0 +1,233 @@
+#include "host/common/hosted_plugin.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "foundation/numbers.hpp"
+#include "host/unified/host_position.hpp"
+
+namespace vanta {
+
+/// Keeps what the host knows, so that it only hears of what is new.
+class HostedPlugin::Instance final : public UnifiedPluginAdapter {
+public:
+    Instance(HostedPlugin& owner, ChannelLayout layout)
+        : UnifiedPluginAdapter(RoundTrip::ByUs), owner_(owner) {
+        create(layout);
+        known_ = std::vector<std::atomic<double>>(static_cast<std::size_t>(model().parameterCount()));
+        setAllKnown();
+    }
+
+    bool has(int index) const { return index >= 0 && index < static_cast<int>(known_.size()); }
+    void setKnown(int index, double position) { known_[static_cast<std::size_t>(index)].store(position); }
+    void setAllKnown() {
+        for (int i = 0; i < static_cast<int>(known_.size()); ++i) {
+            const AbstractPluginParameter& parameter = *model().parameterAt(i);
+            setKnown(i, hostPosition(parameter, parameter.value()));
+        }
+    }
+
+    bool restore(std::span<const std::byte> bytes) {
+        // Who restores reads everything anew: nothing of it is an edit.
+        restores_.fetch_add(1);
+        const bool restored = restoreState(bytes);
+        if (restored) setAllKnown();
+        restores_.fetch_sub(1);
+        if (restored) restored_.store(true);
+        return restored;
+    }
+    bool takeRestored() { return restored_.exchange(false); }
+
+    void reportLatency() override { owner_.host_.latencyChanged(); }
+    void presetNameChanged() override { owner_.host_.stateChanged(); }
+    void reportParameter(int index, float value) override {
+        const double position = hostPosition(*model().parameterAt(index), value);
+        std::atomic<double>& known = known_[static_cast<std::size_t>(index)];
+        if (std::abs(known.exchange(position) - position) <= static_cast<double>(kEqualWithin)) return;
+        if (restores_.load() == 0) owner_.host_.parameterEdited(index, HostCallbacks::Edit::Value, value);
+    }
+    void parameterUpdated(int index) override {
+        const bool all = index == GenericPlugin::kAllParameters;
+        if (all) owner_.host_.beginEdits();
+        UnifiedPluginAdapter::parameterUpdated(index);
+        if (all) owner_.host_.endEdits();
+    }
+
+private:
+    HostedPlugin& owner_;
+    std::vector<std::atomic<double>> known_;  ///< positions
+    std::atomic<int> restores_{0};            ///< under way
+    std::atomic<bool> restored_{false};
+};
+
+HostedPlugin::HostedPlugin(HostCallbacks& host, ChannelLayout layout)
+    : host_(host), scratch_(static_cast<std::size_t>(kScratchSamples)) {
+    build(layout);
+}
+
+HostedPlugin::~HostedPlugin() = default;
+
+void HostedPlugin::build(ChannelLayout layout) {
+    auto built = std::make_unique<Instance>(*this, layout);
+    thread_.reset();
+    instance_ = std::move(built);
+    if (pumpedByThread_) thread_.emplace(*instance_);
+}
+
+GenericPlugin& HostedPlugin::model() const {
+    return instance_->model();
+}
+
+GenericPluginProcessor& HostedPlugin::processor() const {
+    return instance_->processor();
+}
+
+// Set-up
+
+void HostedPlugin::setLayout(ChannelLayout wanted) {
+    if (checkedLayout(wanted) == layout()) return;
+    const std::vector<std::byte> state = saveState();
+    const auto rate = model().sampleRate();
+    build(wanted);
+    instance_->prepare(rate);
+    instance_->restore(state);
+    // The host has said nothing and has nothing to read anew.
+    instance_->takeRestored();
+}
+
+bool HostedPlugin::activate(double sampleRate, int largestBlock) {
+    if (!(sampleRate >= kLowestRate && sampleRate <= kHighestRate)) return false;
+    instance_->prepare(static_cast<float>(sampleRate), std::max(largestBlock, 0));
+    instance_->deliverBeforeRender();
+    processor().reset();
+    return true;
+}
+
+// The main thread
+
+void HostedPlugin::pump() {
+    pumpRequested_.store(false);
+    if (instance_->takeRestored()) host_.stateRestored();
+    instance_->claimAndPump();
+}
+
+void HostedPlugin::pumpByThread() {
+    if (pumpedByThread_) return;
+    pumpedByThread_ = true;
+    thread_.emplace(*instance_);
+}
+
+void HostedPlugin::requestPump() {
+    if (pumpedByThread_ || !instance_->hasWork()) return;
+    if (!pumpRequested_.exchange(true)) host_.pumpRequested();
+}
+
+// Any thread of the host
+
+void HostedPlugin::hostPositionChanged(int index, double position) {
+    if (!instance_->has(index) || std::isnan(position)) return;
+    instance_->setKnown(index, position);
+    instance_->hostPositionChanged(index, position);
+    requestPump();
+}
+
+void HostedPlugin::hostValueChanged(int index, double value) {
+    if (!instance_->has(index)) return;
+    const AbstractPluginParameter& parameter = *model().parameterAt(index);
+    hostPositionChanged(index, hostPosition(parameter, fromHostValue(parameter, value)));
+}
+
+std::vector<std::byte> HostedPlugin::saveState() {
+    return instance_->saveState();
+}
+
+bool HostedPlugin::restoreState(std::span<const std::byte> bytes) {
+    if (!instance_->restore(bytes)) return false;
+    requestPump();
+    return true;
+}
+
+double HostedPlugin::position(int index) const {
+    const AbstractPluginParameter& parameter = *model().parameterAt(index);
+    return hostPosition(parameter, parameter.value());
+}
+
+std::string HostedPlugin::text(int index, double value) const {
+    const AbstractPluginParameter& parameter = *model().parameterAt(index);
+    const float own = fromHostValue(parameter, std::isnan(value) ? 0.0 : value);
+    return parameter.text(std::clamp(own, parameter.minimum(), parameter.maximum()));
+}
+
+std::optional<double> HostedPlugin::parse(int index, const std::string& text) const {
+    float value = 0.0f;
+    if (!model().parameterAt(index)->parseText(text, &value)) return {};
+    return static_cast<double>(value);
+}
+
+// Audio
+
+void HostedPlugin::take(const HostEvent& event) {
+    if (event.kind == HostEvent::Kind::Midi) {
+        instance_->queueMidi(0, event.midi);
+    } else if (instance_->has(event.index) && !std::isnan(event.value)) {
+        const AbstractPluginParameter& parameter = *model().parameterAt(event.index);
+        instance_->setKnown(event.index, hostPosition(parameter, fromHostValue(parameter, event.value)));
+        instance_->hostValueChangedInBlock(event.index, event.value);
+    }
+}
+
+void HostedPlugin::point(const HostBlock& block, int begin) {
+    const auto channels = static_cast<std::size_t>(channelCount());
+    const auto at = [&](auto buffers, std::size_t i) {
+        return i < buffers.size() && buffers[i] ? buffers[i] + begin : nullptr;
+    };
+    usesScratch_ = false;
+    for (std::size_t i = 0; i < channels; ++i) {
+        inputs_[i] = at(block.inputs, i);
+        outputs_[i] = at(block.outputs, i);
+        if (outputs_[i]) continue;
+        outputs_[i] = scratch_.data();
+        usesScratch_ = true;
+    }
+    const std::size_t sides = std::min(block.sideChain.size(), channels);
+    for (std::size_t i = 0; i < sides; ++i) inputs_[channels + i] = at(block.sideChain, i);
+    inputCount_ = static_cast<int>(channels + sides);
+    processor().setSideChainInUse(sides > 0);
+}
+
+void HostedPlugin::run(const HostBlock& block, int begin, int end) {
+    const HostTransport& transport = block.transport;
+    const double beatsPerSample = transport.isRolling ? transport.tempo / 60.0 / sampleRate() : 0.0;
+    do {
+        point(block, begin);
+        const int length = usesScratch_ ? std::min(end - begin, kScratchSamples) : end - begin;
+        processor().updateTransport(static_cast<float>(transport.tempo),
+                                    static_cast<float>(transport.beats + begin * beatsPerSample));
+        processor().processBlock(inputs_.data(), inputCount_, outputs_.data(), channelCount(), length);
+        begin += length;
+    } while (begin < end);
+}
+
+void HostedPlugin::process(const HostBlock& block, HostEventSource& events) {
+    HostEvent event;
+    bool pending = events.next(event);
+    int position = 0;
+    do {
+        while (pending && (event.offset <= position || position >= block.samples)) {
+            take(event);
+            pending = events.next(event);
+        }
+        const int end = pending ? std::min(event.offset, block.samples) : block.samples;
+        run(block, position, end);
+        position = end;
+    } while (position < block.samples);
+    // What the host has placed at the end belongs to the next block's start.
+    for (; pending; pending = events.next(event)) take(event);
+    requestPump();
+}
+
+void HostedPlugin::reset() {
+    processor().reset();
+}
+
+}  // namespace vanta

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "host/common/host_block.hpp"
+#include "host/common/host_callbacks.hpp"
+#include "host/unified/event_pump.hpp"
+#include "host/unified/unified_plugin_adapter.hpp"
+
+namespace vanta {
+
+/// One instance of the limiter, as all plug-in formats see it: buses, events, values, states and latency
+/// without the words of any format.
+///
+/// The host's main thread is the one that makes it, sets it up and pumps.
+class HostedPlugin {
+public:
+    /// Of `activate`, in Hz.
+    static constexpr double kLowestRate = 8000.0;
+    static constexpr double kHighestRate = 768000.0;
+
+    HostedPlugin(HostCallbacks& host, ChannelLayout layout);
+    ~HostedPlugin();
+    HostedPlugin(const HostedPlugin&) = delete;
+    HostedPlugin& operator=(const HostedPlugin&) = delete;
+
+    GenericPlugin& model() const;
+    GenericPluginProcessor& processor() const;
+    ChannelLayout layout() const { return model().channelLayout; }
+    int channelCount() const { return vanta::channelCount(layout()); }
+
+    // Set-up, on the main thread while no block runs.
+
+    /// Rebuilds the instance for another layout; values, preset and compare slots stay.
+    void setLayout(ChannelLayout layout);
+    /// Makes ready for a sample rate and for blocks of at most `largestBlock` samples, 0 if the host does not
+    /// say. Longer ones are taken all the same. The audio side starts with what the model shows, so that an
+    /// offline render needs nobody to pump. False for a rate that is not supported.
+    bool activate(double sampleRate, int largestBlock);
+
+    // The main thread, or any other if the host has no such thing.
+
+    /// Does what waits for the main thread: carries what the audio side has changed to model and host.
+    void pump();
+    /// A thread of our own pumps from here on, for hosts that never call on a main thread. Callbacks then
+    /// come from that thread.
+    void pumpByThread();
+
+    // Any thread of the host but the audio thread.
+
+    /// Samples that the output is late, as it holds when audio next runs.
+    int latency() const { return model().latency(); }
+    double sampleRate() const { return static_cast<double>(model().sampleRate()); }
+    void hostPositionChanged(int index, double position);
+    void hostValueChanged(int index, double value);
+    std::vector<std::byte> saveState();
+    /// False, and nothing has changed, if the bytes are not a state.
+    bool restoreState(std::span<const std::byte> bytes);
+    /// What the model shows, from 0 to 1.
+    double position(int index) const;
+    /// What a value reads as, with its unit.
+    std::string text(int index, double value) const;
+    /// The own number of a text; nothing if it is not understood.
+    std::optional<double> parse(int index, const std::string& text) const;
+
+    // Audio thread.
+
+    /// Applies each event at its sample.
+    VANTA_REALTIME void process(const HostBlock& block, HostEventSource& events);
+    /// Forgets the signal. Between blocks.
+    VANTA_REALTIME void reset();
+
+private:
+    class Instance;
+
+    void build(ChannelLayout layout);
+    void requestPump();
+    void take(const HostEvent& event);
+    void point(const HostBlock& block, int begin);
+    void run(const HostBlock& block, int begin, int end);
+
+    /// Where channels that the host does not want are written to.
+    static constexpr int kScratchSamples = 1024;
+
+    HostCallbacks& host_;
+    std::unique_ptr<Instance> instance_;
+    std::optional<EventPump::Registration> thread_;
+    bool pumpedByThread_ = false;
+    std::atomic<bool> pumpRequested_{false};
+
+    // Of the block that runs.
+    std::array<const float*, 2 * kMaxChannels> inputs_{};
+    std::array<float*, kMaxChannels> outputs_{};
+    int inputCount_ = 0;
+    bool usesScratch_ = false;
+    std::vector<float> scratch_;
+};
+
+}  // namespace vanta

@@ -1,0 +1,12 @@
+#include "host/common/pending_edits.hpp"
+
+namespace vanta {
+
+void PendingEdits::add(int index, HostCallbacks::Edit edit, float value) {
+    Parameter& parameter = parameters_[static_cast<std::size_t>(index)];
+    parameter.value.store(value);
+    parameter.edits.fetch_or(bit(edit));
+    any_.store(true);
+}
+
+}  // namespace vanta

@@ -1,15 +1,19 @@
 # The front door. `make demo` and `make test` do all the set-up they need on a fresh Debian machine.
 PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndfile1-dev libcli11-dev libebur128-dev \
-           libcairo2-dev nlohmann-json3-dev libglib2.0-dev zlib1g-dev \
-           libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev clang-format
+           libcairo2-dev nlohmann-json3-dev libglib2.0-dev zlib1g-dev lv2-dev dpf-source libjack-jackd2-dev \
+           libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev clang-format liblilv-dev lilv-utils sordi
 WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
-.PHONY: build test demo bench setup format check-format tidy asan tsan fuzz preset-table clean
+.PHONY: build plugins test demo bench setup format check-format tidy asan tsan fuzz preset-table clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS) --target vanta
+
+plugins: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
+	@cmake --build build --parallel $(JOBS) --target plugins
 
 test: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null

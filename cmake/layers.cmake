@@ -71,6 +71,10 @@ vanta_layer(host/unified SEES foundation plugin/parameters plugin/processor plug
             limiter/model limiter/factory)
 vanta_layer(host/common SEES foundation plugin/base plugin/parameters plugin/midi plugin/processor plugin/model
             limiter/parameters host/unified)
+vanta_layer(host/clap SEES foundation plugin/midi plugin/model host/common)
+vanta_layer(host/vst3 SEES foundation plugin/midi plugin/presets plugin/model host/common)
+vanta_layer(host/lv2 SEES foundation plugin/midi plugin/model host/common)
+vanta_layer(host/jack SEES foundation plugin/midi plugin/presets plugin/model host/common)
 vanta_layer(host/offline SEES foundation wave dsp/dither plugin/base plugin/parameters limiter/parameters
             limiter/processor)
 
@@ -80,11 +84,17 @@ vanta_layer(mastering SEES foundation plugin/parameters host/offline audiofile m
 vanta_layer(cli SEES foundation plugin/parameters plugin/presets plugin/settings plugin/model
             limiter/styles limiter/parameters limiter/model limiter/factory host/offline audiofile measure mastering)
 vanta_layer(app SEES cli)
+vanta_layer(app/clap SEES host/clap)
+vanta_layer(app/vst3 SEES host/vst3)
+vanta_layer(app/lv2 SEES host/lv2)
+vanta_layer(app/jack SEES foundation host/common host/jack)
 
 vanta_layer(tools/song SEES foundation)
 vanta_layer(tools/compile_styles SEES foundation limiter/styles)
 vanta_layer(tools/compile_presets SEES foundation plugin/base plugin/parameters plugin/presets limiter/parameters
             limiter/model)
+vanta_layer(tools/lv2_bundle SEES foundation plugin/base plugin/parameters plugin/presets plugin/model limiter/model
+            limiter/factory host/common host/lv2)
 vanta_layer(tools/preset_table SEES plugin/presets limiter/model limiter/factory host/offline measure
             tools/song)
 
@@ -95,7 +105,7 @@ set(plugin_rooms plugin/base plugin/parameters plugin/presets plugin/settings pl
     plugin/processor plugin/model)
 set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/clippers limiter/parameters
     limiter/latency limiter/engine limiter/processor limiter/model limiter/factory)
-set(host_rooms host/unified host/common host/offline)
+set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline)
 set(file_rooms audiofile measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/processor)
@@ -109,6 +119,12 @@ vanta_layer(tests/conformance SEES ${signal_rooms} ${plugin_rooms} ${limiter_roo
             tests/support)
 vanta_layer(tests/realtime SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms} tests/support)
 vanta_layer(tests/host SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} tests/support tests/plugin)
+vanta_layer(tests/host/formats SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} tests/support tests/plugin
+            tests/host)
+vanta_layer(tests/host/clap SEES foundation host/common tests/support tests/plugin tests/host/formats)
+vanta_layer(tests/host/vst3 SEES foundation host/common tests/support tests/plugin tests/host/formats)
+vanta_layer(tests/host/lv2 SEES foundation host/common tests/support tests/plugin tests/host/formats)
+vanta_layer(tests/host/jack SEES foundation host/common host/jack tests/support tests/plugin)
 vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} tests/support tests/plugin)
 vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)

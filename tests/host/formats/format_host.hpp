@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "foundation/channel_layout.hpp"
+#include "plugin/midi/midi_message.hpp"
+
+namespace vanta::test {
+
+/// A host of one plug-in format. It loads the built module as any host does and speaks to it through nothing
+/// but the format's own interface; what it hands on stands in the order of our layouts, whatever the order
+/// of the format. Its constructing thread is its main thread. Formats may lack what they cannot say: see the
+/// traits.
+class FormatHost {
+public:
+    struct Traits {
+        std::string name;
+        bool isSampleAccurate = true;        ///< values take effect at their sample, else with the block
+        std::vector<ChannelLayout> layouts;  ///< that the format offers
+    };
+    struct Change {
+        int offset;
+        int index;
+        double value;  ///< in the parameter's own numbers
+    };
+    struct Midi {
+        int offset;
+        MidiMessage message;
+    };
+    struct Block {
+        std::span<const float* const> inputs;
+        std::span<const float* const> sideChain;  ///< empty, or as many as the layout has
+        std::span<float* const> outputs;
+        int samples = 0;
+        std::span<const Change> changes;  ///< in the order of time
+        std::span<const Midi> midi;       ///< likewise
+    };
+
+    virtual ~FormatHost() = default;
+    virtual const Traits& traits() const = 0;
+
+    // Main thread.
+
+    /// Instantiates and activates. False if the plug-in refuses.
+    virtual bool open(ChannelLayout layout, double sampleRate, int largestBlock, bool sideChain) = 0;
+    /// Deactivates and activates again, with the same instance.
+    virtual bool reactivate(double sampleRate, int largestBlock) = 0;
+    virtual void setOffline(bool offline) = 0;
+    /// What the plug-in tells of its parameters, in own numbers and texts.
+    virtual int parameterCount() const = 0;
+    virtual double value(int index) const = 0;
+    virtual std::string text(int index, double value) const = 0;
+    /// A control of the host's, moved while no block runs.
+    virtual void setValue(int index, double value) = 0;
+    virtual int latency() const = 0;
+    /// The state as a session holds it; `chunk` limits what its streams take at a time, 0 for all at once.
+    virtual std::vector<std::byte> save(int chunk = 0) = 0;
+    virtual bool restore(std::span<const std::byte> bytes, int chunk = 0) = 0;
+    /// What a main loop does: timers, callbacks, requested restarts.
+    virtual void idle() = 0;
+
+    // Audio thread.
+
+    virtual void process(const Block& block) = 0;
+};
+
+/// Each of these is defined by the folder of its format.
+std::unique_ptr<FormatHost> makeClapHost();
+std::unique_ptr<FormatHost> makeVst3Host();
+std::unique_ptr<FormatHost> makeLv2Host();
+
+}  // namespace vanta::test

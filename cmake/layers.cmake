@@ -119,8 +119,8 @@ vanta_layer(tests/conformance SEES ${signal_rooms} ${plugin_rooms} ${limiter_roo
             tests/support)
 vanta_layer(tests/realtime SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms} tests/support)
 vanta_layer(tests/host SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} tests/support tests/plugin)
-vanta_layer(tests/host/formats SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} tests/support tests/plugin
-            tests/host)
+vanta_layer(tests/host/formats SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} cli tests/support
+            tests/plugin)
 vanta_layer(tests/host/clap SEES foundation host/common tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/vst3 SEES foundation host/common tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/lv2 SEES foundation host/common tests/support tests/plugin tests/host/formats)

@@ -78,6 +78,12 @@ vanta_layer(host/jack SEES foundation plugin/midi plugin/presets plugin/model ho
 vanta_layer(host/offline SEES foundation wave dsp/dither plugin/base plugin/parameters limiter/parameters
             limiter/processor)
 
+vanta_layer(gui/graphics SEES foundation)
+vanta_layer(gui/text SEES foundation gui/graphics)
+vanta_layer(gui/tree SEES foundation gui/graphics)
+vanta_layer(gui/animation SEES foundation gui/graphics gui/tree)
+vanta_layer(gui/controls SEES foundation gui/graphics gui/tree gui/animation)
+
 vanta_layer(audiofile SEES foundation)
 vanta_layer(measure SEES foundation kernel dsp/metering audiofile)
 vanta_layer(mastering SEES foundation plugin/parameters host/offline audiofile measure)
@@ -106,6 +112,7 @@ set(plugin_rooms plugin/base plugin/parameters plugin/presets plugin/settings pl
 set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/clippers limiter/parameters
     limiter/latency limiter/engine limiter/processor limiter/model limiter/factory)
 set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline)
+set(gui_rooms gui/graphics gui/text gui/tree gui/animation gui/controls)
 set(file_rooms audiofile measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/processor)
@@ -125,6 +132,7 @@ vanta_layer(tests/host/clap SEES foundation host/common tests/support tests/plug
 vanta_layer(tests/host/vst3 SEES foundation host/common tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/lv2 SEES foundation host/common tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/jack SEES foundation host/common host/jack tests/support tests/plugin)
+vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
 vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} tests/support tests/plugin)
 vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)

@@ -37,7 +37,10 @@ void VantaPlugin::parameterHook(int index) {
 }
 
 void VantaPlugin::updateLatency() {
-    setLatency(delaysOf(*this, sampleRate()).total);
+    // Several threads may each set one of the parameters: whoever stores last has seen them all.
+    do {
+        setLatency(delaysOf(*this, sampleRate()).total);
+    } while (latency() != delaysOf(*this, sampleRate()).total);
 }
 
 }  // namespace vanta

@@ -116,7 +116,10 @@ void VantaProcessor::applyInitialValues() {
 }
 
 void VantaProcessor::updateLatency() {
-    setLatency(delaysOf(*this, sampleRate()).total);
+    // Several threads may each set one of the parameters: whoever stores last has seen them all.
+    do {
+        setLatency(delaysOf(*this, sampleRate()).total);
+    } while (latency() != delaysOf(*this, sampleRate()).total);
 }
 
 void VantaProcessor::parameterAboutToChange(int index) {

@@ -41,11 +41,23 @@ void EventPump::remove(UnifiedPluginAdapter& adapter) {
         changed_.wait(held, [&] { return pumped_ != &adapter; });
         // Who is being pumped while there are none is on its way out as well, and the last to go.
         if (!adapters_.empty() || pumped_ || !thread_.joinable()) return;
-        ++generation_;
-        ended = std::move(thread_);
-        changed_.notify_all();
+        ended = release();
     }
     ended.join();
+}
+
+/// Hands out the thread, which is about to end. Under the lock.
+std::thread EventPump::release() {
+    ++generation_;
+    changed_.notify_all();
+    return std::move(thread_);
+}
+
+EventPump::~EventPump() {
+    std::unique_lock held(mutex_);
+    std::thread ended = release();
+    held.unlock();
+    if (ended.joinable()) ended.join();
 }
 
 void EventPump::run(int generation) {

@@ -27,11 +27,18 @@ public:
         UnifiedPluginAdapter& adapter_;
     };
 
+    /// Hosts may end the process with instances still there: the thread then ends first.
+    ~EventPump();
+    EventPump(const EventPump&) = delete;
+    EventPump& operator=(const EventPump&) = delete;
+
 private:
+    EventPump() = default;
     static EventPump& instance();
 
     void add(UnifiedPluginAdapter& adapter);
     void remove(UnifiedPluginAdapter& adapter);
+    std::thread release();
     void run(int generation);
     void pump(UnifiedPluginAdapter& adapter, std::unique_lock<std::mutex>& held);
 

@@ -148,6 +148,15 @@ TEST_F(Instances, AThreadOfTheProcessPumpsWhereNoHostDoes) {
     EXPECT_FALSE(host.model().owner().isThisThread());
 }
 
+TEST_F(Instances, AProcessMayEndWithThemStillThere) {
+    const auto endEarly = [] {
+        static InProcessHost left;
+        static const auto* const pumped = new EventPump::Registration(left.adapter());
+        std::exit(pumped ? 0 : 1);
+    };
+    EXPECT_EXIT(endEarly(), testing::ExitedWithCode(0), "");
+}
+
 TEST_F(Instances, OthersComeAndGoWithinACallOfThatThread) {
     struct Opening final : UnifiedPluginAdapter {
         Opening() : UnifiedPluginAdapter(RoundTrip::ByUs) { create(kStereoLayout); }

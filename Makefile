@@ -5,7 +5,7 @@ PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndf
 WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
-.PHONY: build plugins test demo bench setup format check-format tidy asan tsan fuzz preset-table clean
+.PHONY: build plugins test test-hosts demo bench setup format check-format tidy asan tsan fuzz preset-table clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
@@ -20,6 +20,11 @@ test: setup
 	@cmake --build build --parallel $(JOBS)
 	@cmake --build build --parallel $(JOBS) --target all_verify_interface_header_sets
 	@ctest --test-dir build --output-on-failure --parallel $(JOBS)
+
+# Other people's hosts, from Debian's packages.
+test-hosts: PACKAGES += jalv jackd2 qtractor ardour xvfb xauth
+test-hosts: plugins
+	@tests/foreign/run.sh build/plugins
 
 demo: build
 	@cmake --build build --parallel $(JOBS) --target render_song

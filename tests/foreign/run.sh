@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# run.sh PLUGINS [HOST...]: runs the plug-ins that lie in a folder in other people's hosts: jalv, qtractor, ardour.
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+plugins=$(cd "$1" && pwd)
+shift
+[ $# -gt 0 ] || set -- jalv qtractor ardour
+
+work=$(mktemp -d)
+export HOME=$work/home XDG_RUNTIME_DIR=$work/run
+mkdir -p "$HOME" && mkdir -m 700 "$XDG_RUNTIME_DIR"
+unset XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME XDG_DOCUMENTS_DIR
+export LV2_PATH=$plugins:/usr/lib/lv2 CLAP_PATH=$plugins
+export JACK_DEFAULT_SERVER=vanta-hosts-$$ JACK_NO_START_SERVER=1
+export VANTA_PLUGINS=$plugins WORK=$work
+
+jackd --no-realtime -n "$JACK_DEFAULT_SERVER" -d dummy -r 48000 -p 256 > "$work/jackd.log" 2>&1 &
+jack=$!
+trap 'kill $jack 2> /dev/null; wait $jack 2> /dev/null; rm -rf "$work"' EXIT
+for _ in $(seq 50); do
+    jack_lsp > /dev/null 2>&1 && break
+    sleep 0.1
+done
+jack_lsp > /dev/null || { echo "the JACK server does not start:"; cat "$work/jackd.log"; exit 1; }
+
+failed=0
+for host in "$@"; do
+    echo "== $host"
+    "$here/$host.sh" || { echo "FAILED: $host"; failed=1; }
+done
+exit $failed

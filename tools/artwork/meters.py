@@ -1,0 +1,81 @@
+"""What stands on the display and the meters: labels, letters, the pen, the bracket of the loudness range."""
+
+from kit import rect, stroke
+from registry import picture
+from surfaces import well
+from text import caption, text
+from tokens import C
+
+
+def outlined(d, letters, deviation=.55):
+    """White on what may be bright: a dark edge, a little soft, lies around the letters."""
+    return ('<g filter="%s" opacity=".52" stroke="#07080B" stroke-width="2" stroke-linejoin="round">%s</g>' % (
+        d.blur(deviation), letters) + letters)
+
+
+@picture('GainLabel', 28, 14)
+def gain_label(d):
+    """Stands on the display: a soft dark copy lies below it."""
+    low = caption(12.3, 10, 'GAIN', fill='#000')
+    return '<g filter="%s" opacity=".8">%s</g>' % (d.blur(1.2), low + low) + caption(12.3, 9.5, 'GAIN', fill='#FFFFFF')
+
+
+@picture('IncomingLine', 20, 64)
+def incoming_line(d):
+    return (rect(0, 0, 16, 64, d.lin([(0, C['ice2'], 0), (.6, C['ice2'], .03), (1, C['ice1'], .16)], 0, 0, 1, 0)) +
+            rect(16, 0, 1, 64, '#FFFFFF', 0, .72) + rect(17, 0, 3, 64, d.lin([(0, '#000', .35), (1, '#000', 0)], 0, 0, 1, 0)))
+
+
+@picture('DisplayPeakLabel', 48, 18)
+def peak_tag(d):
+    """A tag that hangs from the curve by its tip."""
+    return ('<path d="M4.5 3.5H20.5L24 .75L27.5 3.5H43.5a2 2 0 0 1 2 2V15.5a2 2 0 0 1 -2 2H4.5a2 2 0 0 1 -2 -2V5.5a2 2 0 '
+            '0 1 2 -2Z" fill="#0B0D11" fill-opacity=".88" stroke="#D9596A" stroke-opacity=".85"/>')
+
+
+@picture('PeakLabelBackground', 32, 16)
+def peak_label(d):
+    return well(d, 1, 1, 30, 14, 3, '#0B0D11', .06)
+
+
+@picture('LevelMeterPart', 128, 4)
+def meter_part(d):
+    """White, to be tinted: three bright rows of four, one dimmer."""
+    return ''.join(rect(0, y, 128, 1.5, '#FFFFFF') + rect(0, y + 1.5, 128, .5, '#B8B8B8') for y in (0, 2))
+
+
+# Cells 0 to 9 by angle, left and right in turn; then rear centre, centre and the low-frequency channel.
+LETTERS = ('L', 'R', 'L', 'R', 'Ls', 'Rs', 'Lb', 'Rb', 'Lb', 'Rb', 'Cs', 'Cs', 'C', 'C', 'C', 'LF')
+
+
+@picture('MeterLabelsHor', 192, 12)
+@picture('MeterLabelsVer', 192, 12)
+def letters(d):
+    return outlined(d, ''.join(text(12 * i + 6, 9.2, s, 9 if len(s) == 1 else 8, 'semi', '#FFFFFF', 'middle')
+                               for i, s in enumerate(LETTERS)))
+
+
+@picture('LoudnessLabels', 24, 12)
+def loudness_letters(d):
+    return ''.join(text(4 + 8 * i, 9.2, s, 9, 'semi', '#FFFFFF', 'middle') for i, s in enumerate('MSI'))
+
+
+BRACKET = 'M6.5 .75H10.5Q12.25 .75 12.25 2.5V27.5Q12.25 29.25 10.5 29.25H6.5'
+
+
+@picture('LoudnessRange', 20, 30)
+def loudness_range(d):
+    return stroke(BRACKET, C['lra'], 1.5, cap='butt')
+
+
+@picture('LoudnessRangeShadow', 20, 30)
+def loudness_range_shadow(d):
+    return '<g filter="%s">' % d.blur(1.2) + stroke(BRACKET, '#000', 3, .7, cap='butt') + '</g>'
+
+
+def link_labels(first, second):
+    return caption(31, 12, first, 9, track=.5) + caption(92, 12, second, 9, track=.5)
+
+
+picture('StereoLinkLabelsNormal', 122, 18)(lambda d: link_labels('TRANSIENTS', 'RELEASE'))
+picture('StereoLinkLabelsSurround', 122, 18)(lambda d: link_labels('TRANS', 'REL'))

@@ -78,6 +78,7 @@ vanta_layer(host/jack SEES foundation plugin/midi plugin/presets plugin/model ho
 vanta_layer(host/offline SEES foundation wave dsp/dither plugin/base plugin/parameters limiter/parameters
             limiter/processor)
 
+vanta_layer(gui/artwork SEES foundation)
 vanta_layer(gui/graphics SEES foundation)
 vanta_layer(gui/text SEES foundation gui/graphics)
 vanta_layer(gui/tree SEES foundation gui/graphics)
@@ -96,6 +97,7 @@ vanta_layer(app/lv2 SEES host/lv2)
 vanta_layer(app/jack SEES foundation host/common host/jack)
 
 vanta_layer(tools/song SEES foundation)
+vanta_layer(tools/compile_artwork SEES foundation)
 vanta_layer(tools/compile_styles SEES foundation limiter/styles)
 vanta_layer(tools/compile_presets SEES foundation plugin/base plugin/parameters plugin/presets limiter/parameters
             limiter/model)
@@ -112,7 +114,7 @@ set(plugin_rooms plugin/base plugin/parameters plugin/presets plugin/settings pl
 set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/clippers limiter/parameters
     limiter/latency limiter/engine limiter/processor limiter/model limiter/factory)
 set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline)
-set(gui_rooms gui/graphics gui/text gui/tree gui/animation gui/controls)
+set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls)
 set(file_rooms audiofile measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/processor)

@@ -1,11 +1,15 @@
 # The front door. `make demo` and `make test` do all the set-up they need on a fresh Debian machine.
 PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndfile1-dev libcli11-dev libebur128-dev \
            libcairo2-dev nlohmann-json3-dev libglib2.0-dev zlib1g-dev lv2-dev dpf-source libjack-jackd2-dev \
-           libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev clang-format liblilv-dev lilv-utils sordi
+           libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev clang-format liblilv-dev lilv-utils sordi \
+           librsvg2-bin
+# What draws the pictures; a build needs only what is drawn.
+ARTWORK_PACKAGES = python3-cairo python3-gi-cairo gir1.2-pango-1.0 fonts-inter
 WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
-.PHONY: build plugins test test-hosts demo bench setup format check-format tidy asan tsan fuzz preset-table clean
+.PHONY: build plugins test test-hosts demo bench setup format check-format tidy asan tsan fuzz preset-table artwork \
+        artwork-sheet clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
@@ -15,6 +19,7 @@ plugins: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS) --target plugins
 
+test: PACKAGES += $(ARTWORK_PACKAGES)
 test: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS)
@@ -35,6 +40,7 @@ bench: setup
 	@cmake --build build --parallel $(JOBS) --target vanta_bench
 	@build/vanta_bench --benchmark_out=build/bench.json --benchmark_out_format=json
 
+asan tsan: PACKAGES += $(ARTWORK_PACKAGES)
 asan tsan: setup
 	@cmake --preset $@ > /dev/null
 	@cmake --build --preset $@ --parallel $(JOBS)
@@ -53,6 +59,18 @@ fuzz: setup
 preset-table: build
 	@cmake --build build --parallel $(JOBS) --target preset_table
 	@build/preset_table > docs/presets.md.new && mv docs/presets.md.new docs/presets.md
+
+# Draws the sources of the pictures anew, those that tools/artwork draws.
+artwork: PACKAGES += $(ARTWORK_PACKAGES)
+artwork: setup
+	@tools/artwork/draw.py resources/artwork
+
+# All pictures in use and one by one, at the scales 1, 1.5 and 2, to be looked at: build/artwork.png
+artwork-sheet: PACKAGES += $(ARTWORK_PACKAGES)
+artwork-sheet: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
+	@cmake --build build --parallel $(JOBS) --target vanta_gui_artwork
+	@tools/artwork/sheet.py build/gui/artwork build/artwork.png
 
 format:
 	@git ls-files '*.cpp' '*.hpp' | xargs clang-format -i

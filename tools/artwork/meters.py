@@ -73,9 +73,8 @@ def loudness_range_shadow(d):
     return '<g filter="%s">' % d.blur(1.2) + stroke(BRACKET, '#000', 3, .7, cap='butt') + '</g>'
 
 
-def link_labels(first, second):
-    return caption(31, 12, first, 9, track=.5) + caption(92, 12, second, 9, track=.5)
-
-
-picture('StereoLinkLabelsNormal', 122, 18)(lambda d: link_labels('TRANSIENTS', 'RELEASE'))
-picture('StereoLinkLabelsSurround', 122, 18)(lambda d: link_labels('TRANS', 'REL'))
+@picture('StereoLinkLabelsSurround', 122, 18)
+@picture('StereoLinkLabelsNormal', 122, 18)
+def link_labels(d):
+    """Over two knobs of 58 at 2 and 63 across."""
+    return caption(31, 12, 'TRANSIENTS', 9, track=.5) + caption(92, 12, 'RELEASE', 9, track=.5)

@@ -166,8 +166,11 @@ std::optional<double> HostedPlugin::parse(int index, const std::string& text) co
 
 // Audio
 
-void HostedPlugin::take(const HostEvent& event) {
-    if (event.kind == HostEvent::Kind::Midi) {
+void HostedPlugin::take(const HostEvent& event, int position) {
+    if (event.kind == HostEvent::Kind::Transport) {
+        transport_ = event.transport;
+        transportBegin_ = position;
+    } else if (event.kind == HostEvent::Kind::Midi) {
         instance_->queueMidi(0, event.midi);
     } else if (instance_->has(event.index) && !std::isnan(event.value)) {
         const AbstractPluginParameter& parameter = *model().parameterAt(event.index);
@@ -196,13 +199,12 @@ void HostedPlugin::point(const HostBlock& block, int begin) {
 }
 
 void HostedPlugin::run(const HostBlock& block, int begin, int end) {
-    const HostTransport& transport = block.transport;
-    const double beatsPerSample = transport.isRolling ? transport.tempo / 60.0 / sampleRate() : 0.0;
+    const double beatsPerSample = transport_.isRolling ? transport_.tempo / 60.0 / sampleRate() : 0.0;
     do {
         point(block, begin);
         const int length = usesScratch_ ? std::min(end - begin, kScratchSamples) : end - begin;
-        processor().updateTransport(static_cast<float>(transport.tempo),
-                                    static_cast<float>(transport.beats + begin * beatsPerSample));
+        const double beats = transport_.beats + (begin - transportBegin_) * beatsPerSample;
+        processor().updateTransport(static_cast<float>(transport_.tempo), static_cast<float>(beats));
         processor().processBlock(inputs_.data(), inputCount_, outputs_.data(), channelCount(), length);
         begin += length;
     } while (begin < end);
@@ -212,9 +214,11 @@ void HostedPlugin::process(const HostBlock& block, HostEventSource& events) {
     HostEvent event;
     bool pending = events.next(event);
     int position = 0;
+    transport_ = block.transport;
+    transportBegin_ = 0;
     do {
         while (pending && (event.offset <= position || position >= block.samples)) {
-            take(event);
+            take(event, position);
             pending = events.next(event);
         }
         const int end = pending ? std::min(event.offset, block.samples) : block.samples;
@@ -222,7 +226,13 @@ void HostedPlugin::process(const HostBlock& block, HostEventSource& events) {
         position = end;
     } while (position < block.samples);
     // What the host has placed at the end belongs to the next block's start.
-    for (; pending; pending = events.next(event)) take(event);
+    for (; pending; pending = events.next(event)) take(event, position);
+    requestPump();
+}
+
+void HostedPlugin::flush(HostEventSource& events) {
+    HostEvent event;
+    while (events.next(event)) take(event, 0);
     requestPump();
 }
 

@@ -74,6 +74,8 @@ public:
 
     /// Applies each event at its sample.
     VANTA_REALTIME void process(const HostBlock& block, HostEventSource& events);
+    /// Takes events without a block, also while no audio runs.
+    VANTA_REALTIME void flush(HostEventSource& events);
     /// Forgets the signal. Between blocks.
     VANTA_REALTIME void reset();
 
@@ -82,7 +84,7 @@ private:
 
     void build(ChannelLayout layout);
     void requestPump();
-    void take(const HostEvent& event);
+    void take(const HostEvent& event, int position);
     void point(const HostBlock& block, int begin);
     void run(const HostBlock& block, int begin, int end);
 
@@ -100,6 +102,8 @@ private:
     std::array<float*, kMaxChannels> outputs_{};
     int inputCount_ = 0;
     bool usesScratch_ = false;
+    HostTransport transport_{};
+    int transportBegin_ = 0;  ///< the sample that it stands for
     std::vector<float> scratch_;
 };
 

@@ -41,6 +41,10 @@ HostParameter describe(const AbstractPluginParameter& parameter, const Parameter
 
 }  // namespace
 
+int hostParameterCount() {
+    return static_cast<int>(kParameterTable.size());
+}
+
 std::vector<HostParameter> describeParameters(const GenericPlugin& model) {
     std::vector<HostParameter> all;
     for (int i = 0; i < model.parameterCount(); ++i) {

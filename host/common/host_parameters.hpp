@@ -27,6 +27,9 @@ struct HostParameter {
     int stepCount() const { return isStepped() ? static_cast<int>(labels.size()) - 1 : 0; }
 };
 
+/// Of every instance.
+int hostParameterCount();
+
 /// In the order of their indexes.
 std::vector<HostParameter> describeParameters(const GenericPlugin& model);
 

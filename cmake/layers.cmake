@@ -130,7 +130,7 @@ vanta_layer(tests/realtime SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms}
 vanta_layer(tests/host SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} tests/support tests/plugin)
 vanta_layer(tests/host/formats SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} cli tests/support
             tests/plugin)
-vanta_layer(tests/host/clap SEES foundation host/common tests/support tests/plugin tests/host/formats)
+vanta_layer(tests/host/clap SEES foundation host/common host/clap tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/vst3 SEES foundation host/common tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/lv2 SEES foundation host/common tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/jack SEES foundation host/common host/jack tests/support tests/plugin)

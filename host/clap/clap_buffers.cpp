@@ -17,7 +17,7 @@ ClapBuffers::ClapBuffers(const clap_process_t& process, const ChannelMap& map)
         sideChain_[i] = side && side->channel_count == 1 ? side->data32[0] : channel(side, i);
     }
     // A host's hint about last time's silence does not hold for what we write.
-    if (process.audio_outputs_count > 0) process.audio_outputs[0].constant_mask = 0;
+    if (process.audio_outputs && process.audio_outputs_count > 0) process.audio_outputs[0].constant_mask = 0;
 }
 
 /// Null if it has no samples for us.

@@ -84,7 +84,7 @@ bool ClapPlugin::activate(double sampleRate, std::uint32_t largestBlock) {
     if (isActive() || largestBlock == 0) return false;
     if (!hosted().activate(sampleRate, static_cast<int>(std::min(largestBlock, kLongestBlock)))) return false;
     hosted().pump();
-    parts_->reports.reportLatency(hosted());
+    parts_->reports.activated(hosted());
     isActive_.store(true);
     return true;
 }

@@ -39,9 +39,14 @@ void ClapReports::deliver(const HostedPlugin& plugin, bool isActive) {
     if (!(due & kLatency)) return;
     if (!isActive) {
         reportLatency(plugin);
-    } else if (host_.request_restart) {
+    } else if (plugin.latency() != activeLatency_ && host_.request_restart) {
         host_.request_restart(&host_);
     }
+}
+
+void ClapReports::activated(const HostedPlugin& plugin) {
+    activeLatency_ = plugin.latency();
+    reportLatency(plugin);
 }
 
 int ClapReports::tellLatency(const HostedPlugin& plugin) {

@@ -28,8 +28,8 @@ public:
     void deliver(const HostedPlugin& plugin, bool isActive);
     /// The host reads the latency.
     int tellLatency(const HostedPlugin& plugin);
-    /// During activation, the one time when the host may be told of another latency.
-    void reportLatency(const HostedPlugin& plugin);
+    /// Audio is about to run. The last time at which the host may be told of another latency.
+    void activated(const HostedPlugin& plugin);
 
     // The thread of the block.
 
@@ -50,6 +50,7 @@ private:
     static constexpr int kUnknownLatency = -1;
 
     void raise(Due due);
+    void reportLatency(const HostedPlugin& plugin);
     bool push(const clap_output_events_t& out, int index, Edit edit, double value);
 
     const clap_host_t& host_;
@@ -58,8 +59,9 @@ private:
     const clap_host_latency_t* latency_;
     std::atomic<unsigned> due_{0};
     PendingEdits edits_;
-    std::vector<bool> held_;  ///< whether the host is within a gesture; the thread of the block
-    int hostLatency_ = kUnknownLatency;
+    std::vector<bool> held_;               ///< whether the host is within a gesture; the thread of the block
+    int hostLatency_ = kUnknownLatency;    ///< as it was told, or read
+    int activeLatency_ = kUnknownLatency;  ///< when audio began to run
 };
 
 }  // namespace vanta

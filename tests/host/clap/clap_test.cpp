@@ -537,6 +537,8 @@ TEST_F(Clap, AnotherLatencyComesWithARestart) {
     const int oversampling = indexOf(host, "Oversampling");
     ASSERT_TRUE(host.activate(kRate, kLargest));
     const int before = host.latency();
+    host.plugin().on_main_thread(&host.plugin());
+    EXPECT_FALSE(host.restartRequested) << "it has the latency that it began with";
     const int reported = host.latencyChanges;
     RawBlock block(64);
     block.events.events = {valueEvent(5, static_cast<clap_id>(oversampling), 4.0)};

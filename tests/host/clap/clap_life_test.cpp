@@ -1,0 +1,195 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+#include <atomic>
+#include <thread>
+
+#include "host/common/product_identity.hpp"
+#include "tests/host/clap/clap_test.hpp"
+#include "tests/support/signals.hpp"
+
+namespace vanta::test {
+namespace {
+
+using ClapLife = ClapTest;
+
+TEST_F(ClapLife, TheModuleSaysWhatItIsAndRefusesWhatItIsNot) {
+    const ClapLibrary library;
+    const clap_plugin_factory_t& factory = library.factory();
+    ASSERT_EQ(factory.get_plugin_count(&factory), 1u);
+    const clap_plugin_descriptor_t& descriptor = *factory.get_plugin_descriptor(&factory, 0);
+    EXPECT_STREQ(descriptor.id, productIdentity().id);
+    EXPECT_STREQ(descriptor.name, productIdentity().name);
+    EXPECT_STREQ(descriptor.version, productIdentity().version);
+    std::vector<std::string> features;
+    for (const char** each = descriptor.features; *each; ++each) features.emplace_back(*each);
+    EXPECT_THAT(features, testing::IsSupersetOf(
+                              {"audio-effect", "mastering", "limiter", "mono", "stereo", "surround"}));
+    EXPECT_EQ(factory.get_plugin_descriptor(&factory, 1), nullptr);
+    EXPECT_EQ(library.entry().get_factory("clap.nothing"), nullptr);
+    clap_host_t host{};
+    EXPECT_EQ(factory.create_plugin(&factory, &host, descriptor.id), nullptr) << "of no version";
+    host.clap_version = CLAP_VERSION_INIT;
+    EXPECT_EQ(factory.create_plugin(&factory, &host, "com.quillmark.nothing"), nullptr);
+    EXPECT_EQ(factory.create_plugin(&factory, nullptr, descriptor.id), nullptr);
+
+    EXPECT_TRUE(library.entry().init(ClapLibrary::path()));
+    library.entry().deinit();
+    EXPECT_NE(library.entry().get_factory(CLAP_PLUGIN_FACTORY_ID), nullptr) << "one host is still there";
+}
+
+TEST_F(ClapLife, TheModuleIsGoneWhenItIsUnloaded) {
+    for (int round = 0; round < 1000; ++round) {
+        if (round % 50 == 0) {
+            ClapHost host;
+            ASSERT_TRUE(host.activate(kRate, kLargest));
+            ASSERT_EQ(RawBlock(64).run(host), CLAP_PROCESS_CONTINUE);
+        } else {
+            const ClapLibrary library;
+            ASSERT_EQ(library.factory().get_plugin_count(&library.factory()), 1u);
+        }
+        ASSERT_EQ(::dlopen(ClapLibrary::path(), RTLD_NOLOAD | RTLD_NOW), nullptr) << round;
+    }
+}
+
+TEST_F(ClapLife, TwoHundredInstancesLiveSideBySide) {
+    const ClapLibrary library;
+    std::vector<std::unique_ptr<ClapHost>> hosts;
+    for (int i = 0; i < 200; ++i) {
+        hosts.push_back(std::make_unique<ClapHost>(library.factory()));
+        ASSERT_TRUE(hosts.back()->activate(kRate, kLargest));
+        hosts.back()->setValue(0, 0.1 * i);
+        ASSERT_EQ(RawBlock(kLargest).run(*hosts.back()), CLAP_PROCESS_CONTINUE);
+    }
+    for (std::size_t i = 0; i < hosts.size(); i += 2) hosts[i].reset();
+    for (std::size_t i = 1; i < hosts.size(); i += 2)
+        EXPECT_NEAR(hosts[i]->value(0), 0.1 * static_cast<double>(i), 1e-5);
+}
+
+TEST_F(ClapLife, AnyRateAndBlockSizeRunsOrIsRefused) {
+    ClapHost host;
+    for (const double rate : {0.0, 7999.9, 768000.1, -48000.0, std::nan(""), 1e300}) {
+        EXPECT_FALSE(host.activate(rate, kLargest)) << rate;
+    }
+    EXPECT_FALSE(host.activate(kRate, 0));
+    for (const double rate : {8000.0, 11025.0, 22254.5, 44100.0, 47999.7, 96000.0, 352800.0, 768000.0}) {
+        ASSERT_TRUE(host.activate(rate, kLargest)) << rate;
+        host.idle();
+        for (const std::uint32_t samples : {1u, 0u, 7u, 512u, 4097u, 16384u}) {
+            RawBlock block(samples, 0.9f);
+            ASSERT_EQ(block.run(host), CLAP_PROCESS_CONTINUE);
+            EXPECT_TRUE(block.isFinite());
+        }
+        host.deactivate();
+    }
+}
+
+TEST_F(ClapLife, CallsInAnyOrderAreSurvived) {
+    Random random(9);
+    ClapHost host;
+    const clap_plugin_t* plugin = &host.plugin();
+    const auto& configs = *host.extension<ClapPluginAudioPortsConfig>(kClapAudioPortsConfig);
+    const std::vector<std::byte> state = host.save(0);
+    bool active = false;
+    for (int round = 0; round < 600; ++round) {
+        switch (random.between(0, 9)) {
+            case 0:
+                EXPECT_EQ(plugin->activate(plugin, random.between(8000, 96000), 1, 256), !active);
+                active = true;
+                break;
+            case 1:
+                plugin->deactivate(plugin);
+                active = false;
+                break;
+            case 2:
+                EXPECT_EQ(plugin->start_processing(plugin), active);
+                break;
+            case 3:
+                plugin->stop_processing(plugin);
+                break;
+            case 4:
+                plugin->reset(plugin);
+                break;
+            case 5:
+                host.flush({valueEvent(0, static_cast<clap_id>(random.between(0, 30)), random.bipolar())});
+                break;
+            case 6:
+                EXPECT_EQ(configs.select(plugin, static_cast<clap_id>(random.between(0, 14))), !active);
+                break;
+            case 7:
+                EXPECT_TRUE(host.restore(state, 0));
+                break;
+            case 8:
+                plugin->on_main_thread(plugin);
+                break;
+            default:
+                EXPECT_EQ(RawBlock(100).run(host), active ? CLAP_PROCESS_CONTINUE : CLAP_PROCESS_ERROR);
+        }
+    }
+    EXPECT_EQ(plugin->process(plugin, nullptr), CLAP_PROCESS_ERROR);
+}
+
+TEST_F(ClapLife, TheMainThreadMayAskAnythingWhileAudioRuns) {
+    ClapHost host;
+    ASSERT_TRUE(host.activate(kRate, kLargest));
+    const int gain = indexOf(host, "Gain");
+    const auto state = host.save(0);
+    std::atomic<bool> done{false};
+    std::thread audio([&] {
+        for (int n = 0; n < 600; ++n) {
+            RawBlock block(64);
+            block.events.events = {valueEvent(9, static_cast<clap_id>(gain), 0.01 * (n % 1000)),
+                                   midiEvent(20, {0xB0, 7, static_cast<std::uint8_t>(n % 128)})};
+            EXPECT_EQ(block.run(host), CLAP_PROCESS_CONTINUE);
+        }
+        done = true;
+    });
+    for (int n = 0; !done; ++n) {
+        const int index = n % host.parameterCount();
+        EXPECT_NE(host.text(index, host.value(index)), "");
+        EXPECT_GT(host.latency(), 0);
+        EXPECT_FALSE(host.save(0).empty());
+        EXPECT_TRUE(n % 7 != 0 || host.restore(state, 0));
+        if (host.callbackRequested.exchange(false)) host.plugin().on_main_thread(&host.plugin());
+    }
+    audio.join();
+    host.idle();
+    expectValuesInRange(host);
+}
+
+TEST_F(ClapLife, AnotherLatencyComesWithARestart) {
+    ClapHost host;
+    const int oversampling = indexOf(host, "Oversampling");
+    ASSERT_TRUE(host.activate(kRate, kLargest));
+    const int before = host.latency();
+    host.plugin().on_main_thread(&host.plugin());
+    EXPECT_FALSE(host.restartRequested) << "it has the latency that it began with";
+    const int reported = host.latencyChanges;
+    RawBlock block(64);
+    block.events.events = {valueEvent(5, static_cast<clap_id>(oversampling), 4.0)};
+    ASSERT_EQ(block.run(host), CLAP_PROCESS_CONTINUE);
+    EXPECT_TRUE(host.callbackRequested.exchange(false));
+    host.plugin().on_main_thread(&host.plugin());
+    EXPECT_TRUE(host.restartRequested);
+    EXPECT_EQ(host.latencyChanges, reported) << "not while it is active";
+    host.idle();
+    EXPECT_EQ(host.latencyChanges, reported + 1);
+    const int after = host.latency();
+    EXPECT_NE(after, before);
+
+    host.deactivate();
+    host.setValue(oversampling, 0.0);
+    host.idle();
+    EXPECT_EQ(host.latencyChanges, reported + 2);
+    EXPECT_EQ(host.latency(), before);
+    ASSERT_TRUE(host.activate(192000.0, kLargest));
+    EXPECT_EQ(host.latencyChanges, reported + 3) << "known when audio starts";
+    EXPECT_NE(host.latency(), before);
+    host.deactivate();
+    ASSERT_TRUE(host.activate(192000.0, kLargest));
+    EXPECT_EQ(host.latencyChanges, reported + 3) << "told once";
+}
+
+}  // namespace
+}  // namespace vanta::test

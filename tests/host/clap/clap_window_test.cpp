@@ -1,0 +1,96 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/host/clap/clap_test.hpp"
+
+namespace vanta::test {
+namespace {
+
+struct FakeView final : EmbeddedView {
+    struct Log {
+        NativeWindow parent = 0;
+        EmbeddedViewHost* host = nullptr;
+        double scale = 0.0;
+        ViewSize size{600, 400};
+        bool isVisible = false;
+        int idles = 0;
+        int alive = 0;
+    };
+    explicit FakeView(Log& to) : log(to) { ++log.alive; }
+    ~FakeView() override { --log.alive; }
+    NativeWindow window() const override { return 5; }
+    void setVisible(bool visible) override { log.isVisible = visible; }
+    ViewSize size() const override { return log.size; }
+    bool isResizable() const override { return true; }
+    ViewSize nearestSize(ViewSize wanted) const override {
+        return {std::max(wanted.width, 300), wanted.height};
+    }
+    void resize(ViewSize size) override { log.size = size; }
+    void setScale(double scale) override { log.scale = scale; }
+    void idle() override { ++log.idles; }
+    Log& log;
+};
+
+class ClapWindow : public ClapInside {
+protected:
+    ClapWindow()
+        : ClapInside([this](HostedPlugin&, NativeWindow parent, EmbeddedViewHost& host) {
+              log.parent = parent;
+              log.host = &host;
+              return std::make_unique<FakeView>(log);
+          }) {}
+    FakeView::Log log;
+};
+
+TEST_F(ClapWindow, LivesWithinTheHostsWindow) {
+    ClapHost host(factory());
+    const clap_plugin_t* plugin = &host.plugin();
+    const auto& gui = *host.extension<clap_plugin_gui_t>(CLAP_EXT_GUI);
+    const auto& timer = *host.extension<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
+    EXPECT_FALSE(gui.is_api_supported(plugin, CLAP_WINDOW_API_X11, true));
+    EXPECT_FALSE(gui.create(plugin, CLAP_WINDOW_API_WAYLAND, false));
+    EXPECT_FALSE(gui.show(plugin)) << "nothing to show yet";
+    ASSERT_TRUE(gui.create(plugin, CLAP_WINDOW_API_X11, false));
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    ASSERT_TRUE(gui.set_scale(plugin, 2.0));
+    ASSERT_TRUE(gui.get_size(plugin, &width, &height));
+    EXPECT_EQ(width, 2u * static_cast<unsigned>(hosted(host).model().interfaceWidth()));
+    clap_window_t window{};
+    window.api = CLAP_WINDOW_API_X11;
+    window.x11 = 77;
+    ASSERT_TRUE(gui.set_parent(plugin, &window));
+    EXPECT_EQ(log.parent, 77u);
+    EXPECT_EQ(log.scale, 2.0);
+    EXPECT_EQ(log.size.width, static_cast<int>(width)) << "as announced";
+    ASSERT_TRUE(gui.show(plugin));
+    EXPECT_TRUE(log.isVisible);
+    timer.on_timer(plugin, 41);
+    timer.on_timer(plugin, 99);
+    EXPECT_EQ(log.idles, 1);
+    width = 10;
+    ASSERT_TRUE(gui.adjust_size(plugin, &width, &height));
+    EXPECT_EQ(width, 300u);
+    EXPECT_TRUE(gui.set_size(plugin, 310, 200));
+    EXPECT_EQ(log.size, (ViewSize{310, 200}));
+    EXPECT_TRUE(log.host->requestResize({500, 300}));
+    EXPECT_FALSE(log.host->requestResize({5000, 300}));
+
+    ASSERT_TRUE(host.extension<ClapPluginAudioPortsConfig>(kClapAudioPortsConfig)->select(plugin, 6));
+    EXPECT_EQ(log.alive, 0) << "it showed the model of another layout";
+    EXPECT_TRUE(host.wasClosed);
+    gui.destroy(plugin);
+    ASSERT_TRUE(gui.create(plugin, CLAP_WINDOW_API_X11, false));
+    ASSERT_TRUE(gui.set_parent(plugin, &window));
+}
+
+TEST_F(ClapInside, HasNoWindowWithoutAnInterface) {
+    const ClapHost host(factory());
+    EXPECT_EQ(host.extension<void>(CLAP_EXT_GUI), nullptr);
+    EXPECT_EQ(host.extension<void>(CLAP_EXT_TIMER_SUPPORT), nullptr);
+}
+
+}  // namespace
+}  // namespace vanta::test

@@ -73,7 +73,7 @@ vanta_layer(host/common SEES foundation plugin/base plugin/parameters plugin/mid
             limiter/parameters host/unified)
 vanta_layer(host/clap SEES foundation plugin/midi plugin/model host/common)
 vanta_layer(host/vst3 SEES foundation plugin/midi plugin/presets plugin/model host/common)
-vanta_layer(host/lv2 SEES foundation plugin/midi plugin/model host/common)
+vanta_layer(host/lv2 SEES foundation plugin/parameters plugin/midi plugin/model host/common)
 vanta_layer(host/jack SEES foundation plugin/midi plugin/presets plugin/model host/common)
 vanta_layer(host/offline SEES foundation wave dsp/dither plugin/base plugin/parameters limiter/parameters
             limiter/processor)

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <lv2/atom/atom.h>
+#include <lv2/state/state.h>
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "host/common/host_parameters.hpp"
+#include "host/common/hosted_plugin.hpp"
+#include "host/common/pending_edits.hpp"
+#include "host/lv2/lv2_events.hpp"
+#include "host/lv2/lv2_features.hpp"
+#include "host/lv2/lv2_layouts.hpp"
+#include "host/lv2/lv2_port_values.hpp"
+#include "host/lv2/lv2_ports.hpp"
+#include "host/lv2/lv2_uris.hpp"
+
+namespace vanta {
+
+/// An instance as LV2 hosts drive it. Nobody ever calls it on a main thread, so a thread of ours pumps it.
+class Lv2Plugin final : private HostCallbacks {
+public:
+    /// `features` must map URIs, and the rate be one that HostedPlugin takes.
+    Lv2Plugin(const Lv2Layout& layout, double sampleRate, const Lv2Features& features);
+
+    // While no block runs.
+
+    void connectPort(std::uint32_t index, void* data);
+    void activate();
+
+    // Any thread but the audio thread.
+
+    LV2_State_Status save(LV2_State_Store_Function store, LV2_State_Handle handle);
+    LV2_State_Status restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle);
+
+    /// Audio thread.
+    VANTA_REALTIME void run(std::uint32_t samples);
+
+private:
+    /// Audio buffers in the order of the layout; null where the host has connected none.
+    struct Buffers {
+        std::array<const float*, kMaxChannels> inputs{};
+        std::array<const float*, kMaxChannels> sideChain{};
+        std::array<float*, kMaxChannels> outputs{};
+    };
+
+    std::vector<Lv2Control> makeControls() const;
+    std::span<const float* const> sideChain() const;
+    void askForPortChanges();
+    void takePortValues();
+    void start();
+    void process(int samples);
+    void notify();
+
+    void parameterEdited(int index, Edit edit, float value) override;
+    void stateChanged() override { stateChanged_.store(true); }
+    void latencyChanged() override {}
+    void pumpRequested() override {}
+
+    const Lv2Uris uris_;
+    const Lv2PortChangeRequest* const portRequests_;
+    const int largestBlock_;
+    const double sampleRate_;
+    const std::size_t keyChannel_;  ///< of the side chain, where that is mono: the first of the ports
+    // What the thread that pumps touches, which ends with the plug-in.
+    std::optional<PendingEdits> edits_;  ///< on their way to a host that takes requests
+    std::atomic<bool> stateChanged_{false};
+    HostedPlugin plugin_;
+    const std::vector<HostParameter> parameters_;
+    const std::vector<Lv2Port> ports_;
+    Lv2PortValues values_;
+
+    Buffers buffers_;
+    float* latency_ = nullptr;
+    const LV2_Atom_Sequence* events_ = nullptr;
+    LV2_Atom_Sequence* notifications_ = nullptr;
+
+    std::vector<HostEvent> changes_;  ///< of this block, from the control ports
+    Lv2Transport transport_;
+    bool isStarting_ = true;
+};
+
+}  // namespace vanta

@@ -1,0 +1,54 @@
+#include "host/lv2/lv2_port_values.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace vanta {
+namespace {
+
+constexpr float kNothing = std::numeric_limits<float>::quiet_NaN();
+
+/// Hosts keep values of ports as texts with six digits or more.
+bool isSameText(float a, float b) {
+    return std::abs(a - b) <= 1e-6f + 1e-5f * std::abs(b);
+}
+
+}  // namespace
+
+Lv2PortValues::Lv2PortValues(std::vector<Lv2Control> controls)
+    : controls_(std::move(controls)),
+      ports_(controls_.size()),
+      seen_(controls_.size()),
+      restored_(controls_.size()) {
+    forget();
+    // A taste in the interface is the user's from one instance to the next, until the host says otherwise.
+    for (std::size_t i = 0; i < controls_.size(); ++i) {
+        if (controls_[i].described().isInterface) seen_[i].store(controls_[i].initial());
+    }
+}
+
+bool Lv2PortValues::isNews(std::size_t index, float shown, bool restored) {
+    const float before = seen_[index].exchange(shown);
+    const float saved = restored ? restored_[index].load() : kNothing;
+    return std::isnan(saved) ? before != shown : !isSameText(shown, saved);
+}
+
+std::vector<float> Lv2PortValues::seen() const {
+    const Values& newest = isRestored_.load() ? restored_ : seen_;
+    return {newest.begin(), newest.end()};
+}
+
+void Lv2PortValues::restore(std::span<const float> saved) {
+    for (std::size_t i = 0; i < restored_.size(); ++i) {
+        restored_[i].store(i < saved.size() ? saved[i] : kNothing);
+    }
+    isRestored_.store(true);
+}
+
+void Lv2PortValues::forget() {
+    for (auto& each : seen_) each.store(kNothing);
+}
+
+}  // namespace vanta

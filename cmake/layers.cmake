@@ -101,8 +101,8 @@ vanta_layer(tools/compile_artwork SEES foundation)
 vanta_layer(tools/compile_styles SEES foundation limiter/styles)
 vanta_layer(tools/compile_presets SEES foundation plugin/base plugin/parameters plugin/presets limiter/parameters
             limiter/model)
-vanta_layer(tools/lv2_bundle SEES foundation plugin/base plugin/parameters plugin/presets plugin/model limiter/model
-            limiter/factory host/common host/lv2)
+vanta_layer(tools/lv2_bundle SEES foundation plugin/base plugin/parameters plugin/presets plugin/model limiter/parameters
+            limiter/model limiter/factory host/common host/lv2)
 vanta_layer(tools/preset_table SEES plugin/presets limiter/model limiter/factory host/offline measure
             tools/song)
 

@@ -16,10 +16,6 @@ Lv2Control::Lv2Control(const AbstractPluginParameter& parameter, const HostParam
     if (minimum_ > maximum_) std::swap(minimum_, maximum_);
 }
 
-float Lv2Control::initial() const {
-    return shown(parameter_->defaultValue());
-}
-
 float Lv2Control::shown(float own) const {
     if (described_->isBypass) return 1.0f - own;
     return described_->isStepped() ? own : parameter_->toDisplay(own);

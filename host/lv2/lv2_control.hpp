@@ -20,7 +20,6 @@ public:
     bool isToggle() const { return isToggle_; }
     float minimum() const { return minimum_; }
     float maximum() const { return maximum_; }
-    float initial() const;
 
     VANTA_REALTIME float shown(float own) const;
     /// What lies outside the range counts as its nearest end. Nothing if it is not a number.

@@ -23,10 +23,6 @@ Lv2PortValues::Lv2PortValues(std::vector<Lv2Control> controls)
       seen_(controls_.size()),
       restored_(controls_.size()) {
     forget();
-    // A taste in the interface is the user's from one instance to the next, until the host says otherwise.
-    for (std::size_t i = 0; i < controls_.size(); ++i) {
-        if (controls_[i].described().isInterface) seen_[i].store(controls_[i].initial());
-    }
 }
 
 bool Lv2PortValues::isNews(std::size_t index, float shown, bool restored) {

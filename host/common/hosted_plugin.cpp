@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <mutex>
+#include <utility>
 
 #include "foundation/numbers.hpp"
 #include "host/unified/host_position.hpp"
@@ -25,6 +27,7 @@ public:
             const AbstractPluginParameter& parameter = *model().parameterAt(i);
             setKnown(i, hostPosition(parameter, parameter.value()));
         }
+        isNewName();
     }
 
     bool restore(std::span<const std::byte> bytes) {
@@ -39,7 +42,9 @@ public:
     bool takeRestored() { return restored_.exchange(false); }
 
     void reportLatency() override { owner_.host_.latencyChanged(); }
-    void presetNameChanged() override { owner_.host_.stateChanged(); }
+    void presetNameChanged() override {
+        if (restores_.load() == 0 && isNewName()) owner_.host_.stateChanged();
+    }
     void reportParameter(int index, float value) override {
         const double position = hostPosition(*model().parameterAt(index), value);
         std::atomic<double>& known = known_[static_cast<std::size_t>(index)];
@@ -54,9 +59,19 @@ public:
     }
 
 private:
+    /// Whether the preset has another name than the host knows; from here on it is known.
+    bool isNewName() {
+        std::string name = model().presetState().name();
+        const std::lock_guard held(nameMutex_);
+        std::swap(knownName_, name);
+        return knownName_ != name;
+    }
+
     HostedPlugin& owner_;
     std::vector<std::atomic<double>> known_;  ///< positions
-    std::atomic<int> restores_{0};            ///< under way
+    std::mutex nameMutex_;
+    std::string knownName_;
+    std::atomic<int> restores_{0};  ///< under way
     std::atomic<bool> restored_{false};
 };
 

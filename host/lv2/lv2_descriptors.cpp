@@ -76,7 +76,14 @@ void activate(LV2_Handle handle) {
 }
 
 void run(LV2_Handle handle, std::uint32_t samples) {
-    pluginOf(handle).run(samples);
+    const bool done = guarded(
+        [=] {
+            pluginOf(handle).run(samples);
+            return true;
+        },
+        false);
+    // Memory has run out for another oversampling: LV2 knows no error of a block.
+    if (!done) pluginOf(handle).silence(samples);
 }
 
 void cleanup(LV2_Handle handle) {

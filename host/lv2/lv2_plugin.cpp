@@ -94,10 +94,16 @@ void Lv2Plugin::run(std::uint32_t samples) {
     const RealtimeScope realtime;
     askForPortChanges();
     takePortValues();
-    if (isStarting_) start();
+    if (isStarting_) start(samples);
     process(static_cast<int>(std::min<std::uint32_t>(samples, std::numeric_limits<int>::max())));
     if (latency_) *latency_ = static_cast<float>(plugin_.processor().latency());
     notify();
+}
+
+void Lv2Plugin::silence(std::uint32_t samples) {
+    for (float* output : buffers_.outputs) {
+        if (output) std::fill_n(output, samples, 0.0f);
+    }
 }
 
 void Lv2Plugin::askForPortChanges() {
@@ -122,10 +128,9 @@ void Lv2Plugin::takePortValues() {
     });
 }
 
-/// Ports first speak with the first block. What they say then is where the instance starts from, not a
-/// movement to be heard.
-void Lv2Plugin::start() {
-    isStarting_ = false;
+/// What the ports say before the first sample is where the instance starts from, not a movement to be heard.
+void Lv2Plugin::start(std::uint32_t samples) {
+    isStarting_ = samples == 0;
     if (changes_.empty()) return;
     Lv2Events values(changes_, nullptr, uris_);
     plugin_.process({}, values);

@@ -37,8 +37,11 @@ public:
     LV2_State_Status save(LV2_State_Store_Function store, LV2_State_Handle handle);
     LV2_State_Status restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle);
 
-    /// Audio thread.
+    // Audio thread.
+
     VANTA_REALTIME void run(std::uint32_t samples);
+    /// In place of a block that cannot be.
+    VANTA_REALTIME void silence(std::uint32_t samples);
 
 private:
     /// Audio buffers in the order of the layout; null where the host has connected none.
@@ -52,7 +55,7 @@ private:
     std::span<const float* const> sideChain() const;
     void askForPortChanges();
     void takePortValues();
-    void start();
+    void start(std::uint32_t samples);
     void process(int samples);
     void notify();
 

@@ -29,8 +29,8 @@ struct Lv2Port {
     std::string designation;  ///< a URI, or empty
 };
 
-/// The ports of a plug-in in the order of their indexes. What hosts read of them and what the plug-in does
-/// with them both come from here.
+/// The ports of a plug-in in the order of their indexes: a parameter's port has the parameter's index. What
+/// hosts read of them and what the plug-in does with them both come from here.
 std::vector<Lv2Port> lv2Ports(ChannelLayout layout, const std::vector<HostParameter>& parameters);
 
 }  // namespace vanta

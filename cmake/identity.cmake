@@ -5,3 +5,8 @@ set(VANTA_SUMMARY "Mastering limiter with true-peak limiting and loudness meteri
 set(VANTA_LICENSE "LicenseRef-proprietary")
 set(VANTA_ID "com.quillmark.vanta2")
 set(VANTA_URI "urn:quillmark:vanta2")
+
+# What VST3 asks for besides. Sessions find the plug-in by the class: it stays as it is.
+set(VANTA_VST3_CLASS_ID "10C8D8F3EE7A50BEBD90F6CD8E7C9CCE")
+set(VANTA_VST3_CATEGORIES "Fx|Dynamics|Mastering")
+set(VANTA_VST3_SDK_VERSION "VST 3.7.4")

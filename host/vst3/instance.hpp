@@ -1,0 +1,45 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+
+#include <travesty/audio_processor.h>
+
+#include "host/common/embedded_view.hpp"
+#include "host/common/hosted_plugin.hpp"
+#include "host/vst3/buses.hpp"
+#include "host/vst3/parameter_list.hpp"
+#include "host/vst3/programs.hpp"
+#include "host/vst3/reports.hpp"
+#include "host/vst3/run_loop_timer.hpp"
+
+namespace vanta::vst3 {
+
+/// What the roles of one object share.
+///
+/// A timer of the host's run loop is the main thread's turn. A host without one gets no call of ours out of
+/// the blue: there a thread of our own keeps the model up to date while the instance is active, values reach
+/// the host with blocks, and the rest is told where the host changes a value or a state.
+struct Instance {
+    Instance(EmbeddedViewFactory viewFactory, ComObject& whole);
+
+    /// What the main thread has to do.
+    void serve();
+    /// The same at the end of a host's call, if no timer will do it.
+    void serveWithoutTimer();
+
+    ComObject& object;
+    EmbeddedViewFactory views;
+    Reports reports;
+    HostedPlugin plugin;
+    Programs programs;
+    ParameterList parameters;
+    Buses buses;
+    /// Where the host has put the parameters of MIDI controllers, from 0 to 1.
+    std::array<std::atomic<double>, ParameterList::kControllers> controllers{};
+    v3_process_setup setup{V3_REALTIME, V3_SAMPLE_32, 1024, 44100.0};
+    std::atomic<bool> active{false};
+    RunLoopTimer timer;
+};
+
+}  // namespace vanta::vst3

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <atomic>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include <travesty/audio_processor.h>
+#include <travesty/edit_controller.h>
+
+#include "host/common/host_callbacks.hpp"
+#include "host/common/pending_edits.hpp"
+#include "host/vst3/host_interface.hpp"
+
+namespace vanta::vst3 {
+
+class ParameterList;
+
+/// Tells the host's component handler what an instance has to say. The handler only takes calls on the host's
+/// main thread. What comes up on another one waits: values for the next block, which can carry them, and all
+/// of it for the main thread's next turn.
+class Reports final : public HostCallbacks {
+public:
+    // Main thread.
+
+    /// Before anything is told.
+    void setParameters(const ParameterList& parameters);
+    /// Null takes it away.
+    void setHandler(v3_component_handler** handler);
+    void claimMainThread() { mainThread_.store(std::this_thread::get_id()); }
+    bool isMainThread() const { return mainThread_.load() == std::this_thread::get_id(); }
+    /// The host reads latency as it activates an instance, and only hears of changes while it is active.
+    void setActive(bool active);
+    /// The host should read all values anew.
+    void valuesReplaced() { restartFlags_.fetch_or(V3_RESTART_PARAM_VALUES_CHANGED); }
+    /// Whether another preset may be current since the last call.
+    bool takePresetChange() { return presetChanged_.exchange(false); }
+    /// All that waits. The host may call back, and even activate the instance anew, before this returns.
+    void tell();
+
+    // Audio thread.
+
+    /// Hands values over that no main thread has told yet.
+    VANTA_REALTIME void tellWithBlock(v3_param_changes** changes);
+
+    // For the instance.
+
+    void parameterEdited(int index, Edit edit, float value) override;
+    void beginEdits() override;
+    void endEdits() override;
+    void stateRestored() override;
+    void stateChanged() override;
+    void latencyChanged() override;
+    void pumpRequested() override {}
+
+private:
+    bool canTell() const { return handler_ && isMainThread(); }
+    void edit(int index, Edit edit, double position);
+    double positionOf(int index, float value) const;
+
+    const ParameterList* parameters_ = nullptr;
+    HostInterface<v3_component_handler> handler_;
+    HostInterface<v3_component_handler2> handler2_;
+    std::atomic<std::thread::id> mainThread_{std::this_thread::get_id()};
+    std::vector<bool> held_;  ///< parameters that a user moves
+    std::optional<PendingEdits> pending_;
+    std::atomic<bool> active_{false};
+    std::atomic<int> restartFlags_{0};
+    std::atomic<bool> dirty_{false};
+    std::atomic<bool> presetChanged_{false};
+};
+
+}  // namespace vanta::vst3

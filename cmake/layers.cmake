@@ -131,7 +131,7 @@ vanta_layer(tests/host SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_r
 vanta_layer(tests/host/formats SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} cli tests/support
             tests/plugin)
 vanta_layer(tests/host/clap SEES foundation host/common host/clap tests/support tests/plugin tests/host/formats)
-vanta_layer(tests/host/vst3 SEES foundation host/common tests/support tests/plugin tests/host/formats)
+vanta_layer(tests/host/vst3 SEES foundation host/common host/vst3 tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/lv2 SEES foundation ${plugin_rooms} ${limiter_rooms} host/common host/lv2 host/offline tests/support
             tests/plugin tests/host/formats)
 vanta_layer(tests/host/jack SEES foundation host/common host/jack tests/support tests/plugin)

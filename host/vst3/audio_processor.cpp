@@ -59,7 +59,7 @@ v3_result AudioProcessor::setBusArrangements(v3_speaker_arrangement* inputs, std
     const bool taken = instance_.buses.arrange({inputs, static_cast<std::size_t>(inputCount)},
                                                {outputs, static_cast<std::size_t>(outputCount)});
     try {
-        instance_.plugin.setLayout(instance_.buses.layout());
+        instance_.changeLayout();
     } catch (...) {
         instance_.buses.arrange(instance_.plugin.layout());
         throw;

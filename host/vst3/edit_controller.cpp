@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "host/vst3/component.hpp"
+#include "host/vst3/plug_view.hpp"
 #include "host/vst3/streams.hpp"
 #include "host/vst3/utf16.hpp"
 
@@ -11,6 +13,8 @@ namespace vanta::vst3 {
 namespace {
 
 constexpr std::size_t kTextSize = sizeof(v3_str_128) / sizeof(std::int16_t);
+/// The only kind of view that hosts ask for.
+constexpr const char* kEditor = "editor";
 
 }  // namespace
 
@@ -124,8 +128,13 @@ v3_result EditController::setHandler(v3_component_handler** handler) {
     return V3_OK;
 }
 
-v3_plugin_view** EditController::createView(const char*) noexcept {
-    return nullptr;
+v3_plugin_view** EditController::createView(const char* name) noexcept {
+    if (!instance_.views || !name || std::strcmp(name, kEditor) != 0) return nullptr;
+    try {
+        return (new PlugView(instance_))->pointer();
+    } catch (...) {
+        return nullptr;
+    }
 }
 
 }  // namespace vanta::vst3

@@ -1,6 +1,9 @@
 #include "host/vst3/instance.hpp"
 
+#include <algorithm>
 #include <utility>
+
+#include "host/vst3/plug_view.hpp"
 
 namespace vanta::vst3 {
 
@@ -11,12 +14,19 @@ Instance::Instance(EmbeddedViewFactory viewFactory, ComObject& whole)
       programs(plugin.model()),
       parameters(plugin, programs),
       buses(kStereoLayout),
-      timer([this] {
-          const ComScope held(object);
-          reports.claimMainThread();
-          serve();
-      }) {
+      timer([this] { onTimer(); }) {
     reports.setParameters(parameters);
+}
+
+void Instance::onTimer() {
+    const ComScope held(object);
+    reports.claimMainThread();
+    serve();
+    // A view may close another one, or itself by way of the host.
+    const std::vector<ViewRole*> open = openViews;
+    for (ViewRole* view : open) {
+        if (std::ranges::find(openViews, view) != openViews.end()) view->idle();
+    }
 }
 
 void Instance::serve() {
@@ -24,6 +34,13 @@ void Instance::serve() {
     plugin.pump();
     if (reports.takePresetChange() && programs.follow(plugin.model())) reports.valuesReplaced();
     reports.tell();
+}
+
+void Instance::changeLayout() {
+    if (buses.layout() == plugin.layout()) return;
+    for (ViewRole* view : openViews) view->close();
+    plugin.setLayout(buses.layout());
+    for (ViewRole* view : openViews) view->open();
 }
 
 void Instance::serveWithoutTimer() {

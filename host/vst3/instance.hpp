@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <vector>
 
 #include <travesty/audio_processor.h>
 
@@ -15,6 +16,8 @@
 
 namespace vanta::vst3 {
 
+class ViewRole;
+
 /// What the roles of one object share.
 ///
 /// A timer of the host's run loop is the main thread's turn. A host without one gets no call of ours out of
@@ -25,8 +28,12 @@ struct Instance {
 
     /// What the main thread has to do.
     void serve();
-    /// The same at the end of a host's call, if no timer will do it.
+    /// The same, and what the views have to do.
+    void onTimer();
+    /// `serve` at the end of a host's call, if no timer will do it.
     void serveWithoutTimer();
+    /// To that of the buses, while no block runs.
+    void changeLayout();
 
     ComObject& object;
     EmbeddedViewFactory views;
@@ -39,6 +46,7 @@ struct Instance {
     std::array<std::atomic<double>, ParameterList::kControllers> controllers{};
     v3_process_setup setup{V3_REALTIME, V3_SAMPLE_32, 1024, 44100.0};
     std::atomic<bool> active{false};
+    std::vector<ViewRole*> openViews;
     RunLoopTimer timer;
 };
 

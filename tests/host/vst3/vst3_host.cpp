@@ -68,8 +68,7 @@ void Vst3Module::setContext(HostUnknown* context) {
 
 // The instance
 
-Vst3Instance::Vst3Instance(const Vst3Module& module) {
-    auto** const factory = static_cast<v3_plugin_factory**>(static_cast<void*>(module.factory()));
+Vst3Instance::Vst3Instance(v3_plugin_factory** factory) {
     v3_class_info info{};
     v3_cpp_obj(factory)->get_class_info(factory, 0, &info);
     void* made = nullptr;
@@ -122,7 +121,7 @@ Vst3Host::~Vst3Host() {
 
 bool Vst3Host::open(ChannelLayout layout, double sampleRate, int largestBlock, bool sideChain) {
     layout_ = layout;
-    plugin_ = std::make_unique<Vst3Instance>(module_);
+    plugin_ = std::make_unique<Vst3Instance>(module_.factory());
     if (!plugin_->component) return false;
     if (v3_cpp_obj_initialize(plugin_->component, application.as<v3_funknown>()) != V3_OK) return false;
     v3_cpp_obj(plugin_->controller)

@@ -31,7 +31,10 @@ public:
     Vst3Module& operator=(const Vst3Module&) = delete;
 
     static const char* bundle();
-    v3_plugin_factory_3** factory() const { return factory_; }
+    v3_plugin_factory** factory() const {
+        return static_cast<v3_plugin_factory**>(static_cast<void*>(factory_));
+    }
+    v3_plugin_factory_3** latestFactory() const { return factory_; }
     void setContext(HostUnknown* context);
 
 private:
@@ -41,8 +44,7 @@ private:
 
 /// An instance of the only class, with all of its interfaces.
 struct Vst3Instance {
-    /// Null: the module was asked for something else than it has.
-    explicit Vst3Instance(const Vst3Module& module);
+    explicit Vst3Instance(v3_plugin_factory** factory);
     ~Vst3Instance();
     Vst3Instance(const Vst3Instance&) = delete;
     Vst3Instance& operator=(const Vst3Instance&) = delete;

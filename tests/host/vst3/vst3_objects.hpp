@@ -135,6 +135,14 @@ protected:
     ~HostRunLoop() = default;
 };
 
+struct HostFrame : HostUnknown {
+    static const std::uint8_t* id() { return v3_plugin_frame_iid; }
+    virtual v3_result resize(v3_plugin_view** view, v3_view_rect* rectangle) = 0;
+
+protected:
+    ~HostFrame() = default;
+};
+
 struct HostApplication : HostUnknown {
     static const std::uint8_t* id() { return v3_host_application_iid; }
     virtual v3_result name(std::int16_t* name) = 0;

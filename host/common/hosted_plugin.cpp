@@ -146,6 +146,12 @@ void HostedPlugin::hostPositionChanged(int index, double position) {
     requestPump();
 }
 
+void HostedPlugin::hostPositionShown(int index, double position) {
+    if (!instance_->has(index) || std::isnan(position)) return;
+    instance_->setKnown(index, position);
+    instance_->hostPositionShown(index, position);
+}
+
 void HostedPlugin::hostValueChanged(int index, double value) {
     if (!instance_->has(index)) return;
     const AbstractPluginParameter& parameter = *model().parameterAt(index);

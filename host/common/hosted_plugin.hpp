@@ -59,6 +59,8 @@ public:
     int latency() const { return model().latency(); }
     double sampleRate() const { return static_cast<double>(model().sampleRate()); }
     void hostPositionChanged(int index, double position);
+    /// What a control of the host's shows of a change that comes with a block, and only there takes effect.
+    void hostPositionShown(int index, double position);
     void hostValueChanged(int index, double value);
     std::vector<std::byte> saveState();
     /// False, and nothing has changed, if the bytes are not a state.

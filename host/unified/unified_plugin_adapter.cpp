@@ -88,6 +88,12 @@ void UnifiedPluginAdapter::hostPositionChanged(int index, double position) {
     takeFromHost(index, same ? own : valueAt(parameter, position), continuous && distance <= kHostRounding);
 }
 
+void UnifiedPluginAdapter::hostPositionShown(int index, double position) {
+    if (!isParameter(index) || std::isnan(position) || audioSide_->isAnswer(index, position)) return;
+    AbstractPluginParameter& parameter = *model_->parameterAt(index);
+    if (isApart(*model_, index, position)) parameter.setValue(valueAt(parameter, position), kFromHost);
+}
+
 void UnifiedPluginAdapter::hostValueChanged(int index, double value) {
     if (!isParameter(index)) return;
     const AbstractPluginParameter& parameter = *model_->parameterAt(index);

@@ -47,7 +47,10 @@ public:
 
     /// Every change that a host makes or gives back; a position from 0 to 1.
     void hostPositionChanged(int index, double position);
-    /// The same for hosts that speak the parameters' own numbers.
+    /// What a control of the host's shows of a change that comes with a block, earlier or later. It may lag
+    /// behind: the processor listens to the blocks alone.
+    void hostPositionShown(int index, double position);
+    /// The same as `hostPositionChanged` for hosts that speak the parameters' own numbers.
     void hostValueChanged(int index, double value);
 
     // A session, on any thread of the host but the audio thread.

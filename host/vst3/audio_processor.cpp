@@ -48,7 +48,9 @@ const v3_audio_processor_cpp AudioProcessor::kTable{
 };
 
 AudioProcessor::AudioProcessor(ComObject& object, Instance& instance)
-    : ComInterface(kTable, object), instance_(instance), events_(instance.parameters, instance.programs) {}
+    : ComInterface(kTable, object),
+      instance_(instance),
+      events_(instance.parameters, instance.programs, instance.automation) {}
 
 v3_result AudioProcessor::setBusArrangements(v3_speaker_arrangement* inputs, std::int32_t inputCount,
                                              v3_speaker_arrangement* outputs, std::int32_t outputCount) {
@@ -96,6 +98,7 @@ v3_result AudioProcessor::setupProcessing(v3_process_setup* setup) {
 }
 
 v3_result AudioProcessor::setProcessing(v3_bool processing) noexcept {
+    if (!processing) instance_.automation.stopped();
     if (!instance_.active.load()) return processing ? V3_NOT_INITIALIZED : V3_OK;
     if (processing) instance_.plugin.reset();
     return V3_OK;
@@ -118,6 +121,7 @@ v3_result AudioProcessor::process(v3_process_data* data) noexcept {
     };
     events_.begin(data->input_params, data->input_events);
     instance_.plugin.process(block, events_);
+    instance_.automation.played(data->nframes);
     instance_.reports.tellWithBlock(data->output_params);
     finish(*data);
     return V3_OK;

@@ -41,7 +41,6 @@ std::optional<HostEvent> messageOf(const v3_event& event) {
 
 void BlockEvents::begin(v3_param_changes** changes, v3_event_list** events) {
     queueCount_ = 0;
-    programRequested_ = false;
     const int queues = changes ? v3_cpp_obj(changes)->get_param_count(changes) : 0;
     for (int i = 0; i < queues; ++i) open(v3_cpp_obj(changes)->get_param_data(changes, i));
     constexpr std::uint32_t kMost = std::numeric_limits<int>::max();
@@ -108,6 +107,7 @@ bool BlockEvents::next(HostEvent& event) {
 bool BlockEvents::take(const Queue& queue, HostEvent& event) {
     if (parameters_.isOwn(queue.id)) {
         const int index = static_cast<int>(queue.id);
+        automation_.moved(index);
         event = {.offset = queue.offset,
                  .index = index,
                  .value = parameters_.range(index).valueAt(queue.position)};
@@ -119,7 +119,7 @@ bool BlockEvents::take(const Queue& queue, HostEvent& event) {
         event = midiEvent(queue.offset, {kControlChange, controller, value});
         return true;
     }
-    programRequested_ |= programs_.request(programs_.at(queue.position));
+    programs_.request(programs_.at(queue.position));
     return false;
 }
 

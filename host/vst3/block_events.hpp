@@ -7,6 +7,7 @@
 #include <travesty/audio_processor.h>
 
 #include "host/common/host_block.hpp"
+#include "host/vst3/block_automation.hpp"
 #include "host/vst3/parameter_list.hpp"
 
 namespace vanta::vst3 {
@@ -15,14 +16,12 @@ namespace vanta::vst3 {
 /// next point of each queue. Audio thread.
 class BlockEvents final : public HostEventSource {
 public:
-    BlockEvents(const ParameterList& parameters, Programs& programs)
-        : parameters_(parameters), programs_(programs) {}
+    BlockEvents(const ParameterList& parameters, Programs& programs, BlockAutomation& automation)
+        : parameters_(parameters), programs_(programs), automation_(automation) {}
 
     /// Both may be null.
     VANTA_REALTIME void begin(v3_param_changes** changes, v3_event_list** events);
     bool next(HostEvent& event) override;
-    /// Whether the block asked for another program.
-    bool programRequested() const { return programRequested_; }
 
 private:
     /// More than there are parameters; a host has one queue for each.
@@ -45,13 +44,13 @@ private:
 
     const ParameterList& parameters_;
     Programs& programs_;
+    BlockAutomation& automation_;
     std::array<Queue, kMaxQueues> queues_;
     std::size_t queueCount_ = 0;
     v3_event_list** midi_ = nullptr;
     int midiCount_ = 0;
     int midiTaken_ = 0;
     std::optional<HostEvent> nextMidi_;
-    bool programRequested_ = false;
 };
 
 }  // namespace vanta::vst3

@@ -77,6 +77,7 @@ v3_result Component::setActive(v3_bool active) {
         const v3_process_setup& setup = instance_.setup;
         if (!instance_.plugin.activate(setup.sample_rate, setup.max_block_size)) return V3_FALSE;
     }
+    instance_.automation.stopped();
     instance_.active.store(wanted);
     instance_.reports.setActive(wanted);
     return V3_OK;

@@ -13,6 +13,8 @@ namespace vanta::vst3 {
 namespace {
 
 constexpr std::size_t kTextSize = sizeof(v3_str_128) / sizeof(std::int16_t);
+/// Seconds by which a host's controls may be late to show what it plays.
+constexpr double kLongestLag = 0.5;
 /// The only kind of view that hosts ask for.
 constexpr const char* kEditor = "editor";
 
@@ -110,7 +112,7 @@ v3_result EditController::setValue(v3_param_id id, double position) {
     if (!parameters.has(id) || std::isnan(position)) return V3_INVALID_ARG;
     position = std::clamp(position, 0.0, 1.0);
     if (parameters.isOwn(id)) {
-        instance_.plugin.hostPositionChanged(static_cast<int>(id), position);
+        setOwn(static_cast<int>(id), position);
     } else if (ParameterList::isController(id)) {
         // Kept for the host to read. What the controller moves has heard of it with a block.
         instance_.controllers[id - ParameterList::kFirstController].store(position);
@@ -120,6 +122,14 @@ v3_result EditController::setValue(v3_param_id id, double position) {
     }
     instance_.serveWithoutTimer();
     return V3_OK;
+}
+
+void EditController::setOwn(int index, double position) {
+    if (instance_.automation.moves(index, kLongestLag * instance_.plugin.sampleRate())) {
+        instance_.plugin.hostPositionShown(index, position);
+    } else {
+        instance_.plugin.hostPositionChanged(index, position);
+    }
 }
 
 v3_result EditController::setHandler(v3_component_handler** handler) {

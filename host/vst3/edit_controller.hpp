@@ -31,6 +31,8 @@ public:
     v3_plugin_view** createView(const char* name) noexcept;
 
 private:
+    void setOwn(int index, double position);
+
     static const v3_edit_controller_cpp kTable;
 
     Instance& instance_;

@@ -13,6 +13,7 @@ Instance::Instance(EmbeddedViewFactory viewFactory, ComObject& whole)
       plugin(reports, kStereoLayout),
       programs(plugin.model()),
       parameters(plugin, programs),
+      automation(parameters.ownCount()),
       buses(kStereoLayout),
       timer([this] { onTimer(); }) {
     reports.setParameters(parameters);

@@ -8,6 +8,7 @@
 
 #include "host/common/embedded_view.hpp"
 #include "host/common/hosted_plugin.hpp"
+#include "host/vst3/block_automation.hpp"
 #include "host/vst3/buses.hpp"
 #include "host/vst3/parameter_list.hpp"
 #include "host/vst3/programs.hpp"
@@ -41,6 +42,7 @@ struct Instance {
     HostedPlugin plugin;
     Programs programs;
     ParameterList parameters;
+    BlockAutomation automation;
     Buses buses;
     /// Where the host has put the parameters of MIDI controllers, from 0 to 1.
     std::array<std::atomic<double>, ParameterList::kControllers> controllers{};

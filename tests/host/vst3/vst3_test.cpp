@@ -411,6 +411,28 @@ TEST_F(Vst3, ManyQueuesOfManyPointsActAsIfBlocksBeganThere) {
     EXPECT_EQ(nullDb(play(true), play(false)), -400.0);
 }
 
+TEST_F(Vst3, ControlsThatShowAutomationLateDoNotMoveTheSound) {
+    const auto play = [](int lag) {
+        Vst3Host host;
+        EXPECT_TRUE(host.open(kStereoLayout, kRate, 256, false));
+        const auto ramp = [](int block) { return std::min(block, 60) * 0.01; };
+        Signal played;
+        for (int block = 0; block < 80; ++block) {
+            Audio audio(2, 256);
+            for (Signal& in : audio.in) in = pinkNoise(static_cast<std::uint64_t>(block), 256, 0.2);
+            if (block <= 60) host.changes.add(kGain, 0, ramp(block));
+            if (lag > 0 && block >= lag) host.plugin().set(kGain, ramp(block - lag));
+            EXPECT_EQ(audio.process(host), V3_OK);
+            played.insert(played.end(), audio.out[0].begin(), audio.out[0].end());
+            host.idle();
+        }
+        EXPECT_NEAR(host.plugin().value(kGain), 0.6, 1e-6);
+        EXPECT_EQ(host.handler.count(Kind::Perform), 0);
+        return played;
+    };
+    EXPECT_EQ(nullDb(play(6), play(0)), -400.0);
+}
+
 TEST_F(Vst3, WhateverAHostLeavesOutOrGetsWrongIsSurvived) {
     Vst3Host host;
     ASSERT_TRUE(host.open(kStereoLayout, kRate, 256, true));
@@ -551,7 +573,8 @@ TEST_F(Vst3, ValuesAreSetFromSeveralThreadsWhileAudioRuns) {
     over.store(true);
     audioThread.join();
     EXPECT_EQ(host.handler.strayCalls, 0);
-    host.plugin().set(kGain, 0.5);
+    host.setValue(kGain, 15.0);
+    Audio(2, 128).process(host);
     host.idle();
     EXPECT_NEAR(host.plugin().value(kGain), 0.5, 1e-6);
 }

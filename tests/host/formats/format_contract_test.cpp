@@ -31,6 +31,7 @@ int indexOf(std::string_view name) {
 const int kGain = indexOf("Gain");
 const int kStyle = indexOf("Style");
 const int kAttack = indexOf("Attack");
+const int kDithering = indexOf("Dithering");
 const int kBypass = indexOf("Bypass");
 const int kOutputLevel = indexOf("Output Level");
 const int kOversampling = indexOf("Oversampling");
@@ -53,7 +54,7 @@ struct Performance {
     std::function<int(int)> blockSize = [](int) { return kLargest; };  ///< of the nth block
     bool inPlace = false;
     const Channels* sideChain = nullptr;
-    std::vector<FormatHost::Change> changes;  ///< offsets from the start
+    std::vector<FormatHost::Change> changes{};  ///< offsets from the start
 };
 
 Channels play(FormatHost& host, const Channels& input, const Performance& performance = {}) {
@@ -91,7 +92,7 @@ Channels play(FormatHost& host, const Channels& input, const Performance& perfor
     return output;
 }
 
-double nullDb(const Channels& a, const Channels& b) {
+double differenceDb(const Channels& a, const Channels& b) {
     double worst = -400.0;
     for (std::size_t c = 0; c < a.size(); ++c) worst = std::max(worst, nullDb(a[c], b[c]));
     return worst;
@@ -113,8 +114,9 @@ TEST_P(FormatContract, AFileSoundsAsTheCommandRendersIt) {
     const auto file = home_.path / "in.wav";
     const auto rendered = home_.path / "out.wav";
     writeSound(file, input, SF_FORMAT_WAV | SF_FORMAT_FLOAT, kRate);
-    ASSERT_EQ(runCommandLine({"render", file, rendered, "--quiet", "--style", "Aggressive", "--set", "Gain=9",
-                              "--set", "Oversampling=4x", "--set", "Output Level=-1", "--set", "Attack=20"}),
+    ASSERT_EQ(runCommandLine({"render", file, rendered, "--quiet", "--preset", "Default Setting", "--style",
+                              "Aggressive", "--set", "Gain=9", "--set", "Oversampling=4x", "--set",
+                              "Output Level=-1", "--set", "Attack=20"}),
               0);
     const Channels expected = readSound(rendered).channels;
 
@@ -131,11 +133,12 @@ TEST_P(FormatContract, AFileSoundsAsTheCommandRendersIt) {
     for (Signal& signal : padded) signal.resize(kLength + latency);
     Channels output = play(*host, padded);
     for (Signal& signal : output) signal.erase(signal.begin(), signal.begin() + static_cast<long>(latency));
-    EXPECT_LT(nullDb(output, expected), -140.0);
+    EXPECT_LT(differenceDb(output, expected), -140.0);
 }
 
 TEST_P(FormatContract, BlocksOfAnySizeInPlaceOrNotSoundTheSameInEveryLayout) {
-    for (const ChannelLayout layout : GetParam()()->traits().layouts) {
+    const std::vector<ChannelLayout> layouts = GetParam()()->traits().layouts;
+    for (const ChannelLayout layout : layouts) {
         SCOPED_TRACE(channelLayoutName(layout));
         const Channels input = programme(channelCount(layout), 12000);
         const auto run = [&](const Performance& performance) {
@@ -147,7 +150,7 @@ TEST_P(FormatContract, BlocksOfAnySizeInPlaceOrNotSoundTheSameInEveryLayout) {
         const Channels whole = run({});
         Random random(3);
         const auto sizes = [&](int) { return random.between(0, 9) == 0 ? 0 : random.between(1, 3000); };
-        EXPECT_EQ(nullDb(run({.blockSize = sizes, .inPlace = true}), whole), -400.0);
+        EXPECT_EQ(differenceDb(run({.blockSize = sizes, .inPlace = true}), whole), -400.0);
     }
 }
 
@@ -172,8 +175,9 @@ TEST_P(FormatContract, AutomationTakesEffectAtItsSample) {
     const auto cut = run([&](int block) {
         return block < static_cast<int>(sizes.size()) ? sizes[static_cast<std::size_t>(block)] : kLargest;
     });
+    // The others say it in blocks of one sample; what glides may then round otherwise.
     const bool exact = GetParam()()->traits().isSampleAccurate;
-    EXPECT_EQ(nullDb(run([exact](int) { return exact ? 8192 : 1; }), cut), -400.0);
+    EXPECT_LE(differenceDb(run([exact](int) { return exact ? 8192 : 1; }), cut), exact ? -400.0 : -130.0);
 }
 
 TEST_P(FormatContract, AStateHoldsEveryValueAndNoiseIsRefused) {
@@ -187,6 +191,7 @@ TEST_P(FormatContract, AStateHoldsEveryValueAndNoiseIsRefused) {
         first->setValue(i, stepped ? std::floor(value + 0.5) : value);
     }
     first->setValue(kBypass, 0.0);
+    first->setValue(kDithering, 0.0);  // never the same twice
     first->idle();
     const auto state = first->save(7);
 
@@ -209,7 +214,7 @@ TEST_P(FormatContract, AStateHoldsEveryValueAndNoiseIsRefused) {
     ASSERT_TRUE(second->reactivate(kRate, kLargest));
     EXPECT_EQ(second->latency(), first->latency());
     const Channels input = programme(2, 8000);
-    EXPECT_EQ(nullDb(play(*second, input), play(*first, input)), -400.0);
+    EXPECT_EQ(differenceDb(play(*second, input), play(*first, input)), -400.0);
 }
 
 TEST_P(FormatContract, TheLatencyHoldsWhenAudioRunsBypassedOrNot) {
@@ -256,7 +261,7 @@ TEST_P(FormatContract, AnOfflineRenderEqualsRealTime) {
         EXPECT_TRUE(host->reactivate(kRate, kLargest));
         return play(*host, input, {.changes = {{15000, kGain, 11.0}, {30000, kBypass, 1.0}}});
     };
-    EXPECT_EQ(nullDb(run(true), run(false)), -400.0);
+    EXPECT_EQ(differenceDb(run(true), run(false)), -400.0);
 }
 
 TEST_P(FormatContract, TheAudioThreadLeavesTheSystemAlone) {

@@ -9,4 +9,8 @@ void PendingEdits::add(int index, HostCallbacks::Edit edit, float value) {
     any_.store(true);
 }
 
+void PendingEdits::forgetValues() {
+    for (Parameter& parameter : parameters_) parameter.edits.fetch_and(~bit(HostCallbacks::Edit::Value));
+}
+
 }  // namespace vanta

@@ -15,6 +15,8 @@ public:
 
     /// Any thread.
     void add(int index, HostCallbacks::Edit edit, float value);
+    /// The host will read all values anew: those that wait are out of date.
+    void forgetValues();
 
     /// On the thread of the block. Calls `deliver(index, edit, value)` for what waits: for each parameter
     /// its begin, value and end. What is not taken, which `deliver` says with false, waits for the next time.

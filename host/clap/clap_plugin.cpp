@@ -139,7 +139,7 @@ clap_process_status ClapPlugin::process(const clap_process_t& process) {
         }
         ClapEvents events(process.in_events);
         hosted().process(buffers.block(), events);
-        parts_->reports.writeEdits(hosted(), process.out_events);
+        parts_->reports.writeEdits(process.out_events);
     }
     // A render does not wait for the main thread. What a program change asks for must come now, as it does
     // in no time when a user listens.
@@ -152,7 +152,7 @@ void ClapPlugin::flush(const clap_input_events_t* in, const clap_output_events_t
     const RealtimeScope realtime;
     ClapEvents events(in);
     hosted().flush(events);
-    parts_->reports.writeEdits(hosted(), out);
+    parts_->reports.writeEdits(out);
 }
 
 void ClapPlugin::reset() {

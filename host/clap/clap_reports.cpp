@@ -28,6 +28,11 @@ void ClapReports::parameterEdited(int index, Edit edit, float value) {
     raise(kEdits);
 }
 
+void ClapReports::stateRestored() {
+    edits_.forgetValues();
+    raise(kValues);
+}
+
 // Main thread
 
 void ClapReports::deliver(const HostedPlugin& plugin, bool isActive) {
@@ -61,16 +66,12 @@ void ClapReports::reportLatency(const HostedPlugin& plugin) {
 
 // The thread of the block
 
-void ClapReports::writeEdits(const HostedPlugin& plugin, const clap_output_events_t* out) {
+void ClapReports::writeEdits(const clap_output_events_t* out) {
     if (!out || !out->try_push) return;
-    edits_.take([&](int index, Edit edit, float) {
-        // What was reported may have been overtaken, by a state for one.
-        const float heard = plugin.processor().parameterAt(index)->value();
-        return push(*out, index, edit, static_cast<double>(heard));
-    });
+    edits_.take([&](int index, Edit edit, float value) { return push(*out, index, edit, value); });
 }
 
-bool ClapReports::push(const clap_output_events_t& out, int index, Edit edit, double value) {
+bool ClapReports::push(const clap_output_events_t& out, int index, Edit edit, float value) {
     const auto held = held_.begin() + index;
     const auto id = static_cast<clap_id>(index);
     clap_event_header_t header{};
@@ -84,7 +85,7 @@ bool ClapReports::push(const clap_output_events_t& out, int index, Edit edit, do
         event.header = header;
         event.param_id = id;
         event.note_id = event.port_index = event.channel = event.key = -1;
-        event.value = value;
+        event.value = static_cast<double>(value);
         return out.try_push(&out, &event.header);
     }
     clap_event_param_gesture_t event{};

@@ -33,14 +33,14 @@ public:
 
     // The thread of the block.
 
-    /// Hands over edits, with the values that are heard by now. What the host does not take waits on.
-    VANTA_REALTIME void writeEdits(const HostedPlugin& plugin, const clap_output_events_t* out);
+    /// Hands over edits. What the host does not take waits on.
+    VANTA_REALTIME void writeEdits(const clap_output_events_t* out);
 
     // HostCallbacks
 
     void parameterEdited(int index, Edit edit, float value) override;
     void endEdits() override { raise(kValues); }
-    void stateRestored() override { raise(kValues); }
+    void stateRestored() override;
     void stateChanged() override { raise(kState); }
     void latencyChanged() override { raise(kLatency); }
     void pumpRequested() override;
@@ -51,7 +51,7 @@ private:
 
     void raise(Due due);
     void reportLatency(const HostedPlugin& plugin);
-    bool push(const clap_output_events_t& out, int index, Edit edit, double value);
+    bool push(const clap_output_events_t& out, int index, Edit edit, float value);
 
     const clap_host_t& host_;
     const clap_host_params_t* params_;

@@ -33,12 +33,29 @@ const std::vector<std::vector<std::uint8_t>> kSpeakers = {
 
 /// A stream over bytes; it takes or gives at most `chunk` at a time.
 struct Stream {
-    std::vector<std::byte> bytes;
-    std::size_t position = 0;
-    std::size_t chunk = SIZE_MAX;
+    std::uint64_t limited(std::uint64_t size) const {
+        return chunk > 0 ? std::min<std::uint64_t>(size, chunk) : size;
+    }
 
-    static std::size_t chunkOf(int chunk) { return chunk > 0 ? static_cast<std::size_t>(chunk) : SIZE_MAX; }
+    std::vector<std::byte> bytes;
+    std::size_t chunk;
+    std::size_t position = 0;
 };
+
+std::int64_t write(const clap_ostream_t* to, const void* bytes, std::uint64_t size) {
+    auto& stream = *static_cast<Stream*>(to->ctx);
+    const auto* from = static_cast<const std::byte*>(bytes);
+    stream.bytes.insert(stream.bytes.end(), from, from + stream.limited(size));
+    return static_cast<std::int64_t>(stream.limited(size));
+}
+
+std::int64_t read(const clap_istream_t* from, void* to, std::uint64_t size) {
+    auto& stream = *static_cast<Stream*>(from->ctx);
+    const auto count = stream.limited(std::min<std::uint64_t>(size, stream.bytes.size() - stream.position));
+    std::memcpy(to, stream.bytes.data() + stream.position, count);
+    stream.position += count;
+    return static_cast<std::int64_t>(count);
+}
 
 }  // namespace
 
@@ -106,105 +123,58 @@ clap_output_events_t ClapOutput::list() {
             }};
 }
 
-// States
-
-std::vector<std::byte> saveTo(const clap_plugin_t& plugin, int chunk) {
-    Stream stream{.bytes = {}, .chunk = Stream::chunkOf(chunk)};
-    const clap_ostream_t out{&stream, [](const clap_ostream_t* to, const void* bytes, std::uint64_t size) {
-                                 auto& target = *static_cast<Stream*>(to->ctx);
-                                 const std::size_t count = std::min<std::size_t>(size, target.chunk);
-                                 const auto* from = static_cast<const std::byte*>(bytes);
-                                 target.bytes.insert(target.bytes.end(), from, from + count);
-                                 return static_cast<std::int64_t>(count);
-                             }};
-    const auto* state =
-        static_cast<const clap_plugin_state_t*>(plugin.get_extension(&plugin, CLAP_EXT_STATE));
-    EXPECT_TRUE(state->save(&plugin, &out));
-    return stream.bytes;
-}
-
-bool loadFrom(const clap_plugin_t& plugin, std::span<const std::byte> bytes, int chunk) {
-    Stream stream{.bytes = {bytes.begin(), bytes.end()}, .chunk = Stream::chunkOf(chunk)};
-    const clap_istream_t in{
-        &stream, [](const clap_istream_t* from, void* to, std::uint64_t size) {
-            auto& source = *static_cast<Stream*>(from->ctx);
-            const std::size_t left = source.bytes.size() - source.position;
-            const std::size_t count = std::min({static_cast<std::size_t>(size), source.chunk, left});
-            std::memcpy(to, source.bytes.data() + source.position, count);
-            source.position += count;
-            return static_cast<std::int64_t>(count);
-        }};
-    const auto* state =
-        static_cast<const clap_plugin_state_t*>(plugin.get_extension(&plugin, CLAP_EXT_STATE));
-    return state->load(&plugin, &in);
-}
-
 // What the plug-in may call
 
 struct ClapHost::Extensions {
+    static void rescanParams(const clap_host_t* host, clap_param_rescan_flags flags) {
+        of(host).expectMainThread("params.rescan");
+        EXPECT_EQ(flags & CLAP_PARAM_RESCAN_ALL, 0u);
+        ++of(host).rescans;
+    }
+    static void requestFlush(const clap_host_t* host) {
+        EXPECT_NE(of(host).audioThread_.load(), std::this_thread::get_id()) << "request_flush";
+        of(host).flushRequested = true;
+    }
+    static void markDirty(const clap_host_t* host) {
+        of(host).expectMainThread("state.mark_dirty");
+        ++of(host).dirtyMarks;
+    }
+    static void latencyChanged(const clap_host_t* host) {
+        of(host).expectMainThread("latency.changed");
+        EXPECT_FALSE(of(host).isActive_) << "the latency is fixed while active";
+        ++of(host).latencyChanges;
+    }
+    static bool isMainThread(const clap_host_t* host) {
+        return of(host).mainThread_ == std::this_thread::get_id();
+    }
+    static bool isAudioThread(const clap_host_t* host) {
+        return of(host).audioThread_.load() == std::this_thread::get_id();
+    }
+    static bool addTimer(const clap_host_t* host, std::uint32_t periodMs, clap_id* id) {
+        of(host).expectMainThread("timer.register");
+        EXPECT_LE(periodMs, 1000u / 30u);
+        *id = static_cast<clap_id>(40 + ++of(host).timers);
+        return true;
+    }
+    static bool removeTimer(const clap_host_t* host, clap_id id) {
+        EXPECT_EQ(id, static_cast<clap_id>(40 + of(host).timers));
+        return --of(host).timers >= 0;
+    }
+
     static constexpr clap_host_params_t kParams{
-        .rescan =
-            [](const clap_host_t* host, clap_param_rescan_flags flags) {
-                of(host).expectMainThread("params.rescan");
-                EXPECT_EQ(flags & CLAP_PARAM_RESCAN_ALL, 0u);
-                ++of(host).rescans;
-            },
-        .clear = [](const clap_host_t* host, clap_id,
-                    clap_param_clear_flags) { of(host).expectMainThread("params.clear"); },
-        .request_flush =
-            [](const clap_host_t* host) {
-                EXPECT_NE(of(host).audioThread_.load(), std::this_thread::get_id()) << "request_flush";
-                of(host).flushRequested = true;
-            },
-    };
-    static constexpr clap_host_state_t kState{
-        .mark_dirty =
-            [](const clap_host_t* host) {
-                of(host).expectMainThread("state.mark_dirty");
-                ++of(host).dirtyMarks;
-            },
-    };
-    static constexpr clap_host_latency_t kLatency{
-        .changed =
-            [](const clap_host_t* host) {
-                of(host).expectMainThread("latency.changed");
-                EXPECT_FALSE(of(host).isActive_) << "the latency is fixed while active";
-                ++of(host).latencyChanges;
-            },
-    };
+        rescanParams, [](const clap_host_t*, clap_id, clap_param_clear_flags) {}, requestFlush};
+    static constexpr clap_host_state_t kState{markDirty};
+    static constexpr clap_host_latency_t kLatency{latencyChanged};
     static constexpr clap_host_audio_ports_t kAudioPorts{
-        .is_rescan_flag_supported = [](const clap_host_t*, std::uint32_t) { return true; },
-        .rescan = [](const clap_host_t* host, std::uint32_t) { of(host).expectMainThread("ports.rescan"); },
-    };
-    static constexpr clap_host_thread_check_t kThreadCheck{
-        .is_main_thread =
-            [](const clap_host_t* host) { return of(host).mainThread_ == std::this_thread::get_id(); },
-        .is_audio_thread =
-            [](const clap_host_t* host) {
-                return of(host).audioThread_.load() == std::this_thread::get_id();
-            },
-    };
-    static constexpr clap_host_timer_support_t kTimers{
-        .register_timer =
-            [](const clap_host_t* host, std::uint32_t periodMs, clap_id* id) {
-                of(host).expectMainThread("timer.register");
-                EXPECT_LE(periodMs, 1000u / 30u);
-                *id = static_cast<clap_id>(40 + ++of(host).timers);
-                return true;
-            },
-        .unregister_timer =
-            [](const clap_host_t* host, clap_id id) {
-                EXPECT_EQ(id, static_cast<clap_id>(40 + of(host).timers));
-                return --of(host).timers >= 0;
-            },
-    };
+        [](const clap_host_t*, std::uint32_t) { return true; },
+        [](const clap_host_t* host, std::uint32_t) { of(host).expectMainThread("ports.rescan"); }};
+    static constexpr clap_host_thread_check_t kThreadCheck{isMainThread, isAudioThread};
+    static constexpr clap_host_timer_support_t kTimers{addTimer, removeTimer};
     static constexpr clap_host_gui_t kGui{
-        .resize_hints_changed = [](const clap_host_t*) {},
-        .request_resize = [](const clap_host_t*, std::uint32_t width, std::uint32_t) { return width < 1000; },
-        .request_show = [](const clap_host_t*) { return false; },
-        .request_hide = [](const clap_host_t*) { return false; },
-        .closed = [](const clap_host_t* host, bool) { of(host).wasClosed = true; },
-    };
+        [](const clap_host_t*) {},
+        [](const clap_host_t*, std::uint32_t width, std::uint32_t) { return width < 1000; },
+        [](const clap_host_t*) { return false; }, [](const clap_host_t*) { return false; },
+        [](const clap_host_t* host, bool) { of(host).wasClosed = true; }};
 };
 
 const void* ClapHost::offer(const clap_host_t*, const char* id) {
@@ -344,6 +314,19 @@ void ClapHost::setValue(int index, double value) {
 
 int ClapHost::latency() const {
     return static_cast<int>(extension<clap_plugin_latency_t>(CLAP_EXT_LATENCY)->get(plugin_));
+}
+
+std::vector<std::byte> ClapHost::save(int chunk) {
+    Stream stream{{}, static_cast<std::size_t>(chunk)};
+    const clap_ostream_t out{&stream, write};
+    EXPECT_TRUE(extension<clap_plugin_state_t>(CLAP_EXT_STATE)->save(plugin_, &out));
+    return stream.bytes;
+}
+
+bool ClapHost::restore(std::span<const std::byte> bytes, int chunk) {
+    Stream stream{{bytes.begin(), bytes.end()}, static_cast<std::size_t>(chunk)};
+    const clap_istream_t in{&stream, read};
+    return extension<clap_plugin_state_t>(CLAP_EXT_STATE)->load(plugin_, &in);
 }
 
 void ClapHost::idle() {

@@ -68,9 +68,6 @@ struct ClapOutput {
 /// The speakers of a layout in the order of our channels, by CLAP's numbers.
 const std::vector<std::uint8_t>& clapSpeakersOf(ChannelLayout layout);
 
-std::vector<std::byte> saveTo(const clap_plugin_t& plugin, int chunk = 0);
-bool loadFrom(const clap_plugin_t& plugin, std::span<const std::byte> bytes, int chunk = 0);
-
 /// A host of one instance that minds every rule on threads and on what may be called when: a plug-in that
 /// breaks one fails the test.
 class ClapHost final : public FormatHost {
@@ -112,10 +109,8 @@ public:
     std::string text(int index, double value) const override;
     void setValue(int index, double value) override;
     int latency() const override;
-    std::vector<std::byte> save(int chunk) override { return saveTo(*plugin_, chunk); }
-    bool restore(std::span<const std::byte> bytes, int chunk) override {
-        return loadFrom(*plugin_, bytes, chunk);
-    }
+    std::vector<std::byte> save(int chunk) override;
+    bool restore(std::span<const std::byte> bytes, int chunk) override;
     void idle() override;
     void process(const Block& block) override;
 

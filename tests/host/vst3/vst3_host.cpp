@@ -46,7 +46,11 @@ const char* Vst3Module::bundle() {
     return VANTA_VST3_BUNDLE;
 }
 
-Vst3Module::Vst3Module() : library_(dlopen(VANTA_VST3_MODULE, RTLD_NOW | RTLD_LOCAL)) {
+const char* Vst3Module::path() {
+    return VANTA_VST3_MODULE;
+}
+
+Vst3Module::Vst3Module() : library_(dlopen(path(), RTLD_NOW | RTLD_LOCAL)) {
     if (!library_) throw std::runtime_error(dlerror());
     const auto enter = reinterpret_cast<bool (*)(void*)>(dlsym(library_, "ModuleEntry"));
     const auto make = reinterpret_cast<void* (*)()>(dlsym(library_, "GetPluginFactory"));

@@ -31,6 +31,7 @@ public:
     Vst3Module& operator=(const Vst3Module&) = delete;
 
     static const char* bundle();
+    static const char* path();
     v3_plugin_factory** factory() const {
         return static_cast<v3_plugin_factory**>(static_cast<void*>(factory_));
     }

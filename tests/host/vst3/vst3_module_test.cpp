@@ -1,0 +1,189 @@
+#include <dlfcn.h>
+#include <fmt/format.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+#include "tests/host/vst3/vst3_fixture.hpp"
+
+namespace vanta::test {
+namespace {
+
+TEST_F(Vst3, TheFactorySaysTheSameInAllItsGenerations) {
+    const Vst3Module module;
+    auto** const factory = module.latestFactory();
+    auto** const first = module.factory();
+    auto** const second = static_cast<v3_plugin_factory_2**>(static_cast<void*>(factory));
+    ASSERT_EQ(v3_cpp_obj(first)->num_classes(first), 1);
+    v3_class_info one{};
+    v3_class_info_2 two{};
+    v3_class_info_3 three{};
+    ASSERT_EQ(v3_cpp_obj(first)->get_class_info(first, 0, &one), V3_OK);
+    ASSERT_EQ(v3_cpp_obj(second)->get_class_info_2(second, 0, &two), V3_OK);
+    ASSERT_EQ(v3_cpp_obj(factory)->get_class_info_utf16(factory, 0, &three), V3_OK);
+    EXPECT_TRUE(v3_tuid_match(one.class_id, two.class_id) && v3_tuid_match(one.class_id, three.class_id));
+    EXPECT_STREQ(one.category, "Audio Module Class");
+    EXPECT_STREQ(two.sub_categories, "Fx|Dynamics|Mastering");
+    EXPECT_EQ(readText(three.name), one.name);
+    EXPECT_EQ(readText(three.version), two.version);
+    EXPECT_NE(v3_cpp_obj(first)->get_class_info(first, 1, &one), V3_OK);
+
+    std::string id;
+    for (const std::uint8_t byte : two.class_id) id += fmt::format("{:02X}", byte);
+    const std::string described =
+        readBytes(std::string(Vst3Module::bundle()) + "/Contents/Resources/moduleinfo.json");
+    for (const std::string& fact :
+         {id, std::string(two.name), std::string(two.version), std::string(two.vendor),
+          std::string(two.sdk_version), std::string(two.category)}) {
+        EXPECT_NE(described.find('"' + fact + '"'), std::string::npos) << fact;
+    }
+
+    void* made = &one;
+    EXPECT_NE(v3_cpp_obj(first)->create_instance(first, v3_component_iid, v3_component_iid, &made), V3_OK);
+    EXPECT_EQ(made, nullptr) << "no such class";
+    EXPECT_NE(v3_cpp_obj(first)->create_instance(first, two.class_id, v3_bstream_iid, &made), V3_OK);
+    EXPECT_EQ(made, nullptr) << "not that kind of thing";
+}
+
+TEST_F(Vst3, EveryInterfaceLeadsToEveryOther) {
+    const Vst3Module module;
+    Vst3Instance plugin(module.factory());
+    ASSERT_TRUE(plugin.component);
+    const std::vector<const std::uint8_t*> ids = {v3_funknown_iid,
+                                                  v3_plugin_base_iid,
+                                                  v3_component_iid,
+                                                  v3_audio_processor_iid,
+                                                  v3_process_context_requirements_iid,
+                                                  v3_edit_controller_iid,
+                                                  v3_unit_information_iid,
+                                                  v3_midi_mapping_iid};
+    const auto query = [](void* object, const std::uint8_t* id) {
+        void** found = nullptr;
+        auto** const unknown = static_cast<v3_funknown**>(object);
+        EXPECT_EQ(v3_cpp_obj_query_interface(unknown, id, &found), V3_OK);
+        if (found) v3_cpp_obj_unref(reinterpret_cast<v3_funknown**>(found));
+        return static_cast<void*>(found);
+    };
+    for (const std::uint8_t* from : ids) {
+        void* const object = query(plugin.component, from);
+        ASSERT_TRUE(object);
+        for (const std::uint8_t* to : ids) EXPECT_EQ(query(object, to), query(plugin.component, to));
+    }
+    void** none = reinterpret_cast<void**>(&plugin);
+    EXPECT_EQ(v3_cpp_obj_query_interface(plugin.component, v3_bstream_iid, &none), V3_NO_INTERFACE);
+    EXPECT_EQ(none, nullptr);
+    const std::uint32_t held = v3_cpp_obj_ref(plugin.component);
+    EXPECT_EQ(v3_cpp_obj_ref(plugin.controller), held + 1) << "one object, one count";
+    v3_cpp_obj_unref(plugin.component);
+    EXPECT_EQ(v3_cpp_obj_unref(plugin.controller), held - 1);
+}
+
+TEST_F(Vst3, NothingOfTheHostIsHeldInTheEnd) {
+    for (const auto loop :
+         {Vst3Host::Loop::None, Vst3Host::Loop::Factory, Vst3Host::Loop::Context, Vst3Host::Loop::Handler}) {
+        Vst3Host host(loop);
+        ASSERT_TRUE(host.open(kStereoLayout, kRate, 512, false));
+        EXPECT_EQ(host.runLoop.timers.size(), loop == Vst3Host::Loop::None ? 0u : 1u);
+        EXPECT_NE(v3_cpp_obj_initialize(host.plugin().component, nullptr), V3_OK) << "twice";
+        v3_cpp_obj_terminate(host.plugin().component);
+        EXPECT_TRUE(host.runLoop.timers.empty());
+        EXPECT_EQ(host.handler.references, 0);
+        EXPECT_EQ(host.application.references, 0);
+        EXPECT_EQ(host.runLoop.references, loop == Vst3Host::Loop::Factory ? 1 : 0) << "the factory's";
+    }
+}
+
+TEST_F(Vst3, IsLoadedAndUnloadedHundredsOfTimesAndGoesWhole) {
+    for (int i = 0; i < 300; ++i) {
+        Vst3Host host(Vst3Host::Loop::None);
+        if (i % 30 == 0) {
+            ASSERT_TRUE(host.open(kStereoLayout, kRate, 512, false));
+        }
+    }
+    EXPECT_EQ(dlopen(Vst3Module::path(), RTLD_NOW | RTLD_NOLOAD), nullptr) << "still there";
+}
+
+TEST_F(Vst3, TwoHundredInstancesPlayAtOnce) {
+    std::vector<std::unique_ptr<Vst3Host>> hosts;
+    for (int i = 0; i < 200; ++i) {
+        hosts.push_back(std::make_unique<Vst3Host>());
+        ASSERT_TRUE(
+            hosts.back()->open(i % 10 == 0 ? i % kChannelLayoutCount : kStereoLayout, kRate, 64, false));
+    }
+    for (auto& host : hosts) {
+        Audio audio(kMaxChannels, 64);
+        EXPECT_EQ(audio.process(*host), V3_OK);
+        host->idle();
+    }
+}
+
+TEST_F(Vst3, IsSetUpAndActivatedInAnyOrder) {
+    Vst3Host host;
+    ASSERT_TRUE(host.open(kStereoLayout, kRate, 512, false));
+    Vst3Instance& plugin = host.plugin();
+    EXPECT_EQ(plugin.setUp(kRate, 512), V3_FALSE) << "not while it is active";
+    Audio audio(2, 512);
+    for (Signal& in : audio.in) in = pinkNoise(1, 512);
+    Random random(2);
+    for (const double rate :
+         {8000.0, 11025.0, 22050.0, 44099.5, 47952.048, 96000.0, 192000.0, 384000.0, 768000.0}) {
+        for (const int block : {1, 16384, 64}) {
+            ASSERT_TRUE(host.reactivate(rate, block)) << rate;
+            for (const int size : {0, 1, random.between(2, 16384)}) {
+                Audio sized(2, static_cast<std::size_t>(std::max(size, 1)));
+                EXPECT_EQ(sized.process(host), V3_OK);
+            }
+        }
+    }
+    v3_cpp_obj(plugin.processor)->set_processing(plugin.processor, 0);
+    plugin.setActive(false);
+    EXPECT_EQ(audio.process(host), V3_NOT_INITIALIZED);
+    for (const double rate : {0.0, -1.0, 7999.0, 768001.0, std::numeric_limits<double>::quiet_NaN()}) {
+        EXPECT_NE(plugin.setUp(rate, 512), V3_OK) << rate;
+    }
+    EXPECT_NE(plugin.setUp(kRate, 512, V3_REALTIME, V3_SAMPLE_64), V3_OK);
+    for (const int step : {1, 1, 0, 0, 1, 2, 3, 2, 0, 2, 1, 3}) {
+        if (step < 2) {
+            EXPECT_EQ(plugin.setActive(step == 1), V3_OK);
+        }
+        if (step >= 2) v3_cpp_obj(plugin.processor)->set_processing(plugin.processor, step == 3);
+    }
+    EXPECT_EQ(audio.process(host), V3_OK) << "active, whoever says that it processes";
+}
+
+TEST_F(Vst3, ValuesAreSetFromSeveralThreadsWhileAudioRuns) {
+    Vst3Host host;
+    ASSERT_TRUE(host.open(kStereoLayout, kRate, 128, false));
+    std::atomic<bool> over{false};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 3; ++t) {
+        threads.emplace_back([&, t] {
+            Random random(static_cast<std::uint64_t>(t));
+            for (int i = 0; i < 3000; ++i) {
+                host.plugin().set(static_cast<v3_param_id>(random.between(0, 8)),
+                                  random.between(0, 100) / 100.0);
+                host.plugin().value(kGain);
+            }
+        });
+    }
+    std::thread audioThread([&] {
+        Audio audio(2, 128);
+        for (int block = 0; !over.load(); ++block) {
+            host.changes.add(kGain, block % 128, (block % 100) / 100.0);
+            EXPECT_EQ(audio.process(host), V3_OK);
+        }
+    });
+    for (int i = 0; i < 50; ++i) host.runLoop.run();
+    for (std::thread& thread : threads) thread.join();
+    over.store(true);
+    audioThread.join();
+    EXPECT_EQ(host.handler.strayCalls, 0);
+    host.setValue(kGain, 15.0);
+    Audio(2, 128).process(host);
+    host.idle();
+    EXPECT_NEAR(host.plugin().value(kGain), 0.5, 1e-6);
+}
+
+}  // namespace
+}  // namespace vanta::test

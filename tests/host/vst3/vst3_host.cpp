@@ -107,9 +107,16 @@ v3_result Vst3Instance::setUp(double rate, int largestBlock, int mode, int sampl
 
 // The host
 
-Vst3Host::Vst3Host(Loop loop)
-    : loop_(loop), traits_{.name = "VST3", .isSampleAccurate = true, .layouts = {}} {
-    for (ChannelLayout layout = 0; layout < kChannelLayoutCount; ++layout) traits_.layouts.push_back(layout);
+const FormatHost::Traits& Vst3Host::traits() const {
+    static const Traits traits = [] {
+        Traits all{.name = "VST3", .isSampleAccurate = true, .layouts = {}};
+        for (ChannelLayout layout = 0; layout < kChannelLayoutCount; ++layout) all.layouts.push_back(layout);
+        return all;
+    }();
+    return traits;
+}
+
+Vst3Host::Vst3Host(Loop loop) : loop_(loop) {
     if (loop_ == Loop::Factory) module_.setContext(&runLoop);
     if (loop_ == Loop::Context) application.runLoop = &runLoop;
     if (loop_ == Loop::Handler) handler.runLoop = &runLoop;

@@ -77,7 +77,7 @@ public:
     explicit Vst3Host(Loop loop = Loop::Context);
     ~Vst3Host() override;
 
-    const Traits& traits() const override { return traits_; }
+    const Traits& traits() const override;
     bool open(ChannelLayout layout, double sampleRate, int largestBlock, bool sideChain) override;
     bool reactivate(double sampleRate, int largestBlock) override;
     void setOffline(bool offline) override { mode_ = offline ? V3_OFFLINE : V3_REALTIME; }
@@ -106,7 +106,6 @@ private:
     bool activate();
 
     const Loop loop_;
-    Traits traits_;
     Vst3Module module_;
     std::unique_ptr<Vst3Instance> plugin_;
     ChannelLayout layout_ = kStereoLayout;

@@ -34,6 +34,7 @@ void Instance::serve() {
     programs.loadRequested(plugin.model());
     plugin.pump();
     if (reports.takePresetChange() && programs.follow(plugin.model())) reports.valuesReplaced();
+    if (plugin.latency() == activeLatency) reports.latencyHolds();
     reports.tell();
 }
 

@@ -48,6 +48,7 @@ struct Instance {
     std::array<std::atomic<double>, ParameterList::kControllers> controllers{};
     v3_process_setup setup{V3_REALTIME, V3_SAMPLE_32, 1024, 44100.0};
     std::atomic<bool> active{false};
+    int activeLatency = 0;  ///< in samples, as the host has read it
     std::vector<ViewRole*> openViews;
     RunLoopTimer timer;
 };

@@ -16,7 +16,7 @@ void Reports::setHandler(v3_component_handler** handler) {
 }
 
 void Reports::setActive(bool active) {
-    restartFlags_.fetch_and(~V3_RESTART_LATENCY_CHANGED);
+    latencyHolds();
     active_.store(active);
 }
 

@@ -31,6 +31,10 @@ public:
     bool isMainThread() const { return mainThread_.load() == std::this_thread::get_id(); }
     /// The host reads latency as it activates an instance, and only hears of changes while it is active.
     void setActive(bool active);
+    /// The latency is what it was, whatever it has been meanwhile.
+    void latencyHolds() { restartFlags_.fetch_and(~V3_RESTART_LATENCY_CHANGED); }
+    /// The values that wait are older than a state that the host has restored.
+    void forgetEdits() { pending_->forgetValues(); }
     /// The host should read all values anew.
     void valuesReplaced() { restartFlags_.fetch_or(V3_RESTART_PARAM_VALUES_CHANGED); }
     /// Whether another preset may be current since the last call.

@@ -101,10 +101,16 @@ TEST_F(Vst3, ANewLatencyIsToldOnTheMainThreadAndOnlyWhileActive) {
         EXPECT_GT(host.latency(), before);
         EXPECT_EQ(host.handler.strayCalls, 0);
 
+        host.plugin().set(kOversampling, 0.0);
+        host.plugin().set(kOversampling, 1.0);
+        host.runLoop.run();
+        EXPECT_EQ(told, loop == Vst3Host::Loop::None ? 3 : 1) << "there and back is no change";
+
+        told = 0;
         host.plugin().setActive(false);
         host.plugin().set(kOversampling, 0.4);
         host.runLoop.run();
-        EXPECT_EQ(told, 1) << "it is read with the next activation";
+        EXPECT_EQ(told, 0) << "it is read with the next activation";
         EXPECT_NE(host.plugin().latency(), host.latency());
     }
 }

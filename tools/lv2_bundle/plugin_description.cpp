@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <cstdio>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <vector>
@@ -140,7 +141,7 @@ std::string describePlugin(const Lv2Layout& layout, const GenericPlugin& model) 
         if (ports[i].kind == Lv2PortKind::Parameter) {
             const AbstractPluginParameter& parameter = *model.parameterAt(static_cast<int>(ports[i].item));
             const Lv2Control port(parameter, parameters[ports[i].item]);
-            control.emplace(port, port.shown(parameter.value()));
+            control = Lv2ControlDescription{port, port.shown(parameter.value())};
         }
         text += (i > 0 ? " , " : "") + describePort(i, ports[i], control ? &*control : nullptr, groups);
     }

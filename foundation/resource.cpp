@@ -1,24 +1,27 @@
 #include "foundation/resource.hpp"
 
 #include <algorithm>
+#include <array>
 #include <mutex>
-#include <vector>
+#include <stdexcept>
+#include <type_traits>
 
 #include "foundation/ascii.hpp"
 
 namespace vanta {
 namespace {
 
+/// Never destroyed, as resources may be read while other statics are torn down; and nothing on the heap, as
+/// that would stay behind each time a host unloads the module.
 struct Registry {
-    std::mutex mutex;
-    std::vector<std::span<const Resource>> tables;
-};
+    std::span<const std::span<const Resource>> known() const { return std::span(tables).first(count); }
 
-Registry& registry() {
-    // Never destroyed: resources may be read while other statics are torn down.
-    static Registry& instance = *new Registry;
-    return instance;
-}
+    std::mutex mutex;
+    std::array<std::span<const Resource>, 16> tables{};
+    std::size_t count = 0;
+};
+static_assert(std::is_trivially_destructible_v<Registry>);
+constinit Registry registry;
 
 std::string_view baseName(std::string_view path) {
     const std::size_t slash = path.find_last_of("/\\");
@@ -35,19 +38,19 @@ bool sameBaseName(std::string_view a, std::string_view b) {
 }  // namespace
 
 void addResources(std::span<const Resource> table) {
-    Registry& known = registry();
-    const std::lock_guard lock(known.mutex);
-    const bool isKnown = std::any_of(known.tables.begin(), known.tables.end(), [&](auto other) {
+    const std::lock_guard lock(registry.mutex);
+    const bool isKnown = std::ranges::any_of(registry.known(), [&](auto other) {
         return other.data() == table.data() && other.size() == table.size();
     });
-    if (!isKnown) known.tables.push_back(table);
+    if (isKnown) return;
+    if (registry.count == registry.tables.size()) throw std::length_error("too many tables of resources");
+    registry.tables[registry.count++] = table;
 }
 
 std::optional<std::span<const std::byte>> findResource(std::string_view name) {
-    Registry& known = registry();
-    const std::lock_guard lock(known.mutex);
+    const std::lock_guard lock(registry.mutex);
     const Resource* byBaseName = nullptr;
-    for (const std::span<const Resource> table : known.tables) {
+    for (const std::span<const Resource> table : registry.known()) {
         for (const Resource& resource : table) {
             if (resource.name == name) return resource.bytes;
             if (!byBaseName && sameBaseName(resource.name, name)) byBaseName = &resource;

@@ -15,7 +15,8 @@ struct Resource {
 
 /// Adds a table to the process-wide list. Names, bytes and the table itself must live until the process
 /// ends. Adding the same table again changes nothing, so that each user of a table may add it. Of two
-/// resources of one name the one that was added first is found. Any thread.
+/// resources of one name the one that was added first is found. std::length_error beyond 16 tables. Any
+/// thread.
 void addResources(std::span<const Resource> table);
 
 /// The bytes of a resource. The exact name wins; failing that, the last part of a path counts, without

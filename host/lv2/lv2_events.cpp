@@ -105,24 +105,25 @@ HostTransport Lv2Transport::read(const LV2_Atom_Sequence* sequence, const Lv2Uri
         if (!isObject || event->body.size < sizeof(LV2_Atom_Object_Body)) continue;
         const auto& object = reinterpret_cast<const LV2_Atom_Object&>(event->body);
         if (object.body.otype != uris.timePosition) continue;
-        const double before = now_.beats;
-        take(object, uris);
         // A block has one transport, at its start: a position within it is traced back.
-        if (now_.beats != before)
+        if (take(object, uris)) {
             now_.beats -= static_cast<double>(event->time.frames) * beatsPerSample(sampleRate);
+        }
     }
     return now_;
 }
 
-void Lv2Transport::take(const LV2_Atom_Object& object, const Lv2Uris& uris) {
+bool Lv2Transport::take(const LV2_Atom_Object& object, const Lv2Uris& uris) {
     const Position position(object, uris);
     const double quarters = position.quartersPerBeat();
     if (position.beatsPerMinute > 0.0 && std::isfinite(position.beatsPerMinute)) {
         now_.tempo = position.beatsPerMinute * quarters;
     }
-    if (std::isfinite(position.beats())) now_.beats = position.beats() * quarters;
     if (std::isfinite(position.speed)) speed_ = position.speed;
     now_.isRolling = speed_ != 0.0;
+    const bool isSaid = std::isfinite(position.beats());
+    if (isSaid) now_.beats = position.beats() * quarters;
+    return isSaid;
 }
 
 void Lv2Transport::advance(int samples, double sampleRate) {

@@ -46,7 +46,8 @@ public:
     VANTA_REALTIME void advance(int samples, double sampleRate);
 
 private:
-    void take(const LV2_Atom_Object& position, const Lv2Uris& uris);
+    /// Whether it says where the transport stands.
+    bool take(const LV2_Atom_Object& position, const Lv2Uris& uris);
     double beatsPerSample(double sampleRate) const;
 
     HostTransport now_;

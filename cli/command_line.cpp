@@ -3,20 +3,16 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
-#include <new>
 
-#include "cli/exit_code.hpp"
 #include "cli/help_format.hpp"
 #include "cli/listing_commands.hpp"
 #include "cli/measure_command.hpp"
-#include "cli/messages.hpp"
-#include "cli/parameter_options.hpp"
+#include "cli/parsing.hpp"
 #include "cli/preset_commands.hpp"
 #include "cli/render_command.hpp"
 #include "cli/state_commands.hpp"
 #include "cli/texts.hpp"
 #include "cli/usage_text.hpp"
-#include "foundation/progress.hpp"
 
 namespace vanta {
 
@@ -43,15 +39,7 @@ public:
 
     int run(const std::vector<std::string>& arguments) {
         requireCommand(app_, arguments);
-        auto reversed = joinValues(arguments);
-        std::ranges::reverse(reversed);
-        try {
-            app_.parse(std::move(reversed));
-        } catch (const CLI::Success& wish) {
-            return app_.exit(wish);
-        } catch (const CLI::ParseError& error) {
-            throw UsageError(usageText(app_, error));
-        }
+        if (const auto done = parseArguments(app_, arguments)) return *done;
         return chosen().run();
     }
 
@@ -80,26 +68,10 @@ private:
     std::vector<Command> commands_;
 };
 
-int fail(std::string_view text, ExitCode code) {
-    printError(text);
-    return code;
-}
-
 }  // namespace
 
 int runCommandLine(const std::vector<std::string>& arguments) {
-    try {
-        return Program().run(arguments);
-    } catch (const UsageError& error) {
-        return fail(error.what(), kExitUsage);
-    } catch (const Stopped&) {
-        return fail("interrupted", kExitInterrupted);
-    } catch (const std::bad_alloc&) {
-        return fail("out of memory", kExitFailed);
-    } catch (const std::exception& error) {
-        printFailure(error);
-        return kExitFailed;
-    }
+    return reportErrors([&] { return Program().run(arguments); });
 }
 
 }  // namespace vanta

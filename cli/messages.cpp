@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <cstdio>
 
 #include "foundation/output_check.hpp"
@@ -9,11 +10,11 @@
 namespace vanta {
 
 void printError(std::string_view text) {
-    fmt::print(stderr, "vanta: {}\n", text);
+    fmt::print(stderr, "{}: {}\n", program_invocation_short_name, text);
 }
 
 void printWarnings(std::span<const std::string> warnings) {
-    for (const std::string& warning : warnings) fmt::print(stderr, "vanta: warning: {}\n", warning);
+    for (const std::string& warning : warnings) printError("warning: " + warning);
 }
 
 void printFailure(const std::exception& failure) {

@@ -52,10 +52,14 @@ int SessionInstance::presetVersion() const {
 }
 
 void SessionInstance::recall(const fs::path& file) {
-    if (!readSessionState(*this, bytesOf(file)))
+    if (!recall(bytesOf(file)))
         throw Failure(fmt::format(
             "{}: is not a state of this limiter, or is damaged: use a file that 'vanta state save' wrote",
             file.string()));
+}
+
+bool SessionInstance::recall(std::span<const std::byte> state) {
+    return readSessionState(*this, state);
 }
 
 void SessionInstance::store(const fs::path& file) {
@@ -67,11 +71,14 @@ void SessionInstance::take(const LimiterSettings& settings) {
     for (int i = 0; i < parameterCount(); ++i) parameterAt(i)->setValue(settings.parameterAt(i)->value(), 0);
 }
 
+void SessionInstance::giveTo(LimiterSettings& settings) const {
+    for (int i = 0; i < parameterCount(); ++i) settings.parameterAt(i)->setValue(parameterAt(i)->value(), 0);
+}
+
 void recallState(LimiterSettings& settings, const fs::path& file) {
     SessionInstance instance;
     instance.recall(file);
-    for (int i = 0; i < settings.parameterCount(); ++i)
-        settings.parameterAt(i)->setValue(instance.parameterAt(i)->value(), 0);
+    instance.giveTo(settings);
 }
 
 }  // namespace vanta

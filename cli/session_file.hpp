@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <span>
 
 #include "host/offline/limiter_settings.hpp"
 #include "limiter/parameters/vanta_parameters.hpp"
@@ -18,8 +20,11 @@ public:
     void recall(const std::filesystem::path& file);
     /// Puts the state into `file`, whole or not at all. Failure if that cannot be done.
     void store(const std::filesystem::path& file);
+    /// The same for the bytes of a state. False, and nothing has changed, if they are not one.
+    bool recall(std::span<const std::byte> state);
     /// Sets every value that differs.
     void take(const LimiterSettings& settings);
+    void giveTo(LimiterSettings& settings) const;
 
     std::string presetMagic() const override;
     int presetVersion() const override;

@@ -3,7 +3,6 @@
 #include "cli/option_declarer.hpp"
 #include "cli/parameter_text.hpp"
 #include "cli/preset_library.hpp"
-#include "cli/session_file.hpp"
 #include "cli/texts.hpp"
 #include "foundation/ascii.hpp"
 
@@ -31,6 +30,16 @@ std::string SettingsArguments::applyTo(LimiterSettings& settings, bool sideChain
     for (const auto& [option, text] : parameters) setByOption(settings, *option, text);
     for (const std::string& assignment : assignments) setByAssignment(settings, assignment);
     return presetName;
+}
+
+void SettingsArguments::applyTo(SessionInstance& instance, bool sideChain) const {
+    if (!state.empty()) instance.recall(state);
+    LimiterSettings settings;
+    instance.giveTo(settings);
+    const std::string presetName = applyTo(settings, sideChain);
+    instance.take(settings);
+    // Taking the values over has marked whatever preset was there before as modified.
+    if (!presetName.empty()) instance.presetState().set({presetName, {}, changesPreset()});
 }
 
 std::string SettingsArguments::setterOf(std::string_view parameter) const {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/parameter_options.hpp"
+#include "cli/session_file.hpp"
 #include "host/offline/limiter_settings.hpp"
 
 namespace vanta {
@@ -20,6 +21,9 @@ struct SettingsArguments {
     /// word. `sideChain`: Side Chain Triggering comes on unless they say otherwise. UsageError and Failure
     /// for what cannot be set. The result is the name of the preset, empty without one.
     std::string applyTo(LimiterSettings& settings, bool sideChain = false) const;
+    /// The same for an instance. What they do not touch, such as its compare slots, stays as in the state
+    /// that they name, or else as it is.
+    void applyTo(SessionInstance& instance, bool sideChain = false) const;
 
     /// What sets this parameter by itself, "--gain" or "--set Gain"; empty if nothing does.
     std::string setterOf(std::string_view parameter) const;

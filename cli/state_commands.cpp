@@ -22,18 +22,12 @@ struct StateArguments {
     bool json = false;
 };
 
-/// What the settings do not touch stays as in the state that they start from.
 int runSave(const StateArguments& arguments) {
     std::vector<std::filesystem::path> read;
     if (!arguments.settings.preset.empty()) read.emplace_back(arguments.settings.preset);
     checkOutput(arguments.file, read, arguments.replace);
-    LimiterSettings settings;
-    const std::string preset = arguments.settings.applyTo(settings);
     SessionInstance instance;
-    if (!arguments.settings.state.empty()) instance.recall(arguments.settings.state);
-    instance.take(settings);
-    // Taking the values over has marked whatever preset was there before as modified.
-    if (!preset.empty()) instance.presetState().set({preset, {}, arguments.settings.changesPreset()});
+    arguments.settings.applyTo(instance);
     instance.store(arguments.file);
     return kExitDone;
 }

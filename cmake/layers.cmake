@@ -94,7 +94,7 @@ vanta_layer(app SEES cli)
 vanta_layer(app/clap SEES host/clap)
 vanta_layer(app/vst3 SEES host/vst3)
 vanta_layer(app/lv2 SEES host/lv2)
-vanta_layer(app/jack SEES foundation host/common host/jack)
+vanta_layer(app/jack SEES foundation plugin/model host/common host/jack cli)
 
 vanta_layer(tools/song SEES foundation)
 vanta_layer(tools/compile_artwork SEES foundation)

@@ -134,7 +134,7 @@ vanta_layer(tests/host/clap SEES foundation host/common host/clap tests/support 
 vanta_layer(tests/host/vst3 SEES foundation host/common host/vst3 tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/lv2 SEES foundation ${plugin_rooms} ${limiter_rooms} host/common host/lv2 host/offline tests/support
             tests/plugin tests/host/formats)
-vanta_layer(tests/host/jack SEES foundation host/common host/jack tests/support tests/plugin)
+vanta_layer(tests/host/jack SEES foundation plugin/midi host/common host/jack tests/support tests/plugin)
 vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
 vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} tests/support tests/plugin)
 vanta_layer(tests/audiofile SEES foundation audiofile tests/support)

@@ -66,8 +66,7 @@ void tellLayouts() {
 void connectAll(JackClient& client, const JackArguments& wanted) {
     const JackPorts& ports = client.ports();
     jack_port_t* const midi[] = {ports.midi()};
-    connectPorts(client.jack(), ports.inputs(), wanted.connect);
-    connectPorts(client.jack(), ports.outputs(), wanted.connect);
+    connectBothWays(client.jack(), ports.inputs(), ports.outputs(), wanted.connect);
     connectPorts(client.jack(), ports.inputs(), wanted.connectIn);
     connectPorts(client.jack(), ports.outputs(), wanted.connectOut);
     connectPorts(client.jack(), ports.sideChain(), wanted.connectSideChain);

@@ -51,6 +51,9 @@ void JackClient::registerCallbacks() {
     jack_set_sample_rate_callback(
         jack, [](jack_nframes_t rate, void* client) { return self(client).serverRate_.store(rate), 0; },
         this);
+    // Blocks may have any size, but the neighbours' latency changes with it.
+    jack_set_buffer_size_callback(
+        jack, [](jack_nframes_t, void* client) { return self(client).latencyChanged(), 0; }, this);
     jack_set_latency_callback(
         jack,
         [](jack_latency_callback_mode_t mode, void* client) {
@@ -72,6 +75,9 @@ void JackClient::registerCallbacks() {
             return 0;
         },
         this);
+    // PipeWire's JACK calls the plain one alone in some versions, and JACK the other if it has both.
+    jack_on_shutdown(
+        jack, [](void* client) { self(client).serverHasGone("it closed the connection"); }, this);
     jack_on_info_shutdown(
         jack, [](jack_status_t, const char* reason, void* client) { self(client).serverHasGone(reason); },
         this);

@@ -11,6 +11,7 @@
 #include "foundation/ascii.hpp"
 #include "foundation/failure.hpp"
 #include "foundation/near_miss.hpp"
+#include "host/jack/jack_ports.hpp"
 
 namespace vanta {
 namespace {
@@ -21,8 +22,7 @@ std::string clientOf(const std::string& port) {
     return port.substr(0, port.find(':'));
 }
 
-/// The ports that one of ours can be connected with, but for those of its own client.
-Names partnersOf(jack_client_t& client, const jack_port_t* ours, unsigned long further = 0) {
+Names portsOf(jack_client_t& client, const jack_port_t* ours, unsigned long further) {
     const bool isInput = jack_port_flags(ours) & JackPortIsInput;
     const unsigned long flags = (isInput ? JackPortIsOutput : JackPortIsInput) | further;
     const char** const found = jack_get_ports(&client, nullptr, jack_port_type(ours), flags);
@@ -35,45 +35,76 @@ Names partnersOf(jack_client_t& client, const jack_port_t* ours, unsigned long f
     return names;
 }
 
-Failure unknown(const std::string& name, const Names& partners) {
-    Names known{kPhysicalPorts};
-    for (const std::string& port : partners) {
-        if (std::ranges::find(known, clientOf(port)) == known.end()) known.push_back(clientOf(port));
+/// What ports of ours of one kind can be connected with: the ports of all other clients.
+class Partners {
+public:
+    Partners(jack_client_t& client, std::span<jack_port_t* const> ours)
+        : client_(client), ours_(ours.begin(), ours.end()) {
+        if (ours_.empty()) return;
+        all_ = portsOf(client, ours_.front(), 0);
+        physical_ = portsOf(client, ours_.front(), JackPortIsPhysical);
     }
-    Names all = partners;
-    all.insert(all.end(), known.begin(), known.end());
-    const std::string meant = nearMiss(name, all);
-    return Failure(fmt::format("there is no port to connect with called '{}'{}: use a port, or all of {}",
-                               name, meant.empty() ? "" : fmt::format(" (did you mean {}?)", meant),
-                               fmt::join(known, ", ")));
-}
 
-bool add(Names found, Names& to) {
-    to.insert(to.end(), found.begin(), found.end());
-    return !found.empty();
-}
+    Names called(const std::string& name) const {
+        if (name == kPhysicalPorts && !physical_.empty()) return physical_;
+        Names found;
+        std::ranges::copy_if(all_, std::back_inserter(found),
+                             [&](const std::string& port) { return port == name || clientOf(port) == name; });
+        return found;
+    }
+    const Names& all() const { return all_; }
+    void connectWith(const Names& others) const;
 
-/// Appends what `name` means. False if it means nothing.
-bool addNamed(const std::string& name, const Names& partners, const Names& physical, Names& to) {
-    if (name == kPhysicalPorts && add(physical, to)) return true;
-    Names found;
-    std::ranges::copy_if(partners, std::back_inserter(found),
-                         [&](const std::string& port) { return port == name || clientOf(port) == name; });
-    return add(std::move(found), to);
-}
+private:
+    jack_client_t& client_;
+    JackPorts::Ports ours_;
+    Names all_;
+    Names physical_;
+};
 
-Names portsNamed(std::span<const std::string> named, const Names& partners, const Names& physical) {
+Failure unknown(const std::string& name, std::span<const Partners> sides) {
     Names ports;
+    Names clients;
+    for (const Partners& side : sides) {
+        for (const std::string& port : side.all()) {
+            ports.push_back(port);
+            if (std::ranges::find(clients, clientOf(port)) == clients.end())
+                clients.push_back(clientOf(port));
+        }
+    }
+    if (clients.empty())
+        return Failure(fmt::format("cannot connect with '{}': no other client has ports for it", name));
+    if (name == kPhysicalPorts)
+        return Failure(
+            fmt::format("the server has no physical ports: connect with {}", fmt::join(clients, ", ")));
+    ports.insert(ports.end(), clients.begin(), clients.end());
+    const std::string meant = nearMiss(name, ports);
+    return Failure(fmt::format("unknown port or client '{}'{}: connect with a port, or all of {}", name,
+                               meant.empty() ? "" : fmt::format(" (did you mean {}?)", meant),
+                               fmt::join(clients, ", ")));
+}
+
+void connectSides(std::span<const Partners> sides, std::span<const std::string> named) {
+    std::vector<Names> others(sides.size());
+    const auto add = [&](const std::string& name) {
+        bool isKnown = false;
+        for (std::size_t i = 0; i < sides.size(); ++i) {
+            const Names found = sides[i].called(name);
+            others[i].insert(others[i].end(), found.begin(), found.end());
+            isKnown = isKnown || !found.empty();
+        }
+        return isKnown;
+    };
     for (const std::string& text : named) {
         // A port's own name may have commas.
-        if (addNamed(text, partners, physical, ports)) continue;
+        if (add(text)) continue;
         std::istringstream parts(text);
         for (std::string part; std::getline(parts, part, ',');) {
             const std::string name(trimmed(part));
-            if (!addNamed(name, partners, physical, ports)) throw unknown(name, partners);
+            if (!add(name)) throw unknown(name, sides);
         }
     }
-    return ports;
+    for (std::size_t i = 0; i < sides.size(); ++i) sides[i].connectWith(others[i]);
 }
 
 void connect(jack_client_t& client, const std::string& from, const std::string& to) {
@@ -82,18 +113,28 @@ void connect(jack_client_t& client, const std::string& from, const std::string& 
         throw Failure(fmt::format("the JACK server does not connect {} with {}", from, to));
 }
 
+void Partners::connectWith(const Names& others) const {
+    for (std::size_t i = 0; i < std::min(ours_.size(), others.size()); ++i) {
+        const std::string own = jack_port_name(ours_[i]);
+        const bool isInput = jack_port_flags(ours_[i]) & JackPortIsInput;
+        connect(client_, isInput ? others[i] : own, isInput ? own : others[i]);
+    }
+}
+
 }  // namespace
 
 void connectPorts(jack_client_t& client, std::span<jack_port_t* const> ours,
                   std::span<const std::string> named) {
-    if (ours.empty() || named.empty()) return;
-    const Names others = portsNamed(named, partnersOf(client, ours.front()),
-                                    partnersOf(client, ours.front(), JackPortIsPhysical));
-    for (std::size_t i = 0; i < std::min(ours.size(), others.size()); ++i) {
-        const std::string own = jack_port_name(ours[i]);
-        const bool isInput = jack_port_flags(ours[i]) & JackPortIsInput;
-        connect(client, isInput ? others[i] : own, isInput ? own : others[i]);
-    }
+    if (named.empty()) return;
+    const Partners sides[] = {{client, ours}};
+    connectSides(sides, named);
+}
+
+void connectBothWays(jack_client_t& client, std::span<jack_port_t* const> inputs,
+                     std::span<jack_port_t* const> outputs, std::span<const std::string> named) {
+    if (named.empty()) return;
+    const Partners sides[] = {{client, inputs}, {client, outputs}};
+    connectSides(sides, named);
 }
 
 }  // namespace vanta

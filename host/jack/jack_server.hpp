@@ -16,7 +16,7 @@ using JackConnection = std::unique_ptr<jack_client_t, JackClientCloser>;
 /// Which server, and who asks.
 struct JackServer {
     std::string clientName = "vanta";  ///< the server adds a number if there is one of this name
-    std::string serverName;            ///< empty for the user's default one
+    std::string serverName{};          ///< empty for the user's default one
     bool start = false;                ///< starts a server if none runs
 };
 

@@ -2,13 +2,13 @@
 PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndfile1-dev libcli11-dev libebur128-dev \
            libcairo2-dev nlohmann-json3-dev libglib2.0-dev zlib1g-dev lv2-dev dpf-source libjack-jackd2-dev \
            libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev clang-format liblilv-dev lilv-utils sordi jackd2 \
-           librsvg2-bin
+           librsvg2-bin desktop-file-utils appstream man-db
 # What draws the pictures; a build needs only what is drawn.
 ARTWORK_PACKAGES = python3-cairo python3-gi-cairo gir1.2-pango-1.0 fonts-inter
 WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
-.PHONY: build plugins test test-hosts demo bench setup format check-format tidy asan tsan fuzz preset-table artwork \
+.PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz preset-table artwork \
         artwork-sheet clean
 
 build: setup
@@ -18,6 +18,17 @@ build: setup
 plugins: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS) --target plugins
+
+# DESTDIR is put before PREFIX while files are copied, for those who make packages.
+PREFIX  ?= /usr/local
+DESTDIR ?=
+install: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
+	@cmake --build build --parallel $(JOBS) --target product
+	@DESTDIR="$(DESTDIR)" cmake --install build --prefix "$(abspath $(PREFIX))"
+
+uninstall:
+	@cmake -DPREFIX="$(abspath $(PREFIX))" -DDESTDIR="$(DESTDIR)" -P cmake/installed_files.cmake
 
 test: PACKAGES += $(ARTWORK_PACKAGES)
 test: setup

@@ -2,6 +2,9 @@
 set(VANTA_PRODUCT_NAME "Vanta 2")
 set(VANTA_VENDOR "Quillmark")
 set(VANTA_SUMMARY "Mastering limiter with true-peak limiting and loudness metering")
+set(VANTA_DESCRIPTION "Vanta 2 holds the ceiling whatever it is fed, in eight styles, with look-ahead, true-peak \
+limiting, oversampling to 32x, channel linking up to 7.1.2, an external side chain and dither. It runs in hosts as an LV2, \
+CLAP or VST3 plug-in, on its own as a client of JACK, and as a command that limits and measures audio files.")
 set(VANTA_LICENSE "LicenseRef-proprietary")
 set(VANTA_ID "com.quillmark.vanta2")
 set(VANTA_URI "urn:quillmark:vanta2")

@@ -98,6 +98,7 @@ vanta_layer(app/jack SEES foundation plugin/model host/common host/jack cli)
 
 vanta_layer(tools/song SEES foundation)
 vanta_layer(tools/compile_artwork SEES foundation)
+vanta_layer(tools/man_page SEES foundation)
 vanta_layer(tools/compile_styles SEES foundation limiter/styles)
 vanta_layer(tools/compile_presets SEES foundation plugin/base plugin/parameters plugin/presets limiter/parameters
             limiter/model)

@@ -22,13 +22,14 @@ plugins: setup
 # DESTDIR is put before PREFIX while files are copied, for those who make packages.
 PREFIX  ?= /usr/local
 DESTDIR ?=
+STAGE    = $(if $(DESTDIR),$(abspath $(DESTDIR)))
 install: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS) --target product
-	@DESTDIR="$(DESTDIR)" cmake --install build --prefix "$(abspath $(PREFIX))"
+	@DESTDIR="$(STAGE)" cmake --install build --prefix "$(abspath $(PREFIX))"
 
 uninstall:
-	@cmake -DPREFIX="$(abspath $(PREFIX))" -DDESTDIR="$(DESTDIR)" -P cmake/installed_files.cmake
+	@cmake -DPREFIX="$(abspath $(PREFIX))" -DDESTDIR="$(STAGE)" -P cmake/installed_files.cmake
 
 test: PACKAGES += $(ARTWORK_PACKAGES)
 test: setup

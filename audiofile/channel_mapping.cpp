@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 
-#include "foundation/ascii.hpp"
 #include "foundation/failure.hpp"
 
 namespace vanta {
@@ -138,14 +137,6 @@ std::optional<ChannelLayout> layoutOf(std::span<const int> speakers) {
     return std::nullopt;
 }
 
-std::string normalised(std::string_view name) {
-    std::string result;
-    for (const char c : name) {
-        if (c != ' ' && c != '-' && c != '_') result += c;
-    }
-    return result;
-}
-
 template <std::size_t N>
 std::vector<int> sortBy(const std::array<int, N>& order, std::vector<int> speakers) {
     std::ranges::stable_sort(
@@ -154,14 +145,6 @@ std::vector<int> sortBy(const std::array<int, N>& order, std::vector<int> speake
 }
 
 }  // namespace
-
-std::optional<ChannelLayout> findLayout(std::string_view name) {
-    const std::string typed = normalised(name);
-    for (ChannelLayout layout = 0; layout < kChannelLayoutCount; ++layout) {
-        if (equalsIgnoringCase(typed, normalised(channelLayoutName(layout)))) return layout;
-    }
-    return std::nullopt;
-}
 
 std::string layoutNames(int channels) {
     std::vector<std::string_view> names;

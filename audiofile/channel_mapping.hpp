@@ -20,8 +20,6 @@ struct ChannelMapping {
     bool positionsIgnored = false;
 };
 
-/// The layout of that name, without regard to case, blanks and hyphens.
-std::optional<ChannelLayout> findLayout(std::string_view name);
 /// The layouts with that many channels: "5.1 or 6.0"; empty if there are none.
 std::string layoutNames(int channels);
 /// The usual layout of that many channels. Failure if there is none.

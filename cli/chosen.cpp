@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "audiofile/channel_mapping.hpp"
 #include "cli/suggestion.hpp"
 
 namespace vanta {
@@ -17,14 +16,6 @@ std::vector<std::string> namesIn(const Table& table) {
 }
 
 }  // namespace
-
-std::optional<ChannelLayout> chosenLayout(const std::string& name) {
-    if (name.empty()) return std::nullopt;
-    if (const auto layout = findLayout(name)) return layout;
-    std::vector<std::string> names;
-    for (ChannelLayout i = 0; i < kChannelLayoutCount; ++i) names.emplace_back(channelLayoutName(i));
-    throw unknownName("layout", name, names);
-}
 
 const FileType* chosenFileType(const std::string& name) {
     const FileType* const found = findFileType(name);

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "cli/chosen.hpp"
+#include "cli/chosen_layout.hpp"
 #include "cli/exit_code.hpp"
 #include "cli/interrupt.hpp"
 #include "cli/measure_arguments.hpp"

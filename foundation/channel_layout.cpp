@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "foundation/ascii.hpp"
+
 namespace vanta {
 
 namespace {
@@ -55,6 +57,14 @@ const Layout& at(ChannelLayout layout) {
     return kLayouts[static_cast<std::size_t>(checkedLayout(layout))];
 }
 
+std::string normalised(std::string_view name) {
+    std::string result;
+    for (const char c : name) {
+        if (c != ' ' && c != '-' && c != '_') result += c;
+    }
+    return result;
+}
+
 }  // namespace
 
 ChannelLayout checkedLayout(ChannelLayout layout) {
@@ -69,6 +79,14 @@ std::span<const int> channelTypes(ChannelLayout layout) {
 std::string_view channelLayoutName(ChannelLayout layout) {
     return at(layout).name;
 }
+std::optional<ChannelLayout> findLayout(std::string_view name) {
+    const std::string typed = normalised(name);
+    for (ChannelLayout layout = 0; layout < kChannelLayoutCount; ++layout) {
+        if (equalsIgnoringCase(typed, normalised(channelLayoutName(layout)))) return layout;
+    }
+    return std::nullopt;
+}
+
 int linkedCenterCount(ChannelLayout layout) {
     return at(layout).centers;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -34,6 +35,8 @@ inline int channelCount(ChannelLayout layout) {
 }
 /// The name that users know the layout by: "5.1", "7.1.2".
 std::string_view channelLayoutName(ChannelLayout layout);
+/// The layout of that name, without regard to case, blanks and hyphens.
+std::optional<ChannelLayout> findLayout(std::string_view name);
 
 /// The unpaired channels that stereo linking treats as centres and as LFE; they come last.
 int linkedCenterCount(ChannelLayout layout);

@@ -12,7 +12,7 @@
 #include "app/jack/save_requests.hpp"
 #include "app/jack/session.hpp"
 #include "app/jack/texts.hpp"
-#include "cli/chosen.hpp"
+#include "cli/chosen_layout.hpp"
 #include "cli/exit_code.hpp"
 #include "cli/help_format.hpp"
 #include "cli/interrupt.hpp"

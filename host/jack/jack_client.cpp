@@ -33,6 +33,8 @@ void JackClient::open(const JackServer& server) {
     ports_.emplace(*jack_, plugin_.layout(), hasSideChain_);
     registerCallbacks();
     if (jack_activate(jack_.get()) != 0) throw Failure("the JACK server does not let the client run");
+    // It asks for latency by itself when a client begins.
+    latencyChanged_.store(false);
 }
 
 void JackClient::registerCallbacks() {
@@ -51,13 +53,13 @@ void JackClient::registerCallbacks() {
     jack_set_sample_rate_callback(
         jack, [](jack_nframes_t rate, void* client) { return self(client).serverRate_.store(rate), 0; },
         this);
-    // Blocks may have any size, but the neighbours' latency changes with it.
+    // Blocks may have any size, but the neighbours' latency changes with it, and JACK does not ask by itself.
     jack_set_buffer_size_callback(
         jack, [](jack_nframes_t, void* client) { return self(client).latencyChanged(), 0; }, this);
     jack_set_latency_callback(
         jack,
         [](jack_latency_callback_mode_t mode, void* client) {
-            self(client).ports_->tellLatency(mode, self(client).plugin_.latency());
+            self(client).ports_->answerLatency(mode, self(client).plugin_.latency());
         },
         this);
     jack_set_port_connect_callback(
@@ -87,18 +89,20 @@ void JackClient::registerCallbacks() {
 
 bool JackClient::pump() {
     if (serverHasGone_.load()) return false;
-    const bool rateChanged = followSampleRate();
+    followSampleRate();
     plugin_.pump();
     // JACK takes a lock for this, so the audio thread cannot ask.
     if (connectionsChanged_.exchange(false)) isSideChainInUse_.store(ports_->isSideChainConnected());
-    if (!latencyChanged_.exchange(false)) return rateChanged;
+    if (latencyChanged_.exchange(false)) pumpsUntilTold_ = kPumpsUntilTold;
+    if (pumpsUntilTold_ == 0 || --pumpsUntilTold_ > 0) return false;
+    ports_->tellLatency(plugin_.latency());
     jack_recompute_total_latencies(jack_.get());
     return true;
 }
 
-bool JackClient::followSampleRate() {
+void JackClient::followSampleRate() {
     const jack_nframes_t rate = serverRate_.load();
-    if (rate == ourRate_.load()) return false;
+    if (rate == ourRate_.load()) return;
     gate_.close();
     const bool isSupported = plugin_.activate(rate, kLargestBuffer);
     gate_.open();
@@ -107,7 +111,6 @@ bool JackClient::followSampleRate() {
                                   HostedPlugin::kLowestRate, HostedPlugin::kHighestRate));
     ourRate_.store(rate);
     latencyChanged_.store(true);
-    return true;
 }
 
 std::optional<std::string> JackClient::whyServerHasGone() const {

@@ -34,8 +34,8 @@ public:
     /// As the server calls it.
     std::string name() const { return jack_get_client_name(jack_.get()); }
 
-    /// Does what waits for the main thread. True if sample rate or latency has changed. Failure if the server
-    /// has changed to a rate that we cannot.
+    /// Does what waits for the main thread. True if JACK has now been told of another latency, as also comes
+    /// with another sample rate. Failure if the server has changed to a rate that we cannot.
     bool pump();
     /// Why the server has gone; nothing while it is there. All but `plugin` and this is over then.
     std::optional<std::string> whyServerHasGone() const;
@@ -45,7 +45,7 @@ public:
 
 private:
     void registerCallbacks();
-    bool followSampleRate();
+    void followSampleRate();
     VANTA_REALTIME void process(jack_nframes_t frames);
     void serverHasGone(const char* reason);
 
@@ -54,6 +54,9 @@ private:
     void latencyChanged() override { latencyChanged_.store(true); }
     void pumpRequested() override {}  // it pumps all the time
 
+    /// A latency is told when nothing has changed for so long: all notices of a new sample rate have come by
+    /// then, and a knob that is turned does not keep the server busy.
+    static constexpr int kPumpsUntilTold = 20;
     /// What is announced to the limiter: no server has larger buffers.
     static constexpr int kLargestBuffer = 8192;
 
@@ -61,6 +64,7 @@ private:
     const bool hasSideChain_;
     std::optional<JackPorts> ports_;
     RenderGate gate_;
+    int pumpsUntilTold_ = 0;
 
     // Marks that JACK's threads leave for the main thread, or it for them.
     std::atomic<jack_nframes_t> serverRate_{0};

@@ -46,6 +46,7 @@ JackPorts::JackPorts(jack_client_t& client, ChannelLayout layout, bool sideChain
       outputs_(audioPorts(client, "out", layout, JackPortIsOutput)),
       midi_(registered(client, "midi_in", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput)),
       map_(portOrder(layout)) {
+    forgetWhatWasTold();
     if (sideChain) sideChain_ = audioPorts(client, "side", layout, JackPortIsInput);
 }
 
@@ -53,17 +54,41 @@ bool JackPorts::isSideChainConnected() const {
     return std::ranges::any_of(sideChain_, [](jack_port_t* port) { return jack_port_connected(port) > 0; });
 }
 
-void JackPorts::tellLatency(jack_latency_callback_mode_t mode, int samples) const {
+void JackPorts::answerLatency(jack_latency_callback_mode_t mode, int samples) {
     jack_latency_range_t all{~jack_nframes_t{0}, 0};
     for (std::size_t i = 0; i < outputs_.size(); ++i) {
         const bool isCapture = mode == JackCaptureLatency;
-        jack_latency_range_t range = later(latencyOf(isCapture ? inputs_[i] : outputs_[i], mode), samples);
-        jack_port_set_latency_range(isCapture ? outputs_[i] : inputs_[i], mode, &range);
-        // A side chain is meant to meet what enters at the same time.
-        if (!isCapture && i < sideChain_.size()) jack_port_set_latency_range(sideChain_[i], mode, &range);
+        const jack_latency_range_t range =
+            later(latencyOf(isCapture ? inputs_[i] : outputs_[i], mode), samples);
+        if (isCapture) {
+            tell(outputs_[i], mode, range, toldOutputs_[i]);
+        } else {
+            tell(inputs_[i], mode, range, toldInputs_[i]);
+            // A side chain is meant to meet what enters at the same time.
+            if (i < sideChain_.size()) tell(sideChain_[i], mode, range, toldSideChain_[i]);
+        }
         all = {std::min(all.min, range.min), std::max(all.max, range.max)};
     }
-    if (mode == JackPlaybackLatency) jack_port_set_latency_range(midi_, mode, &all);
+    if (mode == JackPlaybackLatency) tell(midi_, mode, all, toldMidi_);
+}
+
+void JackPorts::tellLatency(int samples) {
+    forgetWhatWasTold();
+    for (const auto mode : {JackCaptureLatency, JackPlaybackLatency}) answerLatency(mode, samples);
+}
+
+void JackPorts::tell(jack_port_t* port, jack_latency_callback_mode_t mode, jack_latency_range_t range,
+                     std::atomic<std::uint64_t>& told) {
+    const std::uint64_t both = std::uint64_t{range.max} << 32 | range.min;
+    if (told.exchange(both) != both) jack_port_set_latency_range(port, mode, &range);
+}
+
+void JackPorts::forgetWhatWasTold() {
+    constexpr std::uint64_t kNothing = ~std::uint64_t{0};
+    for (Told* const group : {&toldInputs_, &toldSideChain_, &toldOutputs_}) {
+        for (auto& told : *group) told.store(kNothing);
+    }
+    toldMidi_.store(kNothing);
 }
 
 HostBlock JackPorts::block(jack_nframes_t frames, bool sideChain) {

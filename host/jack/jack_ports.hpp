@@ -3,6 +3,8 @@
 #include <jack/jack.h>
 
 #include <array>
+#include <atomic>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -28,14 +30,25 @@ public:
 
     /// Any connection to a port of the side chain. The main thread: JACK may lock.
     bool isSideChainConnected() const;
-    /// How late things are, for a limiter that is late by `samples`. Within JACK's latency callback.
-    void tellLatency(jack_latency_callback_mode_t mode, int samples) const;
+    /// How late things are one way, for a limiter that is late by `samples`, as JACK asks in its latency
+    /// callback. Tells only what has changed: PipeWire's JACK (0.3.65) may wait for itself if it is told
+    /// within a question.
+    void answerLatency(jack_latency_callback_mode_t mode, int samples);
+    /// The same both ways, whatever was told before. The main thread: nobody waits there.
+    void tellLatency(int samples);
 
     /// Audio thread: the buffers of this cycle, channels in the order of the layout. They hold until the
     /// next.
     VANTA_REALTIME HostBlock block(jack_nframes_t frames, bool sideChain);
 
 private:
+    /// The ranges that a group of ports was told last, minimum and maximum in one number.
+    using Told = std::array<std::atomic<std::uint64_t>, kMaxChannels>;
+
+    void tell(jack_port_t* port, jack_latency_callback_mode_t mode, jack_latency_range_t range,
+              std::atomic<std::uint64_t>& told);
+    void forgetWhatWasTold();
+
     template <typename Sample>
     using Buffers = std::array<Sample*, kMaxChannels>;
 
@@ -43,6 +56,11 @@ private:
     Ports sideChain_;
     Ports outputs_;
     jack_port_t* midi_;
+
+    Told toldInputs_{};
+    Told toldSideChain_{};
+    Told toldOutputs_{};
+    std::atomic<std::uint64_t> toldMidi_{0};
 
     ChannelMap map_;
     Buffers<const float> inputBuffers_{};

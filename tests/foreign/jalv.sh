@@ -10,6 +10,8 @@ for layout in mono stereo 5.0 5.1 7.1 7.1.2; do
         sleep 0.5
         echo monitors
         jack_lsp | grep -c '^limiter:out_' >&2
+        echo presets # reads them
+        sleep 0.5
         echo "preset urn:quillmark:vanta2:preset:loud:club-and-dance"
         sleep 0.5
         echo controls

@@ -10,7 +10,8 @@ work=$(mktemp -d)
 export HOME=$work/home XDG_RUNTIME_DIR=$work/run
 mkdir -p "$HOME" && mkdir -m 700 "$XDG_RUNTIME_DIR"
 unset XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME XDG_DOCUMENTS_DIR
-export LV2_PATH=$plugins:/usr/lib/lv2 CLAP_PATH=$plugins
+mkdir "$work/lv2" && ln -s "$plugins"/*.lv2 "$work/lv2"
+export LV2_PATH=$work/lv2:/usr/lib/lv2 CLAP_PATH=$plugins
 export JACK_DEFAULT_SERVER=vanta-hosts-$$ JACK_NO_START_SERVER=1
 export VANTA_PLUGINS=$plugins WORK=$work
 

@@ -29,6 +29,8 @@ public:
     virtual void stateChanged() {}
     /// HostedPlugin::latency has changed.
     virtual void latencyChanged() = 0;
+    /// A round of the thread of our own is over, if there is one: see HostedPlugin::pumpByThread.
+    virtual void pumpedByThread() {}
 
     // On any thread, the audio thread included.
 

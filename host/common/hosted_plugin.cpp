@@ -40,6 +40,12 @@ public:
         return restored;
     }
     bool takeRestored() { return restored_.exchange(false); }
+    int claimAndPump() override {
+        if (takeRestored()) owner_.host_.stateRestored();
+        const int done = UnifiedPluginAdapter::claimAndPump();
+        if (owner_.pumpedByThread_) owner_.host_.pumpedByThread();
+        return done;
+    }
 
     void reportLatency() override { owner_.host_.latencyChanged(); }
     void presetNameChanged() override {
@@ -122,13 +128,11 @@ bool HostedPlugin::activate(double sampleRate, int largestBlock) {
 
 void HostedPlugin::pump() {
     pumpRequested_.store(false);
-    if (instance_->takeRestored()) host_.stateRestored();
     instance_->claimAndPump();
 }
 
 void HostedPlugin::pumpByThread() {
-    if (pumpedByThread_) return;
-    pumpedByThread_ = true;
+    if (pumpedByThread_.exchange(true)) return;
     thread_.emplace(*instance_);
 }
 

@@ -96,7 +96,7 @@ private:
     HostCallbacks& host_;
     std::unique_ptr<Instance> instance_;
     std::optional<EventPump::Registration> thread_;
-    bool pumpedByThread_ = false;
+    std::atomic<bool> pumpedByThread_{false};
     std::atomic<bool> pumpRequested_{false};
 
     // Of the block that runs.

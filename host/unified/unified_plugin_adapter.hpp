@@ -74,7 +74,7 @@ public:
     /// Does what waits for this thread. Nothing on any other. The result is the number of things done.
     int pumpEvents();
     /// The same for a thread that serves all instances: it is owner while no interface is open.
-    int claimAndPump();
+    virtual int claimAndPump();
 
     // Set-up, while no block runs.
 

@@ -77,7 +77,7 @@ v3_result Component::setActive(v3_bool active) {
         const v3_process_setup& setup = instance_.setup;
         if (!instance_.plugin.activate(setup.sample_rate, setup.max_block_size)) return V3_FALSE;
     }
-    instance_.activeLatency = instance_.plugin.latency();
+    instance_.activeLatency.store(instance_.plugin.latency());
     instance_.automation.stopped();
     instance_.active.store(wanted);
     instance_.reports.setActive(wanted);
@@ -90,7 +90,6 @@ v3_result Component::setState(v3_bstream** stream) {
     if (!bytes || !instance_.plugin.restoreState(*bytes)) return V3_FALSE;
     instance_.reports.forgetEdits();
     instance_.programs.follow(instance_.plugin.model());
-    instance_.serveWithoutTimer();
     return V3_OK;
 }
 

@@ -118,9 +118,9 @@ v3_result EditController::setValue(v3_param_id id, double position) {
         instance_.controllers[id - ParameterList::kFirstController].store(position);
     } else if (instance_.programs.request(instance_.programs.at(position)) &&
                instance_.reports.isMainThread()) {
-        instance_.serve();
+        // At once, as the host may read the values next; it hears of them later.
+        instance_.programs.loadRequested(instance_.plugin.model());
     }
-    instance_.serveWithoutTimer();
     return V3_OK;
 }
 

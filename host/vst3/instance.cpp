@@ -17,12 +17,19 @@ Instance::Instance(EmbeddedViewFactory viewFactory, ComObject& whole)
       buses(kStereoLayout),
       timer([this] { onTimer(); }) {
     reports.setParameters(parameters);
+    reports.onPumped = [this] {
+        follow();
+        reports.tellRestarts();
+    };
 }
 
 void Instance::onTimer() {
     const ComScope held(object);
     reports.claimMainThread();
-    serve();
+    const Reports::Turn turn(reports);
+    plugin.pump();
+    follow();
+    reports.tell();
     // A view may close another one, or itself by way of the host.
     const std::vector<ViewRole*> open = openViews;
     for (ViewRole* view : open) {
@@ -30,12 +37,10 @@ void Instance::onTimer() {
     }
 }
 
-void Instance::serve() {
+void Instance::follow() {
     programs.loadRequested(plugin.model());
-    plugin.pump();
     if (reports.takePresetChange() && programs.follow(plugin.model())) reports.valuesReplaced();
-    if (plugin.latency() == activeLatency) reports.latencyHolds();
-    reports.tell();
+    if (plugin.latency() == activeLatency.load()) reports.latencyHolds();
 }
 
 void Instance::changeLayout() {
@@ -43,10 +48,6 @@ void Instance::changeLayout() {
     for (ViewRole* view : openViews) view->close();
     plugin.setLayout(buses.layout());
     for (ViewRole* view : openViews) view->open();
-}
-
-void Instance::serveWithoutTimer() {
-    if (!timer.isRunning() && reports.isMainThread()) serve();
 }
 
 }  // namespace vanta::vst3

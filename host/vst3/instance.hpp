@@ -21,18 +21,16 @@ class ViewRole;
 
 /// What the roles of one object share.
 ///
-/// A timer of the host's run loop is the main thread's turn. A host without one gets no call of ours out of
-/// the blue: there a thread of our own keeps the model up to date while the instance is active, values reach
-/// the host with blocks, and the rest is told where the host changes a value or a state.
+/// A timer of the host's run loop is the main thread's turn. For a host without one a thread of our own keeps
+/// the model up to date while the instance is active and asks for restarts, and values reach the host with
+/// blocks.
 struct Instance {
     Instance(EmbeddedViewFactory viewFactory, ComObject& whole);
 
-    /// What the main thread has to do.
-    void serve();
-    /// The same, and what the views have to do.
+    /// The main thread's turn.
     void onTimer();
-    /// `serve` at the end of a host's call, if no timer will do it.
-    void serveWithoutTimer();
+    /// Loads a preset that was asked for with a block, and finds out what of that the host is to hear.
+    void follow();
     /// To that of the buses, while no block runs.
     void changeLayout();
 
@@ -48,7 +46,7 @@ struct Instance {
     std::array<std::atomic<double>, ParameterList::kControllers> controllers{};
     v3_process_setup setup{V3_REALTIME, V3_SAMPLE_32, 1024, 44100.0};
     std::atomic<bool> active{false};
-    int activeLatency = 0;  ///< in samples, as the host has read it
+    std::atomic<int> activeLatency{0};  ///< in samples, as the host has read it
     std::vector<ViewRole*> openViews;
     RunLoopTimer timer;
 };

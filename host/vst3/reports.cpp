@@ -1,5 +1,7 @@
 #include "host/vst3/reports.hpp"
 
+#include <utility>
+
 #include "host/vst3/parameter_list.hpp"
 
 namespace vanta::vst3 {
@@ -11,8 +13,12 @@ void Reports::setParameters(const ParameterList& parameters) {
 }
 
 void Reports::setHandler(v3_component_handler** handler) {
-    handler_ = HostInterface<v3_component_handler>(handler);
-    handler2_ = HostInterface<v3_component_handler2>::of(handler, v3_component_handler2_iid);
+    HostInterface<v3_component_handler> first(handler);
+    auto second = HostInterface<v3_component_handler2>::of(handler, v3_component_handler2_iid);
+    // What was there before is given back after the lock.
+    const std::lock_guard held(handlerMutex_);
+    handler_ = std::move(first);
+    handler2_ = std::move(second);
 }
 
 void Reports::setActive(bool active) {
@@ -43,11 +49,11 @@ void Reports::edit(int index, Edit change, double position) {
 }
 
 void Reports::beginEdits() {
-    if (handler2_ && isMainThread()) handler2_.call(&v3_component_handler2::start_group_edit);
+    if (handler2_ && canTell()) handler2_.call(&v3_component_handler2::start_group_edit);
 }
 
 void Reports::endEdits() {
-    if (handler2_ && isMainThread()) handler2_.call(&v3_component_handler2::finish_group_edit);
+    if (handler2_ && canTell()) handler2_.call(&v3_component_handler2::finish_group_edit);
 }
 
 void Reports::stateRestored() {
@@ -70,10 +76,18 @@ void Reports::tell() {
         edit(index, change, positionOf(index, value));
         return true;
     });
-    if (handler2_ && dirty_.exchange(false)) handler2_.call(&v3_component_handler2::set_dirty, v3_bool{1});
+    tellRestarts();
+}
+
+void Reports::tellRestarts() {
+    // A handler that the host replaces meanwhile has to last for as long as the calls.
+    std::unique_lock held(handlerMutex_);
+    const HostInterface<v3_component_handler> handler(handler_.get());
+    const HostInterface<v3_component_handler2> handler2(handler2_.get());
+    held.unlock();
+    if (handler2 && dirty_.exchange(false)) handler2.call(&v3_component_handler2::set_dirty, v3_bool{1});
+    if (!handler) return;
     if (const int flags = restartFlags_.exchange(0)) {
-        // A handler that the host replaces in this call has to last for as long as the call.
-        const HostInterface<v3_component_handler> handler(handler_.get());
         handler.call(&v3_component_handler::restart_component, flags);
     }
 }

@@ -77,7 +77,10 @@ LV2_State_Status Lv2Plugin::save(LV2_State_Store_Function store, LV2_State_Handl
 }
 
 LV2_State_Status Lv2Plugin::restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle) {
-    return restoreLv2State(plugin_, values_, uris_, retrieve, handle);
+    const auto status = restoreLv2State(plugin_, values_, uris_, retrieve, handle);
+    // A port that was asked for what the state has overtaken would come back as the host's own wish.
+    if (status == LV2_STATE_SUCCESS && edits_) edits_->forgetValues();
+    return status;
 }
 
 // The thread that pumps

@@ -319,6 +319,19 @@ TEST_F(Lv2, WhatMidiHasMovedStaysWhereThePortDoesNotMove) {
     EXPECT_NEAR(host.value(gain), static_cast<double>(kMidiGain), 1e-4);
 }
 
+TEST_F(Lv2, ARestoredStateIsNotOvertakenByOlderRequests) {
+    learnController();
+    host.run(0);
+    const std::vector<std::byte> before = host.save(0);
+    moveController(host);
+    // Until the next block the request for the port waits.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    ASSERT_TRUE(host.restore(before, 0));
+    notifiedMeanwhile(host);
+    EXPECT_EQ(host.value(gain), 0.0);
+    EXPECT_EQ(held(host)[static_cast<std::size_t>(gain)], 0.0f);
+}
+
 TEST_F(Lv2, FactoryPresetsAreInTheBrowserWithValuesAndName) {
     const Owned<LilvNode> kind = node(LV2_PRESETS__Preset);
     for (const ChannelLayout layout : host.traits().layouts) {

@@ -15,19 +15,19 @@ namespace HWY_NAMESPACE {
 
 /// Calls body(tag, i) for whole vectors from i = `begin` up to `end`, then for what is left sample by sample
 /// with a tag of one lane, so that no kernel reads or writes past its block.
-template <typename Body>
+template <typename T = float, typename Body>
 HWY_INLINE void vectorLoop(std::size_t begin, std::size_t end, Body&& body) {
-    const hwy::HWY_NAMESPACE::ScalableTag<float> wide;
-    const hwy::HWY_NAMESPACE::CappedTag<float, 1> single;
+    const hwy::HWY_NAMESPACE::ScalableTag<T> wide;
+    const hwy::HWY_NAMESPACE::CappedTag<T, 1> single;
     const std::size_t lanes = hwy::HWY_NAMESPACE::Lanes(wide);
     std::size_t i = begin;
     for (; i + lanes <= end; i += lanes) body(wide, i);
     for (; i < end; ++i) body(single, i);
 }
 
-template <typename Body>
+template <typename T = float, typename Body>
 HWY_INLINE void vectorLoop(std::size_t count, Body&& body) {
-    vectorLoop(0, count, body);
+    vectorLoop<T>(0, count, body);
 }
 
 /// out[i] = operation(tag, in[i]...) over blocks of any number of inputs.

@@ -59,17 +59,19 @@ public:
     /// A cell reads as its value.
     operator const T&() const { return value_; }
 
-    void assign(T value, void* /*sender*/ = nullptr) override {
-        if (value == value_) return;
-        value_ = std::move(value);
-        notify();
-    }
+    void assign(T value, void* /*sender*/ = nullptr) override { store(std::move(value)); }
     Property& operator=(T value) {
-        assign(std::move(value));
+        store(std::move(value));
         return *this;
     }
 
 private:
+    void store(T&& value) {
+        if (value == value_) return;
+        value_ = std::move(value);
+        notify();
+    }
+
     T value_;
 };
 

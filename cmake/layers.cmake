@@ -79,7 +79,7 @@ vanta_layer(host/offline SEES foundation wave dsp/dither plugin/base plugin/para
             limiter/processor)
 
 vanta_layer(gui/artwork SEES foundation)
-vanta_layer(gui/graphics SEES foundation)
+vanta_layer(gui/graphics SEES foundation kernel)
 vanta_layer(gui/text SEES foundation gui/graphics)
 vanta_layer(gui/tree SEES foundation gui/graphics)
 vanta_layer(gui/animation SEES foundation gui/graphics gui/tree)

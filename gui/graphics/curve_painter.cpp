@@ -1,0 +1,194 @@
+#include "gui/graphics/curve_painter.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+#include "gui/graphics/curve_outline.hpp"
+#include "kernel/pixel_rows.hpp"
+
+namespace vanta::gui {
+namespace {
+
+constexpr int kTileColumns = 32;
+
+/// The first pixel whose middle lies at or below a position, within `low` to `high`.
+int pixelFrom(float position, int low, int high) {
+    const float first = position - 0.5f;
+    if (!(first > static_cast<float>(low))) return low;
+    if (!(first < static_cast<float>(high))) return high;
+    const int whole = static_cast<int>(first);
+    return static_cast<float>(whole) < first ? whole + 1 : whole;
+}
+
+/// A column of pixels, one every `step`; index 0 is at `base`.
+struct PixelColumn {
+    Pixel* base;
+    std::ptrdiff_t step;
+
+    void fill(Pixel pixel, int from, int to) const {
+        for (int i = from; i < to; ++i) base[i * step] = pixel;
+    }
+    /// From one colour at a position to another at the next.
+    void ramp(Pixel first, Pixel last, float firstAt, float lastAt, int from, int to) const {
+        if (from >= to) return;
+        if (first == last) return fill(first, from, to);
+        const float rate = 256.0f / std::max(lastAt - firstAt, 0.001f);
+        for (int i = from; i < to; ++i) {
+            const float weight = std::clamp((static_cast<float>(i) + 0.5f - firstAt) * rate, 0.0f, 256.0f);
+            base[i * step] = mixPixels(first, last, static_cast<unsigned>(weight + 0.5f));
+        }
+    }
+};
+
+/// The premultiplied colours of a set.
+struct CurveColors {
+    struct Entry {
+        Pixel above, line, below;
+    };
+
+    CurveColors(const CurveSet& set, int alpha)
+        : top(toPixel(set.top.withAlpha(alpha))), bottom(toPixel(set.bottom.withAlpha(alpha))) {
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            const CurveEntry& entry = set.entries[i];
+            entries[i] = {toPixel(entry.above.withAlpha(alpha)), toPixel(entry.line.withAlpha(alpha)),
+                          toPixel(entry.below.withAlpha(alpha))};
+        }
+    }
+
+    Pixel top;
+    std::array<Entry, 2> entries;
+    Pixel bottom;
+};
+
+/// Works in the coordinates of a curve over x: columns along x, bands along y. The vertical orientation
+/// exchanges them where pixels are touched. Some columns at a time get their colours in a tile, which is
+/// then laid over the target; what is plain above and below all bands needs no tile.
+class CurvePainter {
+public:
+    CurvePainter(const PixelView& view, const CurveSet& set, const DeviceRect& area, DevicePoint origin,
+                 bool isVertical, int alpha, float scale)
+        : view_(view),
+          set_(set),
+          isVertical_(isVertical),
+          alpha_(alpha),
+          clip_(upright(view.clip)),
+          area_(upright(area)),
+          origin_(isVertical ? DevicePoint{origin.y, origin.x} : origin),
+          colors_(set, alpha),
+          outline_(set, clip_.left - origin_.x, static_cast<float>(origin_.y),
+                   static_cast<float>(area_.bottom), scale),
+          tile_(static_cast<std::size_t>(kTileColumns) * static_cast<std::size_t>(clip_.height())) {}
+
+    void paint() {
+        for (int x = clip_.left; x < clip_.right; x += kTileColumns) {
+            paintTile(x, std::min(kTileColumns, clip_.right - x));
+        }
+    }
+
+private:
+    DeviceRect upright(const DeviceRect& rect) const {
+        return isVertical_ ? DeviceRect{rect.top, rect.left, rect.bottom, rect.right} : rect;
+    }
+    std::size_t lastEntry() const { return static_cast<std::size_t>(outline_.count()) - 1; }
+
+    void paintTile(int left, int count) {
+        std::array<CurveColumn, kTileColumns> columns;
+        float highest = static_cast<float>(clip_.bottom), lowest = static_cast<float>(clip_.top);
+        for (int i = 0; i < count; ++i) {
+            CurveColumn& column = columns[static_cast<std::size_t>(i)];
+            column = outline_.next();
+            highest = std::min(highest, column.bands[0].glowTop);
+            lowest = std::max(lowest, column.bands[lastEntry()].glowBottom);
+        }
+        // What is a ramp needs the tile as well.
+        int top = clip_.top, bottom = clip_.bottom;
+        if (colors_.top == colors_.entries[0].above) {
+            top = pixelFrom(highest, clip_.top, clip_.bottom);
+            fillPlain(colors_.top, {left, clip_.top, left + count, top});
+        }
+        if (colors_.bottom == colors_.entries[lastEntry()].below) {
+            bottom = pixelFrom(lowest, top, clip_.bottom);
+            fillPlain(colors_.bottom, {left, bottom, left + count, clip_.bottom});
+        }
+        if (top >= bottom) return;
+        for (int i = 0; i < count; ++i) paintColumn(columns[static_cast<std::size_t>(i)], i, top, bottom);
+        blendTile({left, top, left + count, bottom});
+    }
+
+    /// The tile holds rows of the target, whichever way the curve runs.
+    PixelColumn columnOfTile(int i, int top) {
+        if (isVertical_) return {tile_.data() + static_cast<std::ptrdiff_t>(i) * clip_.height() - top, 1};
+        return {tile_.data() + i - static_cast<std::ptrdiff_t>(top) * kTileColumns, kTileColumns};
+    }
+
+    Pixel lineColor(std::size_t entry, float y) const {
+        const Gradient* gradient = set_.entries[entry].lineGradient;
+        if (!gradient) return colors_.entries[entry].line;
+        const float height = static_cast<float>(std::max(area_.height(), 1));
+        return toPixel(gradient->at((y - static_cast<float>(area_.top)) / height).withAlpha(alpha_));
+    }
+
+    void paintColumn(const CurveColumn& column, int index, int top, int bottom) {
+        const PixelColumn target = columnOfTile(index, top);
+        Pixel color = colors_.top;
+        float colorAt = static_cast<float>(area_.top);
+        int y = top;
+        const auto rampTo = [&](Pixel next, float nextAt) {
+            const int end = pixelFrom(nextAt, y, bottom);
+            target.ramp(color, next, colorAt, nextAt, y, end);
+            y = end;
+            color = next;
+            colorAt = nextAt;
+        };
+        for (std::size_t e = 0; e <= lastEntry(); ++e) {
+            const CurveBand& band = column.bands[e];
+            const Pixel line = lineColor(e, column.steps[e].middle);
+            rampTo(colors_.entries[e].above, band.glowTop);
+            rampTo(line, band.coreTop);
+            rampTo(line, band.coreBottom);
+            rampTo(colors_.entries[e].below, band.glowBottom);
+        }
+        target.ramp(color, colors_.bottom, colorAt, std::max(colorAt, static_cast<float>(area_.bottom)), y,
+                    bottom);
+    }
+
+    void blendTile(const DeviceRect& part) {
+        const DeviceRect target = upright(part);
+        const std::ptrdiff_t rowLength = isVertical_ ? clip_.height() : kTileColumns;
+        const Pixel* from = tile_.data();
+        for (int y = target.top; y < target.bottom; ++y, from += rowLength) {
+            kernel::blendRow(from, view_.at(target.left, y), static_cast<std::size_t>(target.width()));
+        }
+    }
+
+    void fillPlain(Pixel pixel, const DeviceRect& part) {
+        const DeviceRect target = upright(part);
+        if (pixel == kTransparentPixel || target.isEmpty()) return;
+        for (int y = target.top; y < target.bottom; ++y) {
+            blendRun(pixel, view_.at(target.left, y), target.width());
+        }
+    }
+
+    const PixelView& view_;
+    const CurveSet& set_;
+    bool isVertical_;
+    int alpha_;
+    DeviceRect clip_;
+    DeviceRect area_;
+    DevicePoint origin_;
+    CurveColors colors_;
+    CurveOutline outline_;
+    std::vector<Pixel> tile_;
+};
+
+}  // namespace
+
+void paintCurves(const PixelView& view, const CurveSet& set, const DeviceRect& area, DevicePoint origin,
+                 Canvas::CurveOrientation orientation, int alpha, float scale) {
+    CurvePainter(view, set, area, origin, orientation == Canvas::CurveOrientation::OverY, alpha, scale)
+        .paint();
+}
+
+}  // namespace vanta::gui

@@ -45,24 +45,23 @@ CurveOutline::CurveOutline(const CurveSet& set, int first, float yOffset, float 
         const CurveEntry& entry = set.entries[e];
         steppers_[e].begin(*entry.curve, entry.lineWidth, entry.glowWidth, first, yOffset, scale);
     }
-    current_.column = first - 1;
+    column_ = first;
 }
 
-const CurveColumn& CurveOutline::next() {
-    ++current_.column;
+void CurveOutline::next(CurveColumn& column) {
+    column.column = column_++;
     float limit = areaBottom_;
     for (int i = count_ - 1; i >= 0; --i) {
         const auto e = static_cast<std::size_t>(i);
         CurveStepper& stepper = steppers_[e];
-        CurveBand& band = current_.bands[e];
-        current_.steps[e] = stepper.next();
-        band = bandOf(current_.steps[e], stepper.lineExtent(), stepper.glowExtent());
+        CurveBand& band = column.bands[e];
+        column.steps[e] = stepper.next();
+        band = bandOf(column.steps[e], stepper.lineExtent(), stepper.glowExtent());
         // The lowest curve may leave the area.
         if (i == count_ - 1) limit = std::max(limit, band.glowBottom);
         giveWay(band, limit);
         limit = std::min(limit, band.glowTop);
     }
-    return current_;
 }
 
 bool ColumnFilter::differs(const CurveColumn& column, float tolerance) const {

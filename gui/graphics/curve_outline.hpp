@@ -35,14 +35,14 @@ public:
     /// ends, both in device pixels.
     CurveOutline(const CurveSet& set, int first, float yOffset, float areaBottom, float scale);
 
-    const CurveColumn& next();
+    void next(CurveColumn& column);
     int count() const { return count_; }
 
 private:
     int count_;
     float areaBottom_;
     std::array<CurveStepper, 2> steppers_;
-    CurveColumn current_{};
+    int column_;
 };
 
 /// Tells which columns of an outline a renderer needs that joins them with straight lines.
@@ -71,13 +71,14 @@ private:
 template <typename Emit>
 void forEachNeededColumn(CurveOutline& outline, int columnCount, Emit&& emit) {
     ColumnFilter filter(outline.count());
-    CurveColumn previous{};
+    CurveColumn both[2]{};
     for (int i = 0; i <= columnCount; ++i) {
-        const CurveColumn& column = outline.next();
+        CurveColumn& column = both[i & 1];
+        const CurveColumn& previous = both[~i & 1];
+        outline.next(column);
         const ColumnFilter::Verdict verdict = filter.judge(column, i == columnCount);
         if (verdict.previous) emit(previous);
         if (verdict.current) emit(column);
-        previous = column;
     }
 }
 

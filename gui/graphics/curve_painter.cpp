@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <cstdint>
 #include <vector>
 
 #include "gui/graphics/curve_outline.hpp"
@@ -22,13 +22,13 @@ int pixelFrom(float position, int low, int high) {
     return static_cast<float>(whole) < first ? whole + 1 : whole;
 }
 
-/// A column of pixels, one every `step`; index 0 is at `base`.
-struct PixelColumn {
-    Pixel* base;
-    std::ptrdiff_t step;
+/// A column of pixels, some way apart in memory.
+class PixelColumn {
+public:
+    PixelColumn(Pixel* first, std::ptrdiff_t distance) : base_(first), step_(distance) {}
 
     void fill(Pixel pixel, int from, int to) const {
-        for (int i = from; i < to; ++i) base[i * step] = pixel;
+        for (int i = from; i < to; ++i) base_[i * step_] = pixel;
     }
     /// From one colour at a position to another at the next.
     void ramp(Pixel first, Pixel last, float firstAt, float lastAt, int from, int to) const {
@@ -36,10 +36,31 @@ struct PixelColumn {
         if (first == last) return fill(first, from, to);
         const float rate = 256.0f / std::max(lastAt - firstAt, 0.001f);
         for (int i = from; i < to; ++i) {
-            const float weight = std::clamp((static_cast<float>(i) + 0.5f - firstAt) * rate, 0.0f, 256.0f);
-            base[i * step] = mixPixels(first, last, static_cast<unsigned>(weight + 0.5f));
+            base_[i * step_] =
+                mixPixels(first, last, weightOf((static_cast<float>(i) + 0.5f - firstAt) * rate));
         }
     }
+    /// From what lies above to the line and on to what lies below. In one loop without a branch: bands of a
+    /// few pixels, each of another height, are all that most curves have.
+    void band(const CurveBand& rows, Pixel above, Pixel line, Pixel below, int from, int to) const {
+        const float rise = 256.0f / std::max(rows.coreTop - rows.glowTop, 0.001f);
+        const float fall = 256.0f / std::max(rows.glowBottom - rows.coreBottom, 0.001f);
+        const std::uint64_t upper = spreadPixel(above), core = spreadPixel(line), lower = spreadPixel(below);
+        Pixel* pixel = base_ + from * step_;
+        for (int i = from; i < to; ++i, pixel += step_) {
+            const float y = static_cast<float>(i) + 0.5f;
+            const float weight = std::min((y - rows.glowTop) * rise, (rows.glowBottom - y) * fall);
+            *pixel = mixSpreadPixels(y < rows.coreTop ? upper : lower, core, weightOf(weight));
+        }
+    }
+
+private:
+    static unsigned weightOf(float weight) {
+        return static_cast<unsigned>(static_cast<int>(std::min(std::max(weight, 0.0f), 256.0f) + 0.5f));
+    }
+
+    Pixel* base_;
+    std::ptrdiff_t step_;
 };
 
 /// The premultiplied colours of a set.
@@ -79,6 +100,8 @@ public:
           colors_(set, alpha),
           outline_(set, clip_.left - origin_.x, static_cast<float>(origin_.y),
                    static_cast<float>(area_.bottom), scale),
+          isPlainAbove_(colors_.top == colors_.entries[0].above),
+          isPlainBelow_(colors_.bottom == colors_.entries[lastEntry()].below),
           tile_(static_cast<std::size_t>(kTileColumns) * static_cast<std::size_t>(clip_.height())) {}
 
     void paint() {
@@ -98,28 +121,30 @@ private:
         float highest = static_cast<float>(clip_.bottom), lowest = static_cast<float>(clip_.top);
         for (int i = 0; i < count; ++i) {
             CurveColumn& column = columns[static_cast<std::size_t>(i)];
-            column = outline_.next();
+            outline_.next(column);
             highest = std::min(highest, column.bands[0].glowTop);
             lowest = std::max(lowest, column.bands[lastEntry()].glowBottom);
         }
         // What is a ramp needs the tile as well.
         int top = clip_.top, bottom = clip_.bottom;
-        if (colors_.top == colors_.entries[0].above) {
+        if (isPlainAbove_) {
             top = pixelFrom(highest, clip_.top, clip_.bottom);
             fillPlain(colors_.top, {left, clip_.top, left + count, top});
         }
-        if (colors_.bottom == colors_.entries[lastEntry()].below) {
+        if (isPlainBelow_) {
             bottom = pixelFrom(lowest, top, clip_.bottom);
             fillPlain(colors_.bottom, {left, bottom, left + count, clip_.bottom});
         }
         if (top >= bottom) return;
+        tileHeight_ = bottom - top;
+        if (isPlainBelow_) std::fill_n(tile_.data(), kTileColumns * (bottom - top), colors_.bottom);
         for (int i = 0; i < count; ++i) paintColumn(columns[static_cast<std::size_t>(i)], i, top, bottom);
         blendTile({left, top, left + count, bottom});
     }
 
     /// The tile holds rows of the target, whichever way the curve runs.
     PixelColumn columnOfTile(int i, int top) {
-        if (isVertical_) return {tile_.data() + static_cast<std::ptrdiff_t>(i) * clip_.height() - top, 1};
+        if (isVertical_) return {tile_.data() + static_cast<std::ptrdiff_t>(i) * tileHeight_ - top, 1};
         return {tile_.data() + i - static_cast<std::ptrdiff_t>(top) * kTileColumns, kTileColumns};
     }
 
@@ -135,28 +160,28 @@ private:
         Pixel color = colors_.top;
         float colorAt = static_cast<float>(area_.top);
         int y = top;
-        const auto rampTo = [&](Pixel next, float nextAt) {
-            const int end = pixelFrom(nextAt, y, bottom);
-            target.ramp(color, next, colorAt, nextAt, y, end);
-            y = end;
-            color = next;
-            colorAt = nextAt;
-        };
+        // The tile was filled with what lies below.
+        const bool isFilled = isPlainAbove_ && isPlainBelow_ && colors_.top == colors_.bottom;
         for (std::size_t e = 0; e <= lastEntry(); ++e) {
             const CurveBand& band = column.bands[e];
-            const Pixel line = lineColor(e, column.steps[e].middle);
-            rampTo(colors_.entries[e].above, band.glowTop);
-            rampTo(line, band.coreTop);
-            rampTo(line, band.coreBottom);
-            rampTo(colors_.entries[e].below, band.glowBottom);
+            const CurveColors::Entry& colors = colors_.entries[e];
+            const int bandTop = pixelFrom(band.glowTop, y, bottom);
+            const int bandBottom = pixelFrom(band.glowBottom, bandTop, bottom);
+            if (e > 0 || !isFilled) target.ramp(color, colors.above, colorAt, band.glowTop, y, bandTop);
+            target.band(band, colors.above, lineColor(e, column.steps[e].middle), colors.below, bandTop,
+                        bandBottom);
+            y = bandBottom;
+            color = colors.below;
+            colorAt = band.glowBottom;
         }
+        if (isPlainBelow_) return;
         target.ramp(color, colors_.bottom, colorAt, std::max(colorAt, static_cast<float>(area_.bottom)), y,
                     bottom);
     }
 
     void blendTile(const DeviceRect& part) {
         const DeviceRect target = upright(part);
-        const std::ptrdiff_t rowLength = isVertical_ ? clip_.height() : kTileColumns;
+        const std::ptrdiff_t rowLength = isVertical_ ? tileHeight_ : kTileColumns;
         const Pixel* from = tile_.data();
         for (int y = target.top; y < target.bottom; ++y, from += rowLength) {
             kernel::blendRow(from, view_.at(target.left, y), static_cast<std::size_t>(target.width()));
@@ -180,7 +205,10 @@ private:
     DevicePoint origin_;
     CurveColors colors_;
     CurveOutline outline_;
+    bool isPlainAbove_;  ///< of one colour, from the area's edge to the curve
+    bool isPlainBelow_;
     std::vector<Pixel> tile_;
+    int tileHeight_ = 0;
 };
 
 }  // namespace

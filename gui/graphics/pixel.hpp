@@ -37,16 +37,23 @@ constexpr Color toColor(Pixel pixel) {
     return {channel(16), channel(8), channel(0), static_cast<std::uint8_t>(opacity)};
 }
 
-/// From `from` at weight 0 to `to` at 256, all four bytes.
-constexpr Pixel mixPixels(Pixel from, Pixel to, unsigned weight) {
-    // Each byte in 16 bits of its own: a product with 256 fits, and four are done as one.
-    const auto spread = [](Pixel p) {
-        return static_cast<std::uint64_t>(p & 0x00FF00FFu) | static_cast<std::uint64_t>(p & 0xFF00FF00u)
+/// A pixel with each byte in 16 bits of its own, so that all four are multiplied as one.
+constexpr std::uint64_t spreadPixel(Pixel pixel) {
+    return static_cast<std::uint64_t>(pixel & 0x00FF00FFu) | static_cast<std::uint64_t>(pixel & 0xFF00FF00u)
                                                                  << 24;
-    };
-    const std::uint64_t sum = spread(from) * (256 - weight) + spread(to) * weight + 0x0080008000800080u;
+}
+
+/// From `from` at weight 0 to `to` at 256, all four bytes of two spread pixels.
+constexpr Pixel mixSpreadPixels(std::uint64_t from, std::uint64_t to, unsigned weight) {
+    // What the difference borrows from its neighbours the sum gives back.
+    const std::uint64_t sum = (from << 8) + (to - from) * weight + 0x0080008000800080u;
     const std::uint64_t mixed = sum >> 8 & 0x00FF00FF00FF00FFu;
     return static_cast<Pixel>(mixed & 0x00FF00FFu) | static_cast<Pixel>(mixed >> 24 & 0xFF00FF00u);
+}
+
+/// From `from` at weight 0 to `to` at 256, all four bytes.
+constexpr Pixel mixPixels(Pixel from, Pixel to, unsigned weight) {
+    return mixSpreadPixels(spreadPixel(from), spreadPixel(to), weight);
 }
 
 }  // namespace vanta::gui

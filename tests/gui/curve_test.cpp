@@ -81,7 +81,8 @@ TEST(CurveFilter, LosesNothingThatCouldBeSeen) {
         CurveOutline all(set, 0, 0.0f, 1000.0f, 1.5f);
         std::size_t next = 0;
         for (int i = 0; i <= 1900; ++i) {
-            const CurveColumn& exact = all.next();
+            CurveColumn exact;
+            all.next(exact);
             while (needed[next].column < i) ++next;
             const CurveColumn& to = needed[next];
             const CurveColumn& from = needed[next > 0 ? next - 1 : 0];
@@ -212,7 +213,8 @@ TEST(Curves, OfASetNeverOverlap) {
     set.entries[1].curve = &lower;
     CurveOutline outline(set, 0, 0.0f, 100.0f, 1.0f);
     for (int i = 0; i < 100; ++i) {
-        const CurveColumn& column = outline.next();
+        CurveColumn column;
+        outline.next(column);
         float last = -1000;
         for (const CurveBand& band : column.bands) {
             for (const float row : {band.glowTop, band.coreTop, band.coreBottom, band.glowBottom}) {

@@ -137,7 +137,7 @@ vanta_layer(tests/host/lv2 SEES foundation ${plugin_rooms} ${limiter_rooms} host
             tests/plugin tests/host/formats)
 vanta_layer(tests/host/jack SEES foundation plugin/midi host/common host/jack tests/support tests/plugin)
 vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
-vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} tests/support tests/plugin)
+vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
 vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)
 vanta_layer(tests/mastering SEES foundation host/offline ${file_rooms} tools/song tests/support)

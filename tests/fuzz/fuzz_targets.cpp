@@ -1,11 +1,16 @@
 #include "tests/fuzz/fuzz_targets.hpp"
 
+#include <zlib.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <sstream>
 
+#include "gui/graphics/bitmap.hpp"
+#include "gui/graphics/bitmap_error.hpp"
+#include "gui/graphics/bitmap_filer.hpp"
 #include "limiter/factory/factory_archive.hpp"
 #include "limiter/model/preset_maps.hpp"
 #include "limiter/model/vanta_plugin.hpp"
@@ -142,6 +147,25 @@ void runArchive(std::string_view bytes) {
     readFolder(bytesOf(bytes), "FactoryPresets");
 }
 
+void runPNG(std::string_view bytes) {
+    gui::DeviceBacking backing;
+    gui::Bitmap bitmap(backing);
+    BinaryMemoryReader file(bytesOf(bytes));
+    try {
+        gui::readBitmap(bitmap, file.stream());
+    } catch (const gui::EBitmap&) {
+        return;
+    }
+    require(!bitmap.isEmpty(), "a picture without pixels");
+    for (int y = 0; y < bitmap.pixelRect().bottom; ++y) {
+        for (int x = 0; x < bitmap.pixelRect().right; ++x) {
+            const gui::Pixel pixel = bitmap.row(y)[x];
+            require(bitmap.hasAlpha || gui::opacityOf(pixel) == 255, "opacity that is not told of");
+            require(static_cast<int>(pixel & 255u) <= gui::opacityOf(pixel), "a colour beyond its opacity");
+        }
+    }
+}
+
 std::string asText(std::span<const std::byte> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
@@ -190,6 +214,35 @@ std::vector<std::string> archiveSamples() {
     return {asText(factoryArchive()).substr(0, 1200)};
 }
 
+std::string chunk(const std::string& type, const std::string& data) {
+    const auto size = static_cast<char>(data.size());
+    return std::string("\0\0\0", 3) + size + type + data + "....";  // nobody reads the checksum
+}
+
+/// Stored rather than deflated, so that damage gets as far as the rows; one with opacity, one without, with
+/// every filter, and cut into two pieces.
+std::vector<std::string> pngSamples() {
+    std::vector<std::string> samples;
+    for (const char type : {'\2', '\6'}) {
+        const std::size_t rowBytes = type == '\6' ? 16 : 12;
+        std::string rows;
+        for (char filter = 0; filter < 6; ++filter) {
+            rows += filter;
+            for (std::size_t i = 0; i < rowBytes; ++i) rows += static_cast<char>(37 * i);
+        }
+        uLongf size = compressBound(static_cast<uLong>(rows.size()));
+        std::string data(size, '\0');
+        compress2(reinterpret_cast<Bytef*>(data.data()), &size, reinterpret_cast<const Bytef*>(rows.data()),
+                  static_cast<uLong>(rows.size()), Z_NO_COMPRESSION);
+        data.resize(size);
+        samples.push_back("\x89PNG\r\n\x1A\n" +
+                          chunk("IHDR", std::string("\0\0\0\4\0\0\0\6\10", 9) + type + std::string(3, '\0')) +
+                          chunk("gAMA", std::string("\0\0\xB1\x8F", 4)) + chunk("IDAT", data.substr(0, 40)) +
+                          chunk("IDAT", data.substr(40)) + chunk("IEND", ""));
+    }
+    return samples;
+}
+
 constexpr Target kTargets[] = {
     {"preset", runPreset, presetSamples},
     {"preset_map", runPresetMap, presetMapSamples},
@@ -197,6 +250,7 @@ constexpr Target kTargets[] = {
     {"session", runSession, sessionSamples},
     {"settings", runSettings, settingsSamples},
     {"archive", runArchive, archiveSamples},
+    {"png", runPNG, pngSamples, 2048},
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,6 +14,8 @@ struct Target {
     void (*run)(std::string_view bytes);
     /// Sound files to start from, one of each form that is read.
     std::vector<std::string> (*samples)();
+    /// How many bytes of memory a byte of the file may ask for: more than one where it is compressed.
+    std::size_t largestExpansion = 1;
 };
 
 std::span<const Target> targets();

@@ -14,7 +14,8 @@ void expectBoundedHeap(const fuzz::Target& target, const std::string& sample) {
     const auto heapFor = [&](const std::string& bytes) { return mostBytesHeld([&] { target.run(bytes); }); };
     const std::size_t sound = heapFor(sample);
     const auto use = [&](const std::string& bytes) {
-        ASSERT_LE(heapFor(bytes), sound + bytes.size() + 2048) << testing::PrintToString(bytes);
+        ASSERT_LE(heapFor(bytes), sound + bytes.size() * target.largestExpansion + 2048)
+            << testing::PrintToString(bytes);
     };
     forMutations(sample, 200, use);
     // Two thousand million of whatever is counted here.

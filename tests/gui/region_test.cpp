@@ -1,0 +1,209 @@
+#include "gui/tree/region.hpp"
+
+#include <gmock/gmock.h>
+
+#include <random>
+
+#include "tests/gui/test_interface.hpp"
+
+namespace vanta::gui {
+namespace {
+
+using ::testing::ElementsAre;
+
+TEST(Region, MergesToTheGreaterOfWideAndTall) {
+    const struct {
+        Rect a, b, merged;
+    } cases[] = {
+        {{0, 0, 10, 10}, {}, {0, 0, 10, 10}},
+        {{}, {0, 0, 10, 10}, {0, 0, 10, 10}},
+        {{0, 0, 10, 10}, {11, 0, 20, 10}, {}},              // apart: coverage is lost
+        {{0, 0, 10, 10}, {10, 0, 20, 10}, {0, 0, 20, 10}},  // side by side
+        {{0, 0, 10, 10}, {0, 10, 10, 20}, {0, 0, 10, 20}},  // stacked
+        {{0, 10, 10, 20}, {0, 0, 10, 10}, {}},              // stacked in the wrong order
+        {{0, 0, 10, 10}, {5, 2, 20, 8}, {0, 2, 20, 8}},     // wide
+        {{0, 0, 10, 10}, {2, 5, 8, 20}, {2, 0, 8, 20}},     // tall
+        {{0, 0, 10, 10}, {5, 5, 15, 15}, {0, 5, 15, 10}},   // a tie is wide
+    };
+    for (const auto& c : cases) EXPECT_EQ(mergeRects(c.a, c.b), c.merged);
+}
+
+TEST(Region, SubtractsOnlyWhatLeavesARectangle) {
+    const Rect r{10, 10, 30, 30};
+    const struct {
+        Rect cut, rest;
+    } cases[] = {
+        {{0, 0, 20, 40}, {20, 10, 30, 30}},
+        {{20, 0, 40, 40}, {10, 10, 20, 30}},
+        {{0, 0, 40, 20}, {10, 20, 30, 30}},
+        {{0, 20, 40, 40}, {10, 10, 30, 20}},
+        {{15, 0, 20, 40}, r},
+        {{0, 0, 20, 20}, r},
+        {{12, 12, 28, 28}, r},
+        {{40, 10, 50, 30}, r},
+    };
+    for (const auto& c : cases) EXPECT_EQ(subtractRect(r, c.cut), c.rest);
+    EXPECT_TRUE(subtractRect(r, {0, 0, 40, 40}).isEmpty());
+}
+
+TEST(Region, NeverClaimsMoreThanTheUnion) {
+    std::mt19937 random(7);
+    std::uniform_int_distribution<int> at(0, 12);
+    for (int round = 0; round < 3000; ++round) {
+        std::vector<Rect> rects;
+        for (int i = 0; i < 4; ++i) {
+            const auto x = static_cast<float>(at(random)), y = static_cast<float>(at(random));
+            rects.push_back(
+                Rect::ofSize(x, y, static_cast<float>(at(random)), static_cast<float>(at(random))));
+        }
+        const Rect merged = mergeAll(rects);
+        for (float y = merged.top + 0.5f; y < merged.bottom; ++y) {
+            for (float x = merged.left + 0.5f; x < merged.right; ++x) {
+                ASSERT_TRUE(std::any_of(rects.begin(), rects.end(),
+                                        [&](const Rect& r) {
+                                            return r.contains({x, y});
+                                        }))
+                    << "round " << round;
+            }
+        }
+    }
+}
+
+/// Writes down what is painted, in window coordinates.
+struct Recorder final : Canvas::Owner {
+    struct Fill {
+        Rect rect;
+        Color color;
+        bool operator==(const Fill&) const = default;
+    };
+    float scale() const override { return 1.0f; }
+    void drawBitmap(const Bitmap&, const Rect&, Point, int) override {}
+    void drawBitmapMasked(const Bitmap&, const Rect&, Point, const Bitmap&, Point, int) override {}
+    void drawLine(Point, Point, Color, float, const Rect&) override {}
+    void drawCurves(const CurveSet&, const Rect&, const Rect&, Point, Canvas::CurveOrientation,
+                    int) override {}
+    void fillRect(const Rect& rect, Color color) override { fills.push_back({rect, color}); }
+    Color pixelAt(Point) const override { return {}; }
+    void drawPoint(Point, Color) override {}
+    std::vector<Fill> fills;
+};
+
+struct Filled : Control {
+    Filled(UserInterface& interface, Color filledWith, Rect at, Control& in)
+        : Control(interface), color(filledWith) {
+        bounds = at;
+        parent = &in;
+    }
+    void paint(Canvas& canvas) override { canvas.fillRect(localBounds(), color); }
+    Color color;
+};
+
+std::vector<Recorder::Fill> painted(TestInterface& ui, Rect clip) {
+    Recorder recorder;
+    Canvas canvas(recorder);
+    canvas.clip = clip;
+    ui.root->drawTree(canvas);
+    return recorder.fills;
+}
+
+constexpr Color kGround = Color::of(0xFFC0C0C0);
+constexpr Color kRed = Color::of(0xFF0000FF);
+constexpr Color kBlue = Color::of(0xFFFF0000);
+
+TEST(Painting, ClipsMultipliesOpacityAndOmitsWhatIsCovered) {
+    TestInterface ui(100, 100);
+    Filled panel(ui, kRed, {10, 10, 60, 60}, *ui.root);
+    Filled leaf(ui, kBlue, {-5, 20, 100, 30}, panel);
+    leaf.alpha = 128;
+    EXPECT_THAT(painted(ui, {0, 0, 100, 40}),
+                ElementsAre(Recorder::Fill{{0, 0, 100, 40}, kGround}, Recorder::Fill{{10, 10, 60, 40}, kRed},
+                            Recorder::Fill{{10, 30, 60, 40}, kBlue.withAlpha(128)}));
+    panel.opaque = true;
+    EXPECT_THAT(painted(ui, {10, 0, 40, 30}), ElementsAre(Recorder::Fill{{10, 0, 40, 10}, kGround},
+                                                          Recorder::Fill{{10, 10, 40, 30}, kRed}));
+    panel.alpha = 128;
+    EXPECT_THAT(painted(ui, {10, 30, 20, 40}),
+                ElementsAre(Recorder::Fill{{10, 30, 20, 40}, kGround},
+                            Recorder::Fill{{10, 30, 20, 40}, kRed.withAlpha(128)},
+                            Recorder::Fill{{10, 30, 20, 40}, kBlue.withAlpha(128 * 128 / 255)}));
+    panel.alpha = 255;
+    panel.visible = false;
+    EXPECT_THAT(painted(ui, {0, 0, 50, 50}), ElementsAre(Recorder::Fill{{0, 0, 50, 50}, kGround}));
+}
+
+TEST(Painting, DrawsTheFocusRingAroundTheControl) {
+    struct Stop : Filled {
+        using Filled::Filled;
+        bool takesFocus() const override { return true; }
+    };
+    TestInterface ui(100, 100);
+    Stop stop(ui, kRed, {40, 40, 60, 60}, *ui.root);
+    ui.root->takeDirtyRect();
+    ui.root->moveFocus(false);
+    EXPECT_EQ(ui.root->takeDirtyRect(), (Rect{35.5f, 35.5f, 64.5f, 64.5f}));
+    EXPECT_EQ(painted(ui, {0, 0, 100, 100}).size(), 2u + 4u + 4u);
+    stop.setLeft(50);
+    EXPECT_EQ(ui.root->takeDirtyRect(), (Rect{35.5f, 35.5f, 74.5f, 64.5f}))
+        << "ring and control, old and new";
+    ui.root->setFocus(nullptr);
+    EXPECT_EQ(ui.root->takeDirtyRect(), (Rect{45.5f, 35.5f, 74.5f, 64.5f}));
+    EXPECT_EQ(painted(ui, {0, 0, 100, 100}).size(), 2u);
+}
+
+TEST(OpaqueRegion, ClimbsTheTree) {
+    TestInterface ui(100, 100);
+    Filled panel(ui, kRed, {10, 10, 60, 60}, *ui.root);
+    Filled a(ui, kBlue, {0, 0, 20, 50}, panel), b(ui, kBlue, {20, 0, 40, 70}, panel);
+    for (Filled* filled : {&a, &b}) filled->opaque = true;
+    EXPECT_EQ(panel.opaqueRect(), (Rect{0, 0, 40, 50})) << "clipped to the panel";
+    EXPECT_EQ(ui.root->childrenOpaque(), (Rect{10, 10, 50, 60}));
+    b.setLeft(25);
+    EXPECT_TRUE(panel.childrenOpaque().isEmpty()) << "apart";
+    EXPECT_TRUE(ui.root->childrenOpaque().isEmpty());
+    a.visible = false;
+    EXPECT_EQ(ui.root->childrenOpaque(), (Rect{35, 10, 55, 60}));
+    panel.alpha = 254;
+    EXPECT_TRUE(ui.root->childrenOpaque().isEmpty());
+}
+
+TEST(DirtyRegion, GathersOneBoxAndLosesNothing) {
+    TestInterface ui(200, 200);
+    Filled panel(ui, kRed, {100, 100, 200, 200}, *ui.root);
+    Filled leaf(ui, kBlue, {10, 10, 20, 20}, panel);
+    const auto dirty = [&] { return ui.root->takeDirtyRect(); };
+    dirty();
+    leaf.markDirty({5, 5, 50, 50});
+    EXPECT_EQ(dirty(), (Rect{115, 115, 120, 120})) << "within the control";
+    leaf.setPosition({30, 10});
+    EXPECT_EQ(dirty(), (Rect{110, 110, 140, 120})) << "where it was and where it is";
+    leaf.alpha = 0;
+    EXPECT_EQ(dirty(), (Rect{130, 110, 140, 120}));
+    leaf.markDirty();
+    leaf.setPosition({0, 0});
+    leaf.visible = false;
+    EXPECT_TRUE(dirty().isEmpty()) << "nobody sees it";
+    leaf.alpha = 255;
+    leaf.visible = true;
+    EXPECT_EQ(dirty(), (Rect{100, 100, 110, 110}));
+    {
+        const UpdateBlock block(panel);
+        leaf.setPosition({50, 50});
+        leaf.setPosition({80, 80});
+        panel.setPosition({90, 90});
+        leaf.visible = false;
+        EXPECT_TRUE(dirty().isEmpty());
+    }
+    EXPECT_EQ(dirty(), (Rect{90, 90, 200, 200}));
+    panel.setSize(50, 50);
+    EXPECT_EQ(dirty(), (Rect{90, 90, 190, 190}));
+    leaf.visible = true;
+    leaf.setPosition({0, 0});
+    dirty();
+    leaf.toFront();
+    EXPECT_EQ(dirty(), (Rect{90, 90, 100, 100}));
+    leaf.parent = nullptr;
+    EXPECT_EQ(dirty(), (Rect{90, 90, 100, 100}));
+}
+
+}  // namespace
+}  // namespace vanta::gui

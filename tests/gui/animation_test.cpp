@@ -171,13 +171,16 @@ TEST_F(AnimationTest, ForgetsWhoDiesByItself) {
 
 TEST_F(AnimationTest, StopsAndKeepsItsRate) {
     int calls = 0, deletions = 0;
-    animator.add(new Counted(calls, deletions), nullptr, nullptr);
+    auto* counted = new Counted(calls, deletions);
+    animator.add(counted, nullptr, nullptr);
     animator.framesPerSecond = 15;
     ui.advance(660);
     EXPECT_EQ(calls, 10);
     animator.running = false;
     ui.advance(1000);
     EXPECT_EQ(calls, 10);
+    animator.remove(counted);
+    EXPECT_EQ(deletions, 1);
 }
 
 TEST_F(AnimationTest, RolloverFadesInFasterThanOut) {

@@ -55,6 +55,16 @@ int Menu::nextSelectable(int from, int step) const {
     return -1;
 }
 
+int Menu::nextHighlight(int from, int step) const {
+    const int count = itemCount();
+    int at = from >= 0 ? from : (step > 0 ? -1 : count);
+    for (int tried = 0; tried < count; ++tried) {
+        at = (at + step + count) % count;
+        if (item(at)->canHighlight()) return at;
+    }
+    return -1;
+}
+
 void Menu::checkOnly(int index) {
     const UpdateBlock block(*this);
     for (int i = 0; i < itemCount(); ++i) item(i)->checked = i == index;
@@ -63,10 +73,6 @@ void Menu::checkOnly(int index) {
 MenuItem::MenuItem(const std::string& shown, int identity) {
     text = shown;
     id = identity;
-}
-
-bool MenuItem::isSelectable() const {
-    return visible && enabled && !isSeparator() && !hasItems();
 }
 
 std::string MenuItem::caption() const {

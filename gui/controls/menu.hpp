@@ -34,6 +34,9 @@ public:
     /// From `from` on, itself included, in the direction of `step` (1 or -1): the next item that can be
     /// chosen, or -1.
     int nextSelectable(int from, int step) const;
+    /// The item to highlight after `from` in the direction of `step` (1 or -1), past what cannot be, from the
+    /// end to the start and round; -1 for `from` begins at either end. -1 if there is none.
+    int nextHighlight(int from, int step) const;
     /// Only this item is checked; none if there is no such index.
     void checkOnly(int index);
 
@@ -66,8 +69,10 @@ public:
 
     Menu* parentMenu() const { return parentMenu_; }
     bool isSeparator() const { return text.value() == "-"; }
-    /// Visible, enabled, and neither a separator nor a submenu.
-    bool isSelectable() const;
+    /// Visible, enabled, and no separator.
+    bool canHighlight() const { return visible && enabled && !isSeparator(); }
+    /// Can be highlighted, and is no submenu.
+    bool isSelectable() const { return canHighlight() && !hasItems(); }
     /// What stands before the tab, and after it.
     std::string caption() const;
     std::string accelerator() const;

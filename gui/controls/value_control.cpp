@@ -96,6 +96,7 @@ void ValueControl::beginEndChange(GesturePhase phase, int delta) {
     if (phase == GesturePhase::End) {
         if (linkGroup_ && (buttonBits_ & bit)) linkGroup_->send(*this, phase, kPointer, 0, 0);
         buttonBits_ &= ~bit;
+        linkActive_ = false;
         applyChange(phase, kPointer, delta, flags);
     }
 }

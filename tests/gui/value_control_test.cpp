@@ -158,6 +158,15 @@ TEST_F(LinkTest, FollowsTheModifierWithinAGesture) {
     EXPECT_THAT(otherModel.take(), ElementsAre("begin 80", "change 70", "end 70"));
 }
 
+TEST_F(LinkTest, LeavesTheGroupWithItsGesture) {
+    drag({5});
+    control.beginEndChange(GesturePhase::Begin, 0);
+    control.beginEndChange(GesturePhase::Change, 5);
+    control.beginEndChange(GesturePhase::End, 0);
+    EXPECT_EQ(control.value, 60);
+    EXPECT_EQ(other.value, 85) << "the modifier was the first gesture's";
+}
+
 TEST_F(LinkTest, TravelsByPositionWhereCurvesDiffer) {
     other.maximum = 1000;
     other.toNormal = [](float x) { return x * x; };
@@ -287,6 +296,10 @@ protected:
     TestInterface ui;
     Model model;
     Knob knob{ui};
+    struct Typing {
+        void hear(void*) { ++count; }
+        int count = 0;
+    } typing;
 };
 
 TEST_F(KnobTest, TurnsFromSevenToFive) {
@@ -314,6 +327,7 @@ TEST_F(KnobTest, HoversOverGripRingAndKnob) {
     for (const auto& c : cases) {
         move(c.at);
         EXPECT_EQ(knob.hoverState(), c.hover) << c.at.x << ' ' << c.at.y;
+        EXPECT_EQ(knob.rollover().isActive(), c.hover != Knob::Hover::Outside);
     }
     knob.style().hasOverlay = false;
     EXPECT_EQ(knob.alphaAt(ring(0)), 255);
@@ -374,10 +388,6 @@ TEST_F(KnobTest, ResetsJumpsAndTypesWithinWholeGestures) {
     ui.root->platformCancelMode();
     EXPECT_THAT(model.take(), ElementsAre("begin 100", "end 100")) << "a lost press does not jump";
 
-    struct Typing {
-        void hear(void*) { ++count; }
-        int count = 0;
-    } typing;
     knob.onTyping.setHandler(&typing, &Typing::hear);
     press(ring(90), modifier::kDoubleClick);
     release(ring(90));
@@ -427,6 +437,9 @@ TEST_F(KnobTest, StepsByKeys) {
     knob.maximum = 3;
     EXPECT_TRUE(key(Key::Left));
     EXPECT_EQ(knob.value, 2);
+    knob.onTyping.setHandler(&typing, &Typing::hear);
+    EXPECT_TRUE(key(Key::Return));
+    EXPECT_EQ(typing.count, 1);
     EXPECT_FALSE(key(Key::Character)) << "the host's shortcut";
     EXPECT_FALSE(key(Key::Left, modifier::kCtrl));
     EXPECT_TRUE(key(Key::Escape));
@@ -463,6 +476,11 @@ TEST(Menu, NumbersPicksAndStepsOverWhatCannotBeChosen) {
     EXPECT_EQ(menu.nextSelectable(1, 1), 5);
     EXPECT_EQ(menu.nextSelectable(4, -1), 0);
     EXPECT_EQ(menu.nextSelectable(6, 1), -1);
+    const struct {
+        int from, step, to;
+    } highlights[] = {{-1, 1, 0}, {0, 1, 2}, {2, 1, 5}, {5, 1, 0}, {-1, -1, 5}, {0, -1, 5}, {5, -1, 2}};
+    for (const auto& h : highlights) EXPECT_EQ(menu.nextHighlight(h.from, h.step), h.to) << h.from;
+    EXPECT_EQ(Menu().nextHighlight(-1, 1), -1);
     menu.checkOnly(5);
     EXPECT_FALSE(menu.item(0)->checked);
     EXPECT_TRUE(menu.item(5)->checked);

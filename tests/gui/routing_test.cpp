@@ -123,6 +123,10 @@ TEST_F(Routing, MakesABurstOfClicksOneWheelGesture) {
 }
 
 TEST_F(Routing, HoldsThePointerForTheWheelWhileItTrembles) {
+    a.takesWheel = true;
+    EXPECT_TRUE(a.routeWheel(Control::WheelPhase::Begin, {5, 5}, 0, {}));
+    EXPECT_EQ(ui.root->mouseCapture(), nullptr) << "the pointer is not over it";
+    take();
     a.takesWheel = b.takesWheel = true;
     turnWheel({49, 20});
     take();
@@ -268,7 +272,10 @@ TEST_F(Routing, MovesTheFocusByTabAndOffersKeysUpwards) {
     press({150, 20});
     EXPECT_EQ(ui.root->focusedControl(), nullptr) << "a press ends it";
     ui.root->moveFocus(false);
-    ui.root->takeDirtyRect();
+    a.parent = nullptr;
+    EXPECT_EQ(ui.root->focusedControl(), nullptr) << "and so does leaving the tree";
+    EXPECT_EQ(log.back(), "a unfocus");
+    ui.root->moveFocus(false);
     panel.visible = false;
     EXPECT_TRUE(ui.root->focusRingBounds().isEmpty());
     EXPECT_FALSE(ui.root->platformKey({Key::Up, 0, 0})) << "nobody has keys who cannot be seen";

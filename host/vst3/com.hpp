@@ -23,7 +23,7 @@ public:
     ComObject& object() const { return *object_; }
 
 private:
-    const v3_funknown* table_;
+    [[maybe_unused]] const v3_funknown* table_;  ///< only hosts read it
     ComObject* object_;
 };
 

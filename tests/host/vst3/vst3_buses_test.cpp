@@ -35,7 +35,7 @@ TEST_F(Vst3, EveryLayoutIsArrangedAndNothingElse) {
         }
     }
     // Heights at the front will do, and are told as they were asked for.
-    for (const v3_speaker_arrangement front : {0x5637, 0x563F}) {
+    for (const v3_speaker_arrangement front : {0x5637u, 0x563Fu}) {
         EXPECT_EQ(plugin.arrange({front, front}, {front}), V3_TRUE);
         EXPECT_EQ(arrangement(V3_OUTPUT, 0), front);
     }

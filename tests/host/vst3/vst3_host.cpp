@@ -4,6 +4,14 @@
 
 #include <stdexcept>
 
+#ifdef __SANITIZE_ADDRESS__
+/// The leak checker else reads thread storage of modules by sizes that it has guessed, and crashes.
+extern "C" [[gnu::visibility("default")]] const char* __asan_default_options();
+const char* __asan_default_options() {
+    return "intercept_tls_get_addr=0";
+}
+#endif
+
 namespace vanta::test {
 
 // L 1, R 2, C 4, Lfe 8, Ls 0x10, Rs 0x20, Lc 0x40, Rc 0x80, S 0x100, Sl 0x200, Sr 0x400, M 0x80000,

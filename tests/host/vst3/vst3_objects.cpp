@@ -5,7 +5,7 @@ namespace vanta::test {
 v3_result Stream::read(void* buffer, std::int32_t wanted, std::int32_t* taken) {
     std::size_t size = std::min(static_cast<std::size_t>(std::max(wanted, 0)), bytes.size() - position);
     if (chunk > 0) size = std::min(size, static_cast<std::size_t>(chunk));
-    std::memcpy(buffer, bytes.data() + position, size);
+    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(position), size, static_cast<std::byte*>(buffer));
     position += size;
     if (taken) *taken = static_cast<std::int32_t>(size);
     return V3_OK;

@@ -150,8 +150,8 @@ TEST_F(Instances, AThreadOfTheProcessPumpsWhereNoHostDoes) {
 
 TEST_F(Instances, AProcessMayEndWithThemStillThere) {
     const auto endEarly = [] {
-        static InProcessHost left;
-        static const auto* const pumped = new EventPump::Registration(left.adapter());
+        static auto* const left = new InProcessHost;
+        static const auto* const pumped = new EventPump::Registration(left->adapter());
         std::exit(pumped ? 0 : 1);
     };
     EXPECT_EXIT(endEarly(), testing::ExitedWithCode(0), "");

@@ -97,7 +97,7 @@ v3_result AudioProcessor::setupProcessing(v3_process_setup* setup) {
     return V3_OK;
 }
 
-v3_result AudioProcessor::setProcessing(v3_bool processing) noexcept {
+v3_result AudioProcessor::setProcessing(v3_bool processing) {
     if (!processing) instance_.automation.stopped();
     if (!instance_.active.load()) return processing ? V3_NOT_INITIALIZED : V3_OK;
     if (processing) instance_.plugin.reset();
@@ -106,7 +106,7 @@ v3_result AudioProcessor::setProcessing(v3_bool processing) noexcept {
 
 // Audio
 
-v3_result AudioProcessor::process(v3_process_data* data) noexcept {
+v3_result AudioProcessor::process(v3_process_data* data) {
     const RealtimeScope scope;
     if (!data || data->nframes < 0 || data->symbolic_sample_size != V3_SAMPLE_32) return V3_INVALID_ARG;
     if (!instance_.active.load()) return V3_NOT_INITIALIZED;

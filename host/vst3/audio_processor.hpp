@@ -19,8 +19,8 @@ public:
     v3_result canProcessSampleSize(std::int32_t size) noexcept;
     std::uint32_t latency() noexcept;
     v3_result setupProcessing(v3_process_setup* setup);
-    VANTA_REALTIME v3_result setProcessing(v3_bool processing) noexcept;
-    VANTA_REALTIME v3_result process(v3_process_data* data) noexcept;
+    VANTA_REALTIME v3_result setProcessing(v3_bool processing);
+    VANTA_REALTIME v3_result process(v3_process_data* data);
     std::uint32_t tail() noexcept;
 
 private:

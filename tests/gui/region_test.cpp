@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <random>
 
 #include "tests/gui/test_interface.hpp"
@@ -32,38 +33,29 @@ TEST(Region, SubtractsOnlyWhatLeavesARectangle) {
     const Rect r{10, 10, 30, 30};
     const struct {
         Rect cut, rest;
-    } cases[] = {
-        {{0, 0, 20, 40}, {20, 10, 30, 30}},
-        {{20, 0, 40, 40}, {10, 10, 20, 30}},
-        {{0, 0, 40, 20}, {10, 20, 30, 30}},
-        {{0, 20, 40, 40}, {10, 10, 30, 20}},
-        {{15, 0, 20, 40}, r},
-        {{0, 0, 20, 20}, r},
-        {{12, 12, 28, 28}, r},
-        {{40, 10, 50, 30}, r},
-    };
+    } cases[] = {{{0, 0, 20, 40}, {20, 10, 30, 30}},
+                 {{20, 0, 40, 40}, {10, 10, 20, 30}},
+                 {{0, 0, 40, 20}, {10, 20, 30, 30}},
+                 {{0, 20, 40, 40}, {10, 10, 30, 20}},
+                 {{15, 0, 20, 40}, r},
+                 {{0, 0, 20, 20}, r},
+                 {{12, 12, 28, 28}, r},
+                 {{40, 10, 50, 30}, r}};
     for (const auto& c : cases) EXPECT_EQ(subtractRect(r, c.cut), c.rest);
     EXPECT_TRUE(subtractRect(r, {0, 0, 40, 40}).isEmpty());
 }
 
 TEST(Region, NeverClaimsMoreThanTheUnion) {
     std::mt19937 random(7);
-    std::uniform_int_distribution<int> at(0, 12);
+    const auto at = [&] { return static_cast<float>(random() % 13); };
     for (int round = 0; round < 3000; ++round) {
-        std::vector<Rect> rects;
-        for (int i = 0; i < 4; ++i) {
-            const auto x = static_cast<float>(at(random)), y = static_cast<float>(at(random));
-            rects.push_back(
-                Rect::ofSize(x, y, static_cast<float>(at(random)), static_cast<float>(at(random))));
-        }
+        std::vector<Rect> rects(4);
+        for (Rect& rect : rects) rect = Rect::ofSize(at(), at(), at(), at());
         const Rect merged = mergeAll(rects);
         for (float y = merged.top + 0.5f; y < merged.bottom; ++y) {
             for (float x = merged.left + 0.5f; x < merged.right; ++x) {
-                ASSERT_TRUE(std::any_of(rects.begin(), rects.end(),
-                                        [&](const Rect& r) {
-                                            return r.contains({x, y});
-                                        }))
-                    << "round " << round;
+                const auto holds = [&](const Rect& rect) { return rect.contains({x, y}); };
+                ASSERT_TRUE(std::ranges::any_of(rects, holds)) << "round " << round;
             }
         }
     }
@@ -95,6 +87,7 @@ struct Filled : Control {
         parent = &in;
     }
     void paint(Canvas& canvas) override { canvas.fillRect(localBounds(), color); }
+    bool takesFocus() const override { return true; }
     Color color;
 };
 
@@ -111,33 +104,29 @@ constexpr Color kRed = Color::of(0xFF0000FF);
 constexpr Color kBlue = Color::of(0xFFFF0000);
 
 TEST(Painting, ClipsMultipliesOpacityAndOmitsWhatIsCovered) {
+    using Fill = Recorder::Fill;
     TestInterface ui(100, 100);
     Filled panel(ui, kRed, {10, 10, 60, 60}, *ui.root);
     Filled leaf(ui, kBlue, {-5, 20, 100, 30}, panel);
     leaf.alpha = 128;
-    EXPECT_THAT(painted(ui, {0, 0, 100, 40}),
-                ElementsAre(Recorder::Fill{{0, 0, 100, 40}, kGround}, Recorder::Fill{{10, 10, 60, 40}, kRed},
-                            Recorder::Fill{{10, 30, 60, 40}, kBlue.withAlpha(128)}));
-    panel.opaque = true;
-    EXPECT_THAT(painted(ui, {10, 0, 40, 30}), ElementsAre(Recorder::Fill{{10, 0, 40, 10}, kGround},
-                                                          Recorder::Fill{{10, 10, 40, 30}, kRed}));
+    const Rect whole{10, 30, 20, 40};
     panel.alpha = 128;
-    EXPECT_THAT(painted(ui, {10, 30, 20, 40}),
-                ElementsAre(Recorder::Fill{{10, 30, 20, 40}, kGround},
-                            Recorder::Fill{{10, 30, 20, 40}, kRed.withAlpha(128)},
-                            Recorder::Fill{{10, 30, 20, 40}, kBlue.withAlpha(128 * 128 / 255)}));
+    EXPECT_THAT(painted(ui, whole), ElementsAre(Fill{whole, kGround}, Fill{whole, kRed.withAlpha(128)},
+                                                Fill{whole, kBlue.withAlpha(128 * 128 / 255)}));
     panel.alpha = 255;
+    EXPECT_THAT(painted(ui, {0, 0, 100, 40}),
+                ElementsAre(Fill{{0, 0, 100, 40}, kGround}, Fill{{10, 10, 60, 40}, kRed},
+                            Fill{{10, 30, 60, 40}, kBlue.withAlpha(128)}));
+    panel.opaque = true;
+    EXPECT_THAT(painted(ui, {10, 0, 40, 30}),
+                ElementsAre(Fill{{10, 0, 40, 10}, kGround}, Fill{{10, 10, 40, 30}, kRed}));
     panel.visible = false;
-    EXPECT_THAT(painted(ui, {0, 0, 50, 50}), ElementsAre(Recorder::Fill{{0, 0, 50, 50}, kGround}));
+    EXPECT_THAT(painted(ui, {0, 0, 50, 50}), ElementsAre(Fill{{0, 0, 50, 50}, kGround}));
 }
 
 TEST(Painting, DrawsTheFocusRingAroundTheControl) {
-    struct Stop : Filled {
-        using Filled::Filled;
-        bool takesFocus() const override { return true; }
-    };
     TestInterface ui(100, 100);
-    Stop stop(ui, kRed, {40, 40, 60, 60}, *ui.root);
+    Filled stop(ui, kRed, {40, 40, 60, 60}, *ui.root);
     ui.root->takeDirtyRect();
     ui.root->moveFocus(false);
     EXPECT_EQ(ui.root->takeDirtyRect(), (Rect{35.5f, 35.5f, 64.5f, 64.5f}));
@@ -170,39 +159,35 @@ TEST(DirtyRegion, GathersOneBoxAndLosesNothing) {
     TestInterface ui(200, 200);
     Filled panel(ui, kRed, {100, 100, 200, 200}, *ui.root);
     Filled leaf(ui, kBlue, {10, 10, 20, 20}, panel);
-    const auto dirty = [&] { return ui.root->takeDirtyRect(); };
-    dirty();
-    leaf.markDirty({5, 5, 50, 50});
-    EXPECT_EQ(dirty(), (Rect{115, 115, 120, 120})) << "within the control";
-    leaf.setPosition({30, 10});
-    EXPECT_EQ(dirty(), (Rect{110, 110, 140, 120})) << "where it was and where it is";
-    leaf.alpha = 0;
-    EXPECT_EQ(dirty(), (Rect{130, 110, 140, 120}));
-    leaf.markDirty();
-    leaf.setPosition({0, 0});
-    leaf.visible = false;
-    EXPECT_TRUE(dirty().isEmpty()) << "nobody sees it";
+    const auto dirtyAfter = [&](auto change) {
+        ui.root->takeDirtyRect();
+        change();
+        return ui.root->takeDirtyRect();
+    };
+    EXPECT_EQ(dirtyAfter([&] { leaf.markDirty({5, 5, 50, 50}); }), (Rect{115, 115, 120, 120}));
+    EXPECT_EQ(dirtyAfter([&] { leaf.setPosition({30, 10}); }), (Rect{110, 110, 140, 120}));
+    EXPECT_EQ(dirtyAfter([&] { leaf.alpha = 0; }), (Rect{130, 110, 140, 120}));
+    const auto moveUnseen = [&] {
+        leaf.markDirty();
+        leaf.setPosition({0, 0});
+        leaf.visible = false;
+    };
+    EXPECT_TRUE(dirtyAfter(moveUnseen).isEmpty());
     leaf.alpha = 255;
-    leaf.visible = true;
-    EXPECT_EQ(dirty(), (Rect{100, 100, 110, 110}));
-    {
+    EXPECT_EQ(dirtyAfter([&] { leaf.visible = true; }), (Rect{100, 100, 110, 110}));
+    const auto moveAllAtOnce = [&] {
         const UpdateBlock block(panel);
-        leaf.setPosition({50, 50});
         leaf.setPosition({80, 80});
         panel.setPosition({90, 90});
         leaf.visible = false;
-        EXPECT_TRUE(dirty().isEmpty());
-    }
-    EXPECT_EQ(dirty(), (Rect{90, 90, 200, 200}));
-    panel.setSize(50, 50);
-    EXPECT_EQ(dirty(), (Rect{90, 90, 190, 190}));
-    leaf.visible = true;
+        EXPECT_TRUE(ui.root->takeDirtyRect().isEmpty());
+    };
+    EXPECT_EQ(dirtyAfter(moveAllAtOnce), (Rect{90, 90, 200, 200}));
+    EXPECT_EQ(dirtyAfter([&] { panel.setSize(50, 50); }), (Rect{90, 90, 190, 190}));
     leaf.setPosition({0, 0});
-    dirty();
-    leaf.toFront();
-    EXPECT_EQ(dirty(), (Rect{90, 90, 100, 100}));
-    leaf.parent = nullptr;
-    EXPECT_EQ(dirty(), (Rect{90, 90, 100, 100}));
+    leaf.visible = true;
+    EXPECT_EQ(dirtyAfter([&] { leaf.toFront(); }), (Rect{90, 90, 100, 100}));
+    EXPECT_EQ(dirtyAfter([&] { leaf.parent = nullptr; }), (Rect{90, 90, 100, 100}));
 }
 
 }  // namespace

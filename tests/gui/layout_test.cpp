@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/gui/counter.hpp"
 #include "tests/gui/test_interface.hpp"
 
 namespace vanta::gui {
@@ -30,21 +31,17 @@ TEST(Layout, KeepsWhatIsAnchored) {
 TEST(Layout, TakesAHundredthAsTheSameSizeAndAThousandthAsTheSamePlace) {
     TestInterface ui;
     Control parent(ui), child(ui);
-    int resizes = 0;
-    struct Counter {
-        int& count;
-        void hear(void*) { ++count; }
-    } counter{resizes};
+    test::Counter resizes;
     parent.bounds = Rect{0, 0, 100, 100};
     child.anchor = anchor::kAll;
     child.bounds = Rect{0, 0, 100, 100};
     child.parent = &parent;
-    parent.onResize.addHandler(&counter, &Counter::hear);
+    parent.onResize.addHandler(&resizes, &test::Counter::hear);
     parent.setWidth(100.005f);
-    EXPECT_EQ(resizes, 0);
+    EXPECT_EQ(resizes.count, 0);
     EXPECT_EQ(child.bounds.value().right, 100);
     parent.setWidth(100.5f);
-    EXPECT_EQ(resizes, 1);
+    EXPECT_EQ(resizes.count, 1);
     EXPECT_FLOAT_EQ(child.bounds.value().right, 100.495f);
     parent.setPosition({0.0005f, 0.0f});
     EXPECT_EQ(parent.bounds.value().left, 0.0f);

@@ -124,21 +124,6 @@ TEST(Painting, ClipsMultipliesOpacityAndOmitsWhatIsCovered) {
     EXPECT_THAT(painted(ui, {0, 0, 50, 50}), ElementsAre(Fill{{0, 0, 50, 50}, kGround}));
 }
 
-TEST(Painting, DrawsTheFocusRingAroundTheControl) {
-    TestInterface ui(100, 100);
-    Filled stop(ui, kRed, {40, 40, 60, 60}, *ui.root);
-    ui.root->takeDirtyRect();
-    ui.root->moveFocus(false);
-    EXPECT_EQ(ui.root->takeDirtyRect(), (Rect{35.5f, 35.5f, 64.5f, 64.5f}));
-    EXPECT_EQ(painted(ui, {0, 0, 100, 100}).size(), 2u + 4u + 4u);
-    stop.setLeft(50);
-    EXPECT_EQ(ui.root->takeDirtyRect(), (Rect{35.5f, 35.5f, 74.5f, 64.5f}))
-        << "ring and control, old and new";
-    ui.root->setFocus(nullptr);
-    EXPECT_EQ(ui.root->takeDirtyRect(), (Rect{45.5f, 35.5f, 74.5f, 64.5f}));
-    EXPECT_EQ(painted(ui, {0, 0, 100, 100}).size(), 2u);
-}
-
 TEST(OpaqueRegion, ClimbsTheTree) {
     TestInterface ui(100, 100);
     Filled panel(ui, kRed, {10, 10, 60, 60}, *ui.root);
@@ -166,6 +151,11 @@ TEST(DirtyRegion, GathersOneBoxAndLosesNothing) {
     };
     EXPECT_EQ(dirtyAfter([&] { leaf.markDirty({5, 5, 50, 50}); }), (Rect{115, 115, 120, 120}));
     EXPECT_EQ(dirtyAfter([&] { leaf.setPosition({30, 10}); }), (Rect{110, 110, 140, 120}));
+    EXPECT_EQ(dirtyAfter([&] { leaf.takeFocus(); }), (Rect{125.5f, 105.5f, 144.5f, 124.5f})) << "its ring";
+    EXPECT_EQ(painted(ui, {0, 0, 200, 200}).size(), 3u + 4u + 4u);
+    EXPECT_EQ(dirtyAfter([&] { leaf.setLeft(50); }), (Rect{125.5f, 105.5f, 164.5f, 124.5f}));
+    leaf.setLeft(30);
+    EXPECT_EQ(dirtyAfter([&] { ui.root->setFocus(nullptr); }), (Rect{125.5f, 105.5f, 144.5f, 124.5f}));
     EXPECT_EQ(dirtyAfter([&] { leaf.alpha = 0; }), (Rect{130, 110, 140, 120}));
     const auto moveUnseen = [&] {
         leaf.markDirty();

@@ -202,23 +202,18 @@ TEST(ValueDragMapper, TurnsTravelIntoSteps) {
 }
 
 TEST(ValueDragMapper, WaitsWhileAPressMayBecomeADoubleClick) {
-    const struct {
-        Point to;
-        int ms;
-        bool doubleClickable, moves;
-    } cases[] = {{{4, -4}, 400, true, false},
-                 {{0, -4.5f}, 20, true, true},
-                 {{4.5f, -4}, 20, true, true},
-                 {{0, -4}, 401, true, true},
-                 {{0, -4}, 20, false, true}};
     TestInterface ui;
     Control control(ui);
-    for (const auto& c : cases) {
+    for (const auto& [to, ms, doubleClickable, moves] : {std::tuple{Point{4, -4}, 400, true, false},
+                                                         {Point{0, -4.5f}, 20, true, true},
+                                                         {Point{4.5f, -4}, 20, true, true},
+                                                         {Point{0, -4}, 401, true, true},
+                                                         {Point{0, -4}, 20, false, true}}) {
         ValueDragMapper mapper(ui);
-        control.doubleClickable = c.doubleClickable;
+        control.doubleClickable = doubleClickable;
         mapper.startDrag({0, 0});
-        ui.advance(c.ms);
-        EXPECT_EQ(mapper.drag(control, c.to, 0) != 0, c.moves) << c.to.x << ' ' << c.to.y << ' ' << c.ms;
+        ui.advance(ms);
+        EXPECT_EQ(mapper.drag(control, to, 0) != 0, moves) << to.x << ' ' << to.y << ' ' << ms;
     }
 }
 

@@ -25,17 +25,6 @@ void scribble(Bitmap& bitmap, int width, int height, unsigned seed) {
     }
 }
 
-TEST(Pixel, HoldsPremultipliedColoursAndTheOpacityInverted) {
-    EXPECT_EQ(toPixel({255, 128, 0, 255}), 0x00FF8000u);
-    EXPECT_EQ(toPixel({255, 128, 0, 128}), 0x7F804000u);
-    EXPECT_EQ(toColor(toPixel({200, 100, 50, 0})), (Color{0, 0, 0, 0}));
-    const Color half = toColor(toPixel({255, 130, 7, 128}));
-    EXPECT_EQ(half.alpha, 128);
-    EXPECT_NEAR(half.green, 130, 2);
-    EXPECT_EQ(mixPixels(0x12345678u, 0xFF00FF80u, 0), 0x12345678u);
-    EXPECT_EQ(mixPixels(0x12345678u, 0xFF00FF80u, 256), 0xFF00FF80u);
-}
-
 TEST(Bitmap, KeepsALogicalSizeThatIsNoWholeNumberOfPixels) {
     DeviceBacking backing;
     Bitmap bitmap(backing);

@@ -127,21 +127,13 @@ TEST(Bitmap, LiftsLightTextAndLeavesBlackTextAsItIs) {
     EXPECT_EQ(coverOf({0, 0, 0, 128}), 64);
 }
 
-TEST(Rescaling, HalvesByTheMean) {
-    const std::array<Pixel, 4> square{0x00000000u, 0x000000FFu, 0x00FF0000u, 0xFF000000u};
-    const PixelBlock block = rescaled(square, 2, 2, 0.5f);
-    ASSERT_EQ(block.pixels.size(), 1u);
-    EXPECT_EQ(block.pixels[0], 0x40400040u);
-}
-
 TEST(Rescaling, KeepsLinesOfOnePixelAtThreeQuarters) {
     // White lines of two pixels on black, as artwork at double density draws one of one unit. Wherever they
     // stand in a group of four columns, they become no wider than two pixels.
-    for (int at = 8; at < 16; at += 2) {
-        std::vector<Pixel> columns(24, 0u);
-        columns[static_cast<std::size_t>(at)] = columns[static_cast<std::size_t>(at) + 1] = 0x00FFFFFFu;
-        std::vector<Pixel> picture;
-        for (int y = 0; y < 8; ++y) picture.insert(picture.end(), columns.begin(), columns.end());
+    for (std::size_t at = 8; at < 16; at += 2) {
+        std::vector<Pixel> picture(24 * 8, 0u);
+        for (std::size_t row = 0; row < 8; ++row)
+            picture[row * 24 + at] = picture[row * 24 + at + 1] = 0xFFFFFFu;
         const PixelBlock block = rescaled(picture, 24, 8, 0.75f);
         ASSERT_EQ(block.width, 18);
         ASSERT_EQ(block.height, 6);
@@ -157,7 +149,9 @@ TEST(Rescaling, KeepsLinesOfOnePixelAtThreeQuarters) {
     }
 }
 
-TEST(Rescaling, TakesTheNearestPixelOtherwise) {
+TEST(Rescaling, HalvesByTheMeanAndElseTakesTheNearestPixel) {
+    const std::array<Pixel, 4> square{0x00000000u, 0x000000FFu, 0x00FF0000u, 0xFF000000u};
+    EXPECT_EQ(rescaled(square, 2, 2, 0.5f).pixels, std::vector<Pixel>{0x40400040u});
     const std::array<Pixel, 2> pair{1u, 2u};
     EXPECT_EQ(rescaled(pair, 2, 1, 2.0f).pixels, (std::vector<Pixel>{1, 1, 2, 2, 1, 1, 2, 2}));
     EXPECT_EQ(rescaled(pair, 2, 1, 1.5f).pixels, (std::vector<Pixel>{1, 1, 2, 1, 1, 2}));

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "gui/tree/flexible_control.hpp"
 #include "tests/gui/test_interface.hpp"
 
@@ -85,13 +87,9 @@ TEST(ControlTree, RemovesAllBelowAndLetsGoOfThem) {
     Watcher panel(ui, log);
     panel.bounds = Rect{10, 10, 110, 110};
     panel.parent = ui.root;
-    auto& group = ui.make<Control>();
-    group.bounds = Rect{0, 0, 50, 50};
-    group.parent = &panel;
-    auto& leaf = ui.make<Control>();
-    leaf.bounds = Rect{0, 0, 20, 20};
+    auto& group = ui.make<LoggedControl>("group", log, Rect{0, 0, 50, 50}, &panel);
+    auto& leaf = ui.make<LoggedControl>("leaf", log, Rect{0, 0, 20, 20}, &group);
     leaf.opaque = true;
-    leaf.parent = &group;
     ui.root->platformMouseDown(kLeftPress, {15, 15}, 0);
     leaf.takeFocus();
     ASSERT_EQ(ui.root->mouseCapture(), &leaf);
@@ -108,26 +106,21 @@ TEST(ControlTree, RemovesAllBelowAndLetsGoOfThem) {
 }
 
 TEST(ControlTree, InterfaceDeletesWhatIsLeft) {
-    struct Counted : Control {
-        Counted(UserInterface& interface, int& alive) : Control(interface), count(alive) { ++count; }
-        ~Counted() override { --count; }
-        int& count;
+    struct Counted : LoggedControl {
+        using LoggedControl::LoggedControl;
+        ~Counted() override { note("gone"); }
     };
-    int alive = 0;
+    Log log;
     {
         TestInterface ui;
-        auto& parent = ui.make<Counted>(alive);
-        auto& child = ui.make<Counted>(alive);
-        for (Control* control : {&parent, &child}) control->bounds = Rect{0, 0, 50, 50};
-        parent.parent = ui.root;
-        child.parent = &parent;
+        auto& parent = ui.make<Counted>("parent", log, Rect{0, 0, 50, 50}, ui.root);
+        auto& child = ui.make<Counted>("child", log, Rect{0, 0, 50, 50}, &parent);
         child.hint = std::string("help");
         ui.root->platformMouseDown(kLeftPress, {5, 5}, 0);
         child.takeFocus();
         ui.postDeferred(child, 1);
-        EXPECT_EQ(alive, 2);
     }
-    EXPECT_EQ(alive, 0);
+    EXPECT_EQ(std::ranges::count(log, "parent gone") + std::ranges::count(log, "child gone"), 2);
 }
 
 TEST(Component, HearsOfTheEndOfWhatItIsLinkedTo) {

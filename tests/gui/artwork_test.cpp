@@ -1,5 +1,7 @@
 #include "gui/artwork/artwork_resources.hpp"
 
+#include <gtest/gtest.h>
+
 #include <fstream>
 #include <sstream>
 

@@ -83,7 +83,7 @@ TEST_P(Texts, FitTheirWidthEachInItsWay) {
 
 TEST_P(Texts, LookAsTheyWereApproved) {
     using Line = Text::LineStyle;
-    constexpr Color kLight{232, 234, 238, 255};
+    static constexpr Color kLight{232, 234, 238, 255};
     const struct {
         const char* words;
         unsigned style = 0;  // bold, italic, underline

@@ -14,7 +14,7 @@ namespace vanta {
 class ClapGui final : public EmbeddedViewHost {
 public:
     ClapGui(const clap_host_t& host, HostedPlugin& plugin, const EmbeddedViewFactory& open);
-    ~ClapGui();
+    ~ClapGui() override;
 
     /// Whether there is an interface. Any thread.
     bool isOffered() const { return static_cast<bool>(open_); }

@@ -261,7 +261,7 @@ void ClapHost::flush(std::vector<ClapEvent> events) {
 
 const FormatHost::Traits& ClapHost::traits() const {
     static const Traits traits = [] {
-        Traits made{.name = "Clap", .isSampleAccurate = true, .layouts = {}};
+        Traits made{.name = "Clap", .module = ClapLibrary::path(), .isSampleAccurate = true, .layouts = {}};
         for (ChannelLayout layout = 0; layout < kChannelLayoutCount; ++layout) made.layouts.push_back(layout);
         return made;
     }();

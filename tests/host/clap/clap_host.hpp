@@ -106,7 +106,7 @@ public:
     void setOffline(bool offline) override;
     int parameterCount() const override;
     double value(int index) const override;
-    std::string text(int index, double value) const override;
+    std::string text(int index, double value) const;
     void setValue(int index, double value) override;
     int latency() const override;
     std::vector<std::byte> save(int chunk) override;

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
 #include <atomic>
 #include <thread>
 
@@ -37,52 +36,6 @@ TEST_F(ClapLife, TheModuleSaysWhatItIsAndRefusesWhatItIsNot) {
     EXPECT_TRUE(library.entry().init(ClapLibrary::path()));
     library.entry().deinit();
     EXPECT_NE(library.entry().get_factory(CLAP_PLUGIN_FACTORY_ID), nullptr) << "one host is still there";
-}
-
-TEST_F(ClapLife, TheModuleIsGoneWhenItIsUnloaded) {
-    for (int round = 0; round < 1000; ++round) {
-        if (round % 50 == 0) {
-            ClapHost host;
-            ASSERT_TRUE(host.activate(kRate, kLargest));
-            ASSERT_EQ(RawBlock(64).run(host), CLAP_PROCESS_CONTINUE);
-        } else {
-            const ClapLibrary library;
-            ASSERT_EQ(library.factory().get_plugin_count(&library.factory()), 1u);
-        }
-        ASSERT_EQ(::dlopen(ClapLibrary::path(), RTLD_NOLOAD | RTLD_NOW), nullptr) << round;
-    }
-}
-
-TEST_F(ClapLife, TwoHundredInstancesLiveSideBySide) {
-    const ClapLibrary library;
-    std::vector<std::unique_ptr<ClapHost>> hosts;
-    for (int i = 0; i < 200; ++i) {
-        hosts.push_back(std::make_unique<ClapHost>(library.factory()));
-        ASSERT_TRUE(hosts.back()->activate(kRate, kLargest));
-        hosts.back()->setValue(0, 0.1 * i);
-        ASSERT_EQ(RawBlock(kLargest).run(*hosts.back()), CLAP_PROCESS_CONTINUE);
-    }
-    for (std::size_t i = 0; i < hosts.size(); i += 2) hosts[i].reset();
-    for (std::size_t i = 1; i < hosts.size(); i += 2)
-        EXPECT_NEAR(hosts[i]->value(0), 0.1 * static_cast<double>(i), 1e-5);
-}
-
-TEST_F(ClapLife, AnyRateAndBlockSizeRunsOrIsRefused) {
-    ClapHost host;
-    for (const double rate : {0.0, 7999.9, 768000.1, -48000.0, std::nan(""), 1e300}) {
-        EXPECT_FALSE(host.activate(rate, kLargest)) << rate;
-    }
-    EXPECT_FALSE(host.activate(kRate, 0));
-    for (const double rate : {8000.0, 11025.0, 22254.5, 44100.0, 47999.7, 96000.0, 352800.0, 768000.0}) {
-        ASSERT_TRUE(host.activate(rate, kLargest)) << rate;
-        host.idle();
-        for (const std::uint32_t samples : {1u, 0u, 7u, 512u, 4097u, 16384u}) {
-            RawBlock block(samples, 0.9f);
-            ASSERT_EQ(block.run(host), CLAP_PROCESS_CONTINUE);
-            EXPECT_TRUE(block.isFinite());
-        }
-        host.deactivate();
-    }
 }
 
 TEST_F(ClapLife, CallsInAnyOrderAreSurvived) {
@@ -128,6 +81,9 @@ TEST_F(ClapLife, CallsInAnyOrderAreSurvived) {
         }
     }
     EXPECT_EQ(plugin->process(plugin, nullptr), CLAP_PROCESS_ERROR);
+    host.deactivate();
+    plugin->deactivate(plugin);
+    EXPECT_FALSE(host.activate(kRate, 0));
 }
 
 TEST_F(ClapLife, TheMainThreadMayAskAnythingWhileAudioRuns) {

@@ -2,50 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <map>
-#include <optional>
 
 #include "tests/host/clap/clap_test.hpp"
-#include "tests/support/signals.hpp"
 
 namespace vanta::test {
 namespace {
 
 using ClapPorts = ClapTest;
-
-/// Left and right of each pair; LCRS links its centres, which other layouts leave alone.
-std::optional<std::size_t> partnerOf(std::uint8_t speaker, const std::vector<std::uint8_t>& speakers) {
-    std::map<int, int> pairs{{0, 1}, {4, 5}, {6, 7}, {9, 10}, {18, 19}};
-    if (speakers == std::vector<std::uint8_t>{0, 1, 2, 8}) pairs[2] = 8;
-    for (const auto& [left, right] : pairs) {
-        if (speaker != left && speaker != right) continue;
-        const int other = speaker == left ? right : left;
-        return static_cast<std::size_t>(std::ranges::find(speakers, other) - speakers.begin());
-    }
-    return {};
-}
-
-/// Every channel has a tone of its own, one of them four times as loud as the ceiling.
-void expectOnlyThePartnerTurnedDown(ClapHost& host, const std::vector<std::uint8_t>& speakers,
-                                    std::size_t loud) {
-    constexpr std::size_t kLength = 8192;
-    const auto frequency = [](std::size_t c) { return (600.0 + 150.0 * static_cast<double>(c)) / kRate; };
-    std::vector<Signal> signals;
-    std::vector<float*> outputs;
-    for (std::size_t c = 0; c < speakers.size(); ++c) {
-        signals.push_back(sine(frequency(c), 1.0, kLength, c == loud ? 4.0 : 0.1));
-        outputs.push_back(signals.back().data());
-    }
-    const std::vector<const float*> inputs(outputs.begin(), outputs.end());
-    host.plugin().reset(&host.plugin());
-    host.process({inputs, {}, outputs, static_cast<int>(kLength), {}, {}});
-    const auto partner = partnerOf(speakers[loud], speakers);
-    for (std::size_t c = 0; c < speakers.size(); ++c) {
-        const double level = amplitudeAt(std::span(signals[c]).subspan(kLength / 2), frequency(c));
-        const double expected = c == loud ? 1.0 : c == partner ? 0.025 : 0.1;
-        EXPECT_NEAR(level, expected, 0.1 * expected) << "at speaker " << int{speakers[c]};
-    }
-}
 
 TEST_F(ClapPorts, EveryConfigurationHasItsPortsAndKnowsItsSpeakers) {
     ClapHost host;
@@ -55,8 +18,6 @@ TEST_F(ClapPorts, EveryConfigurationHasItsPortsAndKnowsItsSpeakers) {
     ASSERT_EQ(configs.count(&host.plugin()), static_cast<std::uint32_t>(kChannelLayoutCount));
     EXPECT_FALSE(configs.select(&host.plugin(), kChannelLayoutCount));
     EXPECT_FALSE(configs.select(&host.plugin(), CLAP_INVALID_ID));
-    host.setValue(indexOf(host, "Channel Link Transients"), 0.5);
-    host.setValue(indexOf(host, "Channel Link Release"), 0.5);
     for (ChannelLayout layout = 0; layout < kChannelLayoutCount; ++layout) {
         SCOPED_TRACE(channelLayoutName(layout));
         const std::vector<std::uint8_t>& speakers = clapSpeakersOf(layout);
@@ -83,11 +44,6 @@ TEST_F(ClapPorts, EveryConfigurationHasItsPortsAndKnowsItsSpeakers) {
         for (const std::uint8_t speaker : speakers) mask |= std::uint64_t{1} << speaker;
         EXPECT_TRUE(surround.is_channel_mask_supported(&host.plugin(), mask));
         EXPECT_FALSE(surround.is_channel_mask_supported(&host.plugin(), mask | 1u << 11));
-
-        for (std::size_t loud = 0; loud < speakers.size(); ++loud) {
-            SCOPED_TRACE("loud: " + std::to_string(speakers[loud]));
-            expectOnlyThePartnerTurnedDown(host, speakers, loud);
-        }
         host.deactivate();
     }
 }

@@ -139,23 +139,8 @@ TEST(ClapEventSource, TransportAndPortsAreUnderstood) {
     EXPECT_FALSE(transportOf(nullptr).isRolling);
 }
 
-TEST_F(ClapValues, NoStateHarmsAnInstance) {
-    Random random(5);
+TEST_F(ClapValues, BrokenStreamsChangeNothing) {
     ClapHost host;
-    host.setValue(indexOf(host, "Gain"), 11.0);
-    const auto state = host.save(1);
-    for (int round = 0; round < 300; ++round) {
-        auto spoiled = state;
-        for (int n = random.between(0, 4); n > 0; --n) {
-            spoiled[static_cast<std::size_t>(random.between(0, static_cast<int>(spoiled.size()) - 1))] =
-                static_cast<std::byte>(random.next());
-        }
-        if (round % 3 == 0)
-            spoiled.resize(static_cast<std::size_t>(random.between(0, static_cast<int>(state.size()))));
-        host.restore(spoiled, random.between(0, 9));
-        expectValuesInRange(host);
-    }
-    ASSERT_TRUE(host.restore(state, 2));
     const auto before = values(host);
     const auto& extension = *host.extension<clap_plugin_state_t>(CLAP_EXT_STATE);
     for (const std::int64_t answer : {std::int64_t{-1}, std::int64_t{0}, std::int64_t{1} << 40}) {

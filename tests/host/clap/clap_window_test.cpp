@@ -1,46 +1,14 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "tests/host/clap/clap_test.hpp"
+#include "tests/host/formats/fake_view.hpp"
 
 namespace vanta::test {
 namespace {
 
-struct FakeView final : EmbeddedView {
-    struct Log {
-        NativeWindow parent = 0;
-        EmbeddedViewHost* host = nullptr;
-        double scale = 0.0;
-        ViewSize size{600, 400};
-        bool isVisible = false;
-        int idles = 0;
-        int alive = 0;
-    };
-    explicit FakeView(Log& to) : log(to) { ++log.alive; }
-    ~FakeView() override { --log.alive; }
-    NativeWindow window() const override { return 5; }
-    void setVisible(bool visible) override { log.isVisible = visible; }
-    ViewSize size() const override { return log.size; }
-    bool isResizable() const override { return true; }
-    ViewSize nearestSize(ViewSize wanted) const override {
-        return {std::max(wanted.width, 300), wanted.height};
-    }
-    void resize(ViewSize size) override { log.size = size; }
-    void setScale(double scale) override { log.scale = scale; }
-    void idle() override { ++log.idles; }
-    Log& log;
-};
-
 class ClapWindow : public ClapInside {
 protected:
-    ClapWindow()
-        : ClapInside([this](HostedPlugin&, NativeWindow parent, EmbeddedViewHost& host) {
-              log.parent = parent;
-              log.host = &host;
-              return std::make_unique<FakeView>(log);
-          }) {}
+    ClapWindow() : ClapInside(FakeView::factory(log)) {}
     FakeView::Log log;
 };
 

@@ -1,7 +1,9 @@
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sndfile.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <functional>
 #include <numeric>
@@ -10,7 +12,7 @@
 #include "foundation/realtime.hpp"
 #include "host/offline/limiter_settings.hpp"
 #include "limiter/parameters/parameter_table.hpp"
-#include "tests/host/formats/format_host.hpp"
+#include "tests/host/formats/performance.hpp"
 #include "tests/plugin/user_home.hpp"
 #include "tests/support/realtime_trap.hpp"
 #include "tests/support/sound_files.hpp"
@@ -37,67 +39,6 @@ const int kOutputLevel = indexOf("Output Level");
 const int kOversampling = indexOf("Oversampling");
 const int kSideChain = indexOf("Side Chain Triggering");
 
-/// Loud and quiet by turns, another in each channel.
-Channels programme(int channels, std::size_t length = kLength) {
-    Channels made;
-    for (int c = 0; c < channels; ++c) {
-        Signal signal = pinkNoise(static_cast<std::uint64_t>(c) + 5, length, 0.12);
-        const Signal beats = bursts(180.0 + 70.0 * c, kRate, length, 2400, 5600, 0.6);
-        std::ranges::transform(signal, beats, signal.begin(), std::plus<float>());
-        made.push_back(std::move(signal));
-    }
-    return made;
-}
-
-/// What is played how.
-struct Performance {
-    std::function<int(int)> blockSize = [](int) { return kLargest; };  ///< of the nth block
-    bool inPlace = false;
-    const Channels* sideChain = nullptr;
-    std::vector<FormatHost::Change> changes{};  ///< offsets from the start
-};
-
-Channels play(FormatHost& host, const Channels& input, const Performance& performance = {}) {
-    Channels output = input;
-    if (!performance.inPlace) {
-        for (Signal& signal : output) std::ranges::fill(signal, 7.0f);
-    }
-    const Channels& source = performance.inPlace ? output : input;
-    std::vector<const float*> inputs(input.size());
-    std::vector<const float*> keys(performance.sideChain ? input.size() : 0);
-    std::vector<float*> outputs(input.size());
-    std::vector<FormatHost::Change> due;
-    auto next = performance.changes.begin();
-    const int length = static_cast<int>(input.front().size());
-    for (int block = 0, begin = 0; begin < length; ++block) {
-        const int samples = std::min(performance.blockSize(block), length - begin);
-        for (std::size_t c = 0; c < input.size(); ++c) {
-            inputs[c] = source[c].data() + begin;
-            outputs[c] = output[c].data() + begin;
-            if (performance.sideChain) keys[c] = (*performance.sideChain)[c].data() + begin;
-        }
-        due.clear();
-        for (; next != performance.changes.end() && next->offset < begin + samples; ++next) {
-            due.push_back({next->offset - begin, next->index, next->value});
-        }
-        host.process({.inputs = inputs,
-                      .sideChain = keys,
-                      .outputs = outputs,
-                      .samples = samples,
-                      .changes = due,
-                      .midi = {}});
-        host.idle();
-        begin += samples;
-    }
-    return output;
-}
-
-double differenceDb(const Channels& a, const Channels& b) {
-    double worst = -400.0;
-    for (std::size_t c = 0; c < a.size(); ++c) worst = std::max(worst, nullDb(a[c], b[c]));
-    return worst;
-}
-
 class FormatContract : public testing::TestWithParam<std::unique_ptr<FormatHost> (*)()> {
 protected:
     std::unique_ptr<FormatHost> opened(ChannelLayout layout = kStereoLayout, bool sideChain = false) {
@@ -110,7 +51,7 @@ protected:
 };
 
 TEST_P(FormatContract, AFileSoundsAsTheCommandRendersIt) {
-    const Channels input = programme(2);
+    const Channels input = programme(2, kLength);
     const auto file = home_.path / "in.wav";
     const auto rendered = home_.path / "out.wav";
     writeSound(file, input, SF_FORMAT_WAV | SF_FORMAT_FLOAT, kRate);
@@ -136,7 +77,7 @@ TEST_P(FormatContract, AFileSoundsAsTheCommandRendersIt) {
     EXPECT_LT(differenceDb(output, expected), -140.0);
 }
 
-TEST_P(FormatContract, BlocksOfAnySizeInPlaceOrNotSoundTheSameInEveryLayout) {
+TEST_P(FormatContract, BlocksOfAnySizeInAnyBuffersSoundTheSameInEveryLayout) {
     const std::vector<ChannelLayout> layouts = GetParam()()->traits().layouts;
     for (const ChannelLayout layout : layouts) {
         SCOPED_TRACE(channelLayoutName(layout));
@@ -145,22 +86,75 @@ TEST_P(FormatContract, BlocksOfAnySizeInPlaceOrNotSoundTheSameInEveryLayout) {
             const auto host = opened(layout);
             host->setValue(kGain, 12.0);
             host->idle();
-            return play(*host, input, performance);
+            Channels all = play(*host, input, performance);
+            // From here on it fades to what is not processed.
+            host->setValue(kBypass, 1.0);
+            host->idle();
+            for (Signal& dry : play(*host, input, performance)) all.push_back(std::move(dry));
+            return all;
         };
         const Channels whole = run({});
         Random random(3);
         const auto sizes = [&](int) { return random.between(0, 9) == 0 ? 0 : random.between(1, 3000); };
-        EXPECT_EQ(differenceDb(run({.blockSize = sizes, .inPlace = true}), whole), -400.0);
+        EXPECT_EQ(differenceDb(run({.blockSize = sizes, .shared = 0}), whole), -400.0);
+        EXPECT_EQ(differenceDb(run({.shared = 1}), whole), -400.0);
+    }
+}
+
+/// The other of a left and a right. LCRS links its centres, which other layouts leave alone.
+std::optional<std::size_t> partnerOf(ChannelLayout layout, std::size_t channel) {
+    const int type = channelTypes(layout)[channel];
+    if (type & kLeftChannel) return channel + 1;
+    if (type & kRightChannel) return channel - 1;
+    if (channelLayoutName(layout) == "LCRS") return 5 - channel;
+    return {};
+}
+
+TEST_P(FormatContract, EveryChannelIsPlayedAsTheSpeakerThatItIs) {
+    // Half of the linking joins the two of a pair and leaves all others alone: a loud channel turns down
+    // its twin, by which one sees who is who.
+    const std::vector<ChannelLayout> layouts = GetParam()()->traits().layouts;
+    for (const ChannelLayout layout : layouts) {
+        const auto host = opened(layout);
+        host->setValue(indexOf("Channel Link Transients"), 0.5);
+        host->setValue(indexOf("Channel Link Release"), 0.5);
+        const auto channels = static_cast<std::size_t>(channelCount(layout));
+        for (std::size_t loud = 0; loud < channels; ++loud) {
+            const auto tone = [](std::size_t c) { return (600.0 + 150.0 * static_cast<double>(c)) / kRate; };
+            Channels input;
+            for (std::size_t c = 0; c < channels; ++c) {
+                input.push_back(sine(tone(c), 1.0, 8192, c == loud ? 4.0 : 0.1));
+            }
+            ASSERT_TRUE(host->reactivate(kRate, kLargest));
+            const Channels output = play(*host, input);
+            for (std::size_t c = 0; c < channels; ++c) {
+                const double expected = c == loud ? 1.0 : c == partnerOf(layout, loud) ? 0.025 : 0.1;
+                EXPECT_NEAR(amplitudeAt(std::span(output[c]).subspan(4096), tone(c)), expected,
+                            0.1 * expected)
+                    << channelLayoutName(layout) << " loud " << loud << " in " << c;
+            }
+        }
     }
 }
 
 TEST_P(FormatContract, AutomationTakesEffectAtItsSample) {
-    const Channels input = programme(2);
+    // The others say it in blocks of one sample; what glides may then round otherwise.
+    const bool exact = GetParam()()->traits().isSampleAccurate;
+    const Channels input = programme(2, kLength);
     std::vector<FormatHost::Change> changes;
     for (const int offset : {1, 700, 1777, 5000, 5001, 9999, 20480, 33333}) {
         changes.push_back({offset, kGain, 0.0007 * offset});
         changes.push_back({offset, kOutputLevel, -0.0003 * offset});
     }
+    Random random(5);
+    for (int i = 0; exact && i < 300; ++i) {
+        const int index = std::array{0, 3, 4, 5, 6, 13, 17, 18}[static_cast<std::size_t>(i % 8)];
+        const ParameterValues& values = kParameterTable[static_cast<std::size_t>(index)].values;
+        const double at = random.between(0, 100) / 100.0;
+        changes.push_back({random.between(0, kLength - 1), index,
+                           std::lerp(double{values.minimum}, double{values.maximum}, at)});
+    }
+    std::ranges::stable_sort(changes, {}, &FormatHost::Change::offset);
     const auto run = [&](const std::function<int(int)>& blockSize) {
         const auto host = opened();
         return play(*host, input, {.blockSize = blockSize, .changes = changes});
@@ -175,8 +169,6 @@ TEST_P(FormatContract, AutomationTakesEffectAtItsSample) {
     const auto cut = run([&](int block) {
         return block < static_cast<int>(sizes.size()) ? sizes[static_cast<std::size_t>(block)] : kLargest;
     });
-    // The others say it in blocks of one sample; what glides may then round otherwise.
-    const bool exact = GetParam()()->traits().isSampleAccurate;
     EXPECT_LE(differenceDb(run([exact](int) { return exact ? 8192 : 1; }), cut), exact ? -400.0 : -130.0);
 }
 
@@ -193,15 +185,29 @@ TEST_P(FormatContract, AStateHoldsEveryValueAndNoiseIsRefused) {
     first->setValue(kBypass, 0.0);
     first->setValue(kDithering, 0.0);  // never the same twice
     first->idle();
+    play(*first, programme(2, 64));
     const auto state = first->save(7);
 
     const auto second = opened();
+    const auto untouched = second->save();
     for (int round = 0; round < 3; ++round) {
         std::vector<std::byte> noise(1 << 20);
         for (std::byte& each : noise) each = static_cast<std::byte>(random.next());
         EXPECT_FALSE(second->restore(noise, 4096));
     }
-    EXPECT_FALSE(second->restore(std::span(state).first(state.size() / 3)));
+    for (std::size_t size = 0; size < state.size(); size += 7) {
+        EXPECT_FALSE(second->restore(std::span(state).first(size))) << size;
+    }
+    EXPECT_EQ(second->save(), untouched);
+    for (int round = 0; round < 100; ++round) {
+        auto spoiled = state;
+        for (int n = random.between(1, 4); n > 0; --n) {
+            spoiled[static_cast<std::size_t>(random.between(0, static_cast<int>(state.size()) - 1))] =
+                static_cast<std::byte>(random.next());
+        }
+        second->restore(spoiled, random.between(0, 9));
+        EXPECT_TRUE(isFinite(play(*second, programme(2, 64))));
+    }
     ASSERT_TRUE(second->restore(state, 3));
     second->idle();
     for (int i = 0; i < first->parameterCount(); ++i) {
@@ -251,7 +257,7 @@ TEST_P(FormatContract, ASideChainIsHeardOnlyWhereItIsConnected) {
 }
 
 TEST_P(FormatContract, AnOfflineRenderEqualsRealTime) {
-    const Channels input = programme(2);
+    const Channels input = programme(2, kLength);
     const auto run = [&](bool offline) {
         const auto host = opened();
         host->setValue(kGain, 6.0);
@@ -288,6 +294,51 @@ TEST_P(FormatContract, TheAudioThreadLeavesTheSystemAlone) {
         for (int n = 0; n < 200; ++n) round(n);
     }
     EXPECT_EQ(trap.total(), 0) << trap.report();
+}
+
+TEST_P(FormatContract, AnyRateAndBlockSizeRunsOrIsRefused) {
+    for (const double rate : {0.0, 7999.0, 768001.0, -48000.0, std::nan(""), 1e300}) {
+        EXPECT_FALSE(GetParam()()->open(kStereoLayout, rate, kLargest, false)) << rate;
+    }
+    const auto host = opened();
+    const Channels input = programme(2, 22000);
+    constexpr std::array kSizes{1, 0, 7, 512, 4097, 16384};
+    for (const double rate : {8000.0, 11025.0, 22254.5, 44100.0, 47999.7, 96000.0, 352800.0, 768000.0}) {
+        for (const int largest : {1, 16384, 64}) {
+            ASSERT_TRUE(host->reactivate(rate, largest)) << rate;
+            const Channels output =
+                play(*host, input,
+                     {.blockSize = [&](int block) { return kSizes[static_cast<std::size_t>(block) % 6]; }});
+            EXPECT_TRUE(isFinite(output)) << rate;
+        }
+    }
+}
+
+TEST_P(FormatContract, InstancesComeAndGoAndLiveSideBySide) {
+    const Channels input = programme(2, 4000);
+    const FormatHost::Traits traits = GetParam()()->traits();
+    for (int round = 0; round < 1000; ++round) {
+        {
+            const auto host = GetParam()();
+            if (round % 20 == 0) {
+                const auto layout = static_cast<std::size_t>(round / 20) % traits.layouts.size();
+                ASSERT_TRUE(host->open(traits.layouts[layout], kRate, kLargest, false));
+            }
+        }
+        ASSERT_EQ(::dlopen(traits.module.c_str(), RTLD_NOLOAD | RTLD_NOW), nullptr) << "it goes whole";
+    }
+    std::vector<std::unique_ptr<FormatHost>> hosts;
+    for (int i = 0; i < 200; ++i) {
+        hosts.push_back(opened());
+        hosts.back()->setValue(kGain, 5.0 * (i % 4));
+        hosts.back()->idle();
+    }
+    for (std::size_t i = 0; i < hosts.size(); i += 2) hosts[i].reset();
+    const Channels expected[] = {play(*hosts[1], input), play(*hosts[3], input)};
+    EXPECT_GT(differenceDb(expected[0], expected[1]), -40.0);
+    for (std::size_t i = 5; i < hosts.size(); i += 2) {
+        EXPECT_EQ(differenceDb(play(*hosts[i], input), expected[i % 4 / 2]), -400.0) << i;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, FormatContract, testing::Values(&makeClapHost, &makeVst3Host, &makeLv2Host),

@@ -19,6 +19,7 @@ class FormatHost {
 public:
     struct Traits {
         std::string name;
+        std::string module;                  ///< path of what is loaded
         bool isSampleAccurate = true;        ///< values take effect at their sample, else with the block
         std::vector<ChannelLayout> layouts;  ///< that the format offers
     };
@@ -50,10 +51,9 @@ public:
     /// Deactivates and activates again, with the same instance.
     virtual bool reactivate(double sampleRate, int largestBlock) = 0;
     virtual void setOffline(bool offline) = 0;
-    /// What the plug-in tells of its parameters, in own numbers and texts.
+    /// What the plug-in tells of its parameters, in own numbers.
     virtual int parameterCount() const = 0;
     virtual double value(int index) const = 0;
-    virtual std::string text(int index, double value) const = 0;
     /// A control of the host's, moved while no block runs.
     virtual void setValue(int index, double value) = 0;
     virtual int latency() const = 0;

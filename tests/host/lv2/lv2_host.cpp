@@ -132,7 +132,7 @@ const LilvPlugin* Lv2Host::pluginOf(ChannelLayout layout) {
 
 const FormatHost::Traits& Lv2Host::traits() const {
     static const Traits traits = [] {
-        Traits made{"LV2", false, {}};
+        Traits made{"LV2", VANTA_PLUGINS_DIR "/vanta.lv2/vanta.so", false, {}};
         for (const Roles& roles : allRoles()) made.layouts.push_back(roles.layout);
         return made;
     }();
@@ -289,21 +289,6 @@ double Lv2Host::value(int index) const {
 void Lv2Host::setValue(int index, double value) {
     ports_[static_cast<std::size_t>(index)].value = shown(index, value);
     isStale_ = true;
-}
-
-std::string Lv2Host::text(int index, double value) const {
-    const LilvPlugin* plugin = pluginOf(layout_);
-    const LilvPort* port = lilv_plugin_get_port_by_index(plugin, static_cast<std::uint32_t>(index));
-    const float number = shown(index, value);
-    std::string text = fmt::format("{:g}", number);
-    LilvScalePoints* points = lilv_port_get_scale_points(plugin, port);
-    LILV_FOREACH(scale_points, i, points) {
-        const LilvScalePoint* point = lilv_scale_points_get(points, i);
-        if (lilv_node_as_float(lilv_scale_point_get_value(point)) != number) continue;
-        text = lilv_node_as_string(lilv_scale_point_get_label(point));
-    }
-    lilv_scale_points_free(points);
-    return text;
 }
 
 int Lv2Host::latency() const {

@@ -34,7 +34,6 @@ public:
     void setOffline(bool offline) override { control("freewheel") = offline ? 1.0f : 0.0f; }
     int parameterCount() const override;
     double value(int index) const override;
-    std::string text(int index, double value) const override;
     void setValue(int index, double value) override;
     int latency() const override;
     std::vector<std::byte> save(int chunk) override;
@@ -61,7 +60,6 @@ public:
     static const LilvPlugin* pluginOf(ChannelLayout layout);
 
     void close();
-    bool isOpen() const { return instance_ != nullptr; }
     LilvInstance* instance() const { return instance_; }
     std::vector<Port>& ports() { return ports_; }
     float& control(std::string_view symbol);

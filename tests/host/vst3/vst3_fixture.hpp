@@ -14,8 +14,6 @@ namespace vanta::test {
 inline constexpr double kRate = 48000.0;
 inline constexpr v3_param_id kGain = 0;
 inline constexpr v3_param_id kAttack = 3;
-inline constexpr v3_param_id kLinkTransients = 5;
-inline constexpr v3_param_id kLinkRelease = 6;
 inline constexpr v3_param_id kOversampling = 9;
 inline constexpr v3_param_id kSideChain = 14;
 inline constexpr v3_param_id kProgram = 1000;

@@ -117,7 +117,7 @@ v3_result Vst3Instance::setUp(double rate, int largestBlock, int mode, int sampl
 
 const FormatHost::Traits& Vst3Host::traits() const {
     static const Traits traits = [] {
-        Traits all{.name = "VST3", .isSampleAccurate = true, .layouts = {}};
+        Traits all{.name = "VST3", .module = Vst3Module::path(), .isSampleAccurate = true, .layouts = {}};
         for (ChannelLayout layout = 0; layout < kChannelLayoutCount; ++layout) all.layouts.push_back(layout);
         return all;
     }();
@@ -172,18 +172,6 @@ double Vst3Host::value(int index) const {
     const auto id = static_cast<v3_param_id>(index);
     auto** const controller = plugin_->controller;
     return v3_cpp_obj(controller)->normalised_parameter_to_plain(controller, id, plugin_->value(id));
-}
-
-std::string Vst3Host::text(int index, double value) const {
-    const auto id = static_cast<v3_param_id>(index);
-    auto** const controller = plugin_->controller;
-    v3_param_info info{};
-    v3_cpp_obj(controller)->get_parameter_info(controller, index, &info);
-    v3_str_128 text{};
-    const double position = v3_cpp_obj(controller)->plain_parameter_to_normalised(controller, id, value);
-    v3_cpp_obj(controller)->get_parameter_string_for_value(controller, id, position, text);
-    const std::string unit = readText(info.units);
-    return unit.empty() ? readText(text) : readText(text) + " " + unit;
 }
 
 void Vst3Host::setValue(int index, double value) {

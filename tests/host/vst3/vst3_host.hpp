@@ -83,7 +83,6 @@ public:
     void setOffline(bool offline) override { mode_ = offline ? V3_OFFLINE : V3_REALTIME; }
     int parameterCount() const override { return kParameters; }
     double value(int index) const override;
-    std::string text(int index, double value) const override;
     void setValue(int index, double value) override;
     int latency() const override { return latency_; }
     std::vector<std::byte> save(int chunk) override;

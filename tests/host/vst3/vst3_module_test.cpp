@@ -1,8 +1,5 @@
-#include <dlfcn.h>
 #include <fmt/format.h>
 
-#include <cmath>
-#include <limits>
 #include <memory>
 
 #include "tests/host/vst3/vst3_fixture.hpp"
@@ -94,54 +91,15 @@ TEST_F(Vst3, NothingOfTheHostIsHeldInTheEnd) {
     }
 }
 
-TEST_F(Vst3, IsLoadedAndUnloadedHundredsOfTimesAndGoesWhole) {
-    for (int i = 0; i < 300; ++i) {
-        Vst3Host host(Vst3Host::Loop::None);
-        if (i % 30 == 0) {
-            ASSERT_TRUE(host.open(kStereoLayout, kRate, 512, false));
-        }
-    }
-    EXPECT_EQ(dlopen(Vst3Module::path(), RTLD_NOW | RTLD_NOLOAD), nullptr) << "still there";
-}
-
-TEST_F(Vst3, TwoHundredInstancesPlayAtOnce) {
-    std::vector<std::unique_ptr<Vst3Host>> hosts;
-    for (int i = 0; i < 200; ++i) {
-        hosts.push_back(std::make_unique<Vst3Host>());
-        ASSERT_TRUE(
-            hosts.back()->open(i % 10 == 0 ? i % kChannelLayoutCount : kStereoLayout, kRate, 64, false));
-    }
-    for (auto& host : hosts) {
-        Audio audio(kMaxChannels, 64);
-        EXPECT_EQ(audio.process(*host), V3_OK);
-        host->idle();
-    }
-}
-
 TEST_F(Vst3, IsSetUpAndActivatedInAnyOrder) {
     Vst3Host host;
     ASSERT_TRUE(host.open(kStereoLayout, kRate, 512, false));
     Vst3Instance& plugin = host.plugin();
     EXPECT_EQ(plugin.setUp(kRate, 512), V3_FALSE) << "not while it is active";
     Audio audio(2, 512);
-    for (Signal& in : audio.in) in = pinkNoise(1, 512);
-    Random random(2);
-    for (const double rate :
-         {8000.0, 11025.0, 22050.0, 44099.5, 47952.048, 96000.0, 192000.0, 384000.0, 768000.0}) {
-        for (const int block : {1, 16384, 64}) {
-            ASSERT_TRUE(host.reactivate(rate, block)) << rate;
-            for (const int size : {0, 1, random.between(2, 16384)}) {
-                Audio sized(2, static_cast<std::size_t>(std::max(size, 1)));
-                EXPECT_EQ(sized.process(host), V3_OK);
-            }
-        }
-    }
     v3_cpp_obj(plugin.processor)->set_processing(plugin.processor, 0);
     plugin.setActive(false);
     EXPECT_EQ(audio.process(host), V3_NOT_INITIALIZED);
-    for (const double rate : {0.0, -1.0, 7999.0, 768001.0, std::numeric_limits<double>::quiet_NaN()}) {
-        EXPECT_NE(plugin.setUp(rate, 512), V3_OK) << rate;
-    }
     EXPECT_NE(plugin.setUp(kRate, 512, V3_REALTIME, V3_SAMPLE_64), V3_OK);
     for (const int step : {1, 1, 0, 0, 1, 2, 3, 2, 0, 2, 1, 3}) {
         if (step < 2) {

@@ -43,7 +43,7 @@ Changes::Changes(std::initializer_list<std::pair<v3_param_id, std::vector<Point>
     }
 }
 
-HostQueue* Changes::add(const v3_param_id* id, std::int32_t* index) {
+Queue* Changes::add(const v3_param_id* id, std::int32_t* index) {
     std::size_t at = 0;
     while (at < used && queues[at].parameterId != *id) ++at;
     if (at == queues.size()) return nullptr;
@@ -57,18 +57,7 @@ HostQueue* Changes::add(const v3_param_id* id, std::int32_t* index) {
 
 void Changes::add(v3_param_id id, int offset, double value) {
     std::int32_t index = 0;
-    if (HostQueue* queue = add(&id, &index)) queue->add(offset, value, nullptr);
-}
-
-v3_result Events::event(std::int32_t index, v3_event* event) {
-    if (index < 0 || index >= static_cast<std::int32_t>(events.size())) return V3_INVALID_ARG;
-    *event = events[static_cast<std::size_t>(index)];
-    return V3_OK;
-}
-
-v3_result Events::add(v3_event* event) {
-    events.push_back(*event);
-    return V3_OK;
+    if (Queue* queue = add(&id, &index)) queue->add(offset, value, nullptr);
 }
 
 v3_result RunLoop::addTimer(v3_timer_handler** handler, std::uint64_t ms) {

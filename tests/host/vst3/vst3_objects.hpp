@@ -31,14 +31,14 @@ protected:
     ~HostUnknown() = default;
 };
 
-/// An object of one interface, which counts who holds it. Its host outlives all that.
-template <typename Interface>
-class HostObject : public Interface {
+/// An object of one interface, whose functions `Self` declares in their order, and before any other virtual
+/// one. It counts who holds it; its host outlives all that.
+template <typename Self>
+class HostObject : public HostUnknown {
 public:
-    virtual ~HostObject() = default;
     v3_result query(const v3_tuid id, void** found) override {
-        const bool own = v3_tuid_match(id, v3_funknown_iid) || v3_tuid_match(id, Interface::id());
-        HostUnknown* const known = own ? this : other(id);
+        const bool own = v3_tuid_match(id, v3_funknown_iid) || v3_tuid_match(id, Self::id());
+        HostUnknown* const known = own ? this : static_cast<Self*>(this)->other(id);
         *found = known;
         if (!known) return V3_NO_INTERFACE;
         known->ref();
@@ -47,120 +47,28 @@ public:
     std::uint32_t ref() override { return static_cast<std::uint32_t>(++references); }
     std::uint32_t unref() override { return static_cast<std::uint32_t>(--references); }
     /// What else it can be asked for.
-    virtual HostUnknown* other(const std::uint8_t*) { return nullptr; }
+    HostUnknown* other(const std::uint8_t*) { return nullptr; }
 
     template <typename Pointed>
     Pointed** as() {
-        return static_cast<Pointed**>(static_cast<void*>(static_cast<Interface*>(this)));
+        return static_cast<Pointed**>(static_cast<void*>(static_cast<HostUnknown*>(this)));
     }
 
     std::atomic<int> references{0};
-};
-
-// Interfaces, in the order of their functions.
-
-struct HostStream : HostUnknown {
-    static const std::uint8_t* id() { return v3_bstream_iid; }
-    virtual v3_result read(void* buffer, std::int32_t bytes, std::int32_t* taken) = 0;
-    virtual v3_result write(void* buffer, std::int32_t bytes, std::int32_t* taken) = 0;
-    virtual v3_result seek(std::int64_t position, std::int32_t mode, std::int64_t* result) = 0;
-    virtual v3_result tell(std::int64_t* position) = 0;
 
 protected:
-    ~HostStream() = default;
+    ~HostObject() = default;
 };
-
-struct HostQueue : HostUnknown {
-    static const std::uint8_t* id() { return v3_param_value_queue_iid; }
-    virtual v3_param_id parameter() = 0;
-    virtual std::int32_t count() = 0;
-    virtual v3_result point(std::int32_t index, std::int32_t* offset, double* value) = 0;
-    virtual v3_result add(std::int32_t offset, double value, std::int32_t* index) = 0;
-
-protected:
-    ~HostQueue() = default;
-};
-
-struct HostChanges : HostUnknown {
-    static const std::uint8_t* id() { return v3_param_changes_iid; }
-    virtual std::int32_t count() = 0;
-    virtual HostQueue* queue(std::int32_t index) = 0;
-    virtual HostQueue* add(const v3_param_id* id, std::int32_t* index) = 0;
-
-protected:
-    ~HostChanges() = default;
-};
-
-struct HostEvents : HostUnknown {
-    static const std::uint8_t* id() { return v3_event_list_iid; }
-    virtual std::uint32_t count() = 0;
-    virtual v3_result event(std::int32_t index, v3_event* event) = 0;
-    virtual v3_result add(v3_event* event) = 0;
-
-protected:
-    ~HostEvents() = default;
-};
-
-struct HostHandler : HostUnknown {
-    static const std::uint8_t* id() { return v3_component_handler_iid; }
-    virtual v3_result beginEdit(v3_param_id id) = 0;
-    virtual v3_result performEdit(v3_param_id id, double value) = 0;
-    virtual v3_result endEdit(v3_param_id id) = 0;
-    virtual v3_result restart(std::int32_t flags) = 0;
-
-protected:
-    ~HostHandler() = default;
-};
-
-struct HostHandler2 : HostUnknown {
-    static const std::uint8_t* id() { return v3_component_handler2_iid; }
-    virtual v3_result setDirty(v3_bool dirty) = 0;
-    virtual v3_result openEditor(const char* name) = 0;
-    virtual v3_result startGroup() = 0;
-    virtual v3_result finishGroup() = 0;
-
-protected:
-    ~HostHandler2() = default;
-};
-
-struct HostRunLoop : HostUnknown {
-    static const std::uint8_t* id() { return v3_run_loop_iid; }
-    virtual v3_result addHandler(v3_event_handler** handler, int descriptor) = 0;
-    virtual v3_result removeHandler(v3_event_handler** handler) = 0;
-    virtual v3_result addTimer(v3_timer_handler** handler, std::uint64_t ms) = 0;
-    virtual v3_result removeTimer(v3_timer_handler** handler) = 0;
-
-protected:
-    ~HostRunLoop() = default;
-};
-
-struct HostFrame : HostUnknown {
-    static const std::uint8_t* id() { return v3_plugin_frame_iid; }
-    virtual v3_result resize(v3_plugin_view** view, v3_view_rect* rectangle) = 0;
-
-protected:
-    ~HostFrame() = default;
-};
-
-struct HostApplication : HostUnknown {
-    static const std::uint8_t* id() { return v3_host_application_iid; }
-    virtual v3_result name(std::int16_t* name) = 0;
-    virtual v3_result create(std::uint8_t* classId, std::uint8_t* id, void** made) = 0;
-
-protected:
-    ~HostApplication() = default;
-};
-
-// Objects.
 
 /// Bytes that are read and written in pieces of at most `chunk`, if that is not 0, up to `room`.
-struct Stream final : HostObject<HostStream> {
+struct Stream final : HostObject<Stream> {
+    static const std::uint8_t* id() { return v3_bstream_iid; }
     explicit Stream(std::span<const std::byte> content = {}, int pieces = 0)
         : bytes(content.begin(), content.end()), chunk(pieces) {}
-    v3_result read(void* buffer, std::int32_t wanted, std::int32_t* taken) override;
-    v3_result write(void* buffer, std::int32_t wanted, std::int32_t* taken) override;
-    v3_result seek(std::int64_t, std::int32_t, std::int64_t*) override { return V3_NOT_IMPLEMENTED; }
-    v3_result tell(std::int64_t* where) override {
+    virtual v3_result read(void* buffer, std::int32_t wanted, std::int32_t* taken);
+    virtual v3_result write(void* buffer, std::int32_t wanted, std::int32_t* taken);
+    virtual v3_result seek(std::int64_t, std::int32_t, std::int64_t*) { return V3_NOT_IMPLEMENTED; }
+    virtual v3_result tell(std::int64_t* where) {
         *where = static_cast<std::int64_t>(position);
         return V3_OK;
     }
@@ -177,23 +85,25 @@ struct Point {
     double value;
 };
 
-struct Queue final : HostObject<HostQueue> {
-    v3_param_id parameter() override { return parameterId; }
-    std::int32_t count() override { return static_cast<std::int32_t>(points.size()); }
-    v3_result point(std::int32_t index, std::int32_t* offset, double* value) override;
-    v3_result add(std::int32_t offset, double value, std::int32_t* index) override;
+struct Queue final : HostObject<Queue> {
+    static const std::uint8_t* id() { return v3_param_value_queue_iid; }
+    virtual v3_param_id parameter() { return parameterId; }
+    virtual std::int32_t count() { return static_cast<std::int32_t>(points.size()); }
+    virtual v3_result point(std::int32_t index, std::int32_t* offset, double* value);
+    virtual v3_result add(std::int32_t offset, double value, std::int32_t* index);
 
     v3_param_id parameterId = 0;
     std::vector<Point> points;
 };
 
 /// Allocates nothing after construction as long as 32 queues of 64 points will do.
-struct Changes final : HostObject<HostChanges> {
+struct Changes final : HostObject<Changes> {
+    static const std::uint8_t* id() { return v3_param_changes_iid; }
     Changes();
     Changes(std::initializer_list<std::pair<v3_param_id, std::vector<Point>>> all);
-    std::int32_t count() override { return static_cast<std::int32_t>(used); }
-    HostQueue* queue(std::int32_t index) override { return &queues[static_cast<std::size_t>(index)]; }
-    HostQueue* add(const v3_param_id* id, std::int32_t* index) override;
+    virtual std::int32_t count() { return static_cast<std::int32_t>(used); }
+    virtual Queue* queue(std::int32_t index) { return &queues[static_cast<std::size_t>(index)]; }
+    virtual Queue* add(const v3_param_id* id, std::int32_t* index);
     void add(v3_param_id id, int offset, double value);
     void clear() { used = 0; }
     v3_param_changes** pointer() { return as<v3_param_changes>(); }
@@ -202,28 +112,21 @@ struct Changes final : HostObject<HostChanges> {
     std::size_t used = 0;
 };
 
-struct Events final : HostObject<HostEvents> {
-    std::uint32_t count() override { return static_cast<std::uint32_t>(events.size()); }
-    v3_result event(std::int32_t index, v3_event* event) override;
-    v3_result add(v3_event* event) override;
-    v3_event_list** pointer() { return as<v3_event_list>(); }
-
-    std::vector<v3_event> events;
-};
-
 /// Timers of the main thread, all of which are due whenever it asks.
-struct RunLoop final : HostObject<HostRunLoop> {
-    v3_result addHandler(v3_event_handler**, int) override { return V3_NOT_IMPLEMENTED; }
-    v3_result removeHandler(v3_event_handler**) override { return V3_NOT_IMPLEMENTED; }
-    v3_result addTimer(v3_timer_handler** handler, std::uint64_t ms) override;
-    v3_result removeTimer(v3_timer_handler** handler) override;
+struct RunLoop final : HostObject<RunLoop> {
+    static const std::uint8_t* id() { return v3_run_loop_iid; }
+    virtual v3_result addHandler(v3_event_handler**, int) { return V3_NOT_IMPLEMENTED; }
+    virtual v3_result removeHandler(v3_event_handler**) { return V3_NOT_IMPLEMENTED; }
+    virtual v3_result addTimer(v3_timer_handler** handler, std::uint64_t ms);
+    virtual v3_result removeTimer(v3_timer_handler** handler);
     void run();
 
     std::vector<v3_timer_handler**> timers;
 };
 
 /// Notes down what a plug-in tells, and on which thread.
-struct Handler final : HostObject<HostHandler> {
+struct Handler final : HostObject<Handler> {
+    static const std::uint8_t* id() { return v3_component_handler_iid; }
     struct Call {
         enum class Kind { Begin, Perform, End, Restart, Dirty, StartGroup, FinishGroup } kind;
         v3_param_id parameter = 0;
@@ -232,27 +135,28 @@ struct Handler final : HostObject<HostHandler> {
         bool operator==(const Call&) const = default;
     };
 
-    v3_result beginEdit(v3_param_id id) override { return note({Call::Kind::Begin, id}); }
-    v3_result performEdit(v3_param_id id, double value) override {
+    virtual v3_result beginEdit(v3_param_id id) { return note({Call::Kind::Begin, id}); }
+    virtual v3_result performEdit(v3_param_id id, double value) {
         return note({Call::Kind::Perform, id, value});
     }
-    v3_result endEdit(v3_param_id id) override { return note({Call::Kind::End, id}); }
-    v3_result restart(std::int32_t flags) override { return note({Call::Kind::Restart, 0, 0.0, flags}); }
-    HostUnknown* other(const std::uint8_t* id) override;
+    virtual v3_result endEdit(v3_param_id id) { return note({Call::Kind::End, id}); }
+    virtual v3_result restart(std::int32_t flags) { return note({Call::Kind::Restart, 0, 0.0, flags}); }
+    HostUnknown* other(const std::uint8_t* id);
     v3_result note(const Call& call);
     /// Whether it was told to restart for any of these reasons; forgets that.
     bool takeRestart(int flags);
     int count(Call::Kind kind) const;
 
-    struct Second final : HostObject<HostHandler2> {
+    struct Second final : HostObject<Second> {
+        static const std::uint8_t* id() { return v3_component_handler2_iid; }
         explicit Second(Handler& whole) : handler(whole) {}
         v3_result query(const v3_tuid id, void** found) override { return handler.query(id, found); }
         std::uint32_t ref() override { return handler.ref(); }
         std::uint32_t unref() override { return handler.unref(); }
-        v3_result setDirty(v3_bool) override { return handler.note({Call::Kind::Dirty}); }
-        v3_result openEditor(const char*) override { return V3_NOT_IMPLEMENTED; }
-        v3_result startGroup() override { return handler.note({Call::Kind::StartGroup}); }
-        v3_result finishGroup() override { return handler.note({Call::Kind::FinishGroup}); }
+        virtual v3_result setDirty(v3_bool) { return handler.note({Call::Kind::Dirty}); }
+        virtual v3_result openEditor(const char*) { return V3_NOT_IMPLEMENTED; }
+        virtual v3_result startGroup() { return handler.note({Call::Kind::StartGroup}); }
+        virtual v3_result finishGroup() { return handler.note({Call::Kind::FinishGroup}); }
         Handler& handler;
     } second{*this};
     RunLoop* runLoop = nullptr;  ///< that it offers
@@ -263,10 +167,11 @@ struct Handler final : HostObject<HostHandler> {
     const std::thread::id mainThread = std::this_thread::get_id();
 };
 
-struct Application final : HostObject<HostApplication> {
-    v3_result name(std::int16_t* name) override;
-    v3_result create(std::uint8_t*, std::uint8_t*, void**) override { return V3_NOT_IMPLEMENTED; }
-    HostUnknown* other(const std::uint8_t* id) override {
+struct Application final : HostObject<Application> {
+    static const std::uint8_t* id() { return v3_host_application_iid; }
+    virtual v3_result name(std::int16_t* name);
+    virtual v3_result create(std::uint8_t*, std::uint8_t*, void**) { return V3_NOT_IMPLEMENTED; }
+    HostUnknown* other(const std::uint8_t* id) {
         return v3_tuid_match(id, v3_run_loop_iid) ? runLoop : nullptr;
     }
     RunLoop* runLoop = nullptr;  ///< that it offers

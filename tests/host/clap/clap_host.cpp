@@ -329,9 +329,13 @@ bool ClapHost::restore(std::span<const std::byte> bytes, int chunk) {
     return extension<clap_plugin_state_t>(CLAP_EXT_STATE)->load(plugin_, &in);
 }
 
+void ClapHost::callBack() {
+    if (callbackRequested.exchange(false)) plugin_->on_main_thread(plugin_);
+}
+
 void ClapHost::idle() {
     for (int round = 0; round < 4; ++round) {
-        if (callbackRequested.exchange(false)) plugin_->on_main_thread(plugin_);
+        callBack();
         if (flushRequested.exchange(false)) flush();
         if (restartRequested.exchange(false) && isActive_) {
             EXPECT_TRUE(reactivate(sampleRate_, static_cast<int>(largestBlock_)));

@@ -112,6 +112,7 @@ public:
     std::vector<std::byte> save(int chunk) override;
     bool restore(std::span<const std::byte> bytes, int chunk) override;
     void idle() override;
+    void callBack() override;
     void process(const Block& block) override;
 
 private:

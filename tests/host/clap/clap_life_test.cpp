@@ -1,10 +1,5 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-
-#include "host/common/product_identity.hpp"
 #include "tests/host/clap/clap_test.hpp"
 #include "tests/support/signals.hpp"
 
@@ -18,13 +13,6 @@ TEST_F(ClapLife, TheModuleSaysWhatItIsAndRefusesWhatItIsNot) {
     const clap_plugin_factory_t& factory = library.factory();
     ASSERT_EQ(factory.get_plugin_count(&factory), 1u);
     const clap_plugin_descriptor_t& descriptor = *factory.get_plugin_descriptor(&factory, 0);
-    EXPECT_STREQ(descriptor.id, productIdentity().id);
-    EXPECT_STREQ(descriptor.name, productIdentity().name);
-    EXPECT_STREQ(descriptor.version, productIdentity().version);
-    std::vector<std::string> features;
-    for (const char** each = descriptor.features; *each; ++each) features.emplace_back(*each);
-    EXPECT_THAT(features, testing::IsSupersetOf(
-                              {"audio-effect", "mastering", "limiter", "mono", "stereo", "surround"}));
     EXPECT_EQ(factory.get_plugin_descriptor(&factory, 1), nullptr);
     EXPECT_EQ(library.entry().get_factory("clap.nothing"), nullptr);
     clap_host_t host{};
@@ -86,65 +74,32 @@ TEST_F(ClapLife, CallsInAnyOrderAreSurvived) {
     EXPECT_FALSE(host.activate(kRate, 0));
 }
 
-TEST_F(ClapLife, TheMainThreadMayAskAnythingWhileAudioRuns) {
-    ClapHost host;
-    ASSERT_TRUE(host.activate(kRate, kLargest));
-    const int gain = indexOf(host, "Gain");
-    const auto state = host.save(0);
-    std::atomic<bool> done{false};
-    std::thread audio([&] {
-        for (int n = 0; n < 600; ++n) {
-            RawBlock block(64);
-            block.events.events = {valueEvent(9, static_cast<clap_id>(gain), 0.01 * (n % 1000)),
-                                   midiEvent(20, {0xB0, 7, static_cast<std::uint8_t>(n % 128)})};
-            EXPECT_EQ(block.run(host), CLAP_PROCESS_CONTINUE);
-        }
-        done = true;
-    });
-    for (int n = 0; !done; ++n) {
-        const int index = n % host.parameterCount();
-        EXPECT_NE(host.text(index, host.value(index)), "");
-        EXPECT_GT(host.latency(), 0);
-        EXPECT_FALSE(host.save(0).empty());
-        EXPECT_TRUE(n % 7 != 0 || host.restore(state, 0));
-        if (host.callbackRequested.exchange(false)) host.plugin().on_main_thread(&host.plugin());
-    }
-    audio.join();
-    host.idle();
-    expectValuesInRange(host);
-}
-
-TEST_F(ClapLife, AnotherLatencyComesWithARestart) {
+TEST_F(ClapLife, ALatencyIsToldOnceWhileInactive) {
     ClapHost host;
     const int oversampling = indexOf(host, "Oversampling");
     ASSERT_TRUE(host.activate(kRate, kLargest));
     const int before = host.latency();
     host.plugin().on_main_thread(&host.plugin());
     EXPECT_FALSE(host.restartRequested) << "it has the latency that it began with";
-    const int reported = host.latencyChanges;
-    RawBlock block(64);
-    block.events.events = {valueEvent(5, static_cast<clap_id>(oversampling), 4.0)};
-    ASSERT_EQ(block.run(host), CLAP_PROCESS_CONTINUE);
-    EXPECT_TRUE(host.callbackRequested.exchange(false));
+    int told = host.latencyChanges;
+    host.setValue(oversampling, 4.0);
     host.plugin().on_main_thread(&host.plugin());
     EXPECT_TRUE(host.restartRequested);
-    EXPECT_EQ(host.latencyChanges, reported) << "not while it is active";
+    EXPECT_EQ(host.latencyChanges, told) << "not while it is active";
     host.idle();
-    EXPECT_EQ(host.latencyChanges, reported + 1);
-    const int after = host.latency();
-    EXPECT_NE(after, before);
-
+    EXPECT_EQ(host.latencyChanges, ++told);
     host.deactivate();
     host.setValue(oversampling, 0.0);
     host.idle();
-    EXPECT_EQ(host.latencyChanges, reported + 2);
+    EXPECT_EQ(host.latencyChanges, ++told);
     EXPECT_EQ(host.latency(), before);
-    ASSERT_TRUE(host.activate(192000.0, kLargest));
-    EXPECT_EQ(host.latencyChanges, reported + 3) << "known when audio starts";
-    EXPECT_NE(host.latency(), before);
-    host.deactivate();
-    ASSERT_TRUE(host.activate(192000.0, kLargest));
-    EXPECT_EQ(host.latencyChanges, reported + 3) << "told once";
+    ++told;
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(host.activate(192000.0, kLargest));
+        EXPECT_EQ(host.latencyChanges, told) << "known when audio starts, and told once";
+        EXPECT_NE(host.latency(), before);
+        host.deactivate();
+    }
 }
 
 }  // namespace

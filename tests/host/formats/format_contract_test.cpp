@@ -4,9 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <functional>
-#include <numeric>
+#include <thread>
 
 #include "cli/command_line.hpp"
 #include "foundation/realtime.hpp"
@@ -339,6 +340,42 @@ TEST_P(FormatContract, InstancesComeAndGoAndLiveSideBySide) {
     for (std::size_t i = 5; i < hosts.size(); i += 2) {
         EXPECT_EQ(differenceDb(play(*hosts[i], input), expected[i % 4 / 2]), -400.0) << i;
     }
+}
+
+TEST_P(FormatContract, OtherThreadsMayAskAndSetWhileAudioRuns) {
+    const auto host = opened();
+    if (!host->traits().hasCallsBesideBlocks) GTEST_SKIP() << "there are none";
+    const auto state = host->save();
+    std::atomic<bool> done{false};
+    std::thread audio([&] {
+        const Channels input = programme(2, 64);
+        Channels output = input;
+        const float* const inputs[] = {input[0].data(), input[1].data()};
+        float* const outputs[] = {output[0].data(), output[1].data()};
+        for (int n = 0; n < 1000; ++n) {
+            const FormatHost::Change changes[] = {{n % 64, kGain, 0.01 * n}};
+            const FormatHost::Midi midi[] = {{20, {0xB0, 7, static_cast<std::uint8_t>(n % 128)}}};
+            host->process({inputs, {}, outputs, 64, changes, midi});
+        }
+        done = true;
+    });
+    std::vector<std::thread> others(2);
+    for (std::thread& other : others) {
+        other = std::thread([&] {
+            for (int n = 0; !done; ++n) host->touch(n % kStyle, 0.5);
+        });
+    }
+    for (int n = 0; !done; ++n) {
+        EXPECT_FALSE(host->save().empty());
+        EXPECT_GT(host->latency(), 0);
+        EXPECT_TRUE(n % 7 != 0 || host->restore(state));
+        host->callBack();
+    }
+    audio.join();
+    for (std::thread& other : others) other.join();
+    host->setValue(kGain, 15.0);
+    play(*host, programme(2, 64));
+    EXPECT_NEAR(host->value(kGain), 15.0, 1e-4);
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, FormatContract, testing::Values(&makeClapHost, &makeVst3Host, &makeLv2Host),

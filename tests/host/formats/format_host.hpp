@@ -22,6 +22,7 @@ public:
         std::string module;                  ///< path of what is loaded
         bool isSampleAccurate = true;        ///< values take effect at their sample, else with the block
         std::vector<ChannelLayout> layouts;  ///< that the format offers
+        bool hasCallsBesideBlocks = true;    ///< of the main thread, while another runs a block
     };
     struct Change {
         int offset;
@@ -62,6 +63,13 @@ public:
     virtual bool restore(std::span<const std::byte> bytes, int chunk = 0) = 0;
     /// What a main loop does: timers, callbacks, requested restarts.
     virtual void idle() = 0;
+    /// Of these, the callbacks that may run beside a block.
+    virtual void callBack() {}
+
+    // Any thread.
+
+    /// Sets a value where the format lets any thread do so, from 0 to 1.
+    virtual void touch(int, double) {}
 
     // Audio thread.
 

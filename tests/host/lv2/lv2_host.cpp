@@ -132,7 +132,7 @@ const LilvPlugin* Lv2Host::pluginOf(ChannelLayout layout) {
 
 const FormatHost::Traits& Lv2Host::traits() const {
     static const Traits traits = [] {
-        Traits made{"LV2", VANTA_PLUGINS_DIR "/vanta.lv2/vanta.so", false, {}};
+        Traits made{"LV2", VANTA_PLUGINS_DIR "/vanta.lv2/vanta.so", false, {}, false};
         for (const Roles& roles : allRoles()) made.layouts.push_back(roles.layout);
         return made;
     }();

@@ -88,6 +88,10 @@ public:
     std::vector<std::byte> save(int chunk) override;
     bool restore(std::span<const std::byte> bytes, int chunk) override;
     void idle() override;
+    void callBack() override { runLoop.run(); }
+    void touch(int index, double position) override {
+        plugin_->set(static_cast<v3_param_id>(index), position);
+    }
     void process(const Block& block) override;
 
     Vst3Instance& plugin() { return *plugin_; }

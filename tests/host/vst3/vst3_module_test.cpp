@@ -110,38 +110,5 @@ TEST_F(Vst3, IsSetUpAndActivatedInAnyOrder) {
     EXPECT_EQ(audio.process(host), V3_OK) << "active, whoever says that it processes";
 }
 
-TEST_F(Vst3, ValuesAreSetFromSeveralThreadsWhileAudioRuns) {
-    Vst3Host host;
-    ASSERT_TRUE(host.open(kStereoLayout, kRate, 128, false));
-    std::atomic<bool> over{false};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 3; ++t) {
-        threads.emplace_back([&, t] {
-            Random random(static_cast<std::uint64_t>(t));
-            for (int i = 0; i < 3000; ++i) {
-                host.plugin().set(static_cast<v3_param_id>(random.between(0, 8)),
-                                  random.between(0, 100) / 100.0);
-                host.plugin().value(kGain);
-            }
-        });
-    }
-    std::thread audioThread([&] {
-        Audio audio(2, 128);
-        for (int block = 0; !over.load(); ++block) {
-            host.changes.add(kGain, block % 128, (block % 100) / 100.0);
-            EXPECT_EQ(audio.process(host), V3_OK);
-        }
-    });
-    for (int i = 0; i < 50; ++i) host.runLoop.run();
-    for (std::thread& thread : threads) thread.join();
-    over.store(true);
-    audioThread.join();
-    EXPECT_EQ(host.handler.strayCalls, 0);
-    host.setValue(kGain, 15.0);
-    Audio(2, 128).process(host);
-    host.idle();
-    EXPECT_NEAR(host.plugin().value(kGain), 0.5, 1e-6);
-}
-
 }  // namespace
 }  // namespace vanta::test

@@ -18,7 +18,7 @@ void learn(const UserHome& home) {
     home.write("data/Quillmark/Vanta 2/MidiControllerMap.qmm", map.bytes);
 }
 
-TEST_F(Vst3, ALearnedControllerIsAnEditOnTheMainThreadAndItsEchoMovesNothing) {
+TEST_F(Vst3, ALearnedControllerIsAnEditOnTheMainThread) {
     learn(home_);
     Vst3Host host;
     ASSERT_TRUE(host.open(kStereoLayout, kRate, 128, false));
@@ -45,12 +45,6 @@ TEST_F(Vst3, ALearnedControllerIsAnEditOnTheMainThreadAndItsEchoMovesNothing) {
     EXPECT_EQ(host.plugin().value(kGain), 1.0);
     EXPECT_EQ(host.answers.count(), 0) << "told already";
 
-    // The host gives the value back, while the controller has moved on.
-    host.changes.add(id, 0, 0.5);
-    host.changes.add(kGain, 100, 1.0);
-    audio.process(host);
-    host.idle();
-    EXPECT_NEAR(host.plugin().value(kGain), 64.0 / 127.0, 1e-6);
     EXPECT_EQ(host.handler.strayCalls, 0);
 }
 

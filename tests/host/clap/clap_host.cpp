@@ -260,11 +260,7 @@ void ClapHost::flush(std::vector<ClapEvent> events) {
 // FormatHost
 
 const FormatHost::Traits& ClapHost::traits() const {
-    static const Traits traits = [] {
-        Traits made{.name = "Clap", .module = ClapLibrary::path(), .isSampleAccurate = true, .layouts = {}};
-        for (ChannelLayout layout = 0; layout < kChannelLayoutCount; ++layout) made.layouts.push_back(layout);
-        return made;
-    }();
+    static const Traits traits{"Clap", ClapLibrary::path(), true, allLayouts()};
     return traits;
 }
 

@@ -281,12 +281,7 @@ TEST_P(FormatContract, TheAudioThreadLeavesTheSystemAlone) {
     const auto round = [&](int n) {
         const FormatHost::Change changes[] = {{5, kGain, 0.02 * n}, {200, kOutputLevel, -0.01 * n}};
         const FormatHost::Midi midi[] = {{9, {0xB0, 7, static_cast<std::uint8_t>(n % 128)}}};
-        host->process({.inputs = inputs,
-                       .sideChain = keys,
-                       .outputs = outputs,
-                       .samples = 512,
-                       .changes = changes,
-                       .midi = midi});
+        host->process({inputs, keys, outputs, 512, changes, midi});
     };
     for (int n = 0; n < 50; ++n) round(n);
     RealtimeTrap trap;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <numeric>
 #include <span>
 #include <string>
 #include <vector>
@@ -75,6 +76,12 @@ public:
 
     virtual void process(const Block& block) = 0;
 };
+
+inline std::vector<ChannelLayout> allLayouts() {
+    std::vector<ChannelLayout> all(kChannelLayoutCount);
+    std::iota(all.begin(), all.end(), ChannelLayout{0});
+    return all;
+}
 
 /// Each of these is defined by the folder of its format.
 std::unique_ptr<FormatHost> makeClapHost();

@@ -64,7 +64,6 @@ public:
     std::vector<Port>& ports() { return ports_; }
     float& control(std::string_view symbol);
     LV2_URID_Map* map() { return &map_; }
-    LV2_URID_Unmap* unmap() { return &unmap_; }
     /// The same for all hosts of the process, as a state holds such numbers.
     static LV2_URID urid(const char* uri);
     void run(int samples);

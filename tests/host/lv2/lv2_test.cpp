@@ -102,12 +102,7 @@ protected:
         std::array<float, kBlock> silence{};
         const float* inputs[] = {silence.data(), silence.data()};
         float* outputs[] = {silence.data(), silence.data()};
-        of.process({.inputs = inputs,
-                    .sideChain = {},
-                    .outputs = outputs,
-                    .samples = kBlock,
-                    .changes = {},
-                    .midi = midi});
+        of.process({inputs, {}, outputs, kBlock, {}, midi});
     }
 
     UserHome home;
@@ -316,12 +311,7 @@ TEST_F(Lv2, OnlyTheFirstOfTheSideChainIsTheKeyForAll) {
         Channels out(2, Signal(quiet.size()));
         const float* inputs[] = {quiet.data(), quiet.data()};
         float* outputs[] = {out[0].data(), out[1].data()};
-        host.process({.inputs = inputs,
-                      .sideChain = side,
-                      .outputs = outputs,
-                      .samples = static_cast<int>(quiet.size()),
-                      .changes = {},
-                      .midi = {}});
+        host.process({inputs, side, outputs, static_cast<int>(quiet.size()), {}, {}});
         return std::pair(rms(std::span(out[0]).last(kBlock)), rms(std::span(out[1]).last(kBlock)));
     };
     const auto keyed = play({loud.data(), nullptr});

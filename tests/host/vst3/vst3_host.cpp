@@ -116,11 +116,7 @@ v3_result Vst3Instance::setUp(double rate, int largestBlock, int mode, int sampl
 // The host
 
 const FormatHost::Traits& Vst3Host::traits() const {
-    static const Traits traits = [] {
-        Traits all{.name = "VST3", .module = Vst3Module::path(), .isSampleAccurate = true, .layouts = {}};
-        for (ChannelLayout layout = 0; layout < kChannelLayoutCount; ++layout) all.layouts.push_back(layout);
-        return all;
-    }();
+    static const Traits traits{"VST3", Vst3Module::path(), true, allLayouts()};
     return traits;
 }
 

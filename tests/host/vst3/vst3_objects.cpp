@@ -37,12 +37,6 @@ Changes::Changes() : queues(32) {
     for (Queue& queue : queues) queue.points.reserve(64);
 }
 
-Changes::Changes(std::initializer_list<std::pair<v3_param_id, std::vector<Point>>> all) : Changes() {
-    for (const auto& [id, points] : all) {
-        for (const Point& point : points) add(id, point.offset, point.value);
-    }
-}
-
 Queue* Changes::add(const v3_param_id* id, std::int32_t* index) {
     std::size_t at = 0;
     while (at < used && queues[at].parameterId != *id) ++at;

@@ -11,10 +11,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <span>
 #include <thread>
-#include <utility>
 #include <vector>
 
 /// What a host hands to its plug-ins, as classes with virtual functions: the way in which most hosts are
@@ -100,7 +98,6 @@ struct Queue final : HostObject<Queue> {
 struct Changes final : HostObject<Changes> {
     static const std::uint8_t* id() { return v3_param_changes_iid; }
     Changes();
-    Changes(std::initializer_list<std::pair<v3_param_id, std::vector<Point>>> all);
     virtual std::int32_t count() { return static_cast<std::int32_t>(used); }
     virtual Queue* queue(std::int32_t index) { return &queues[static_cast<std::size_t>(index)]; }
     virtual Queue* add(const v3_param_id* id, std::int32_t* index);

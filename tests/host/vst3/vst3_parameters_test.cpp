@@ -112,7 +112,11 @@ TEST_F(Vst3, WhateverAHostLeavesOutOrGetsWrongIsSurvived) {
     };
     EXPECT_EQ(v3_cpp_obj(processor)->process(processor, nullptr), V3_INVALID_ARG);
 
-    Changes changes{{kGain, {{0, 0.25}}}, {kAttack, {{0, 0.5}, {0, 0.75}}}, {424242, {{0, 1.0}}}};
+    Changes changes;
+    for (const auto& [id, value] :
+         {std::pair{kGain, 0.25}, {kAttack, 0.5}, {kAttack, 0.75}, {424242u, 1.0}}) {
+        changes.add(id, 0, value);
+    }
     v3_process_data flush{};
     flush.input_params = changes.pointer();
     EXPECT_EQ(process(flush), V3_OK);

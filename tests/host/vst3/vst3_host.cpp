@@ -1,6 +1,7 @@
 #include "tests/host/vst3/vst3_host.hpp"
 
 #include <dlfcn.h>
+#include <gtest/gtest.h>
 
 #include <stdexcept>
 
@@ -132,6 +133,8 @@ Vst3Host::~Vst3Host() {
     plugin_->setActive(false);
     v3_cpp_obj(plugin_->controller)->set_component_handler(plugin_->controller, nullptr);
     v3_cpp_obj_terminate(plugin_->component);
+    // Without a run loop it has no other choice.
+    EXPECT_TRUE(loop_ == Loop::None || handler.strayCalls == 0) << "not told on the main thread";
 }
 
 bool Vst3Host::open(ChannelLayout layout, double sampleRate, int largestBlock, bool sideChain) {

@@ -44,8 +44,6 @@ TEST_F(Vst3, ALearnedControllerIsAnEditOnTheMainThread) {
     EXPECT_EQ(host.handler.calls, expected);
     EXPECT_EQ(host.plugin().value(kGain), 1.0);
     EXPECT_EQ(host.answers.count(), 0) << "told already";
-
-    EXPECT_EQ(host.handler.strayCalls, 0);
 }
 
 TEST_F(Vst3, WithoutARunLoopAControllerReachesTheHostWithABlock) {
@@ -91,7 +89,6 @@ TEST_F(Vst3, ANewLatencyIsToldOnTheMainThreadAndOnlyWhileActive) {
     }
     EXPECT_EQ(told, 1);
     EXPECT_GT(host.latency(), before);
-    EXPECT_EQ(host.handler.strayCalls, 0);
 
     host.plugin().set(kOversampling, 0.0);
     host.plugin().set(kOversampling, 1.0);

@@ -44,6 +44,7 @@ void Lv2PortValues::restore(std::span<const float> saved) {
 }
 
 void Lv2PortValues::forget() {
+    isRestored_.store(false);
     for (auto& each : seen_) each.store(kNothing);
 }
 

@@ -54,10 +54,11 @@ LV2_State_Status saveLv2State(HostedPlugin& plugin, const Lv2PortValues& ports, 
     const std::vector<std::byte> state = plugin.saveState();
     const auto status = store(handle, uris.ownState, state.data(), state.size(), uris.atomChunk, kFlags);
     const std::vector<float> seen = ports.seen();
-    // Before the first block nobody has looked at the ports.
-    if (status != LV2_STATE_SUCCESS ||
-        !std::ranges::all_of(seen, [](float each) { return std::isfinite(each); })) {
-        return status;
+    if (status != LV2_STATE_SUCCESS) return status;
+    if (!std::ranges::all_of(seen, [](float each) { return std::isfinite(each); })) {
+        // Before the first block nobody has looked at the ports: all of them are still to be heard.
+        const float none = 0.0f;
+        return store(handle, uris.ownPortValues, &none, sizeof none, uris.atomFloat, kFlags);
     }
     const std::vector<std::byte> values = vectorOf(seen, uris);
     return store(handle, uris.ownPortValues, values.data(), values.size(), uris.atomVector, kFlags);
@@ -73,7 +74,8 @@ LV2_State_Status restoreLv2State(HostedPlugin& plugin, Lv2PortValues& ports, con
     if (state->type != uris.atomChunk) return LV2_STATE_ERR_BAD_TYPE;
     if (!plugin.restoreState(state->bytes)) return LV2_STATE_ERR_UNKNOWN;
     if (const auto values = retrieved(uris.ownPortValues, retrieve, handle)) {
-        ports.restore(floatsOf(*values, uris));
+        const std::vector<float> saved = floatsOf(*values, uris);
+        saved.empty() ? ports.forget() : ports.restore(saved);
     }
     return LV2_STATE_SUCCESS;
 }

@@ -186,7 +186,6 @@ TEST_P(FormatContract, AStateHoldsEveryValueAndNoiseIsRefused) {
     first->setValue(kBypass, 0.0);
     first->setValue(kDithering, 0.0);  // never the same twice
     first->idle();
-    play(*first, programme(2, 64));
     const auto state = first->save(7);
 
     const auto second = opened();

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "gui/controls/modifier_map.hpp"
+#include "gui/controls/picture.hpp"
 #include "gui/tree/user_interface.hpp"
 
 namespace vanta::gui {
@@ -59,7 +60,7 @@ Rect Knob::hotBounds() {
 }
 
 int Knob::alphaAt(Point point) {
-    if (style_->hasOverlay) return pictureAlphaAt(point);
+    if (style_->hasOverlay()) return opacityAt(*style_->backNormal, point);
     const Point radius = fromCentre(point);
     const bool hit =
         isInRing(radius) && geometry().isInSweep(KnobGeometry::angleOfPoint(radius), style_->ringWidth);
@@ -83,7 +84,7 @@ void Knob::beginDrag(Point point, int modifiers) {
     } else if (hoverState_ == Hover::OverRing) {
         dragMode_ = Drag::Rotary;
         gripOffset_ = KnobGeometry::angleOfPoint(fromCentre(point)) - angle();
-    } else if (style_->hasOverlay) {
+    } else if (style_->hasOverlay()) {
         dragMode_ = Drag::Linear;
         mapper_.startDrag(point);
     }
@@ -115,7 +116,7 @@ void Knob::turnTo(Point point) {
 
 void Knob::mouseUp(int button, Point point, int modifiers) {
     if (button == kLeftPress && isChanging()) {
-        const bool isRingClick = dragMode_ == Drag::None && !wasReset_ && !style_->hasOverlay;
+        const bool isRingClick = dragMode_ == Drag::None && !wasReset_ && !style_->hasOverlay();
         if (isRingClick && localBounds().contains(point) && alphaAt(point) > 0) {
             jumpTo(geometry().valueAt(KnobGeometry::angleOfPoint(fromCentre(point))));
         }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <memory>
+#include <string>
+
 #include "gui/controls/knob_geometry.hpp"
 #include "gui/controls/rollover_value_control.hpp"
 #include "gui/controls/value_drag_mapper.hpp"
@@ -12,15 +15,31 @@ public:
     /// What knobs of one size share. Their interface owns it.
     class Style : public Component {
     public:
-        using Component::Component;
+        explicit Style(UserInterface& interface);
+
         /// Degrees on each side of the value's angle where the ring can be gripped.
         Property<float> ringWidth{nullptr, 30.0f};
         /// Of the ring, in logical units; at 0 the outer one is that of the knob.
         Property<float> outerRadius{nullptr, 0.0f};
         Property<float> innerRadius{nullptr, 2.0f};
         Property<float> hotInset{nullptr, 0.0f};
-        /// A cap that is drawn over the knob and can be dragged. Without one there is only the ring.
-        Property<bool> hasOverlay{nullptr, true};
+
+        /// The knob, and the pointer over it that is turned: at rest, under the mouse, with its grip dragged
+        /// and with the mouse over the grip. A knob without an overlay is a ring only. What has no name, or
+        /// cannot be read, is empty.
+        void setImages(const std::string& backNormal, const std::string& backActive,
+                       const std::string& overlayNormal, const std::string& overlayActive,
+                       const std::string& overlayDown, const std::string& overlayRotate);
+        /// The same by the names that all knobs' pictures have: "KnobLarge" and what it shows.
+        void setImages(const std::string& family);
+        bool hasOverlay() const { return !overlayNormal->isEmpty(); }
+
+        std::unique_ptr<Bitmap> backNormal;
+        std::unique_ptr<Bitmap> backActive;
+        std::unique_ptr<Bitmap> overlayNormal;
+        std::unique_ptr<Bitmap> overlayActive;
+        std::unique_ptr<Bitmap> overlayDown;
+        std::unique_ptr<Bitmap> overlayRotate;
     };
     enum class Hover { Outside, OverKnob, OverRing };
     enum class Drag { None, Linear, Rotary };
@@ -52,12 +71,12 @@ public:
     void mouseLeave() override;
     bool wheel(WheelPhase phase, Point point, int modifiers, const WheelMove& move) override;
     void propertyChanged(AbstractProperty& property) override;
-
-protected:
-    /// The opacity of the knob's picture, 0 to 255.
-    virtual int pictureAlphaAt(Point /*point*/) { return 255; }
+    void refreshTree() override;
+    void paint(Canvas& canvas) override;
 
 private:
+    const Bitmap& overlay() const;
+    void turnOverlay();
     Point fromCentre(Point point) const;
     float outerRadius() const;
     bool isInRing(Point fromCentre) const;
@@ -72,6 +91,9 @@ private:
     bool wasReset_ = false;    ///< by the press that is still held
     float gripOffset_ = 0.0f;  ///< from the grip's middle to where it was taken, in turns
     Hover hoverState_ = Hover::Outside;
+    std::unique_ptr<Bitmap> rotated_;      ///< the overlay at the value's angle; made on first use
+    const Bitmap* rotatedFrom_ = nullptr;  ///< null: to be turned anew
+    float rotatedBy_ = 0.0f;               ///< turns
 };
 
 }  // namespace vanta::gui

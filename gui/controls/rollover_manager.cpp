@@ -1,6 +1,7 @@
 #include "gui/controls/rollover_manager.hpp"
 
 #include "gui/animation/value_animation.hpp"
+#include "gui/tree/user_interface.hpp"
 
 namespace vanta::gui {
 
@@ -15,6 +16,16 @@ void RolloverManager::setActive(bool active) {
         mix_ = target;
         control_.markDirty();
     }
+}
+
+RolloverManager::Look RolloverManager::crossfade(const Bitmap& normal, const Bitmap& active,
+                                                 const Rect* part) {
+    if (mix_ <= 0) return {normal, alpha()};
+    if (mix_ >= 255) return {active, alpha()};
+    if (normal.isEmpty()) return {active, mix_};
+    if (!scratch_) scratch_ = control_.ui().createBitmap();
+    scratch_->crossfade(normal, active, mix_, part);
+    return {*scratch_, alpha()};
 }
 
 }  // namespace vanta::gui

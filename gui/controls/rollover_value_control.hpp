@@ -14,7 +14,7 @@ public:
     /// The opacity of the control's picture at rest.
     Property<int> restAlpha{this, 255};
 
-    const RolloverManager& rollover() const { return rollover_; }
+    RolloverManager& rollover() { return rollover_; }
 
     void mouseEnter() override;
     void mouseLeave() override;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "gui/graphics/bitmap.hpp"
 #include "gui/tree/modifiers.hpp"
 #include "gui/tree/root_control.hpp"
 #include "gui/tree/timer.hpp"
@@ -45,6 +46,8 @@ std::string UserInterface::modifierName(int modifierBit) const {
 }
 
 void UserInterface::refresh() {
+    // Grown pixels belong to one scale.
+    if (backdrop_) loadBackdrop(backdropName_);
     rootControl().refreshTree();
     onRefresh.raise(this);
     rootControl().resized();

@@ -9,6 +9,7 @@
 #include "foundation/interval_timer.hpp"
 #include "foundation/notify_event.hpp"
 #include "foundation/property.hpp"
+#include "gui/graphics/device_backing.hpp"
 #include "gui/graphics/geometry.hpp"
 #include "gui/tree/event_relay.hpp"
 #include "gui/tree/hints.hpp"
@@ -71,6 +72,9 @@ public:
     virtual RootControl& rootControl() = 0;
     /// True if the user chose Cancel.
     virtual bool showMessage(const std::string& text, int flags) = 0;
+    /// What was copied last, in UTF-8; without a platform's clipboard, within this interface.
+    virtual std::string clipboard() { return clipboard_; }
+    virtual void setClipboard(const std::string& copied) { clipboard_ = copied; }
     /// The name of a modifier as the platform's users know it, or nothing.
     virtual std::string modifierName(int modifierBit) const;
     /// All is laid out and painted anew, as after a change of scale.
@@ -104,8 +108,13 @@ public:
     /// Whether the interface is going: the tree is not to be touched any more.
     bool isDestroying() const { return destroying_; }
 
+    /// The scale of the display, and who wants to hear of it. The platform changes it and calls `refresh`.
+    DeviceBacking& deviceBacking() { return deviceBacking_; }
+    /// Puts a picture behind all controls, grown to the root's size: its right part once more on the right.
+    /// Throws EBitmap, and leaves what was there.
+    void loadBackdrop(const std::string& imageName);
     /// Draws what stands behind all controls. False if there is nothing.
-    virtual bool paintBackdrop(Canvas& /*canvas*/) { return false; }
+    virtual bool paintBackdrop(Canvas& canvas);
 
     NotifyEvent onRefresh;
     /// Whether a render thread draws the window.
@@ -131,10 +140,14 @@ private:
     SteadyIntervalTimer::Clock clock_;
     std::thread::id interfaceThread_ = std::this_thread::get_id();
     bool destroying_ = false;
+    DeviceBacking deviceBacking_;       ///< outlives all that holds pixels
+    std::unique_ptr<Bitmap> backdrop_;  ///< null until a picture is loaded
+    std::string backdropName_;
     std::vector<Component*> components_;
     std::vector<Timer*> frameTimers_;
     bool tickingFrames_ = false;
     std::shared_ptr<EventRelay> relay_;
+    std::string clipboard_;
     Hints hints_;
     MenuGuard menuGuard_;
 };

@@ -1,37 +1,27 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "foundation/resource.hpp"
+#include "gui/artwork/artwork_resources.hpp"
 #include "gui/graphics/canvas.hpp"
-#include "gui/tree/file_dialogs.hpp"
-#include "gui/tree/root_control.hpp"
+#include "gui/offscreen/offscreen_interface.hpp"
 #include "gui/tree/timer.hpp"
-#include "gui/tree/user_interface.hpp"
 
 namespace vanta::gui {
 
 class TestTimer;
 
-/// An interface without a window, whose time stands still unless told.
-class TestInterface : public UserInterface {
+/// An interface without a window, whose time stands still unless told. It finds the program's pictures.
+class TestInterface : public OffscreenInterface {
 public:
     explicit TestInterface(float width = 400.0f, float height = 300.0f);
     ~TestInterface() override { shutDown(); }
 
-    std::unique_ptr<Bitmap> createBitmap() override { std::abort(); }
-    std::unique_ptr<OpenSaveDialog> createOpenDialog() override { return nullptr; }
-    std::unique_ptr<OpenSaveDialog> createSaveDialog() override { return nullptr; }
-    std::unique_ptr<SelectFolderDialog> createSelectFolderDialog() override { return nullptr; }
-    std::unique_ptr<PopupMenu> createPopupMenu() override { std::abort(); }
-    std::unique_ptr<Text> createText() override { std::abort(); }
-    std::unique_ptr<TextEditor> createTextEditor() override { std::abort(); }
     std::unique_ptr<Timer> createTimer() override;
-    RootControl& rootControl() override { return *root; }
-    bool showMessage(const std::string&, int) override { return false; }
 
     /// Time passes, and timers tick as it does.
     void advance(int milliseconds);
@@ -108,10 +98,10 @@ public:
     int pictureAlpha = 255;
 };
 
-inline TestInterface::TestInterface(float width, float height) : UserInterface(&readClock) {
+inline TestInterface::TestInterface(float width, float height)
+    : OffscreenInterface(width, height, &readClock), root(&rootControl()) {
     now = 0;
-    root = &make<RootControl>();
-    root->bounds = Rect{0.0f, 0.0f, width, height};
+    addResources(artworkResources());
     root->takeDirtyRect();
 }
 

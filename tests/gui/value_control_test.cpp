@@ -244,6 +244,10 @@ protected:
         knob.listener = &model;
         knob.value = 2048;
         knob.onTyping.setHandler(&typing, &Counter::hear);
+        // Opaque all over.
+        for (Bitmap* picture : {knob.style().backNormal.get(), knob.style().overlayNormal.get()}) {
+            picture->setLogicalSize(60, 60);
+        }
     }
     /// Where the ring is at an angle, in degrees from the top.
     static Point ring(float degrees) {
@@ -294,7 +298,8 @@ TEST_F(KnobTest, HoversOverGripRingAndKnob) {
         EXPECT_EQ(knob.hoverState(), hover) << at.x << ' ' << at.y;
         EXPECT_EQ(knob.rollover().isActive(), hover != Hover::Outside);
     }
-    knob.style().hasOverlay = false;
+    knob.style().setImages({}, {}, {}, {}, {}, {});
+    EXPECT_EQ(knob.alphaAt(ring(0)), 255);
     EXPECT_EQ(knob.alphaAt(ring(164)), 255);
     EXPECT_EQ(knob.alphaAt(ring(180)), 0) << "the gap";
     EXPECT_EQ(knob.alphaAt({30, 30}), 0);
@@ -325,7 +330,7 @@ TEST_F(KnobTest, TurnsByItsGripButNotAcrossTheGap) {
 TEST_F(KnobTest, ResetsJumpsAndTypesWithinWholeGestures) {
     knob.defaultValue = 100;
     EXPECT_EQ(click({30, 31}, modifier::kCtrl), "begin 2048, change 100, end 100");
-    knob.style().hasOverlay = false;
+    knob.style().setImages({}, {}, {}, {}, {}, {});
     EXPECT_EQ(click(ring(90)), "begin 100, change 3277, end 3277");
     click(ring(90), modifier::kCtrl);
     EXPECT_EQ(knob.value, 100) << "a reset is not undone by its release";

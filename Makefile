@@ -8,7 +8,7 @@ ARTWORK_PACKAGES = python3-cairo python3-gi-cairo gir1.2-pango-1.0
 WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
-.PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz preset-table artwork \
+.PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz preset-table artwork gallery \
         artwork-sheet clean
 
 build: setup
@@ -66,6 +66,10 @@ fuzz: setup
 	   -DVANTA_SANITIZE=fuzzer-no-link,address,undefined -DVANTA_BENCH=OFF -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build/fuzz --parallel $(JOBS) --target fuzz_programs
 	@tests/fuzz/run.sh build/fuzz $(FUZZ_SECONDS)
+
+gallery: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
+	@cmake --build build --parallel $(JOBS) --target vanta-gallery
 
 # Takes a minute: plays the demonstration song through all factory presets.
 preset-table: build

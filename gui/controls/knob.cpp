@@ -140,17 +140,7 @@ bool Knob::wheel(WheelPhase phase, Point /*point*/, int modifiers, const WheelMo
     // A short row of values that begins right of the top runs downwards for the eye.
     if (steps() < kManySteps && startOffset - sweep / 2.0f > 0.0f) sign = -1.0f;
     const int delta = mapper_.wheel(phase, modifiers, sign * move.amount.y, sign * move.pixels.y);
-    switch (phase) {
-        case WheelPhase::Begin:
-            if (!isChanging()) beginEndChange(GesturePhase::Begin, 0);
-            break;
-        case WheelPhase::Move:
-            if (isChanging()) beginEndChange(GesturePhase::Change, delta);
-            break;
-        case WheelPhase::End:
-            if (isChanging()) beginEndChange(GesturePhase::End, 0);
-            break;
-    }
+    wheelGesture(phase, delta);
     return true;
 }
 

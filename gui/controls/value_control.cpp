@@ -173,6 +173,20 @@ void ValueControl::jumpTo(int target) {
     jumping_ = false;
 }
 
+void ValueControl::wheelGesture(WheelPhase phase, int delta) {
+    switch (phase) {
+        case WheelPhase::Begin:
+            if (!changing_) beginEndChange(GesturePhase::Begin, 0);
+            break;
+        case WheelPhase::Move:
+            if (changing_) beginEndChange(GesturePhase::Change, delta);
+            break;
+        case WheelPhase::End:
+            if (changing_) beginEndChange(GesturePhase::End, 0);
+            break;
+    }
+}
+
 void ValueControl::changeTo(int target) {
     if (changing_) return;
     beginEndChange(GesturePhase::Begin, 0);

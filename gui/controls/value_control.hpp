@@ -103,6 +103,8 @@ protected:
     virtual void beginTyping() { onTyping.raise(this); }
     /// A change within a gesture that does not travel: the listener is not asked how far it may go.
     void jumpTo(int target);
+    /// The part of a gesture that a phase of the wheel is, `delta` steps for a move.
+    void wheelGesture(WheelPhase phase, int delta);
     int clamped(std::int64_t unlimited) const;
 
 private:

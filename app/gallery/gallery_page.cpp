@@ -1,0 +1,37 @@
+#include "app/gallery/gallery_page.hpp"
+
+#include "app/gallery/section.hpp"
+#include "foundation/resource.hpp"
+#include "gui/artwork/artwork_resources.hpp"
+#include "gui/controls/image.hpp"
+#include "gui/tree/root_control.hpp"
+#include "gui/tree/user_interface.hpp"
+
+namespace vanta::gallery {
+namespace {
+
+void addTitleBar(const Workshop& shop) {
+    auto& bar = shop.ui().make<gui::Image>();
+    bar.stretchMode = gui::Image::StretchMode::Stretched;
+    bar.tile = 100.0f;
+    bar.load("LogoBar");
+    bar.bounds = gui::Rect::ofSize(0.0f, 0.0f, kPageWidth, 48.0f);
+    bar.parent = &shop.parent;
+}
+
+}  // namespace
+
+void buildGallery(gui::UserInterface& ui) {
+    addResources(gui::artworkResources());
+    ui.loadBackdrop("Background");
+    const Workshop shop{ui.rootControl(), ui.make<gui::Animator>(), ui.make<gui::ValueEntry>()};
+    shop.animator.framesPerSecond = 60;
+    shop.animator.running = true;
+    addTitleBar(shop);
+    addKnobs(shop, {20.0f, 74.0f});
+    addButtons(shop, {20.0f, 208.0f});
+    addLabels(shop, {20.0f, 390.0f});
+    addSliders(shop, {612.0f, 74.0f});
+}
+
+}  // namespace vanta::gallery

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace vanta::gui {
+class UserInterface;
+}
+
+namespace vanta::gallery {
+
+/// Of the page, in logical units.
+inline constexpr float kPageWidth = 800.0f;
+inline constexpr float kPageHeight = 480.0f;
+
+/// Fills an empty interface of the page's size with all controls. The interface owns them.
+void buildGallery(gui::UserInterface& ui);
+
+}  // namespace vanta::gallery

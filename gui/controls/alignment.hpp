@@ -1,5 +1,7 @@
 #pragma once
 
+#include "gui/graphics/text.hpp"
+
 namespace vanta::gui {
 
 /// Where something stands on a line.
@@ -16,6 +18,11 @@ inline float alignedOffset(Alignment alignment, float room, float length, float 
             break;
     }
     return margin;
+}
+
+/// Where one line of text is drawn so that its capitals stand in the middle of `room`.
+inline float centredTop(Text& text, float room) {
+    return (room - text.height()) / 2.0f - text.baselineOffset();
 }
 
 }  // namespace vanta::gui

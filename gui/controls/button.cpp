@@ -1,7 +1,5 @@
 #include "gui/controls/button.hpp"
 
-#include <utility>
-
 #include "gui/controls/picture.hpp"
 #include "gui/tree/root_control.hpp"
 #include "gui/tree/user_interface.hpp"
@@ -134,12 +132,6 @@ void Button::mouseUp(int button, Point point, int modifiers) {
     const std::shared_ptr<EventRelay> relay = ui().relay();
     RolloverValueControl::mouseUp(button, point, modifiers);
     if (isOurs && relay->isOpen()) beginEndChange(GesturePhase::End, 0);
-}
-
-/// A press that is lost switches nothing, except back.
-void Button::cancelMouse() {
-    if (std::exchange(holding_, false)) on = false;
-    RolloverValueControl::cancelMouse();
 }
 
 bool Button::keyDown(const KeyPress& key) {

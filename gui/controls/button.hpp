@@ -68,7 +68,6 @@ public:
     void mouseUp(int button, Point point, int modifiers) override;
     void mouseEnter() override;
     void mouseLeave() override;
-    void cancelMouse() override;
     bool keyDown(const KeyPress& key) override;
     void linkRemoved(Component* other) override;
     void propertyChanged(AbstractProperty& property) override;

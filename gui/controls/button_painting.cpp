@@ -93,7 +93,7 @@ void Button::paintTexts(Canvas& canvas) {
     if (textAlignment == Alignment::Center) x += textOffset;
     const int opacity = textOverrideAlpha >= 0 ? textOverrideAlpha.value() : faded(textRestAlpha);
     for (const auto& text : texts_) {
-        canvas.drawText(*text, {x, (localBounds().height() - text->height()) / 2.0f}, opacity);
+        canvas.drawText(*text, {x, centredTop(*text, localBounds().height())}, opacity);
         x += text->width() + lineSpacing;
     }
 }

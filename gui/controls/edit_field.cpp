@@ -152,7 +152,7 @@ void EditField::paint(Canvas& canvas) {
     canvas.clip = inner.intersected(canvas.clip);
     style_->text = line_.text();
     const float left = textLeft();
-    const float top = std::max((localBounds().height() - style_->height()) / 2.0f, 0.0f);
+    const float top = centredTop(*style_, localBounds().height());
     const float from = widthTo(line_.selectionStart()), to = widthTo(line_.selectionEnd());
     canvas.fillRect({left + from, inner.top + 1.0f, left + to, inner.bottom - 1.0f}, kSelectionColor);
     canvas.drawText(*style_, {left, top});

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "gui/controls/alignment.hpp"
 #include "gui/controls/picture.hpp"
 #include "gui/tree/user_interface.hpp"
 
@@ -67,7 +68,7 @@ float ImageLabel::fittingWidth() {
 void ImageLabel::paint(Canvas& canvas) {
     const Rect& all = localBounds();
     canvas.drawStretched(*bitmap_, all, bitmap_->logicalRect());
-    canvas.drawText(*text_, {(all.width() - text_->width()) / 2.0f, (all.height() - text_->height()) / 2.0f});
+    canvas.drawText(*text_, {(all.width() - text_->width()) / 2.0f, centredTop(*text_, all.height())});
 }
 
 }  // namespace vanta::gui

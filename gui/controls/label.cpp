@@ -82,7 +82,7 @@ void MultiLabel::paintLines(Canvas& canvas, std::vector<std::unique_ptr<Text>>& 
     const float all = step * static_cast<float>(texts.size() - 1) + texts.front()->height();
     const float room = localBounds().height();
     float y = topMargin;
-    if (layout == Layout::Middle) y = (room - all) / 2.0f;
+    if (layout == Layout::Middle) y = (room - all) / 2.0f - texts.front()->baselineOffset();
     if (layout == Layout::Bottom) y = room - bottomMargin - all;
     for (const auto& text : texts) {
         const float x = alignedOffset(alignment, localBounds().width(), text->width());

@@ -135,11 +135,6 @@ void Switch::mouseUp(int button, Point point, int modifiers) {
     RolloverValueControl::mouseUp(button, point, modifiers);
 }
 
-void Switch::cancelMouse() {
-    pressedTrack_ = false;
-    RolloverValueControl::cancelMouse();
-}
-
 void Switch::mouseLeave() {
     thumbRollover_.setActive(dragging_);
     RolloverValueControl::mouseLeave();

@@ -50,7 +50,6 @@ public:
     void mouseMove(Point point, int modifiers) override;
     void mouseUp(int button, Point point, int modifiers) override;
     void mouseLeave() override;
-    void cancelMouse() override;
     bool wheel(WheelPhase phase, Point point, int modifiers, const WheelMove& move) override;
     void resized() override;
     void propertyChanged(AbstractProperty& property) override;

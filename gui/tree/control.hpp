@@ -151,7 +151,7 @@ public:
     /// True if the control has used the key; else its parent is asked.
     virtual bool keyDown(const KeyPress& /*key*/) { return false; }
     virtual void focusChanged(bool /*hasFocus*/) {}
-    /// What the focus ring surrounds.
+    /// What the focus ring surrounds; empty for no ring.
     virtual Rect focusBounds() { return localBounds_; }
     /// Makes `control`, a child or this control itself, the one whose keys these are; null takes the focus
     /// away from the whole tree.

@@ -98,7 +98,9 @@ void RootControl::drawTree(Canvas& canvas) {
 Rect RootControl::focusRingBounds() const {
     Control* control = focusedControl();
     if (!control || !control->isReachable()) return {};
-    return outset(control->toWindow(control->focusBounds()), kRingGap + kRingWidth + kRingEdge);
+    const Rect surrounded = control->focusBounds();
+    if (surrounded.isEmpty()) return {};
+    return outset(control->toWindow(surrounded), kRingGap + kRingWidth + kRingEdge);
 }
 
 void RootControl::focusRingMoved() {

@@ -3,11 +3,15 @@
 #include <functional>
 
 #include "gui/animation/animator.hpp"
+#include "gui/controls/control_bar.hpp"
 #include "gui/controls/edit_field.hpp"
 #include "gui/controls/image.hpp"
 #include "gui/controls/knob.hpp"
 #include "gui/controls/label.hpp"
+#include "gui/controls/light.hpp"
+#include "gui/controls/popup_button.hpp"
 #include "gui/controls/select_button.hpp"
+#include "gui/controls/shape.hpp"
 #include "gui/controls/switch.hpp"
 #include "gui/controls/text_editor.hpp"
 #include "gui/controls/toggle_button.hpp"
@@ -415,6 +419,84 @@ TEST_F(ControlsTest, FieldEditsWholeCharacters) {
     EXPECT_FALSE(ui.root->platformKey({Key::Character, modifier::kCtrl, U's'})) << "the host's";
 }
 
+TEST_F(ControlsTest, PanelOpensByClickOrRestingPointer) {
+    auto& button = make<PopupButton>({0, 0, 60, 40});
+    auto& panel = make<Control>({0, 40, 100, 100});
+    button.panel = &panel;
+    button.popupHeight = 20;
+    EXPECT_FALSE(panel.visible);
+    click({5, 5});
+    EXPECT_FALSE(panel.visible) << "the upper part is not hit";
+    click({5, 25});
+    EXPECT_TRUE(panel.visible);
+    click({5, 25});
+    EXPECT_FALSE(panel.visible);
+    move({200, 200});
+
+    button.popupBehavior = PopupButton::PopupBehavior::Hover;
+    move({5, 25});
+    ui.advance(149);
+    EXPECT_FALSE(panel.visible);
+    move({200, 200});
+    ui.advance(300);
+    EXPECT_FALSE(panel.visible) << "the pointer did not rest";
+    move({5, 25});
+    ui.advance(150);
+    EXPECT_TRUE(panel.visible);
+    move({50, 80});
+    ui.advance(1000);
+    EXPECT_TRUE(panel.visible) << "over the panel";
+    move({200, 200});
+    ui.advance(150);
+    EXPECT_FALSE(panel.visible);
+    ui.menuGuard().opened();
+    ui.menuGuard().closed();
+    move({5, 25});
+    ui.advance(1000);
+    EXPECT_FALSE(panel.visible) << "a menu has just closed here";
+    delete &panel;
+    click({5, 25});
+}
+
+TEST_F(ControlsTest, BarKeepsItsChildrenInARow) {
+    auto& bar = make<ControlBar>({0, 0, 200, 30});
+    bar.spacing = 4.0f;
+    bar.margin = 10.0f;
+    Control* children[3];
+    for (Control*& child : children) {
+        child = &ui.make<Control>();
+        child->bounds = Rect::ofSize(0, 0, 20, 10);
+        child->parent = &bar;
+    }
+    const auto lefts = [&] {
+        return std::vector{children[0]->bounds.value().left, children[1]->bounds.value().left,
+                           children[2]->bounds.value().left};
+    };
+    EXPECT_THAT(lefts(), ElementsAre(10, 34, 58));
+    EXPECT_EQ(children[1]->bounds.value().top, 10) << "in the middle";
+    children[0]->setWidth(40);
+    EXPECT_THAT(lefts(), ElementsAre(10, 54, 78));
+    children[1]->visible = false;
+    EXPECT_EQ(children[2]->bounds.value().left, 54);
+    bar.reverse = true;
+    EXPECT_EQ(children[0]->bounds.value().right, 190);
+    bar.setWidth(300);
+    EXPECT_EQ(children[0]->bounds.value().right, 290);
+    bar.layout = ControlBar::Layout::Column;
+    EXPECT_EQ(children[0]->bounds.value(), Rect::ofSize(130, 10, 40, 10));
+}
+
+TEST_F(ControlsTest, LampFlashesForAMoment) {
+    auto& light = make<Light>({0, 0, 14, 14});
+    light.flash();
+    ui.advance(60);
+    light.flash();
+    ui.advance(60);
+    EXPECT_EQ(light.brightness(), 255) << "begun anew";
+    ui.advance(40);
+    EXPECT_EQ(light.brightness(), 0);
+}
+
 TEST_F(ControlsTest, BackdropGrowsWithItsRightPart) {
     EXPECT_THROW(ui.loadBackdrop("NoSuchPicture"), std::exception);
     ui.loadBackdrop("LightOn");  // 14 wide
@@ -544,6 +626,18 @@ TEST_P(ControlPictures, SlidersAndLabels) {
     auto& wide = place<Image>(165, 50, 70, 20);
     wide.stretchMode = Image::StretchMode::Stretched;
     wide.load("ButtonBarNormal");
+    auto& lamp = ui.make<Light::Style>();
+    lamp.setImages("LightOff", "LightOn");
+    place<Light>(190, 30, 14, 14, nullptr, &lamp).on = true;
+    place<Light>(210, 30, 14, 14, nullptr, &lamp);
+    auto& shape = place<Shape>(165, 80, 30, 30);
+    shape.gradient = Gradient(Color{0x83, 0x98, 0xEE, 255}, Color{0x2A, 0x34, 0x5C, 0});
+    shape.borderColor = Color{0x41, 0x49, 0x58, 255};
+    shape.borderWidth = 1.0f;
+    auto& frame = place<Shape>(205, 80, 30, 30);
+    frame.kind = Shape::Kind::Frame;
+    frame.borderColor = Color{0x41, 0x49, 0x58, 255};
+    frame.borderWidth = 2.0f;
     expectLooks("sliders");
 }
 

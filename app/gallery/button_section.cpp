@@ -36,7 +36,7 @@ Button::Style& makeSelectKind(const Workshop& shop, const std::string& kind) {
 
 template <typename Kind>
 Kind& addButton(const Workshop& shop, Button::Style& style, const Rect& at, const std::string& caption) {
-    auto& button = shop.ui().make<Kind>(&shop.animator, &style);
+    auto& button = shop.ui().make<Kind>(shop.animator, &style);
     button.bounds = at;
     button.parent = &shop.parent;
     button.accessibleName = caption;

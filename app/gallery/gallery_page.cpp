@@ -19,17 +19,23 @@ void addTitleBar(const Workshop& shop) {
     bar.parent = &shop.parent;
 }
 
+gui::Animator& makeAnimator(gui::UserInterface& ui) {
+    auto& animator = ui.make<gui::Animator>();
+    animator.framesPerSecond = 60;
+    animator.running = true;
+    return animator;
+}
+
 }  // namespace
 
-void buildGallery(gui::UserInterface& ui) {
+void buildGallery(gui::UserInterface& ui, bool animated) {
     addResources(gui::artworkResources());
     ui.loadBackdrop("Background");
-    const Workshop shop{ui.rootControl(), ui.make<gui::Animator>(), ui.make<gui::ValueEntry>()};
-    shop.animator.framesPerSecond = 60;
-    shop.animator.running = true;
+    const Workshop shop{ui.rootControl(), animated ? &makeAnimator(ui) : nullptr, ui.make<gui::ValueEntry>()};
     addTitleBar(shop);
     addKnobs(shop, {20.0f, 74.0f});
     addButtons(shop, {20.0f, 208.0f});
+    addPanels(shop, {440.0f, 90.0f});
     addLabels(shop, {20.0f, 390.0f});
     addSliders(shop, {612.0f, 74.0f});
 }

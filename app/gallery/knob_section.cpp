@@ -32,7 +32,7 @@ const Decibels kDecibels;
 
 gui::Knob& addKnob(const Workshop& shop, gui::Knob::Style& style, const std::string& caption,
                    const gui::Rect& at, float position) {
-    auto& knob = shop.ui().make<gui::Knob>(&shop.animator, &style);
+    auto& knob = shop.ui().make<gui::Knob>(shop.animator, &style);
     knob.bounds = at;
     knob.parent = &shop.parent;
     knob.text = &kDecibels;

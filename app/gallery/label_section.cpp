@@ -1,6 +1,8 @@
 #include "app/gallery/section.hpp"
 #include "gui/controls/edit_field.hpp"
 #include "gui/controls/image.hpp"
+#include "gui/controls/light.hpp"
+#include "gui/controls/shape.hpp"
 #include "gui/tree/user_interface.hpp"
 
 namespace vanta::gallery {
@@ -26,6 +28,22 @@ void addTexts(const Workshop& shop, gui::Point at) {
         label.parent = &shop.parent;
         y += 24.0f;
     }
+}
+
+void addLights(const Workshop& shop, gui::Point at) {
+    auto& style = shop.ui().make<gui::Light::Style>();
+    style.setImages("LightOff", "LightOn");
+    for (const bool on : {false, true}) {
+        auto& light = shop.ui().make<gui::Light>(shop.animator, &style);
+        light.on = on;
+        light.bounds = gui::Rect::ofSize(at.x + (on ? 18.0f : 0.0f), at.y, 14.0f, 14.0f);
+        light.parent = &shop.parent;
+    }
+    auto& shade = shop.ui().make<gui::Shape>();
+    shade.gradient = gui::Gradient(gui::Color::of(0xFFEE9883), gui::Color::of(0x00EE9883));
+    shade.direction = gui::Shape::Direction::Right;
+    shade.bounds = gui::Rect::ofSize(at.x + 40.0f, at.y, 80.0f, 14.0f);
+    shade.parent = &shop.parent;
 }
 
 }  // namespace
@@ -55,11 +73,7 @@ void addLabels(const Workshop& shop, gui::Point at) {
     field.line().setText("Typed into");
     field.bounds = gui::Rect::ofSize(at.x + 390.0f, at.y + 6.0f, 120.0f, 20.0f);
     field.parent = &shop.parent;
-    for (const auto& [name, x] : {std::pair{"LightOff", 390.0f}, std::pair{"LightOn", 408.0f}}) {
-        auto& light = shop.ui().make<gui::Image>(name);
-        light.setPosition({at.x + x, at.y + 38.0f});
-        light.parent = &shop.parent;
-    }
+    addLights(shop, {at.x + 390.0f, at.y + 40.0f});
 }
 
 }  // namespace vanta::gallery

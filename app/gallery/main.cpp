@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
         }
         gui::OffscreenInterface ui(gallery::kPageWidth, gallery::kPageHeight);
         ui.deviceBacking().setScale(options.scale);
-        gallery::buildGallery(ui);
+        gallery::buildGallery(ui, false);
         ui.drainRelay();
         gui::writePng(*ui.picture(), options.screenshot);
         return 0;

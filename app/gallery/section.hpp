@@ -12,7 +12,7 @@ namespace vanta::gallery {
 /// What all parts of the page use.
 struct Workshop {
     gui::Control& parent;
-    gui::Animator& animator;
+    gui::Animator* animator;  ///< null: all changes at once
     gui::ValueEntry& entry;
 
     gui::UserInterface& ui() const { return parent.ui(); }
@@ -41,6 +41,7 @@ private:
 void addKnobs(const Workshop& shop, gui::Point at);
 void addButtons(const Workshop& shop, gui::Point at);
 void addSliders(const Workshop& shop, gui::Point at);
+void addPanels(const Workshop& shop, gui::Point at);
 void addLabels(const Workshop& shop, gui::Point at);
 
 }  // namespace vanta::gallery

@@ -7,7 +7,7 @@ namespace {
 
 gui::Switch& addSlider(const Workshop& shop, gui::Switch::Style& style, const std::string& name,
                        const gui::Rect& at) {
-    auto& slider = shop.ui().make<gui::Switch>(&shop.animator, &style);
+    auto& slider = shop.ui().make<gui::Switch>(shop.animator, &style);
     slider.bounds = at;
     slider.parent = &shop.parent;
     slider.accessibleName = name;

@@ -6,6 +6,7 @@
 #include "gui/controls/control_bar.hpp"
 #include "gui/controls/edit_field.hpp"
 #include "gui/controls/image.hpp"
+#include "gui/controls/image_select_button.hpp"
 #include "gui/controls/knob.hpp"
 #include "gui/controls/label.hpp"
 #include "gui/controls/light.hpp"
@@ -458,6 +459,35 @@ TEST_F(ControlsTest, PanelOpensByClickOrRestingPointer) {
     click({5, 25});
 }
 
+TEST_F(ControlsTest, GridOfPicturesIsPickedFrom) {
+    auto& select = make<ImageSelectButton>({380, 270, 400, 290});
+    select.setPictures("DisplayIconsOff", "DisplayIconsOn", 5);
+    select.columns = 3;
+    EXPECT_EQ(select.maximum, 4);
+    click({385, 275});
+    ASSERT_NE(select.menu(), nullptr);
+    take();
+    const Rect last = select.menu()->cellBounds(4);
+    EXPECT_EQ(last.width(), 24.0f);
+    EXPECT_TRUE(ui.root->localBounds().contains({last.right, last.bottom})) << "within the window";
+    click({last.left + 5, last.top + 5});
+    EXPECT_THAT(take(), ElementsAre("begin 0", "change 4", "end 4"));
+    ui.drainRelay();
+    EXPECT_EQ(select.menu(), nullptr);
+    EXPECT_EQ(ui.root->focusedControl(), &select);
+    key(Key::Return);
+    for (const Key step : {Key::Up, Key::Left, Key::Left, Key::Return}) key(step);
+    EXPECT_EQ(select.value, 0);
+    ui.drainRelay();
+    key(Key::Return);
+    key(Key::Down);
+    key(Key::Escape);
+    EXPECT_EQ(select.value, 0);
+    click({5, 5});
+    ui.drainRelay();
+    EXPECT_EQ(select.menu(), nullptr);
+}
+
 TEST_F(ControlsTest, BarKeepsItsChildrenInARow) {
     auto& bar = make<ControlBar>({0, 0, 200, 30});
     bar.spacing = 4.0f;
@@ -622,7 +652,6 @@ TEST_P(ControlPictures, SlidersAndLabels) {
     lines.enabledLook = false;
     auto& tag = place<ImageLabel>(165, 4, 60, 16, "PeakLabelBackground");
     tag.text().text = "-0.3";
-    place<Image>(170, 30, 0, 0, "LightOn");
     auto& wide = place<Image>(165, 50, 70, 20);
     wide.stretchMode = Image::StretchMode::Stretched;
     wide.load("ButtonBarNormal");

@@ -1,0 +1,147 @@
+#include "gui/x11/x11_interface.hpp"
+
+#include <cmath>
+#include <cstdio>
+#include <stdexcept>
+
+#include "gui/graphics/bitmap.hpp"
+#include "gui/text/x11_text.hpp"
+#include "gui/tree/file_dialogs.hpp"
+#include "gui/x11/native_x11_control.hpp"
+#include "gui/x11/x11_popup_menu.hpp"
+#include "gui/x11/x11_timer.hpp"
+
+namespace vanta::gui {
+namespace {
+
+constexpr float kDpiOfScale1 = 96.0f;
+
+}  // namespace
+
+float snappedScale(float scale) {
+    if (scale > 1.6f) return 2.0f;
+    return scale > 1.4f ? 1.5f : 1.0f;
+}
+
+X11Interface::X11Interface(const X11Settings& settings)
+    : session_(std::make_shared<X11Session>(settings.displayName)),
+      timers_(std::make_unique<X11Timers>()),
+      scaleOverride_(settings.scale) {
+    openDescriptors();
+    try {
+        const float wanted = scaleOverride_ > 0.0f ? scaleOverride_ : session_->display.dpi() / kDpiOfScale1;
+        session_->backing.setScale(snappedScale(wanted));
+        // The interface deletes it, as all components.
+        root_ = new NativeX11Control(*this, *session_, settings.parentWindow, settings.title);
+        root_->bounds = Rect{0.0f, 0.0f, settings.width, settings.height};
+    } catch (...) {
+        shutDown();
+        closeDescriptors();
+        throw;
+    }
+}
+
+X11Interface::~X11Interface() {
+    root_->shutdownRendering();
+    shutDown();
+    closeDescriptors();
+}
+
+std::unique_ptr<Bitmap> X11Interface::createBitmap() {
+    return std::make_unique<Bitmap>(session_->backing);
+}
+
+std::unique_ptr<OpenSaveDialog> X11Interface::createOpenDialog() {
+    return nullptr;
+}
+
+std::unique_ptr<OpenSaveDialog> X11Interface::createSaveDialog() {
+    return nullptr;
+}
+
+std::unique_ptr<SelectFolderDialog> X11Interface::createSelectFolderDialog() {
+    return nullptr;
+}
+
+std::unique_ptr<PopupMenu> X11Interface::createPopupMenu() {
+    return std::make_unique<X11PopupMenu>(*this, session_);
+}
+
+std::unique_ptr<Text> X11Interface::createText() {
+    return std::make_unique<X11Text>(session_->backing);
+}
+
+std::unique_ptr<TextEditor> X11Interface::createTextEditor() {
+    throw std::logic_error("this platform has no text editor");
+}
+
+std::unique_ptr<Timer> X11Interface::createTimer() {
+    return std::make_unique<X11Timer>(*this, *timers_);
+}
+
+RootControl& X11Interface::rootControl() {
+    return *root_;
+}
+
+bool X11Interface::showMessage(const std::string& text, int flags) {
+    std::fprintf(stderr, "%s\n", text.c_str());
+    return (flags & kWithCancel) != 0;
+}
+
+void X11Interface::show() {
+    root_->show();
+    XFlush(session_->display.get());
+}
+
+void X11Interface::hide() {
+    root_->hide();
+    XFlush(session_->display.get());
+}
+
+unsigned long X11Interface::window() const {
+    return root_->window();
+}
+
+bool X11Interface::isOpen() const {
+    return root_->window() != kNoXid && !session_->display.isBroken();
+}
+
+DeviceBacking& X11Interface::deviceBacking() {
+    return session_->backing;
+}
+
+void X11Interface::setScaleOverride(float scale) {
+    scaleOverride_ = scale;
+    if (scale > 0.0f) {
+        applyScale(scale);
+    } else {
+        desktopScaleChanged();
+    }
+}
+
+void X11Interface::desktopScaleChanged() {
+    if (scaleOverride_ <= 0.0f) applyScale(session_->display.dpi() / kDpiOfScale1);
+}
+
+/// The window keeps its logical size and gets other pixels.
+void X11Interface::applyScale(float scale) {
+    const float snapped = snappedScale(scale);
+    if (snapped == session_->backing.scale()) return;
+    const RootControl::MessageScope scope(*root_);
+    session_->backing.setScale(snapped);
+    refresh();
+    if (scope.rootIsAlive()) root_->markDirty();
+}
+
+void X11Interface::windowLost() {
+    if (closed_) return;
+    closed_ = true;
+    onClose.raise(this);
+}
+
+void X11Interface::closeRequested() {
+    quit_ = true;
+    onClose.raise(this);
+}
+
+}  // namespace vanta::gui

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "gui/graphics/device_backing.hpp"
+#include "gui/tree/user_interface.hpp"
+
+union _XEvent;
+
+namespace vanta::gui {
+
+class X11Control;
+class X11Timers;
+struct X11Session;
+
+/// How an interface appears.
+struct X11Settings {
+    unsigned long parentWindow = 0;  ///< of a host, to live in; 0 for a window of its own
+    std::string title;
+    float width = 640.0f;  ///< logical units
+    float height = 480.0f;
+    float scale = 0.0f;  ///< device pixels of a logical unit, snapped to 1, 1.5 or 2; 0: as the desktop wants
+    std::string displayName;  ///< empty for the environment's
+};
+
+/// An interface in a window of X. A program of its own calls `run`; a plug-in has its host call `idle`
+/// whenever `fd` can be read, and every 16 to 20 milliseconds at least. All on the thread that makes it.
+///
+/// Nothing here ends the process: a window that its parent takes along, or a server that goes, closes the
+/// interface, which then is to be deleted.
+class X11Interface : public UserInterface {
+public:
+    /// Throws std::runtime_error if there is no display, or no such parent.
+    explicit X11Interface(const X11Settings& settings);
+    ~X11Interface() override;
+
+    std::unique_ptr<Bitmap> createBitmap() override;
+    /// Null: the platform brings no file dialogs so far.
+    std::unique_ptr<OpenSaveDialog> createOpenDialog() override;
+    std::unique_ptr<OpenSaveDialog> createSaveDialog() override;
+    std::unique_ptr<SelectFolderDialog> createSelectFolderDialog() override;
+    std::unique_ptr<PopupMenu> createPopupMenu() override;
+    std::unique_ptr<Text> createText() override;
+    /// Throws std::logic_error: the platform brings no text editor so far.
+    std::unique_ptr<TextEditor> createTextEditor() override;
+    std::unique_ptr<Timer> createTimer() override;
+    RootControl& rootControl() override;
+    /// Writes the text to the standard error stream, and answers Cancel where that is a choice: nobody could
+    /// agree.
+    bool showMessage(const std::string& text, int flags) override;
+
+    /// The user, a window manager or the loss of the window wants the interface closed.
+    NotifyEvent onClose;
+
+    void show();
+    void hide();
+    /// The window's number, for a host; 0 once it has been destroyed.
+    unsigned long window() const;
+    /// The window and the connection to the server are there.
+    bool isOpen() const;
+    DeviceBacking& deviceBacking();
+    /// Snapped as in the settings; 0 follows the desktop again.
+    void setScaleOverride(float scale);
+
+    /// Returns when the interface is closed or `quit` is called.
+    void run();
+    void quit() { quit_ = true; }
+    /// As `run`, inside a handler, until `done`: the root's lock is given away meanwhile. Afterwards the
+    /// interface may have gone, as the relay knows.
+    void runNested(const std::function<bool()>& done);
+    /// Can be read when something has happened.
+    int fd() const { return poll_; }
+    /// Deals with all that has happened or is due, and returns. Afterwards the interface may have gone.
+    void idle();
+
+protected:
+    void wake() override;
+
+private:
+    friend class X11Control;
+    friend class X11PopupMenu;
+
+    void openDescriptors();
+    void closeDescriptors();
+    void wait();
+    std::int64_t nextWake(std::int64_t now) const;
+    void handleEvents();
+    void dispatch(_XEvent& event);
+    void dispatchInput(_XEvent& event);
+    void runTimers(std::int64_t now);
+    void drain();
+    void frameIfDue(std::int64_t now);
+    void desktopScaleChanged();
+    void applyScale(float scale);
+    void windowLost();
+    void closeRequested();
+
+    std::shared_ptr<X11Session> session_;
+    std::unique_ptr<X11Timers> timers_;
+    float scaleOverride_;
+    X11Control* root_ = nullptr;
+    int wakeUp_ = -1;
+    int poll_ = -1;
+    bool quit_ = false;
+    bool closed_ = false;
+    std::int64_t lastFrame_ = 0;
+};
+
+/// To the scales that pictures are made for: above 1.6 it is 2, above 1.4 it is 1.5, else 1.
+float snappedScale(float scale);
+
+}  // namespace vanta::gui

@@ -69,7 +69,7 @@ void X11Control::frame() {
 void X11Control::applySize() {
     if (!newSize_) return;
     const DevicePoint size = *std::exchange(newSize_, std::nullopt);
-    if (size != windowSize_) follow(size);
+    if (size != windowSize_ || size != deviceSize()) follow(size);
 }
 
 /// The window has this size already; the tree gets it.
@@ -82,19 +82,29 @@ void X11Control::follow(DevicePoint size) {
     if (scope.rootIsAlive()) followingServer_ = false;
 }
 
-void X11Control::resized() {
+DevicePoint X11Control::deviceSize() const {
     const float scale = session_.backing.scale();
-    const DevicePoint size{std::max(1, toDevice(localBounds().right, scale)),
-                           std::max(1, toDevice(localBounds().bottom, scale))};
+    return {std::max(1, toDevice(localBounds().right, scale)),
+            std::max(1, toDevice(localBounds().bottom, scale))};
+}
+
+void X11Control::resized() {
+    const DevicePoint size = deviceSize();
     deviceSizeChanged(size);
-    // In full screen the monitor decides.
-    if (!followingServer_ && window_ != kNoXid && storedWindow_ == kNoXid && size != windowSize_) {
-        windowSize_ = size;
-        newSize_.reset();
-        resizeRequest_ = NextRequest(display());
-        XResizeWindow(display(), window_, static_cast<unsigned>(size.x), static_cast<unsigned>(size.y));
-    }
+    if (!followingServer_ && window_ != kNoXid && size != windowSize_) resizeWindow(size);
     RootControl::resized();
+}
+
+void X11Control::resizeWindow(DevicePoint size) {
+    if (storedWindow_ != kNoXid) {
+        // In full screen the monitor decides: the tree comes back to it.
+        newSize_ = windowSize_;
+        return;
+    }
+    windowSize_ = size;
+    newSize_.reset();
+    resizeRequest_ = NextRequest(display());
+    XResizeWindow(display(), window_, static_cast<unsigned>(size.x), static_cast<unsigned>(size.y));
 }
 
 void X11Control::enterFullScreen() {

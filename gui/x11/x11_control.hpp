@@ -56,6 +56,8 @@ private:
     Point toLogical(Point device) const;
     void attach(Window window);
     void lost(Window window);
+    DevicePoint deviceSize() const;
+    void resizeWindow(DevicePoint size);
     void follow(DevicePoint size);
     void applySize();
     void flushMove();

@@ -119,6 +119,10 @@ void X11Interface::dispatch(XEvent& event) {
         if (event.xproperty.atom == XA_RESOURCE_MANAGER) desktopScaleChanged();
         return;
     }
+    if (event.type == MappingNotify) {
+        XRefreshKeyboardMapping(&event.xmapping);
+        return;
+    }
     // Events of the tree of windows tell whose they are by another field.
     X11EventTarget* target = x.target(event.xany.window);
     if (!target) return;

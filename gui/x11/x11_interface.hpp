@@ -52,7 +52,8 @@ public:
     /// agree.
     bool showMessage(const std::string& text, int flags) override;
 
-    /// The user, a window manager or the loss of the window wants the interface closed.
+    /// The user, a window manager or the loss of the window wants the interface closed. Whoever hears it
+    /// deletes the interface later, by a deferred call or after `run` or `idle`.
     NotifyEvent onClose;
 
     void show();

@@ -49,7 +49,7 @@ void X11Pointer::select(Window window) {
     std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits{};
     for (const int event :
          {XI_ButtonPress, XI_ButtonRelease, XI_Motion, XI_Enter, XI_Leave, XI_DeviceChanged}) {
-        XISetMask(bits.data(), event);
+        bits[static_cast<std::size_t>(event) / 8] |= static_cast<unsigned char>(1 << event % 8);
     }
     XIEventMask mask{XIAllMasterDevices, static_cast<int>(bits.size()), bits.data()};
     XISelectEvents(display_.get(), window, &mask, 1);

@@ -11,7 +11,10 @@
 #include "gui/controls/popup_menu.hpp"
 #include "gui/graphics/bitmap.hpp"
 #include "gui/x11/wheel_meter.hpp"
+#include "gui/x11/x11_bitmap.hpp"
 #include "gui/x11/x11_pointer.hpp"
+#include "gui/x11/x11_session.hpp"
+#include "gui/x11/x11_window.hpp"
 #include "tests/gui/test_interface.hpp"
 
 namespace vanta::gui {
@@ -286,6 +289,11 @@ TEST_F(X11Test, FullScreenCoversTheMonitorAndEscapeLeavesIt) {
     EXPECT_NE(ui->window(), inside);
     EXPECT_EQ(ui->rootControl().localBounds(), (Rect{0.0f, 0.0f, 1024.0f, 768.0f}));
     expectPictureOnScreen();
+    ui->setScaleOverride(2.0f);
+    expectPictureOnScreen();
+    EXPECT_EQ(ui->rootControl().localBounds(), (Rect{0.0f, 0.0f, 512.0f, 384.0f}));
+    ui->setScaleOverride(1.0f);
+    settle(*ui);
     server.typeKey(XK_Escape);
     ASSERT_TRUE(runUntil(*ui, [&] { return !ui->rootControl().fullScreen; }));
     EXPECT_EQ(ui->window(), inside);
@@ -369,6 +377,37 @@ TEST_F(X11Test, OtherThreadsWakeTheLoopAndTimersTick) {
     EXPECT_TRUE(runUntil(*ui, [&] { return ticks.count == 3; }));
     settle(*ui);
     EXPECT_EQ(ticks.count, 3);
+}
+
+struct Executioner : Component {
+    Executioner(UserInterface& owner, std::unique_ptr<X11Interface>& victim) : Component(owner), ui(victim) {}
+    void deferredCall(int) override { std::exchange(ui, nullptr).reset(); }
+    std::unique_ptr<X11Interface>& ui;
+};
+
+TEST_F(X11Test, ADeferredCallMayDeleteTheInterface) {
+    X11Interface& interface = open();
+    interface.postDeferred(interface.make<Executioner>(ui), 0);
+    interface.run();
+    EXPECT_FALSE(ui);
+}
+
+TEST_F(X11Test, PicturesAreSentWhereMemoryIsNotShared) {
+    X11Session session(server.name());
+    EXPECT_TRUE(session.display.sharesMemory());
+    session.display.sharesNoMemory();
+    const Window window = createWindow(session.display, session.display.root(), {0, 0, 40, 30}, true);
+    XMapRaised(session.display.get(), window);
+    X11Bitmap bitmap(session.backing, session.display);
+    bitmap.setPixelSize(40, 30);
+    for (int i = 0; i < 40 * 30; ++i) bitmap.row(0)[i] = static_cast<Pixel>(i * 999);
+    bitmap.show(window, {5, 6, 35, 25});
+    XSync(session.display.get(), kXFalse);
+    const std::vector<unsigned> seen = server.pixels(window, 40, 30);
+    ASSERT_EQ(seen.size(), 1200u);
+    EXPECT_EQ(seen[6 * 40 + 5], bitmap.row(6)[5]);
+    EXPECT_EQ(seen[24 * 40 + 34], bitmap.row(24)[34]);
+    EXPECT_NE(seen[24 * 40 + 35], bitmap.row(24)[35]);
 }
 
 /// Does one thing after the other while a menu has the loop.
@@ -455,6 +494,17 @@ TEST_F(X11MenuTest, AWindowThatDiesUnderAMenuClosesIt) {
     menu->show({10.0f, 10.0f});
     EXPECT_FALSE(ui->isOpen());
     EXPECT_TRUE(runUntil(*ui, [&] { return server.children(server.root()).size() == windows - 1; }));
+}
+
+TEST_F(X11MenuTest, AnInterfaceThatIsDeletedUnderAMenuClosesIt) {
+    open();
+    const auto menu = makeMenu();
+    const std::size_t windows = server.children(server.root()).size();
+    ui->postDeferred(ui->make<Executioner>(ui), 0);
+    menu->show({10.0f, 10.0f});
+    EXPECT_FALSE(ui);
+    server.sync();
+    EXPECT_EQ(server.children(server.root()).size(), windows - 1);
 }
 
 TEST_F(X11Test, HundredsOfWindowsLeaveNothingBehind) {

@@ -91,7 +91,9 @@ void MenuPanel::place(const DeviceRect& besides) {
     int left = besides.right;
     if (left + width > monitor.right) left = besides.left - width;
     left = std::clamp(left, monitor.left, std::max(monitor.left, monitor.right - width));
-    const int top = std::clamp(besides.top, monitor.top, monitor.bottom - height);
+    // A submenu's first row is beside the row that opens it.
+    const int lift = besides.height() > 0 ? toDevice(kEdge + kPadding, scale) : 0;
+    const int top = std::clamp(besides.top - lift, monitor.top, monitor.bottom - height);
     area_ = DeviceRect::ofSize(left, top, width, height);
 }
 

@@ -209,6 +209,36 @@ TEST_F(X11Test, KeysGoToTheFocusAndWhatIsNotUsedGoesToTheHost) {
     EXPECT_EQ(told, std::vector<KeySym>{XK_g});
 }
 
+TEST_F(X11Test, AnEmbedderGivesTheFocusAndIsAskedForIt) {
+    const Window host = makeForeign();
+    open(1.0f, host);
+    const Atom protocol = XInternAtom(server.display(), "_XEMBED", kXFalse);
+    const auto tell = [&](long message, long detail, Window window) {
+        XEvent event{};
+        event.xclient.type = ClientMessage;
+        event.xclient.window = ui->window();
+        event.xclient.message_type = protocol;
+        event.xclient.format = 32;
+        event.xclient.data.l[1] = message;
+        event.xclient.data.l[2] = detail;
+        event.xclient.data.l[3] = static_cast<long>(window);
+        XSendEvent(server.display(), ui->window(), kXFalse, NoEventMask, &event);
+        server.sync();
+    };
+    constexpr long kEmbedded = 0;
+    constexpr long kRequestFocus = 3;
+    constexpr long kFocusIn = 4;
+    constexpr long kFirst = 1;
+    tell(kEmbedded, 0, host);
+    tell(kFocusIn, kFirst, kNoXid);
+    EXPECT_TRUE(runUntil(*ui, [&] { return ui->rootControl().focusedControl() == page; }));
+    XEvent asked{};
+    EXPECT_TRUE(
+        runUntil(*ui, [&] { return XCheckTypedWindowEvent(server.display(), host, ClientMessage, &asked); }));
+    EXPECT_EQ(asked.xclient.message_type, protocol);
+    EXPECT_EQ(asked.xclient.data.l[1], kRequestFocus);
+}
+
 TEST_F(X11Test, TheLossOfTheFocusOrOfTheWindowEndsAPress) {
     open();
     server.movePointer(60, 50);

@@ -31,6 +31,8 @@ public:
     void mouseUp(int button, Point point, int modifiers) override;
     void doubleClick() override;
     void paint(Canvas& canvas) override;
+    /// Whoever has done with it posts this.
+    void deferredCall(int) override { delete this; }
     /// The caret is what shows that the keys go here.
     Rect focusBounds() override { return {}; }
 

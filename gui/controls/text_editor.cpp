@@ -13,6 +13,7 @@ class TextEditor::Blocker : public Control {
 public:
     using Control::Control;
     bool holdsFocus() const override { return true; }
+    void deferredCall(int) override { delete this; }
 };
 
 TextEditor::TextEditor(UserInterface& interface) : Component(interface), text_(interface.createText()) {
@@ -67,9 +68,18 @@ void TextEditor::cancel() {
 void TextEditor::end() {
     Control* const former = std::exchange(formerFocus_, nullptr);
     if (former) unlink(*this, *former);
-    delete std::exchange(field_, nullptr);
-    delete std::exchange(blocker_, nullptr);
+    retire(std::exchange(field_, nullptr));
+    retire(std::exchange(blocker_, nullptr));
     if (former && !ui().isDestroying() && former->isReachable()) former->takeFocus();
+}
+
+/// Out of the tree at once, but it may be the one that has called: it deletes itself later.
+void TextEditor::retire(Control* control) {
+    if (!control) return;
+    unlink(*this, *control);
+    if (ui().isDestroying()) return;
+    control->parent = nullptr;
+    ui().postDeferred(*control, 0);
 }
 
 void TextEditor::tabHit(void*) {

@@ -34,7 +34,7 @@ public:
     /// What is edited, in its font, size and colour.
     Text& text() { return *text_; }
 
-    /// The text has been taken over. A handler may delete the editor.
+    /// The text has been taken over. A handler deletes the editor only by `UserInterface::postDeferred`.
     NotifyEvent onCommit;
     NotifyEvent onCancel;
     NotifyEvent onTab;
@@ -55,6 +55,7 @@ private:
     class Blocker;
 
     void end();
+    void retire(Control* control);
     void returnHit(void*) { commit(); }
     void escapeHit(void*) { cancel(); }
     void tabHit(void*);

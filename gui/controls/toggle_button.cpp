@@ -10,6 +10,12 @@ ToggleButton::ToggleButton(UserInterface& interface, Animator* animatedBy, Style
     maximum = 1;
 }
 
+ToggleButton::~ToggleButton() {
+    for (Button* button : buttons_) {
+        if (button) button->onToggled.removeHandler(this, &ToggleButton::memberToggled);
+    }
+}
+
 void ToggleButton::addButton(Button& button) {
     link(*this, button);
     button.toggle = true;

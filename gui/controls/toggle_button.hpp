@@ -13,6 +13,8 @@ public:
     explicit ToggleButton(UserInterface& interface, Animator* animatedBy = nullptr,
                           Style* sharedStyle = nullptr);
 
+    ~ToggleButton() override;
+
     /// The value that "on" stands for.
     Property<int> onValue{this, 1};
     /// The value that "off" stands for.

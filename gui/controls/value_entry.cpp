@@ -17,11 +17,14 @@ constexpr float kBoxHeight = 20.0f;
 
 ValueEntry::ValueEntry(UserInterface& interface) : Component(interface) {}
 
-ValueEntry::~ValueEntry() = default;
+ValueEntry::~ValueEntry() {
+    for (ValueControl* control : attached_) control->onTyping.removeHandler(this, &ValueEntry::begin);
+}
 
 void ValueEntry::attach(ValueControl& control) {
     link(*this, control);
     control.onTyping.addHandler(this, &ValueEntry::begin);
+    attached_.push_back(&control);
 }
 
 /// Over the middle of the control, within the window.
@@ -53,6 +56,8 @@ void ValueEntry::commit(void*) {
 }
 
 void ValueEntry::linkRemoved(Component* other) {
+    std::erase_if(attached_,
+                  [&](ValueControl* control) { return static_cast<Component*>(control) == other; });
     if (!typed_ || other != static_cast<Component*>(typed_)) return;
     typed_ = nullptr;
     if (!ui().isDestroying()) editor_->cancel();

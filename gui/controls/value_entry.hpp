@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "gui/controls/value_control.hpp"
 
@@ -24,6 +25,7 @@ private:
     void commit(void*);
     Rect boxOver(const ValueControl& control) const;
 
+    std::vector<ValueControl*> attached_;
     std::unique_ptr<TextEditor> editor_;
     ValueControl* typed_ = nullptr;
 };

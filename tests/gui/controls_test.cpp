@@ -542,13 +542,10 @@ TEST_F(ControlsTest, BackdropGrowsWithItsRightPart) {
     EXPECT_NE(column(6), column(0));
 }
 
-/// One picture of all controls in their states, at each scale.
+/// All controls in their states, painted first at scale 1, then as the window moves to a display of another.
 class ControlPictures : public ::testing::TestWithParam<float> {
 protected:
-    ControlPictures() {
-        ui.deviceBacking().setScale(GetParam());
-        ui.loadBackdrop("Background");
-    }
+    ControlPictures() { ui.loadBackdrop("Background"); }
     template <typename Kind, typename... Arguments>
     Kind& place(float x, float y, float width, float height, Arguments&&... arguments) {
         auto& control = ui.make<Kind>(std::forward<Arguments>(arguments)...);
@@ -558,6 +555,8 @@ protected:
     }
     void expectLooks(const std::string& name) {
         ui.drainRelay();
+        ui.picture();
+        ui.setScale(GetParam());
         const auto picture = ui.picture();
         test::expectPicture(*picture, test::atScale(name, GetParam()), 1);
     }

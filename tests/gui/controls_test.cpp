@@ -122,6 +122,35 @@ TEST_F(ControlsTest, ButtonFollowsItsPress) {
     EXPECT_FALSE(key(Key::Up)) << "a button has no value to step";
 }
 
+TEST_F(ControlsTest, LooksFadeIntoEachOther) {
+    auto& animator = ui.make<Animator>();
+    animator.framesPerSecond = 100;
+    animator.running = true;
+    auto& style = ui.make<Button::Style>();
+    for (Bitmap* picture : {style.normal.get(), style.active.get()}) picture->setLogicalSize(20, 20);
+    style.active->fill(Color{255, 255, 255, 255});
+    auto& button = ui.make<Button>(&animator, &style);
+    button.restAlpha = 100;
+    const auto look = [&] { return button.rollover().crossfade(*style.normal, *style.active); };
+    EXPECT_EQ(&look().picture, style.normal.get());
+    EXPECT_EQ(look().alpha, 100);
+    button.highlighted = true;
+    ui.advance(50);
+    EXPECT_NEAR(look().picture.pixelAt({5, 5}).red, 128, 30);
+    EXPECT_NEAR(look().alpha, 178, 20);
+    ui.advance(100);
+    EXPECT_EQ(&look().picture, style.active.get());
+    EXPECT_EQ(look().alpha, 255);
+    button.highlighted = false;
+    ui.advance(150);
+    EXPECT_NEAR(look().picture.pixelAt({5, 5}).red, 128, 30);
+    style.normal = ui.createBitmap();
+    EXPECT_EQ(&look().picture, style.active.get()) << "without a normal picture the other fades";
+    EXPECT_EQ(look().alpha, button.rollover().mix());
+    ui.advance(200);
+    EXPECT_EQ(&look().picture, style.normal.get());
+}
+
 TEST_F(ControlsTest, ButtonHandsADragToItsProxy) {
     auto& button = make<Button>({0, 0, 60, 20});
     auto& handle = make<Control>({100, 100, 140, 120});

@@ -3,9 +3,11 @@
 // After the server, whose headers define what must be taken back before ours.
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "gui/controls/popup_menu.hpp"
@@ -528,12 +530,13 @@ TEST_F(X11MenuTest, AWindowThatDiesUnderAMenuClosesIt) {
 
 TEST_F(X11MenuTest, AnInterfaceThatIsDeletedUnderAMenuClosesIt) {
     open();
-    const auto menu = makeMenu();
+    auto menu = makeMenu();
     const std::size_t windows = server.children(server.root()).size();
     ui->postDeferred(ui->make<Executioner>(ui), 0);
     menu->show({10.0f, 10.0f});
     EXPECT_FALSE(ui);
-    server.sync();
+    // It shares the connection, which ends in step with the server.
+    menu.reset();
     EXPECT_EQ(server.children(server.root()).size(), windows - 1);
 }
 
@@ -544,13 +547,19 @@ TEST_F(X11Test, HundredsOfWindowsLeaveNothingBehind) {
     };
     const auto sharedBlocks = [] {
         std::ifstream table("/proc/sysvipc/shm");
-        return std::count(std::istreambuf_iterator<char>(table), {}, '\n');
+        std::string line;
+        int ours = 0;
+        for (std::getline(table, line); std::getline(table, line);) {
+            long key = 0, id = 0, permissions = 0, size = 0, maker = 0;
+            std::istringstream(line) >> key >> id >> permissions >> size >> maker;
+            ours += maker == getpid();
+        }
+        return ours;
     };
     const Window host = makeForeign();
     open(1.0f, host);
     ui.reset();
     const auto files = openFiles();
-    const auto blocks = sharedBlocks();
     const std::size_t windows = server.children(server.root()).size();
     for (int i = 0; i < 200; ++i) {
         X11Settings settings;
@@ -559,10 +568,13 @@ TEST_F(X11Test, HundredsOfWindowsLeaveNothingBehind) {
         X11Interface interface(settings);
         interface.show();
         interface.idle();
+        if (i == 0) {
+            EXPECT_GT(sharedBlocks(), 0);
+        }
     }
     server.sync();
     EXPECT_EQ(openFiles(), files);
-    EXPECT_EQ(sharedBlocks(), blocks);
+    EXPECT_EQ(sharedBlocks(), 0);
     EXPECT_EQ(server.children(server.root()).size(), windows);
     EXPECT_TRUE(server.children(host).empty());
 }

@@ -8,6 +8,7 @@
 #include "gui/text/x11_text.hpp"
 #include "gui/tree/file_dialogs.hpp"
 #include "gui/x11/native_x11_control.hpp"
+#include "gui/x11/x11_clipboard.hpp"
 #include "gui/x11/x11_popup_menu.hpp"
 #include "gui/x11/x11_timer.hpp"
 
@@ -26,6 +27,7 @@ float snappedScale(float scale) {
 X11Interface::X11Interface(const X11Settings& settings)
     : session_(std::make_shared<X11Session>(settings.displayName)),
       timers_(std::make_unique<X11Timers>()),
+      clipboard_(std::make_unique<X11Clipboard>(session_->display)),
       scaleOverride_(settings.scale) {
     openDescriptors();
     try {
@@ -108,6 +110,14 @@ bool X11Interface::isOpen() const {
 
 DeviceBacking& X11Interface::deviceBacking() {
     return session_->backing;
+}
+
+std::string X11Interface::clipboardText() {
+    return clipboard_->text();
+}
+
+void X11Interface::setClipboardText(const std::string& text) {
+    clipboard_->setText(text);
 }
 
 void X11Interface::setScaleOverride(float scale) {

@@ -12,6 +12,7 @@ union _XEvent;
 
 namespace vanta::gui {
 
+class X11Clipboard;
 class X11Control;
 class X11Timers;
 struct X11Session;
@@ -66,6 +67,10 @@ public:
     /// Snapped as in the settings; 0 follows the desktop again.
     void setScaleOverride(float scale);
 
+    /// UTF-8; empty where there is no text.
+    std::string clipboardText();
+    void setClipboardText(const std::string& text);
+
     /// Returns when the interface is closed or `quit` is called.
     void run();
     void quit() { quit_ = true; }
@@ -101,6 +106,7 @@ private:
 
     std::shared_ptr<X11Session> session_;
     std::unique_ptr<X11Timers> timers_;
+    std::unique_ptr<X11Clipboard> clipboard_;
     float scaleOverride_;
     X11Control* root_ = nullptr;
     int wakeUp_ = -1;

@@ -109,7 +109,7 @@ public:
     bool isDestroying() const { return destroying_; }
 
     /// The scale of the display, and who wants to hear of it. The platform changes it and calls `refresh`.
-    DeviceBacking& deviceBacking() { return deviceBacking_; }
+    virtual DeviceBacking& deviceBacking() { return deviceBacking_; }
     /// Puts a picture behind all controls, grown to the root's size: its right part once more on the right.
     /// Throws EBitmap, and leaves what was there.
     void loadBackdrop(const std::string& imageName);

@@ -2,8 +2,8 @@
 
 #include <cmath>
 #include <cstdio>
-#include <stdexcept>
 
+#include "gui/controls/text_editor.hpp"
 #include "gui/graphics/bitmap.hpp"
 #include "gui/text/x11_text.hpp"
 #include "gui/tree/file_dialogs.hpp"
@@ -74,7 +74,7 @@ std::unique_ptr<Text> X11Interface::createText() {
 }
 
 std::unique_ptr<TextEditor> X11Interface::createTextEditor() {
-    throw std::logic_error("this platform has no text editor");
+    return std::make_unique<TextEditor>(*this);
 }
 
 std::unique_ptr<Timer> X11Interface::createTimer() {
@@ -112,11 +112,11 @@ DeviceBacking& X11Interface::deviceBacking() {
     return session_->backing;
 }
 
-std::string X11Interface::clipboardText() {
+std::string X11Interface::clipboard() {
     return clipboard_->text();
 }
 
-void X11Interface::setClipboardText(const std::string& text) {
+void X11Interface::setClipboard(const std::string& text) {
     clipboard_->setText(text);
 }
 

@@ -63,13 +63,13 @@ public:
     unsigned long window() const;
     /// The window and the connection to the server are there.
     bool isOpen() const;
-    DeviceBacking& deviceBacking();
+    DeviceBacking& deviceBacking() override;
     /// Snapped as in the settings; 0 follows the desktop again.
     void setScaleOverride(float scale);
 
     /// UTF-8; empty where there is no text.
-    std::string clipboardText();
-    void setClipboardText(const std::string& text);
+    std::string clipboard() override;
+    void setClipboard(const std::string& text) override;
 
     /// Returns when the interface is closed or `quit` is called.
     void run();

@@ -415,12 +415,12 @@ TEST_F(X11Test, OtherThreadsWakeTheLoopAndTimersTick) {
 
 TEST_F(X11Test, TextIsCopiedFromOneInterfaceToAnother) {
     open();
-    EXPECT_EQ(ui->clipboardText(), "");
+    EXPECT_EQ(ui->clipboard(), "");
     const std::unique_ptr<X11Interface> first = std::move(ui);
     open();
     const std::string copied = "-1.5 dB \xE2\x89\xA4 \xE2\x88\x9E";
-    first->setClipboardText(copied);
-    EXPECT_EQ(first->clipboardText(), copied);
+    first->setClipboard(copied);
+    EXPECT_EQ(first->clipboard(), copied);
     std::atomic<bool> done = false;
     std::string pasted;
     std::thread reader([&] {
@@ -432,10 +432,10 @@ TEST_F(X11Test, TextIsCopiedFromOneInterfaceToAnother) {
     reader.join();
     EXPECT_EQ(pasted, copied);
     // The last one counts.
-    ui->setClipboardText("2");
+    ui->setClipboard("2");
     settle(*ui);
-    EXPECT_EQ(ui->clipboardText(), "2");
-    EXPECT_EQ(first->clipboardText(), "") << "nobody answers within the time";
+    EXPECT_EQ(ui->clipboard(), "2");
+    EXPECT_EQ(first->clipboard(), "") << "nobody answers within the time";
 }
 
 struct Executioner : Component {

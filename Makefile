@@ -9,8 +9,8 @@ ARTWORK_PACKAGES = python3-cairo python3-gi-cairo gir1.2-pango-1.0
 WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
-.PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz preset-table artwork gallery \
-        artwork-sheet clean
+.PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz \
+        preset-table artwork artwork-sheet gallery clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null

@@ -52,7 +52,7 @@ std::int64_t write(const clap_ostream_t* to, const void* bytes, std::uint64_t si
 std::int64_t read(const clap_istream_t* from, void* to, std::uint64_t size) {
     auto& stream = *static_cast<Stream*>(from->ctx);
     const auto count = stream.limited(std::min<std::uint64_t>(size, stream.bytes.size() - stream.position));
-    std::memcpy(to, stream.bytes.data() + stream.position, count);
+    if (count > 0) std::memcpy(to, stream.bytes.data() + stream.position, count);
     stream.position += count;
     return static_cast<std::int64_t>(count);
 }

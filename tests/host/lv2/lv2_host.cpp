@@ -395,7 +395,7 @@ bool Lv2Host::restore(std::span<const std::byte> bytes, int) {
     if (head.magic == SessionHead::kMagic && head.ports == ports_.size()) {
         auto rest = bytes.subspan(sizeof head);
         values.resize(std::min<std::size_t>(head.ports, rest.size() / sizeof(float)));
-        std::memcpy(values.data(), rest.data(), values.size() * sizeof(float));
+        if (!values.empty()) std::memcpy(values.data(), rest.data(), values.size() * sizeof(float));
         rest = rest.subspan(values.size() * sizeof(float));
         const auto said = rest.first(std::min<std::size_t>(head.portValues, rest.size()));
         stored.portValues.assign(said.begin(), said.end());

@@ -35,7 +35,7 @@ public:
     /// chosen, or -1.
     int nextSelectable(int from, int step) const;
     /// The item to highlight after `from` in the direction of `step` (1 or -1), past what cannot be, from the
-    /// end to the start and round; -1 for `from` begins at either end. -1 if there is none.
+    /// end to the start and round; -1 for `from` begins at either end. The result is -1 if no item fits.
     int nextHighlight(int from, int step) const;
     /// Only this item is checked; none if there is no such index.
     void checkOnly(int index);

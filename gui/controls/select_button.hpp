@@ -28,7 +28,7 @@ public:
                           Style* sharedStyle = nullptr);
     ~SelectButton() override;
 
-    /// The caption where several values are meant, and where the value is none of the menu.
+    /// The caption for several values at once, and for a value that the menu does not have.
     Property<std::string> multipleText{this, "(Multiple)"};
     Property<std::string> emptyText{this, std::string{}};
     /// Another select button whose menu this one shows instead of its own; what is chosen there holds for

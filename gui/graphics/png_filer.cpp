@@ -180,7 +180,7 @@ private:
     std::vector<Byte> bytes_;
 };
 
-/// `predict` tells what the filter expects of a byte from those around it.
+/// `predict` computes a byte's expected value from those around it.
 template <typename Predict>
 void unfilterWith(Row& row, const Row& above, Predict predict) {
     Byte* const bytes = row.data();

@@ -33,7 +33,8 @@ int placeAbove(const float* block, int samples, double limit) {
 /// One channel's part of the graph, and the samples that wait for it.
 class ProgrammeMeter::Channel {
 public:
-    explicit Channel(wave::Environment& environment) : input(environment), weighting(environment) {
+    Channel(wave::Environment& environment, std::int64_t stride)
+        : input(environment), weighting(environment), judge(stride) {
         weighting.source = &input;
     }
 
@@ -51,7 +52,7 @@ ProgrammeMeter::ProgrammeMeter(ChannelLayout layout, double sampleRate)
     environment_.setSampleRate(static_cast<float>(sampleRate));
     const auto types = channelTypes(layout);
     for (std::size_t i = 0; i < types.size(); ++i) {
-        channels_.push_back(std::make_unique<Channel>(environment_));
+        channels_.push_back(std::make_unique<Channel>(environment_, stride_));
         loudness_.setChannel(static_cast<int>(i), types[i], channels_[i]->weighting);
     }
     programme_.channels.resize(channels_.size());
@@ -92,7 +93,7 @@ void ProgrammeMeter::finish() {
     programme_.samples = frames * static_cast<double>(channels_.size());
     programme_.momentaryGate.merge(loudness_.momentaryGate());
     programme_.shortTermGate.merge(loudness_.shortTermGate());
-    runOutTruePeaks();
+    completeTruePeaks();
 }
 
 void ProgrammeMeter::noteLoudness(int samples) {
@@ -151,32 +152,18 @@ void ProgrammeMeter::noteChannel(std::size_t index, int samples) {
         }
         i += count;
     }
-    noteTruePeak(index, in, samples, position_);
+    channel.judge.process(in, static_cast<std::size_t>(samples));
 }
 
-// `in` begins at the sample `at`. What it decides lies before it, by what the judge must see ahead.
-void ProgrammeMeter::noteTruePeak(std::size_t index, const float* in, int samples, std::int64_t at) {
-    TruePeakJudge& judge = channels_[index]->judge;
-    for (int i = 0; i < samples;) {
-        const std::int64_t decided = std::max<std::int64_t>(at + i - TruePeakJudge::kHalfWidth, 0);
-        const int count = static_cast<int>(std::min<std::int64_t>(samples - i, stride_ - decided % stride_));
-        judge.process(in + i, static_cast<std::size_t>(count));
-        // What rings on after the end belongs to the end.
-        TimelinePoint& point =
-            points_[std::min(static_cast<std::size_t>(decided / stride_), points_.size() - 1)];
-        point.truePeak = std::max(point.truePeak, static_cast<float>(judge.takeLatestPeak()));
-        i += count;
-    }
-}
-
-void ProgrammeMeter::runOutTruePeaks() {
+void ProgrammeMeter::completeTruePeaks() {
     if (position_ == 0) return;
-    constexpr std::array<float, 2 * TruePeakJudge::kHalfWidth> silence{};
     for (std::size_t c = 0; c < channels_.size(); ++c) {
-        noteTruePeak(c, silence.data(), static_cast<int>(silence.size()), position_);
-        const TruePeakJudge& judge = channels_[c]->judge;
-        const double place = std::clamp(judge.position(), 0.0, static_cast<double>(position_ - 1));
-        programme_.channels[c].truePeak = {judge.peak(), place / rate_};
+        TruePeakJudge& judge = channels_[c]->judge;
+        judge.finish();
+        programme_.channels[c].truePeak = {judge.peak(), judge.position() / rate_};
+        const auto peaks = judge.segmentPeaks();
+        for (std::size_t i = 0; i < points_.size(); ++i)
+            points_[i].truePeak = std::max(points_[i].truePeak, peaks[i]);
     }
 }
 

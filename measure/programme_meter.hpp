@@ -47,8 +47,7 @@ private:
     void runChunk();
     void noteLoudness(int samples);
     void noteChannel(std::size_t index, int samples);
-    void noteTruePeak(std::size_t index, const float* in, int samples, std::int64_t at);
-    void runOutTruePeaks();
+    void completeTruePeaks();
     void placePoint(int samples, const float* momentary, const float* shortTerm);
     TimelinePoint& pointAt(std::int64_t sample);
     double secondsAt(std::int64_t sample) const { return static_cast<double>(sample) / rate_; }

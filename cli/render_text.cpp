@@ -69,9 +69,11 @@ std::string passes(int count) {
 
 std::string loudnessLine(const MasteringJob& job, const RenderOutcome& outcome) {
     const GoalsReached& reached = outcome.reached;
-    std::string text =
-        fmt::format("  loudness {:.2f} LUFS reached with Gain {:.2f} dB in {}", *job.goals.loudnessLufs,
-                    outcome.file.settings->gain.value(), passes(reached.passes));
+    const double trimDb = outcome.file.inputTrimDb;
+    const std::string how = trimDb < 0.0 ? fmt::format("the input turned down by {:.2f} dB", -trimDb)
+                                         : fmt::format("Gain {:.2f} dB", outcome.file.settings->gain.value());
+    std::string text = fmt::format("  loudness {:.2f} LUFS reached with {} in {}", *job.goals.loudnessLufs,
+                                   how, passes(reached.passes));
     if (job.goals.album)
         text += fmt::format(", {:.2f} LUFS over {}", *reached.lufs,
                             reached.files == 1 ? "1 file" : fmt::format("all {} files", reached.files));

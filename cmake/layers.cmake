@@ -75,7 +75,7 @@ vanta_layer(host/clap SEES foundation plugin/midi plugin/model host/common)
 vanta_layer(host/vst3 SEES foundation plugin/midi plugin/presets plugin/model host/common)
 vanta_layer(host/lv2 SEES foundation plugin/parameters plugin/midi plugin/model host/common)
 vanta_layer(host/jack SEES foundation plugin/midi plugin/presets plugin/model host/common)
-vanta_layer(host/offline SEES foundation wave dsp/dither plugin/base plugin/parameters limiter/parameters
+vanta_layer(host/offline SEES foundation kernel wave dsp/dither plugin/base plugin/parameters limiter/parameters
             limiter/processor)
 
 vanta_layer(gui/artwork SEES foundation)

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "audiofile/audio_file_reader.hpp"
@@ -65,6 +66,11 @@ void FileRender::checkDestination() const {
     read.push_back(file_.route.input);
     if (!job_.options.sideChain.empty()) read.push_back(job_.options.sideChain);
     checkOutput(file_.route.output, read, job_.options.replace);
+}
+
+void FileRender::setDrive(double db) {
+    file_.inputTrimDb = std::min(db, 0.0);
+    file_.settings->gain.setValue(static_cast<float>(std::max(db, 0.0)), 0);
 }
 
 void FileRender::measureInput() {
@@ -138,6 +144,7 @@ RenderResult FileRender::runLimiter(AudioFileWriter& writer, const Progress& pro
                           .layout = source_.mapping().layout,
                           .sampleRate = static_cast<double>(file_.sampleRate),
                           .blockSamples = job_.options.blockSamples,
+                          .inputTrimDb = file_.inputTrimDb,
                           .tailSamples = tailSamples(),
                           .ditherSeed = job_.options.ditherSeed,
                           .progress = progress});

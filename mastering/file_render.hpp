@@ -25,6 +25,7 @@ struct Route {
 struct RenderedFile {
     Route route;
     std::unique_ptr<LimiterSettings> settings;  ///< that it was rendered with
+    double inputTrimDb = 0.0;  ///< 0 or less: how far the input was turned down in front of the limiter
     RenderResult result;
     int renders = 0;                    ///< until it was as wanted
     std::optional<Measurement> before;  ///< of the input
@@ -43,6 +44,9 @@ public:
 
     /// What the next render is made with, at first the settings of the job.
     LimiterSettings& settings() { return *file_.settings; }
+    /// Drives the limiter by so many dB in the next render: by Gain, and below 0 dB by turning the input
+    /// down.
+    void setDrive(double db);
     /// Fills `rendered().before`, once.
     void measureInput();
     /// Renders into a file beside the output's place, and measures what it wrote if the job measures.

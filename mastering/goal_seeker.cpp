@@ -7,6 +7,7 @@
 #include <numeric>
 #include <vector>
 
+#include "mastering/loudness_forecast.hpp"
 #include "mastering/loudness_search.hpp"
 #include "mastering/verification.hpp"
 
@@ -16,10 +17,16 @@ namespace {
 
 constexpr int kMostPasses = 12;
 constexpr double kLowestOutputLevelDb = -30.0;
+/// How far down material above the target is turned at most.
+constexpr double kLowestDriveDb = -60.0;
+/// The end of Gain's range.
+constexpr double kHighestDriveDb = 30.0;
 /// By how much further Output Level goes down than was missing, in dB, so that one more render is enough; the
 /// more so while the Gain still moves, which changes what is missing.
 constexpr double kReserveDb = 0.005;
 constexpr double kMovingReserveDb = 0.03;
+/// How far peaks between samples usually pass what limits them.
+constexpr double kBetweenSamplesDb = 0.08;
 /// Levels of several files that move by more than this change what was known of their common loudness.
 constexpr double kSettledDb = 0.05;
 
@@ -60,37 +67,53 @@ private:
         }
     }
 
-    // Output Level comes after all that limits: where nothing is limited, what comes out is louder by both.
-    // A Gain that brings peaks up to a lower level needs more of itself, which a few rounds settle.
+    // Output Level comes after all that limits, and a Gain that brings peaks up to a lower level needs more
+    // of itself, which a few rounds settle.
     double firstGain() {
         Programme all;
-        for (const auto& file : files_) all.merge(file->rendered().before->programme);
+        std::vector<std::span<const TimelinePoint>> timelines;
+        for (const auto& file : files_) {
+            all.merge(file->rendered().before->programme);
+            timelines.emplace_back(file->rendered().before->timeline);
+        }
         const auto lufs = all.figures().integrated;
         if (!lufs) {
             throw Failure(fmt::format(
                 "{}: too short or too quiet to measure loudness, so {:.2f} LUFS cannot be reached", names(),
                 target()));
         }
+        forecast_.emplace(timelines, *lufs);
         double gainDb = 0.0;
         for (int round = 0; round < 3; ++round) {
-            const double level = std::accumulate(levels_.begin(), levels_.end(), 0.0);
-            gainDb = target() - *lufs - level / static_cast<double>(levels_.size());
+            gainDb = likelyGain();
             predictLevels(gainDb);
         }
         return gainDb;
     }
 
-    void beginSearch(double firstGainDb) {
-        search_.emplace(
-            LoudnessTarget{.lufs = target(), .toleranceLu = toleranceLu_, .firstGainDb = firstGainDb});
+    double meanLevel() const {
+        return std::accumulate(levels_.begin(), levels_.end(), 0.0) / static_cast<double>(levels_.size());
+    }
+    double likelyGain() const {
+        return forecast_->gainFor(target() - meanLevel(), kLowestDriveDb, kHighestDriveDb);
     }
 
-    /// A limiter at work brings peaks up to Output Level; below that they keep their distance.
+    void beginSearch(double firstGainDb) {
+        search_.emplace(LoudnessTarget{.lufs = target(),
+                                       .toleranceLu = toleranceLu_,
+                                       .lowestGainDb = kLowestDriveDb,
+                                       .highestGainDb = kHighestDriveDb,
+                                       .firstGainDb = firstGainDb});
+    }
+
+    /// A limiter at work brings peaks up to Output Level, and between samples a little above it; below that
+    /// they keep their distance.
     void predictLevels(double gainDb) {
         if (!goals_.maxTruePeakDb) return;
         each([&](FileRender& file, std::size_t i) {
             const auto& peak = file.rendered().before->figures.total.truePeak;
-            const double aboveLevel = peak ? std::min(peak->level + gainDb, 0.0) : -HUGE_VAL;
+            const double drivenDb = peak ? peak->level + gainDb : -HUGE_VAL;
+            const double aboveLevel = drivenDb > 0.0 ? kBetweenSamplesDb : drivenDb;
             levels_[i] = std::clamp(*goals_.maxTruePeakDb - aboveLevel, kLowestOutputLevelDb, highestLevel());
         });
     }
@@ -100,7 +123,7 @@ private:
         reached_.files = files_.size();
         Programme all;
         each([&](FileRender& file, std::size_t i) {
-            if (search_) file.settings().gain.setValue(static_cast<float>(search_->gainDb()), 0);
+            if (search_) file.setDrive(search_->gainDb());
             file.settings().outputLevel.setValue(static_cast<float>(levels_[i]), 0);
             file.render();
             if (file.rendered().after) all.merge(file.rendered().after->programme);
@@ -127,10 +150,17 @@ private:
         if (!goals_.loudnessLufs) return;
         if (files_.size() > 1 && largest > kSettledDb) return beginSearch(search_->gainDb());
         const auto lufs = reached_.lufs ? std::optional(*reached_.lufs + shift) : std::nullopt;
-        if (search_->note(lufs) == LoudnessSearch::State::OutOfReach) {
-            // At an end of the range the whole tolerance is good enough.
+        const double triedDb = search_->gainDb();
+        const auto state = search_->note(lufs);
+        if (state == LoudnessSearch::State::OutOfReach) {
+            // Of the nearest that can be had the whole tolerance is good enough.
             toleranceLu_ = kLoudnessToleranceLu;
-            if (!lufs || std::abs(*lufs - target()) > toleranceLu_) failToReach(lufs);
+            if (!lufs || std::abs(search_->nearestLufs() - target()) > toleranceLu_) failToReach(lufs);
+        }
+        // One pass says how soft the limiting is. What is still missing then is for the search.
+        if (state == LoudnessSearch::State::Searching && lufs && reached_.passes == 1) {
+            forecast_->learn(triedDb, *lufs - meanLevel());
+            search_->propose(likelyGain());
         }
     }
 
@@ -173,14 +203,12 @@ private:
                 "{}: {:.2f} LUFS cannot be reached: the result is too quiet to measure; nothing was written",
                 names(), target()));
         }
-        const double highest = *std::ranges::max_element(levels_);
-        std::string text = fmt::format(
-            "{}: {:.2f} LUFS cannot be reached: Gain {:.2f} dB with Output Level {:.2f} dB gives {:.2f} LUFS",
-            names(), target(), search_->gainDb(), highest, *lufs);
-        const double lower = highest - (*lufs - target());
-        if (*lufs > target() && lower >= kLowestOutputLevelDb)
-            text += fmt::format("; lower Output Level to {:.1f} dB", std::floor(lower * 10.0) / 10.0);
-        throw Failure(text + "; nothing was written");
+        throw Failure(
+            fmt::format("{}: {:.2f} LUFS cannot be reached: the nearest is {:.2f} LUFS, at Gain {:.2f} dB "
+                        "with Output Level "
+                        "{:.2f} dB; nothing was written",
+                        names(), target(), search_->nearestLufs(), std::max(search_->gainDb(), 0.0),
+                        *std::ranges::max_element(levels_)));
     }
 
     [[noreturn]] void failAfterAll() const {
@@ -201,8 +229,9 @@ private:
     std::span<const std::unique_ptr<FileRender>> files_;
     const MasteringJob& job_;
     const RenderGoals& goals_;
-    std::vector<double> levels_;            ///< Output Level of each file in the next pass, in dB
-    double toleranceLu_ = 0.05;             ///< half of what is promised: other meters differ a little
+    std::vector<double> levels_;  ///< Output Level of each file in the next pass, in dB
+    double toleranceLu_ = 0.05;   ///< half of what is promised: other meters differ a little
+    std::optional<LoudnessForecast> forecast_;
     std::optional<LoudnessSearch> search_;  ///< of the Gain, where a loudness is asked for
     GoalsReached reached_;
 };

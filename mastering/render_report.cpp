@@ -58,6 +58,7 @@ Json renderObject(const MasteringJob& job, const RenderOutcome& outcome) {
     const LimiterSettings& settings = *file.settings;
     object["format"] = formatName(file.format);
     object["style"] = settings.style.text(settings.style.value());
+    object["input_trim_db"] = rounded(file.inputTrimDb);
     object["gain_db"] = rounded(settings.gain);
     object["output_level_db"] = rounded(settings.outputLevel);
     object["before"] = measured(file.before);

@@ -7,7 +7,9 @@
 #include <stdexcept>
 
 #include "dsp/dither/dither_seed.hpp"
+#include "foundation/numbers.hpp"
 #include "host/offline/offline_host.hpp"
+#include "kernel/mix.hpp"
 
 namespace vanta {
 
@@ -77,9 +79,15 @@ private:
         note({channels.data(), channels.size()}, frames, levels);
         for (float* channel : channels) std::fill(channel + frames, channel + wanted, 0.0f);
         if (!isInput) return;
+        if (job_.inputTrimDb != 0.0) trim(channels, frames);
         result_.inputFrames += static_cast<std::int64_t>(frames);
         inputEnded_ = frames < wanted;
         if (inputEnded_) host_.endReductionAfter(outputLength());
+    }
+
+    void trim(std::span<float* const> channels, std::size_t frames) const {
+        const auto gain = static_cast<float>(gainFromDb(job_.inputTrimDb));
+        for (float* channel : channels) kernel::scale(channel, gain, channel, frames);
     }
 
     /// Hands on what of the block belongs to the output.

@@ -21,6 +21,7 @@ struct RenderJob {
     ChannelLayout layout = kStereoLayout;
     double sampleRate = 44100.0;  ///< Hz, kLowestSampleRate to kHighestSampleRate
     int blockSamples = kUsualBlock;
+    double inputTrimDb = 0.0;      ///< in front of the limiter; the side chain keeps its level
     std::int64_t tailSamples = 0;  ///< of output after the end of the input
     std::uint32_t ditherSeed = 1;  ///< equal seeds give equal files
     Progress progress;             ///< told the frames written so far, once a block; may be empty

@@ -10,6 +10,7 @@
 #include "cli/parsing.hpp"
 #include "cli/preset_commands.hpp"
 #include "cli/render_command.hpp"
+#include "cli/standard_streams.hpp"
 #include "cli/state_commands.hpp"
 #include "cli/texts.hpp"
 #include "cli/usage_text.hpp"
@@ -46,7 +47,7 @@ public:
 private:
     void describe(CLI::App& app, const std::string& helpGroup) const {
         app.formatter(format_);
-        app.set_help_flag("--help", "show this help")->group(helpGroup);
+        app.set_help_flag("-h,--help", "show this help")->group(helpGroup);
     }
 
     static void groupCommands(CLI::App& app) {
@@ -68,10 +69,19 @@ private:
     std::vector<Command> commands_;
 };
 
+/// "help render" is "render --help".
+std::vector<std::string> withHelpAsAnOption(std::vector<std::string> arguments) {
+    if (arguments.empty() || arguments.front() != "help") return arguments;
+    arguments.erase(arguments.begin());
+    arguments.emplace_back("--help");
+    return arguments;
+}
+
 }  // namespace
 
 int runCommandLine(const std::vector<std::string>& arguments) {
-    return reportErrors([&] { return Program().run(arguments); });
+    prepareStandardStreams();
+    return reportErrors([&] { return Program().run(withHelpAsAnOption(arguments)); });
 }
 
 }  // namespace vanta

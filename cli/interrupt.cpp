@@ -26,7 +26,7 @@ void handle(int number, void (*handler)(int)) {
 
 void watchForInterrupts() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) handle(number, markInterrupt);
-    for (const int number : {SIGXFSZ, SIGPIPE}) handle(number, SIG_IGN);
+    handle(SIGXFSZ, SIG_IGN);
 }
 
 bool interruptRequested() {

@@ -1,18 +1,17 @@
 #include "cli/listing_commands.hpp"
 
-#include <fmt/format.h>
-
 #include <memory>
 
 #include "cli/exit_code.hpp"
 #include "cli/listings.hpp"
+#include "cli/standard_streams.hpp"
 
 namespace vanta {
 
 namespace {
 
 int show(const std::string& list) {
-    fmt::print("{}", list);
+    printOut(list);
     return kExitDone;
 }
 

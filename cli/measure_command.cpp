@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 
@@ -14,7 +13,9 @@
 #include "cli/messages.hpp"
 #include "cli/output_file.hpp"
 #include "cli/progress_bar.hpp"
+#include "cli/standard_streams.hpp"
 #include "cli/texts.hpp"
+#include "foundation/ascii.hpp"
 #include "foundation/output_check.hpp"
 #include "measure/loudness_plot.hpp"
 #include "measure/measurement_export.hpp"
@@ -33,6 +34,9 @@ void check(const MeasureArguments& arguments) {
         // A report may be made anew as often as one likes, but never over what is measured.
         if (!output->empty()) checkOutput(*output, read, true);
     }
+    if (!arguments.plot.empty() && !equalsIgnoringCase(fs::path(arguments.plot).extension().string(), ".png"))
+        throw UsageError(
+            fmt::format("--plot draws a PNG: use a name that ends in .png, not '{}'", arguments.plot));
     if (!arguments.timeline.empty() && arguments.timeline == arguments.plot)
         throw UsageError("--timeline and --plot are the same file: use two different ones");
 }
@@ -57,14 +61,9 @@ std::vector<Measurement> measureAll(const MeasureArguments& arguments) {
 }
 
 void print(const MeasureArguments& arguments, std::span<const Measurement> measurements) {
-    if (arguments.json) {
-        fmt::print("{}", measurementJson(measurements));
-    } else if (arguments.csv) {
-        fmt::print("{}", measurementCsv(measurements));
-    } else {
-        fmt::print("{}", measurementTable(measurements, arguments.requirements));
-    }
-    if (std::fflush(stdout) != 0) throw Failure("the figures cannot be written to standard output");
+    if (arguments.json) return printOut(measurementJson(measurements));
+    if (arguments.csv) return printOut(measurementCsv(measurements));
+    printOut(measurementTable(measurements, arguments.requirements));
 }
 
 template <typename Write>

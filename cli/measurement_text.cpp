@@ -4,6 +4,8 @@
 
 #include <optional>
 
+#include "foundation/printable.hpp"
+
 namespace vanta {
 
 namespace {
@@ -96,7 +98,7 @@ std::string details(const Measurement& measurement) {
 
 std::string shortcomings(const Measurement& measurement) {
     const ProgrammeFigures& figures = measurement.figures;
-    const std::string name = measurement.file.string();
+    const std::string name = printable(measurement.file.string());
     if (!figures.total.samplePeak) return fmt::format("{}: silent\n", name);
     if (!figures.highestMomentary && figures.seconds < 0.4)
         return fmt::format("{}: too short to measure loudness, which takes 0.4 s\n", name);
@@ -109,7 +111,7 @@ std::string shortcomings(const Measurement& measurement) {
 
 std::string verdicts(const Measurement& measurement, const Requirements& requirements) {
     const ProgrammeFigures& figures = measurement.figures;
-    const std::string name = measurement.file.string();
+    const std::string name = printable(measurement.file.string());
     std::string text;
     if (requirements.missesTarget(figures)) {
         text += figures.integrated
@@ -136,10 +138,11 @@ std::string measurementTable(std::span<const Measurement> measurements, const Re
     int measured = 0;
     for (const Measurement& measurement : measurements) {
         if (!measurement.error.empty()) {
-            text += fmt::format("{:<{}} not measured\n", shortened(measurement.file.string()), kNameWidth);
+            text += fmt::format("{:<{}} not measured\n", shortened(printable(measurement.file.string())),
+                                kNameWidth);
             continue;
         }
-        text += row(measurement.file.string(), measurement.figures, &requirements);
+        text += row(printable(measurement.file.string()), measurement.figures, &requirements);
         notes += shortcomings(measurement) + verdicts(measurement, requirements);
         together.merge(measurement.programme);
         last = &measurement;

@@ -3,14 +3,15 @@
 #include <fmt/format.h>
 
 #include <cerrno>
-#include <cstdio>
 
+#include "cli/standard_streams.hpp"
 #include "foundation/output_check.hpp"
+#include "foundation/printable.hpp"
 
 namespace vanta {
 
 void printError(std::string_view text) {
-    fmt::print(stderr, "{}: {}\n", program_invocation_short_name, text);
+    printLine(fmt::format("{}: {}", program_invocation_short_name, printable(text)));
 }
 
 void printWarnings(std::span<const std::string> warnings) {

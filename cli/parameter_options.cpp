@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 
+#include "cli/exit_code.hpp"
 #include "cli/parameter_text.hpp"
 #include "foundation/ascii.hpp"
 #include "limiter/parameters/parameter_table.hpp"
@@ -35,6 +37,17 @@ bool isNumber(std::string_view text) {
 
 bool isOnOff(std::string_view text) {
     return equalsIgnoringCase(text, "on") || equalsIgnoringCase(text, "off");
+}
+
+/// What follows a switch is its value or the next argument. A plain word that is no file can only be meant as
+/// a value.
+void checkWord(const std::string& flag, const std::string& next) {
+    const bool isWord = !next.empty() && std::ranges::all_of(next, [](char c) {
+        return (lowerCase(c) >= 'a' && lowerCase(c) <= 'z') || isDigit(c);
+    });
+    std::error_code error;
+    if (isWord && !std::filesystem::exists(next, error))
+        throw UsageError(fmt::format("{} cannot be '{}': use on or off", flag, next));
 }
 
 /// What people type, in the parameter's own words.
@@ -83,7 +96,9 @@ std::vector<std::string> joinValues(std::span<const std::string> arguments) {
         if (!option) continue;
         const bool hasNext = i + 1 < arguments.size();
         if (option->isSwitch) {
-            joined.back() += hasNext && isOnOff(arguments[i + 1]) ? "=" + arguments[++i] : "=on";
+            const bool hasValue = hasNext && isOnOff(arguments[i + 1]);
+            if (hasNext && !hasValue) checkWord(arguments[i], arguments[i + 1]);
+            joined.back() += hasValue ? "=" + arguments[++i] : "=on";
         } else if (hasNext) {
             joined.back() += "=" + arguments[++i];
         }

@@ -9,6 +9,7 @@
 #include "cli/suggestion.hpp"
 #include "foundation/ascii.hpp"
 #include "plugin/parameters/indexed_parameter.hpp"
+#include "plugin/parameters/number_text.hpp"
 
 namespace vanta {
 
@@ -73,6 +74,11 @@ void setByText(AbstractPluginParameter& parameter, const std::string& text, cons
             labels.empty() ? rangeText(parameter) : fmt::format("{}", fmt::join(labels, " or "));
         throw UsageError(fmt::format("{} cannot be '{}': use {}", parameter.name(), typed, known));
     }
+    // What turns a level down can be typed without its sign; on a command line that is more likely a mistake.
+    const auto number = readNumber(text);
+    if (number && number->value > 0.0 && value < 0.0f)
+        throw UsageError(fmt::format("{} cannot be '{}': use {}, such as -{}", parameter.name(), typed,
+                                     rangeText(parameter), typed));
     parameter.setValue(value, 0);
 }
 

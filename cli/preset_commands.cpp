@@ -5,10 +5,14 @@
 #include <memory>
 
 #include "cli/exit_code.hpp"
+#include "cli/messages.hpp"
 #include "cli/preset_library.hpp"
 #include "cli/settings_arguments.hpp"
+#include "cli/standard_streams.hpp"
 #include "cli/texts.hpp"
+#include "foundation/ascii.hpp"
 #include "foundation/output_check.hpp"
+#include "foundation/printable.hpp"
 #include "limiter/model/vanta_preset.hpp"
 
 namespace vanta {
@@ -24,49 +28,68 @@ struct PresetArguments {
     bool replace = false;
 };
 
-fs::path targetFile(const std::string& target) {
-    return looksLikePresetFile(target) ? fs::path(target) : PresetLibrary::userFolder() / (target + ".qmp");
+bool isPresetFile(const fs::path& path) {
+    return equalsIgnoringCase(path.extension().string(), ".qmp");
 }
 
-void save(LimiterSettings& settings, const PresetArguments& arguments) {
-    const fs::path file = targetFile(arguments.target);
+/// A name stands for a preset in the user's folder; a file is wherever it says.
+fs::path targetFile(const std::string& target) {
+    if (isPresetFile(target)) return target;
+    if (target.find('/') != std::string::npos)
+        throw UsageError(fmt::format(
+            "'{0}' is neither a name nor a preset file: use a name without '/', or '{0}.qmp'", target));
+    const fs::path folder = PresetLibrary::userFolder();
+    std::error_code error;
+    fs::create_directories(folder, error);
+    return folder / (target + ".qmp");
+}
+
+void save(LimiterSettings& settings, const fs::path& file, const PresetArguments& arguments) {
     std::error_code error;
     if (fs::exists(file, error) && !arguments.replace)
         throw OutputExists(fmt::format("{}: already exists", file.string()));
-    if (file.has_parent_path()) fs::create_directories(file.parent_path(), error);
     if (!savePresetFile(settings, file)) {
         throw Failure(fmt::format("{}: the preset could not be saved: make sure that the file is writable",
                                   file.string()));
     }
-    fmt::print("{}\n", file.string());
+    printOut(printable(file.string()) + "\n");
 }
 
 int runShow(const PresetArguments& arguments) {
     LimiterSettings settings;
     loadNamedPreset(settings, arguments.source);
+    std::string text;
     for (int i = 0; i < settings.parameterCount(); ++i) {
         const AbstractPluginParameter& parameter = *settings.parameterAt(i);
-        fmt::print("{:<36}{}\n", parameter.name(), parameter.text(parameter.value()));
+        text += fmt::format("{:<36}{}\n", parameter.name(), parameter.text(parameter.value()));
     }
+    printOut(text);
     return kExitDone;
 }
 
 int runSave(const PresetArguments& arguments) {
     LimiterSettings settings;
     arguments.settings.applyTo(settings);
-    save(settings, arguments);
+    save(settings, targetFile(arguments.target), arguments);
+    if (!isPresetFile(arguments.target) && PresetLibrary().hidesBuiltIn(arguments.target))
+        printError(
+            fmt::format("warning: a built-in preset is named '{0}' too; --preset '{0}' now means yours",
+                        arguments.target));
     return kExitDone;
 }
 
 int runConvert(const PresetArguments& arguments) {
     LimiterSettings settings;
+    if (!isPresetFile(arguments.target))
+        throw UsageError(fmt::format(
+            "'{0}' is no preset file: use a name that ends in .qmp, such as '{0}.qmp'", arguments.target));
     loadNamedPreset(settings, arguments.source);
-    save(settings, arguments);
+    save(settings, arguments.target, arguments);
     return kExitDone;
 }
 
 int runList() {
-    fmt::print("{}", PresetLibrary().list());
+    printOut(PresetLibrary().list());
     return kExitDone;
 }
 

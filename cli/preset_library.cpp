@@ -113,6 +113,12 @@ bool PresetLibrary::isShadowed(const Preset& builtIn) const {
     });
 }
 
+bool PresetLibrary::hidesBuiltIn(const std::string& name) const {
+    return std::ranges::any_of(presets_, [&](const Preset& preset) {
+        return preset.file.empty() && equalsIgnoringCase(preset.name, name);
+    });
+}
+
 std::vector<std::string> PresetLibrary::names() const {
     std::vector<std::string> result;
     for (const Preset& preset : presets_) result.push_back(preset.name);

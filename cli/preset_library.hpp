@@ -27,6 +27,8 @@ public:
     /// All of them, without built-in ones that the user's folder holds as well.
     std::string list() const;
     std::vector<std::string> names() const;
+    /// Whether a user's preset of that name keeps a built-in one from being found by its name alone.
+    bool hidesBuiltIn(const std::string& name) const;
 
     static std::filesystem::path userFolder();
 

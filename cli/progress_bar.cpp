@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "cli/interrupt.hpp"
+#include "foundation/printable.hpp"
 
 namespace vanta {
 
@@ -45,7 +46,7 @@ WorkWatcher terminalWatcher(bool quiet) {
 ProgressBar::ProgressBar(const Work& work, bool wanted) : work_(work), visible_(wanted && isTerminal()) {}
 
 ProgressBar::~ProgressBar() {
-    if (drawn_) fmt::print(stderr, "\r\033[K");
+    if (drawn_) std::fputs("\r\033[K", stderr);
 }
 
 void ProgressBar::show(std::int64_t frames) {
@@ -67,10 +68,12 @@ void ProgressBar::draw(std::int64_t frames, Clock::time_point now) const {
     const std::size_t width = terminalWidth();
     constexpr std::size_t kBrackets = 5;
     const std::size_t room = width - std::min(width, tail.size() + kBrackets);
-    const std::string name = work_.title.substr(0, room / 2);
+    const std::string name = printable(work_.title).substr(0, room / 2);
     const std::size_t bar = std::min<std::size_t>(40, room - name.size());
     const auto full = static_cast<std::size_t>(share * static_cast<double>(bar));
-    fmt::print(stderr, "\r{} [{:#<{}}{:.<{}}]{}\033[K", name, "", full, "", bar - full, tail);
+    const std::string line =
+        fmt::format("\r{} [{:#<{}}{:.<{}}]{}\033[K", name, "", full, "", bar - full, tail);
+    std::fputs(line.c_str(), stderr);
     std::fflush(stderr);
 }
 

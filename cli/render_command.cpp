@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <cstdio>
 #include <memory>
+#include <utility>
 
 #include "cli/chosen.hpp"
 #include "cli/chosen_layout.hpp"
@@ -15,6 +15,7 @@
 #include "cli/render_arguments.hpp"
 #include "cli/render_text.hpp"
 #include "cli/routes.hpp"
+#include "cli/standard_streams.hpp"
 #include "cli/texts.hpp"
 #include "foundation/output_check.hpp"
 #include "mastering/render_report.hpp"
@@ -64,7 +65,7 @@ void checkGain(const RenderArguments& arguments) {
 void checkGoals(const RenderGoals& goals, const LimiterSettings& settings) {
     if (!goals.any()) return;
     const std::string_view goal = goals.loudnessLufs ? "--loudness" : "--max-true-peak";
-    for (const auto* parameter : {&settings.bypass, &settings.unityGain}) {
+    for (const auto* parameter : {&settings.bypass, &settings.unityGain, &settings.auditionLimiting}) {
         if (parameter->mapped())
             throw UsageError(
                 fmt::format("{} cannot be reached with {} on: turn it off", goal, parameter->name()));
@@ -99,15 +100,20 @@ public:
 
     void written(const RenderOutcome& outcome) override {
         printWarnings(outcome.file.warnings);
-        if (quiet_) return;
-        fmt::print("{}", renderText(job_, outcome));
-        std::fflush(stdout);
+        if (quiet_ || muted_) return;
+        // The files come first: what cannot be told does not keep them from being written.
+        try {
+            printOut(renderText(job_, outcome));
+        } catch (const Failure& failure) {
+            if (!std::exchange(muted_, true)) failed(failure);
+        }
     }
 
 private:
     const MasteringJob& job_;
     bool quiet_;
     bool failed_ = false;
+    bool muted_ = false;  ///< standard output takes no more
 };
 
 int runRender(const RenderArguments& arguments) {

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "foundation/numbers.hpp"
+#include "foundation/printable.hpp"
 #include "mastering/verification.hpp"
 
 namespace vanta {
@@ -37,10 +38,10 @@ std::string summary(const RenderedFile& file) {
     return fmt::format(
         "{} -> {} ({}{}): {}, peak {} in, {} out, "
         "gain reduction up to {:.1f} dB, latency {} samples ({:.1f} ms), {} real time\n",
-        file.route.input.string(), file.route.output.string(), formatName(file.format), ditherText(file),
-        style.text(style.value()), peakText(result.input), peakText(result.output), result.largestReductionDb,
-        result.latencySamples, 1000.0 * result.latencySamples / rate,
-        speedText(length / std::max(result.seconds, 1e-6)));
+        printable(file.route.input.string()), printable(file.route.output.string()), formatName(file.format),
+        ditherText(file), style.text(style.value()), peakText(result.input), peakText(result.output),
+        result.largestReductionDb, result.latencySamples, 1000.0 * result.latencySamples / rate,
+        speedText(length / std::max(file.seconds, 1e-6)));
 }
 
 std::string decibels(std::optional<double> value, int decimals) {

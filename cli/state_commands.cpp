@@ -1,12 +1,11 @@
 #include "cli/state_commands.hpp"
 
-#include <fmt/format.h>
-
 #include <memory>
 
 #include "cli/exit_code.hpp"
 #include "cli/session_file.hpp"
 #include "cli/settings_arguments.hpp"
+#include "cli/standard_streams.hpp"
 #include "cli/state_text.hpp"
 #include "cli/texts.hpp"
 #include "foundation/output_check.hpp"
@@ -35,7 +34,7 @@ int runSave(const StateArguments& arguments) {
 int runShow(const StateArguments& arguments) {
     SessionInstance instance;
     instance.recall(arguments.file);
-    fmt::print("{}", arguments.json ? stateJson(instance) : stateText(instance));
+    printOut(arguments.json ? stateJson(instance) : stateText(instance));
     return kExitDone;
 }
 

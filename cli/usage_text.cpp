@@ -33,6 +33,16 @@ std::string conversionText(const std::string& text) {
                        text.substr(value));
 }
 
+/// An option without its value, or one that is given twice.
+std::string mismatchText(const std::string& flag, const CLI::App& program) {
+    const CLI::App* command = &program;
+    while (!command->get_subcommands().empty()) command = command->get_subcommands().front();
+    const CLI::Option* option = command->get_option_no_throw(flag);
+    const std::size_t times = option ? option->count() : 0;
+    return times > 1 ? fmt::format("{} is given {} times: give it once", flag, times)
+                     : flag + " needs a value";
+}
+
 /// For "--block: cannot be '0': use a number from 1 to 8192".
 std::string rangeErrorText(std::string text) {
     return text.erase(std::min(text.find(": "), text.size() - 1), 1);
@@ -78,7 +88,8 @@ void requireCommand(const CLI::App& program, std::span<const std::string> argume
 
 std::string usageText(const CLI::App& program, const CLI::ParseError& error) {
     std::string text = error.what();
-    if (is(error, CLI::ExitCodes::ArgumentMismatch)) return text.substr(0, text.find(':')) + " needs a value";
+    if (is(error, CLI::ExitCodes::ArgumentMismatch))
+        return mismatchText(text.substr(0, text.find(':')), program);
     if (is(error, CLI::ExitCodes::ConversionError)) return conversionText(text);
     if (is(error, CLI::ExitCodes::ValidationError)) return rangeErrorText(text);
     const auto unexpected = program.remaining(true);

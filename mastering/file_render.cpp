@@ -97,6 +97,7 @@ void FileRender::render() {
 void FileRender::commit() {
     if (!replacement_->commit())
         throw Failure(fmt::format("{}: cannot be replaced: check that its folder is writable", name()));
+    file_.seconds = std::chrono::duration<double>(Clock::now() - start_).count();
 }
 
 /// A format for samples beyond full scale.

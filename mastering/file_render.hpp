@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -28,6 +29,7 @@ struct RenderedFile {
     double inputTrimDb = 0.0;  ///< 0 or less: how far the input was turned down in front of the limiter
     RenderResult result;
     int renders = 0;                    ///< until it was as wanted
+    double seconds = 0.0;               ///< that it all took, from opening to putting in place
     std::optional<Measurement> before;  ///< of the input
     std::optional<Measurement> after;   ///< of the file as it was written
     int sampleRate = 0;                 ///< Hz
@@ -59,6 +61,8 @@ public:
     RenderedFile take() { return std::move(file_); }
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     std::string name() const { return file_.route.output.string(); }
     std::int64_t tailSamples() const;
     int ditherBits() const;
@@ -72,6 +76,7 @@ private:
     void noteSignal();
     void warn(std::string text) { file_.warnings.push_back(std::move(text)); }
 
+    Clock::time_point start_ = Clock::now();
     const MasteringJob& job_;
     RenderSource source_;
     StreamShape shape_;  ///< of the output

@@ -68,6 +68,9 @@ TEST_F(CommandErrors, WrongUsageIsToldInOneLineWithWhatWouldBeRight) {
         {"preset show x y", "unexpected argument 'y'; see 'vanta preset show --help'"},
         {"measure", "measure needs a file"},
         {"measure in.wav --json --csv", "--json and --csv cannot be combined"},
+        {"measure in.wav --plot plot.jpg", "use a name that ends in .png, not 'plot.jpg'"},
+        {"preset save folder/name", "use a name without '/', or 'folder/name.qmp'"},
+        {"preset convert Punchy out", "'out' is no preset file: use a name that ends in .qmp"},
         {"render", "an input and an output"},
         {"render in.wav", "an input and an output"},
         {"render --out-dir folder", "an input and an output"},
@@ -77,6 +80,9 @@ TEST_F(CommandErrors, WrongUsageIsToldInOneLineWithWhatWouldBeRight) {
     const std::pair<const char*, const char*> options[] = {
         {"--gian 3", "did you mean --gain?"},
         {"--gain", "--gain needs a value"},
+        {"--gain 3 --gain 4", "--gain is given 2 times: give it once"},
+        {"--true-peak maybe", "--true-peak cannot be 'maybe': use on or off"},
+        {"--output-level 3", "Output Level cannot be '3': use -30 to 0 dBTP, such as -3"},
         {"--gain 30.5", "Gain cannot be '30.5': use 0 to 30 dB"},
         {"--gain -.5", "Gain cannot be '-.5'"},
         {"--gain nan", "'nan'"},
@@ -102,6 +108,7 @@ TEST_F(CommandErrors, WrongUsageIsToldInOneLineWithWhatWouldBeRight) {
          "--gain and --loudness cannot be combined: --loudness finds the Gain itself"},
         {"--loudness -14 --set gain=3", "--set Gain and --loudness cannot be combined"},
         {"--loudness -14 --unity-gain", "--loudness cannot be reached with Unity Gain on"},
+        {"--loudness -14 --audition", "--loudness cannot be reached with Audition Limiting on"},
         {"--max-true-peak -1 --set Bypass=Bypassed", "--max-true-peak cannot be reached with Bypass on"},
         {"--report out.wav", "--report and an output are the same file"},
         {"--preset Punchi", "unknown preset 'Punchi' (did you mean Punchy?)"}};
@@ -148,6 +155,38 @@ TEST_F(CommandErrors, WhatCannotBeDoneIsToldInOneLineAndLosesNothing) {
     const char* const asUser =
         ::geteuid() == 0 ? "exec setpriv --bounding-set=-dac_override,-dac_read_search" : "exec";
     expectError("render other.wav out.wav", 1, "other.wav: cannot be read", asUser);
+}
+
+TEST_F(CommandErrors, StandardStreamsThatAreFullClosedOrUnheardEndNothing) {
+    const std::string full = "exec >/dev/full; exec";
+    // A pipe whose reader has gone before the first word.
+    const std::string unheard = "mkfifo pipe; : <pipe & exec >pipe; wait; rm pipe; exec";
+    const std::string closed = "exec 2>&-; exec";
+    const std::string renders = "render in.wav other.wav --out-dir folder --force";
+    for (const std::string command :
+         {"presets", "params --long", "styles", "preset show Punchy", "measure in.wav"})
+        expectError(command, 1, "standard output cannot be written: No space left on device", full);
+    for (const std::string command : {"presets", "measure in.wav", renders.c_str()}) {
+        const ProgramRun run = runProgram(folder.path, words(command), unheard);
+        EXPECT_EQ(run.code, 0) << command;
+        EXPECT_EQ(run.err, "") << command;
+    }
+    for (const auto& [launcher, code] : {std::pair(full, 1), {unheard, 0}, {closed, 0}}) {
+        fs::remove_all(folder / "folder");
+        fs::create_directory(folder / "folder");
+        EXPECT_EQ(runProgram(folder.path, words(renders), launcher).code, code) << launcher;
+        for (const char* name : {"folder/in.wav", "folder/other.wav"})
+            EXPECT_EQ(readSound(folder / name).channels[0].size(), 4800u) << launcher;
+    }
+}
+
+TEST_F(CommandErrors, NamesCannotSteerTheTerminal) {
+    const std::string name = "a\x1B[31m\nb.wav";
+    fs::rename(folder / "short.wav", folder / name);
+    const ProgramRun measured = runProgram(folder.path, {"measure", name});
+    EXPECT_THAT(measured.out, HasSubstr("a\\x1B[31m\\nb.wav"));
+    EXPECT_THAT(runProgram(folder.path, {"render", name + "?", "out.wav"}).err,
+                HasSubstr("vanta: a\\x1B[31m\\nb.wav?: no such file\n"));
 }
 
 TEST_F(CommandErrors, AFullDiskLeavesWhatWasThere) {

@@ -85,7 +85,8 @@ vanta_layer(gui/tree SEES foundation gui/graphics)
 vanta_layer(gui/animation SEES foundation gui/graphics gui/tree)
 vanta_layer(gui/controls SEES foundation gui/graphics gui/tree gui/animation)
 vanta_layer(gui/offscreen SEES foundation gui/graphics gui/text gui/tree gui/controls)
-vanta_layer(gui/x11 SEES foundation gui/graphics gui/text gui/tree gui/animation gui/controls)
+vanta_layer(gui/desktop SEES foundation)
+vanta_layer(gui/x11 SEES foundation gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop)
 
 vanta_layer(audiofile SEES foundation)
 vanta_layer(measure SEES foundation kernel dsp/metering audiofile)
@@ -96,7 +97,7 @@ vanta_layer(app SEES cli)
 vanta_layer(app/clap SEES host/clap)
 vanta_layer(app/vst3 SEES host/vst3)
 vanta_layer(app/lv2 SEES host/lv2)
-vanta_layer(app/gallery SEES foundation gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen)
+vanta_layer(app/gallery SEES foundation gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
 vanta_layer(app/jack SEES foundation plugin/model host/common host/jack cli)
 
 vanta_layer(tools/song SEES foundation)
@@ -118,7 +119,7 @@ set(plugin_rooms plugin/base plugin/parameters plugin/presets plugin/settings pl
 set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/clippers limiter/parameters
     limiter/latency limiter/engine limiter/processor limiter/model limiter/factory)
 set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline)
-set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
+set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/x11)
 set(file_rooms audiofile measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/processor)

@@ -27,6 +27,7 @@ public:
     Window window() const { return window_; }
     void show();
     void hide();
+    bool isMapped() const { return mapped_; }
 
     /// Something waits for the next frame.
     bool needsFrame() const;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <system_error>
 
+#include "gui/controls/dialog.hpp"
 #include "gui/x11/native_x11_control.hpp"
 #include "gui/x11/x11_interface.hpp"
 #include "gui/x11/x11_timer.hpp"
@@ -65,6 +66,13 @@ void X11Interface::runNested(const std::function<bool()>& done) {
         wait();
         idle();
     }
+}
+
+void X11Interface::runModal(const std::function<bool()>& done) {
+    auto* shield = &make<Dialog>();
+    const std::shared_ptr<const bool> liveness = shield->liveness();
+    runNested(done);
+    if (*liveness) delete shield;
 }
 
 std::int64_t X11Interface::nextWake(std::int64_t time) const {

@@ -1,14 +1,13 @@
 #include "gui/x11/x11_interface.hpp"
 
 #include <cmath>
-#include <cstdio>
 
 #include "gui/controls/text_editor.hpp"
 #include "gui/graphics/bitmap.hpp"
 #include "gui/text/x11_text.hpp"
-#include "gui/tree/file_dialogs.hpp"
 #include "gui/x11/native_x11_control.hpp"
 #include "gui/x11/x11_clipboard.hpp"
+#include "gui/x11/x11_dialogs.hpp"
 #include "gui/x11/x11_popup_menu.hpp"
 #include "gui/x11/x11_timer.hpp"
 
@@ -54,15 +53,15 @@ std::unique_ptr<Bitmap> X11Interface::createBitmap() {
 }
 
 std::unique_ptr<OpenSaveDialog> X11Interface::createOpenDialog() {
-    return nullptr;
+    return std::make_unique<X11OpenSaveDialog>(*this, session_, X11OpenSaveDialog::Kind::Open);
 }
 
 std::unique_ptr<OpenSaveDialog> X11Interface::createSaveDialog() {
-    return nullptr;
+    return std::make_unique<X11OpenSaveDialog>(*this, session_, X11OpenSaveDialog::Kind::Save);
 }
 
 std::unique_ptr<SelectFolderDialog> X11Interface::createSelectFolderDialog() {
-    return nullptr;
+    return std::make_unique<X11SelectFolderDialog>(*this, session_);
 }
 
 std::unique_ptr<PopupMenu> X11Interface::createPopupMenu() {
@@ -86,8 +85,7 @@ RootControl& X11Interface::rootControl() {
 }
 
 bool X11Interface::showMessage(const std::string& text, int flags) {
-    std::fprintf(stderr, "%s\n", text.c_str());
-    return (flags & kWithCancel) != 0;
+    return showX11Message(*this, session_, text, flags);
 }
 
 void X11Interface::show() {

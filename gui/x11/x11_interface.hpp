@@ -39,18 +39,17 @@ public:
     ~X11Interface() override;
 
     std::unique_ptr<Bitmap> createBitmap() override;
-    /// Null: the platform brings no file dialogs so far.
+    /// Dialogs are the desktop's: of its portal where that answers, else by zenity.
     std::unique_ptr<OpenSaveDialog> createOpenDialog() override;
     std::unique_ptr<OpenSaveDialog> createSaveDialog() override;
     std::unique_ptr<SelectFolderDialog> createSelectFolderDialog() override;
     std::unique_ptr<PopupMenu> createPopupMenu() override;
     std::unique_ptr<Text> createText() override;
-    /// Throws std::logic_error: the platform brings no text editor so far.
     std::unique_ptr<TextEditor> createTextEditor() override;
     std::unique_ptr<Timer> createTimer() override;
     RootControl& rootControl() override;
-    /// Writes the text to the standard error stream, and answers Cancel where that is a choice: nobody could
-    /// agree.
+    /// By zenity, or in the window itself where that is missing. A window that closes meanwhile, and one that
+    /// is not shown, has Cancel for an answer where that is a choice: nobody could agree.
     bool showMessage(const std::string& text, int flags) override;
 
     /// The user, a window manager or the loss of the window wants the interface closed. Whoever hears it
@@ -77,6 +76,8 @@ public:
     /// As `run`, inside a handler, until `done`: the root's lock is given away meanwhile. Afterwards the
     /// interface may have gone, as the relay knows.
     void runNested(const std::function<bool()>& done);
+    /// The same with nothing of the interface to be used.
+    void runModal(const std::function<bool()>& done);
     /// Can be read when something has happened.
     int fd() const { return poll_; }
     /// Deals with all that has happened or is due, and returns. Afterwards the interface may have gone.
@@ -87,7 +88,6 @@ protected:
 
 private:
     friend class X11Control;
-    friend class X11PopupMenu;
 
     void openDescriptors();
     void closeDescriptors();

@@ -1,0 +1,139 @@
+#include "gui/x11/x11_dialogs.hpp"
+
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+
+#include "gui/controls/message_dialog.hpp"
+#include "gui/desktop/portal_dialog.hpp"
+#include "gui/desktop/zenity_dialog.hpp"
+#include "gui/x11/x11_control.hpp"
+#include "gui/x11/x11_interface.hpp"
+
+namespace vanta::gui {
+namespace {
+
+using State = DesktopDialog::State;
+using Session = std::shared_ptr<X11Session>;
+
+constexpr char kNoFileDialog[] =
+    "No file can be chosen, as this desktop has no file dialog. Install the package zenity, or "
+    "xdg-desktop-portal with a backend for your desktop.";
+
+/// Until the user has answered, or the window has gone: that cancels it.
+State run(X11Interface& owner, DesktopDialog& dialog) {
+    State state = dialog.poll();
+    if (state == State::Open) owner.runModal([&] { return (state = dialog.poll()) != State::Open; });
+    return state == State::Open ? State::Cancelled : state;
+}
+
+/// The path that was chosen. Afterwards the interface may have gone.
+std::optional<std::string> ask(X11Interface& owner, const Session& session, const FileQuestion& question) {
+    const std::shared_ptr<EventRelay> relay = owner.relay();
+    const auto answer = [](State state, const DesktopDialog& dialog) {
+        return state == State::Accepted ? std::optional(dialog.chosenPath()) : std::nullopt;
+    };
+    {
+        PortalDialog portal(question);
+        if (const State state = run(owner, portal); state != State::Unavailable) return answer(state, portal);
+    }
+    if (!relay->isOpen()) return std::nullopt;
+    {
+        ZenityDialog zenity(question, XDisplayString(session->display.get()));
+        if (const State state = run(owner, zenity); state != State::Unavailable) return answer(state, zenity);
+    }
+    if (relay->isOpen()) owner.showMessage(kNoFileDialog, 0);
+    return std::nullopt;
+}
+
+std::string displayNameOf(const std::string& path) {
+    return std::filesystem::path(path).filename().string();
+}
+
+bool mayReplace(X11Interface& owner, const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::exists(path, error)) return true;
+    return !owner.showMessage(displayNameOf(path) + " already exists. Do you want to replace it?",
+                              UserInterface::kConfirmation | UserInterface::kWithCancel);
+}
+
+/// In the window itself.
+bool showInWindow(X11Interface& owner, const Message& message) {
+    const std::shared_ptr<EventRelay> relay = owner.relay();
+    auto& dialog = owner.make<MessageDialog>(message.title, message.text, message.withCancel);
+    const std::shared_ptr<const bool> liveness = dialog.liveness();
+    owner.runNested([&] { return !*liveness || dialog.answer() != MessageDialog::Answer::None; });
+    const bool isOk = *liveness && dialog.answer() == MessageDialog::Answer::Ok;
+    if (*liveness) delete &dialog;
+    return message.withCancel && !isOk;
+}
+
+}  // namespace
+
+X11OpenSaveDialog::X11OpenSaveDialog(X11Interface& interface, Session session, Kind kind)
+    : owner_(interface), session_(std::move(session)), kind_(kind) {}
+
+bool X11OpenSaveDialog::show() {
+    // Locals: the interface may take this dialog along.
+    X11Interface& owner = owner_;
+    const Session session = session_;
+    const std::shared_ptr<EventRelay> relay = owner.relay();
+    const bool isSaving = kind_ == Kind::Save;
+    const std::string extension = isSaving ? defaultExtension.value() : std::string{};
+    FileQuestion question{kind_, title, path, parseFilters(filter.value()), owner.window()};
+    while (owner.isOpen()) {
+        const std::optional<std::string> chosen = ask(owner, session, question);
+        if (!relay->isOpen() || !chosen) return false;
+        if (chosen->empty()) {
+            owner.showMessage("What was chosen is not on this computer. Choose a file of a local folder.", 0);
+        } else {
+            const std::string whole = withExtension(*chosen, extension);
+            // What was typed as it is has been asked about.
+            if (whole == *chosen || mayReplace(owner, whole)) {
+                if (!relay->isOpen()) return false;
+                path = whole;
+                return true;
+            }
+            question.path = whole;
+        }
+        if (!relay->isOpen()) return false;
+    }
+    return false;
+}
+
+X11SelectFolderDialog::X11SelectFolderDialog(X11Interface& interface, Session session)
+    : owner_(interface), session_(std::move(session)) {}
+
+bool X11SelectFolderDialog::show() {
+    X11Interface& owner = owner_;
+    const std::shared_ptr<EventRelay> relay = owner.relay();
+    const std::optional<std::string> chosen =
+        ask(owner, Session(session_), {FileQuestion::Kind::Folder, title, path, {}, owner.window()});
+    if (!relay->isOpen() || !chosen || chosen->empty()) return false;
+    path = *chosen;
+    return true;
+}
+
+bool showX11Message(X11Interface& owner, const Session& keptSession, const std::string& text, int flags) {
+    const Session session = keptSession;
+    const std::shared_ptr<EventRelay> relay = owner.relay();
+    const bool withCancel = flags & UserInterface::kWithCancel;
+    const bool isConfirmation = withCancel && (flags & UserInterface::kConfirmation);
+    const Message message{isConfirmation ? "Confirmation" : "Information", text, withCancel, owner.window()};
+    if (!owner.isOpen()) {
+        std::fprintf(stderr, "%s\n", text.c_str());
+        return withCancel;
+    }
+    {
+        ZenityDialog zenity(message, XDisplayString(session->display.get()));
+        const State state = run(owner, zenity);
+        if (state != State::Unavailable) return withCancel && state != State::Accepted;
+    }
+    if (!relay->isOpen()) return withCancel;
+    if (static_cast<X11Control&>(owner.rootControl()).isMapped()) return showInWindow(owner, message);
+    std::fprintf(stderr, "%s\n", text.c_str());
+    return withCancel;
+}
+
+}  // namespace vanta::gui

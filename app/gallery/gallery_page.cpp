@@ -37,7 +37,9 @@ void buildGallery(gui::UserInterface& ui, bool animated) {
     addButtons(shop, {20.0f, 208.0f});
     addPanels(shop, {440.0f, 90.0f});
     addLabels(shop, {20.0f, 390.0f});
-    addSliders(shop, {612.0f, 74.0f});
+    gui::ValueControl& slider = addSliders(shop, {612.0f, 74.0f});
+    addCurves(shop, gui::Rect::ofSize(20.0f, 490.0f, 760.0f, 90.0f), slider);
+    addDialogs(shop, {676.0f, 238.0f});
 }
 
 }  // namespace vanta::gallery

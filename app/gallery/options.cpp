@@ -18,11 +18,12 @@ float scaleOf(std::string_view text) {
 }  // namespace
 
 const char* const kUsage =
-    "vanta-gallery: shows all controls of the interface.\n"
+    "vanta-gallery: shows all controls of the interface in a window.\n"
     "\n"
-    "  --screenshot FILE.png  writes a picture of the page; needs no display\n"
-    "  --scale 1|1.5|2        pixels per unit of the page\n"
-    "  --software             draws without OpenGL, as screenshots always do\n"
+    "  --software             draws without OpenGL, as is done unless told\n"
+    "  --opengl               draws by OpenGL where there is any\n"
+    "  --scale 1|1.5|2        pixels per unit of the page; as the desktop wants unless told\n"
+    "  --screenshot FILE.png  writes a picture of the page and ends; needs no display\n"
     "  --help                 this text\n";
 
 Options parseOptions(std::span<char* const> arguments) {
@@ -39,12 +40,11 @@ Options parseOptions(std::span<char* const> arguments) {
             options.scale = scaleOf(value());
         } else if (name == "--screenshot") {
             options.screenshot = value();
-        } else if (name != "--software") {
+        } else if (name == "--opengl" || name == "--software") {
+            options.openGl = name == "--opengl";
+        } else {
             throw std::invalid_argument(fmt::format("unknown option '{}'; see --help", name));
         }
-    }
-    if (!options.help && options.screenshot.empty()) {
-        throw std::invalid_argument("nothing to do: use --screenshot FILE.png");
     }
     return options;
 }

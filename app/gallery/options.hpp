@@ -7,8 +7,9 @@ namespace vanta::gallery {
 
 struct Options {
     bool help = false;
-    float scale = 1.0f;  ///< 1, 1.5 or 2
-    std::string screenshot;
+    bool openGl = false;
+    float scale = 0.0f;      ///< 1, 1.5 or 2; 0 as the desktop wants
+    std::string screenshot;  ///< empty: a window
 };
 
 extern const char* const kUsage;

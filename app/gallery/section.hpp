@@ -40,8 +40,12 @@ private:
 
 void addKnobs(const Workshop& shop, gui::Point at);
 void addButtons(const Workshop& shop, gui::Point at);
-void addSliders(const Workshop& shop, gui::Point at);
+/// The upright one is the result.
+gui::ValueControl& addSliders(const Workshop& shop, gui::Point at);
 void addPanels(const Workshop& shop, gui::Point at);
 void addLabels(const Workshop& shop, gui::Point at);
+/// What a slider's value does to curves.
+void addCurves(const Workshop& shop, const gui::Rect& at, gui::ValueControl& ceiling);
+void addDialogs(const Workshop& shop, gui::Point at);
 
 }  // namespace vanta::gallery

@@ -17,7 +17,7 @@ gui::Switch& addSlider(const Workshop& shop, gui::Switch::Style& style, const st
 
 }  // namespace
 
-void addSliders(const Workshop& shop, gui::Point at) {
+gui::ValueControl& addSliders(const Workshop& shop, gui::Point at) {
     const auto place = [&](float x, float y, float width, float height) {
         return gui::Rect::ofSize(at.x + x, at.y + y, width, height);
     };
@@ -30,17 +30,18 @@ void addSliders(const Workshop& shop, gui::Point at) {
 
     auto& plain = shop.ui().make<gui::Switch::Style>();
     plain.setImages("SwitchTrackNormal", "SwitchTrackActive", "SwitchThumbNormal", "SwitchThumbActive");
-    addCaption(shop, "Continuous", place(64, 0, 120, 14));
-    addSlider(shop, plain, "Continuous", place(64, 16, 120, 24)).setNormalized(0.4f);
-    addCaption(shop, "Five steps", place(64, 48, 120, 14));
-    auto& steps = addSlider(shop, plain, "Five steps", place(64, 64, 120, 24));
+    addCaption(shop, "Continuous", place(64, 0, 104, 14));
+    addSlider(shop, plain, "Continuous", place(64, 16, 104, 24)).setNormalized(0.4f);
+    addCaption(shop, "Five steps", place(64, 48, 104, 14));
+    auto& steps = addSlider(shop, plain, "Five steps", place(64, 64, 104, 24));
     steps.maximum = 5;
     steps.value = 4;
-    addCaption(shop, "Disabled", place(64, 96, 120, 14));
-    auto& disabled = addSlider(shop, plain, "Disabled", place(64, 112, 120, 24));
+    addCaption(shop, "Disabled", place(64, 96, 104, 14));
+    auto& disabled = addSlider(shop, plain, "Disabled", place(64, 112, 104, 24));
     disabled.setNormalized(0.5f);
     disabled.enabled = false;
     disabled.alpha = kDisabledAlpha;
+    return upright;
 }
 
 }  // namespace vanta::gallery

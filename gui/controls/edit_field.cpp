@@ -4,12 +4,17 @@
 
 #include "gui/controls/picture.hpp"
 #include "gui/tree/root_control.hpp"
+#include "gui/tree/timer.hpp"
 #include "gui/tree/user_interface.hpp"
 
 namespace vanta::gui {
 namespace {
 
 constexpr float kMargin = 5.0f;
+/// Half the time from one blink to the next. After this many halves the caret stays, so that an interface
+/// that nobody uses comes to rest.
+constexpr int kBlinkMs = 530;
+constexpr int kMostBlinks = 40;
 constexpr Color kTextColor = Color::of(0xFFF0E9E6);
 constexpr Color kSelectionColor = Color::of(0xFF5C342A);
 constexpr Color kCaretColor = Color::of(0xFFFFBBA9);
@@ -22,6 +27,36 @@ EditField::EditField(UserInterface& interface)
       prefix_(interface.createText()),
       frame_(loadPicture(interface, "TextEditorFrame")) {
     style_->color = kTextColor;
+    blinkTimer_ = interface.createTimer();
+    blinkTimer_->interval = kBlinkMs;
+    blinkTimer_->onTick.setHandler(this, &EditField::blink);
+}
+
+EditField::~EditField() = default;
+
+void EditField::focusChanged(bool hasFocus) {
+    showCaret();
+    blinkTimer_->running = hasFocus;
+    Control::focusChanged(hasFocus);
+}
+
+void EditField::showCaret() {
+    caretShown_ = true;
+    blinks_ = 0;
+    if (blinkTimer_->running) {
+        // Anew, so that it is seen for a whole half.
+        blinkTimer_->running = false;
+        blinkTimer_->running = true;
+    } else if (ui().rootControl().focusedControl() == this) {
+        blinkTimer_->running = true;
+    }
+    markDirty();
+}
+
+void EditField::blink(void*) {
+    caretShown_ = !caretShown_;
+    if (++blinks_ >= kMostBlinks) blinkTimer_->running = false;
+    markDirty();
 }
 
 bool EditField::keyDown(const KeyPress& key) {
@@ -39,7 +74,7 @@ bool EditField::keyDown(const KeyPress& key) {
             break;
     }
     if (key.modifiers & modifier::kCtrl ? !command(key) : !edit(key)) return false;
-    markDirty();
+    showCaret();
     return true;
 }
 
@@ -125,14 +160,14 @@ void EditField::mouseDown(int button, Point point, int modifiers) {
     if (button != kLeftPress || (modifiers & modifier::kDoubleClick)) return;
     selecting_ = true;
     line_.moveTo(positionAt(point.x), modifiers & modifier::kShift);
-    markDirty();
+    showCaret();
 }
 
 void EditField::mouseMove(Point point, int modifiers) {
     Control::mouseMove(point, modifiers);
     if (!selecting_) return;
     line_.moveTo(positionAt(point.x), true);
-    markDirty();
+    showCaret();
 }
 
 void EditField::mouseUp(int button, Point point, int modifiers) {
@@ -156,7 +191,7 @@ void EditField::paint(Canvas& canvas) {
     const float from = widthTo(line_.selectionStart()), to = widthTo(line_.selectionEnd());
     canvas.fillRect({left + from, inner.top + 1.0f, left + to, inner.bottom - 1.0f}, kSelectionColor);
     canvas.drawText(*style_, {left, top});
-    if (ui().rootControl().focusedControl() != this) return;
+    if (!caretShown_ || ui().rootControl().focusedControl() != this) return;
     const float caret = left + widthTo(line_.caret());
     canvas.fillRect({caret, inner.top + 1.0f, caret + 1.0f, inner.bottom - 1.0f}, kCaretColor);
 }

@@ -10,10 +10,13 @@
 
 namespace vanta::gui {
 
+class Timer;
+
 /// The box that is typed into. It takes all keys; those that end typing it tells.
 class EditField : public Control {
 public:
     explicit EditField(UserInterface& interface);
+    ~EditField() override;
 
     EditLine& line() { return line_; }
     /// Font, size and colour of what is shown.
@@ -26,6 +29,7 @@ public:
 
     bool takesFocus() const override { return true; }
     bool keyDown(const KeyPress& key) override;
+    void focusChanged(bool hasFocus) override;
     void mouseDown(int button, Point point, int modifiers) override;
     void mouseMove(Point point, int modifiers) override;
     void mouseUp(int button, Point point, int modifiers) override;
@@ -37,6 +41,9 @@ public:
     Rect focusBounds() override { return {}; }
 
 private:
+    /// Shows the caret, which blinks on while nothing is typed.
+    void showCaret();
+    void blink(void*);
     bool command(const KeyPress& key);
     bool edit(const KeyPress& key);
     /// From the left of the text to a position of it.
@@ -50,6 +57,9 @@ private:
     std::unique_ptr<Text> prefix_;  ///< for measuring
     std::unique_ptr<Bitmap> frame_;
     bool selecting_ = false;
+    std::unique_ptr<Timer> blinkTimer_;  ///< runs while the keys go here
+    bool caretShown_ = true;
+    int blinks_ = 0;  ///< since something was typed
 };
 
 }  // namespace vanta::gui

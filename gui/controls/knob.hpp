@@ -30,7 +30,8 @@ public:
         void setImages(const std::string& backNormal, const std::string& backActive,
                        const std::string& overlayNormal, const std::string& overlayActive,
                        const std::string& overlayDown, const std::string& overlayRotate);
-        /// The same by the names that all knobs' pictures have: "KnobLarge" and what it shows.
+        /// The same by the names that all knobs' pictures have: "KnobLarge" and what it shows; with that of
+        /// the focus.
         void setImages(const std::string& family);
         bool hasOverlay() const { return !overlayNormal->isEmpty(); }
 
@@ -40,6 +41,8 @@ public:
         std::unique_ptr<Bitmap> overlayActive;
         std::unique_ptr<Bitmap> overlayDown;
         std::unique_ptr<Bitmap> overlayRotate;
+        /// Over the knob while it has the keyboard; empty for the ring of all controls.
+        std::unique_ptr<Bitmap> focus;
     };
     enum class Hover { Outside, OverKnob, OverRing };
     enum class Drag { None, Linear, Rotary };
@@ -73,6 +76,9 @@ public:
     void propertyChanged(AbstractProperty& property) override;
     void refreshTree() override;
     void paint(Canvas& canvas) override;
+    const Bitmap* focusPicture() const override {
+        return style_->focus->isEmpty() ? nullptr : style_->focus.get();
+    }
 
 private:
     const Bitmap& overlay() const;

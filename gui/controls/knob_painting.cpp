@@ -14,6 +14,7 @@ constexpr float kAngleTolerance = 0.001f;
 
 Knob::Style::Style(UserInterface& interface) : Component(interface) {
     setImages({}, {}, {}, {}, {}, {});
+    focus = loadPicture(interface, {});
 }
 
 void Knob::Style::setImages(const std::string& backAtRest, const std::string& backHovered,
@@ -30,6 +31,7 @@ void Knob::Style::setImages(const std::string& backAtRest, const std::string& ba
 void Knob::Style::setImages(const std::string& family) {
     setImages(family + "BackNormal", family + "BackActive", family + "OverlayNormal",
               family + "OverlayActive", family + "OverlayDown", family + "OverlayRotate");
+    focus = loadPicture(ui(), family + "Focus");
 }
 
 /// Another scale has other pixels.

@@ -1,5 +1,7 @@
 #include "gui/desktop/portal_request.hpp"
 
+#include <gio/gio.h>
+
 #include <fmt/format.h>
 
 namespace vanta::gui {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <gio/gio.h>
-
 #include <string>
 
 #include "gui/desktop/file_question.hpp"
+
+using GVariant = struct _GVariant;
 
 namespace vanta::gui {
 

@@ -14,6 +14,7 @@
 
 namespace vanta::gui {
 
+class Bitmap;
 class Canvas;
 class RootControl;
 
@@ -153,6 +154,8 @@ public:
     virtual void focusChanged(bool /*hasFocus*/) {}
     /// What the focus ring surrounds; empty for no ring.
     virtual Rect focusBounds() { return localBounds_; }
+    /// Drawn over the control while it has the keyboard, in place of the ring; null for the ring.
+    virtual const Bitmap* focusPicture() const { return nullptr; }
     /// Makes `control`, a child or this control itself, the one whose keys these are; null takes the focus
     /// away from the whole tree.
     virtual void setFocus(Control* control);

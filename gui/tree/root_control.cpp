@@ -2,7 +2,8 @@
 
 #include <utility>
 
-#include "gui/graphics/canvas.hpp"
+#include "gui/graphics/bitmap.hpp"
+#include "gui/graphics/bitmap_error.hpp"
 #include "gui/tree/timer.hpp"
 #include "gui/tree/user_interface.hpp"
 
@@ -10,10 +11,11 @@ namespace vanta::gui {
 namespace {
 
 constexpr Color kBareGround = Color::of(0xFFC0C0C0);
-/// Of the focus ring, in logical units.
-constexpr float kRingGap = 2.0f;
-constexpr float kRingWidth = 1.5f;
-constexpr float kRingEdge = 1.0f;
+/// How far the picture of the focus ring goes beyond the control, in logical units.
+constexpr float kRingMargin = 3.0f;
+/// In place of the picture where that is missing.
+constexpr Color kPlainRing = Color::of(0xFFFFBBA9);
+constexpr float kPlainRingWidth = 1.5f;
 
 Rect outset(const Rect& rect, float by) {
     return {rect.left - by, rect.top - by, rect.right + by, rect.bottom + by};
@@ -66,8 +68,6 @@ void RootControl::propertyChanged(AbstractProperty& property) {
             leaveFullScreen();
         }
         fullScreenChanging_ = false;
-    } else if (&property == &focusRingColor || &property == &focusEdgeColor) {
-        markDirty(focusRing_);
     } else {
         Control::propertyChanged(property);
     }
@@ -90,17 +90,37 @@ void RootControl::drawTree(Canvas& canvas) {
     Control::drawTree(canvas);
     if (focusRing_.isEmpty()) return;
     canvas.setState(state);
-    const Rect inner = outset(focusRing_, -(kRingWidth + kRingEdge));
-    canvas.drawFrame(inner, focusRingColor, kRingWidth);
-    canvas.drawFrame(outset(inner, kRingWidth), focusEdgeColor, kRingEdge);
+    paintFocus(canvas);
+}
+
+void RootControl::paintFocus(Canvas& canvas) {
+    const Control* control = focusedControl();
+    if (const Bitmap* own = control ? control->focusPicture() : nullptr) {
+        canvas.drawBitmap(*own, Point{focusRing_.left, focusRing_.top});
+        return;
+    }
+    if (!focusPicture_) {
+        focusPicture_ = ui().createBitmap();
+        try {
+            focusPicture_->load("FocusRing");
+        } catch (const EBitmap&) {
+            focusPicture_ = ui().createBitmap();
+        }
+    }
+    if (focusPicture_->isEmpty()) {
+        canvas.drawFrame(outset(focusRing_, -kPlainRingWidth), kPlainRing, kPlainRingWidth);
+    } else {
+        canvas.drawStretched(*focusPicture_, focusRing_, focusPicture_->logicalRect());
+    }
 }
 
 Rect RootControl::focusRingBounds() const {
     Control* control = focusedControl();
     if (!control || !control->isReachable()) return {};
+    if (control->focusPicture()) return control->windowBounds();
     const Rect surrounded = control->focusBounds();
     if (surrounded.isEmpty()) return {};
-    return outset(control->toWindow(surrounded), kRingGap + kRingWidth + kRingEdge);
+    return outset(control->toWindow(surrounded), kRingMargin);
 }
 
 void RootControl::focusRingMoved() {

@@ -3,11 +3,11 @@
 #include <memory>
 
 #include "foundation/critical_section.hpp"
-#include "gui/graphics/color.hpp"
 #include "gui/tree/control.hpp"
 
 namespace vanta::gui {
 
+class Bitmap;
 class Timer;
 
 /// The control that is the window. The platform derives from it and calls its entries, inside a MessageScope,
@@ -48,10 +48,6 @@ public:
     };
 
     Property<bool> fullScreen{this, false};
-    /// Around the control that has the keyboard.
-    Property<Color> focusRingColor{this, Color::of(0xFFFFBBA9)};
-    /// Beyond the ring, against bright neighbours.
-    Property<Color> focusEdgeColor{this, Color::of(0xB3000000)};
 
     void platformMouseDown(int button, Point point, int modifiers);
     void platformMouseMove(Point point, int modifiers);
@@ -86,7 +82,7 @@ public:
     /// Moves the focus to the next control that takes it, from the last to the first and round. False if
     /// there is none.
     bool moveFocus(bool backwards);
-    /// Where the focus ring is painted, its edge included; empty for nowhere.
+    /// Where the picture "FocusRing", or the control's own, is painted; empty for nowhere.
     Rect focusRingBounds() const;
 
     void propertyChanged(AbstractProperty& property) override;
@@ -109,6 +105,7 @@ private:
     void focusPathChanged();
     void forgetFocus(const Control& control);
     void focusRingMoved();
+    void paintFocus(Canvas& canvas);
 
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
     bool fullScreenChanging_ = false;
@@ -118,8 +115,9 @@ private:
     Control* mouseCapture_ = nullptr;
     std::unique_ptr<Timer> wheelTimer_;  ///< runs while a wheel gesture lasts; made on first use
     Rect dirtyRect_;
-    Control* focusOwner_ = nullptr;  ///< who was told last to have the focus
-    Rect focusRing_;                 ///< where the ring was marked last
+    Control* focusOwner_ = nullptr;         ///< who was told last to have the focus
+    Rect focusRing_;                        ///< where the ring was marked last
+    std::unique_ptr<Bitmap> focusPicture_;  ///< made on first use
 };
 
 }  // namespace vanta::gui

@@ -12,7 +12,7 @@ namespace {
 
 // In logical units.
 constexpr float kRowHeight = 22.0f;
-constexpr float kSeparatorHeight = 9.0f;
+constexpr float kSeparatorHeight = 8.0f;
 constexpr float kEdge = 1.0f;
 constexpr float kPadding = 4.0f;
 constexpr float kTextLeft = 26.0f;
@@ -23,8 +23,9 @@ constexpr float kFontSize = 8.25f;
 
 }  // namespace
 
-MenuPanel::MenuPanel(X11Session& session, X11EventTarget& target, const Menu& menu, const DeviceRect& besides)
-    : session_(session), bitmap_(session.backing, session.display) {
+MenuPanel::MenuPanel(X11Session& session, const MenuArtwork& artwork, X11EventTarget& target,
+                     const Menu& menu, const DeviceRect& besides)
+    : session_(session), artwork_(artwork), bitmap_(session.backing, session.display) {
     addRows(menu);
     place(besides);
     X11Display& x = session_.display;

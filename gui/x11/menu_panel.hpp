@@ -11,13 +11,16 @@
 
 namespace vanta::gui {
 
+struct MenuArtwork;
+
 /// One menu on the screen, without its submenus: a window above all others, whose rows are as the items were
 /// when it opened. One that is taller than its monitor scrolls.
 class MenuPanel {
 public:
     /// `besides`: on the screen, what it opens next to, as a submenu does; a single point for a menu that
     /// opens there.
-    MenuPanel(X11Session& session, X11EventTarget& target, const Menu& menu, const DeviceRect& besides);
+    MenuPanel(X11Session& session, const MenuArtwork& artwork, X11EventTarget& target, const Menu& menu,
+              const DeviceRect& besides);
     ~MenuPanel();
     MenuPanel(const MenuPanel&) = delete;
     MenuPanel& operator=(const MenuPanel&) = delete;
@@ -61,6 +64,7 @@ private:
     Rect visibleArea(const Row& row) const { return row.area.translated({0.0f, -scroll_}); }
 
     X11Session& session_;
+    const MenuArtwork& artwork_;
     std::vector<Row> rows_;
     float width_ = 0.0f;
     float contentHeight_ = 0.0f;

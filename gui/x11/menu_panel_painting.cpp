@@ -1,34 +1,27 @@
 #include "gui/graphics/canvas.hpp"
+#include "gui/x11/menu_artwork.hpp"
 #include "gui/x11/menu_panel.hpp"
 
 namespace vanta::gui {
 namespace {
 
-constexpr Color kPlate = Color::of(0xFF312722);
-constexpr Color kPlateUnderPointer = Color::of(0xFF4C3E37);
-constexpr Color kEdgeColor = Color::of(0xFF0B0706);
-constexpr Color kLine = Color::of(0xFF584941);
+// Below the pictures, and in their place where they are missing.
+constexpr Color kPlate = Color::of(0xFF211A17);
+constexpr Color kPlateUnderPointer = Color::of(0xFF3E322C);
 constexpr Color kText = Color::of(0xFFC8C8C8);
 constexpr Color kTextHighlighted = Color::of(0xFFF0E9E6);
-constexpr Color kAccent = Color::of(0xFFFFBBA9);
 constexpr int kInactiveAlpha = 90;
 
 // In logical units.
 constexpr float kTextLeft = 26.0f;
 constexpr float kTextRight = 24.0f;
-constexpr float kMarkWidth = 1.5f;
+constexpr float kIconMargin = 5.0f;
 
-void paintCheck(Canvas& canvas, const Rect& row) {
-    const float middle = (row.top + row.bottom) / 2.0f;
-    canvas.drawLine({10.0f, middle}, {13.0f, middle + 3.0f}, kAccent, kMarkWidth);
-    canvas.drawLine({13.0f, middle + 3.0f}, {18.0f, middle - 4.0f}, kAccent, kMarkWidth);
-}
-
-void paintArrow(Canvas& canvas, const Rect& row) {
-    const float middle = (row.top + row.bottom) / 2.0f;
-    const float tip = row.right - 8.0f;
-    canvas.drawLine({tip - 3.5f, middle - 3.5f}, {tip, middle}, kText, kMarkWidth);
-    canvas.drawLine({tip, middle}, {tip - 3.5f, middle + 3.5f}, kText, kMarkWidth);
+/// In the middle of the row, at its left or right end.
+void paintIcon(Canvas& canvas, const Bitmap& icon, const Rect& row, bool onTheRight, int alpha) {
+    const Rect& size = icon.logicalRect();
+    const float left = onTheRight ? row.right - kIconMargin - size.width() : row.left + kIconMargin;
+    canvas.drawBitmap(icon, {left, row.top + (row.height() - size.height()) / 2.0f}, alpha);
 }
 
 void paintText(Canvas& canvas, Text& text, float left, const Rect& row, Color color, int alpha) {
@@ -41,17 +34,19 @@ void paintText(Canvas& canvas, Text& text, float left, const Rect& row, Color co
 void MenuPanel::paintRow(Canvas& canvas, const Row& row, bool isHighlighted) const {
     const Rect area = visibleArea(row);
     if (row.separator) {
-        const float middle = area.top + 4.0f;
-        canvas.fillRect({area.left + 8.0f, middle, area.right - 8.0f, middle + 1.0f}, kLine);
+        canvas.drawStretched(artwork_.separator, area, artwork_.separator.logicalRect());
         return;
     }
-    if (isHighlighted) canvas.fillRect(area, kPlateUnderPointer);
+    if (isHighlighted) {
+        canvas.fillRect(area, kPlateUnderPointer);
+        canvas.drawStretched(artwork_.activeItem, area, artwork_.activeItem.logicalRect());
+    }
     const int alpha = row.active ? 255 : kInactiveAlpha;
     const Color color = isHighlighted ? kTextHighlighted : kText;
     paintText(canvas, *row.caption, kTextLeft, area, color, alpha);
     paintText(canvas, *row.accelerator, width_ - kTextRight - row.accelerator->width(), area, color, alpha);
-    if (row.checked) paintCheck(canvas, area);
-    if (row.submenu) paintArrow(canvas, area);
+    if (row.checked) paintIcon(canvas, artwork_.check, area, false, alpha);
+    if (row.submenu) paintIcon(canvas, artwork_.submenu, area, true, alpha);
 }
 
 void MenuPanel::paint() {
@@ -60,12 +55,12 @@ void MenuPanel::paint() {
     const Rect all = bitmap_.logicalRect();
     const Rect inside{1.0f, 1.0f, all.right - 1.0f, all.bottom - 1.0f};
     canvas.fillRect(all, kPlate);
+    canvas.drawStretched(artwork_.background, all, artwork_.background.logicalRect());
     canvas.clip = inside;
     for (int i = 0; i < rowCount(); ++i) {
         paintRow(canvas, rows_[static_cast<std::size_t>(i)], i == highlighted_);
     }
     canvas.clip = all;
-    canvas.drawFrame(inside, kEdgeColor, 1.0f);
     bitmap_.show(window_, bitmap_.pixelRect());
     XFlush(session_.display.get());
 }

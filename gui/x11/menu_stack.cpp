@@ -19,9 +19,9 @@ constexpr float kClickScroll = 66.0f;
 }  // namespace
 
 MenuStack::MenuStack(X11Session& session, const Menu& menu, DevicePoint at)
-    : session_(session), menu_(menu), keys_(session.display) {
+    : session_(session), menu_(menu), keys_(session.display), artwork_(session.backing) {
     panels_.push_back(
-        std::make_unique<MenuPanel>(session_, *this, menu_, DeviceRect{at.x, at.y, at.x, at.y}));
+        std::make_unique<MenuPanel>(session_, artwork_, *this, menu_, DeviceRect{at.x, at.y, at.x, at.y}));
     keys_.setWindow(panels_.front()->window());
 }
 
@@ -86,7 +86,8 @@ void MenuStack::openSubmenu(bool byKey) {
     // Somebody may have changed the menu meanwhile.
     const std::vector<MenuItem*> items = menu_.flattened();
     if (std::find(items.begin(), items.end(), panel.item(row)) == items.end()) return;
-    panels_.push_back(std::make_unique<MenuPanel>(session_, *this, *panel.item(row), panel.rowOnScreen(row)));
+    panels_.push_back(
+        std::make_unique<MenuPanel>(session_, artwork_, *this, *panel.item(row), panel.rowOnScreen(row)));
     if (byKey) panels_.back()->highlight(panels_.back()->nextRow(-1, 1));
 }
 

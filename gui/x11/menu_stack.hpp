@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "gui/x11/menu_artwork.hpp"
 #include "gui/x11/menu_panel.hpp"
 #include "gui/x11/pointer_event.hpp"
 #include "gui/x11/x11_keys.hpp"
@@ -39,6 +40,7 @@ private:
     X11Session& session_;
     const Menu& menu_;
     X11Keys keys_;
+    MenuArtwork artwork_;
     std::vector<std::unique_ptr<MenuPanel>> panels_;  ///< from the menu to the innermost submenu
     std::optional<Point> openedAt_;                   ///< the pointer's first position
     bool armed_ = false;                              ///< the next release chooses, or ends the menu

@@ -15,6 +15,7 @@ X11Clipboard::X11Clipboard(X11Display& display)
       window_(
           XCreateWindow(display.get(), display.root(), -1, -1, 1, 1, 0, 0, InputOnly, nullptr, 0, nullptr)) {
     display_.addTarget(window_, *this);
+    XSelectInput(display_.get(), window_, PropertyChangeMask);
 }
 
 X11Clipboard::~X11Clipboard() {
@@ -41,14 +42,18 @@ std::string X11Clipboard::text() {
     }
     XConvertSelection(display_.get(), display_.atom("CLIPBOARD"), display_.atom("UTF8_STRING"),
                       display_.atom("VANTA_CLIPBOARD"), window_, display_.eventTime());
-    if (!awaitAnswer(answer) || answer.xselection.property == kNoXid) return {};
+    const bool answered = await(SelectionNotify, answer, [](const XEvent&) { return true; });
+    if (!answered || answer.xselection.property == kNoXid) return {};
     return readAnswer(answer.xselection.property);
 }
 
-bool X11Clipboard::awaitAnswer(XEvent& answer) {
+template <typename Condition>
+bool X11Clipboard::await(int type, XEvent& event, Condition condition) {
     const SteadyIntervalTimer clock;
     while (!display_.isBroken()) {
-        if (XCheckTypedWindowEvent(display_.get(), window_, SelectionNotify, &answer)) return true;
+        while (XCheckTypedWindowEvent(display_.get(), window_, type, &event)) {
+            if (condition(event)) return true;
+        }
         const auto left = static_cast<int>(kPatienceMs - clock.elapsed());
         if (left <= 0) return false;
         pollfd connection{ConnectionNumber(display_.get()), POLLIN, 0};
@@ -57,20 +62,46 @@ bool X11Clipboard::awaitAnswer(XEvent& answer) {
     return false;
 }
 
-std::string X11Clipboard::readAnswer(Atom property) {
-    Atom type = kNoXid;
+/// Deletes it: that asks for the next one.
+X11Clipboard::Piece X11Clipboard::takePiece(Atom property) {
     int format = 0;
     unsigned long count = 0;
     unsigned long left = 0;
     unsigned char* bytes = nullptr;
-    std::string text;
-    const bool read = XGetWindowProperty(display_.get(), window_, property, 0, kGreatestText / 4, kXTrue,
-                                         AnyPropertyType, &type, &format, &count, &left, &bytes) == kXSuccess;
-    // What is sent in pieces is longer than any text of ours.
-    if (read && bytes && format == 8 && type == display_.atom("UTF8_STRING"))
-        text.assign(reinterpret_cast<const char*>(bytes), count);
+    Piece piece;
+    const bool read =
+        XGetWindowProperty(display_.get(), window_, property, 0, kGreatestText / 4, kXTrue, AnyPropertyType,
+                           &piece.type, &format, &count, &left, &bytes) == kXSuccess;
+    if (read && bytes && format == 8) piece.bytes.assign(reinterpret_cast<const char*>(bytes), count);
     if (bytes) XFree(bytes);
-    return text;
+    return piece;
+}
+
+std::string X11Clipboard::readAnswer(Atom property) {
+    // Of the answer that lies there; those of pieces come after it has been taken.
+    XEvent stale{};
+    while (XCheckTypedWindowEvent(display_.get(), window_, PropertyNotify, &stale)) {
+    }
+    Piece answer = takePiece(property);
+    if (answer.type == display_.atom("INCR")) return readPieces(property);
+    return answer.type == display_.atom("UTF8_STRING") ? std::move(answer.bytes) : std::string{};
+}
+
+/// What is too long for one answer comes in pieces, of which the last is empty. Nothing of what is longer
+/// than any text of ours.
+std::string X11Clipboard::readPieces(Atom property) {
+    const auto isNew = [&](const XEvent& event) {
+        return event.xproperty.atom == property && event.xproperty.state == PropertyNewValue;
+    };
+    std::string text;
+    XEvent event{};
+    while (await(PropertyNotify, event, isNew)) {
+        const Piece piece = takePiece(property);
+        if (piece.bytes.empty()) return text;
+        text += piece.bytes;
+        if (text.size() > kGreatestText) return {};
+    }
+    return {};
 }
 
 void X11Clipboard::handleEvent(XEvent& event) {

@@ -11,10 +11,10 @@ namespace vanta::gui {
 /// takes it over.
 class X11Clipboard final : public X11EventTarget {
 public:
-    /// How long whoever has the clipboard may take to answer.
+    /// How long whoever has the clipboard may take to answer, and for each piece.
     static constexpr int kPatienceMs = 500;
     /// Bytes; more is not read.
-    static constexpr long kGreatestText = 1 << 20;
+    static constexpr std::size_t kGreatestText = 1 << 20;
 
     explicit X11Clipboard(X11Display& display);
     ~X11Clipboard() override;
@@ -31,8 +31,16 @@ public:
 
 private:
     bool ownsClipboard();
-    bool awaitAnswer(XEvent& answer);
+    struct Piece {
+        Atom type = kNoXid;
+        std::string bytes;
+    };
+    /// False if none comes in time.
+    template <typename Condition>
+    bool await(int type, XEvent& event, Condition condition);
+    Piece takePiece(Atom property);
     std::string readAnswer(Atom property);
+    std::string readPieces(Atom property);
     void answer(const XSelectionRequestEvent& request);
 
     X11Display& display_;

@@ -222,7 +222,7 @@ TEST_F(Routing, MovesTheFocusByTabAndOffersKeysUpwards) {
     EXPECT_TRUE(key(Key::Tab));
     EXPECT_TRUE(key(Key::Tab));
     EXPECT_THAT(take(), ElementsAre("a focus", "a key", "panel key", "a unfocus", "b focus"));
-    EXPECT_EQ(ui.root->focusRingBounds(), (Rect{55.5f, 5.5f, 104.5f, 54.5f}));
+    EXPECT_EQ(ui.root->focusRingBounds(), (Rect{57.0f, 7.0f, 103.0f, 53.0f}));
     for (const int modifiers : {0, modifier::kShift}) {
         EXPECT_TRUE(key(Key::Tab, modifiers));
         EXPECT_EQ(ui.root->focusedControl(), modifiers ? &b : &a) << "and round";

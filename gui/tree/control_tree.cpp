@@ -59,6 +59,8 @@ void Control::removeAllChildren() {
     if (hovered_) hovered_ = this;
     focused_ = focused_ == this ? this : nullptr;
     destroying_ = false;
+    // An interface that goes has lost its root first.
+    if (ui().isDestroying()) return;
     ui().rootControl().focusPathChanged();
     markDirty(localBounds_);
     childChanged(nullptr, Change::Removed);

@@ -100,7 +100,7 @@ TEST(ControlTree, RemovesAllBelowAndLetsGoOfThem) {
     EXPECT_EQ(ui.root->focusedControl(), nullptr);
     EXPECT_EQ(panel.hovered(), &panel);
     EXPECT_TRUE(panel.childrenOpaque().isEmpty());
-    EXPECT_EQ(ui.root->takeDirtyRect(), (Rect{0, 0, 400, 300}.intersected({5.5f, 5.5f, 110, 110})));
+    EXPECT_EQ(ui.root->takeDirtyRect(), (Rect{0, 0, 400, 300}.intersected({7, 7, 110, 110})));
     EXPECT_THAT(log, ElementsAre("6", "1 all"));
     ui.root->platformMouseMove({300, 200}, 0);
 }

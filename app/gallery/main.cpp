@@ -26,7 +26,7 @@ void runWindow(const Options& options) {
     settings.width = kPageWidth;
     settings.height = kPageHeight;
     settings.scale = options.scale;
-    settings.accelerationMode = options.openGl ? kOpenGlOnAnyRenderer : kSoftware;
+    settings.acceleration = options.openGl ? kOpenGlOnAnyRenderer : kSoftware;
     gui::X11Interface ui(settings);
     buildGallery(ui, true);
     ui.show();

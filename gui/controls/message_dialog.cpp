@@ -41,7 +41,7 @@ MessageDialog::MessageDialog(UserInterface& interface, const std::string& title,
       title_(interface.createText()),
       message_(interface.createText()) {
     title_->text = title;
-    title_->bold = true;
+    title_->fontName = "Inter Medium";
     title_->fontSize = 9.0f;
     title_->color = kTitleColor;
     message_->text = message;

@@ -27,7 +27,6 @@ public:
     Window window() const { return window_; }
     void show();
     void hide();
-    bool isMapped() const { return mapped_; }
 
     /// Something waits for the next frame.
     bool needsFrame() const;

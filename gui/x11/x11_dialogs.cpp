@@ -8,8 +8,9 @@
 #include "gui/controls/message_dialog.hpp"
 #include "gui/desktop/portal_dialog.hpp"
 #include "gui/desktop/zenity_dialog.hpp"
-#include "gui/x11/x11_control.hpp"
+#include "gui/tree/root_control.hpp"
 #include "gui/x11/x11_interface.hpp"
+#include "gui/x11/x11_session.hpp"
 
 namespace vanta::gui {
 namespace {
@@ -58,9 +59,14 @@ bool mayReplace(X11Interface& owner, const std::string& path) {
                               UserInterface::kConfirmation | UserInterface::kWithCancel);
 }
 
+bool canBeSeen(X11Display& display, Window window) {
+    XWindowAttributes attributes{};
+    return XGetWindowAttributes(display.get(), window, &attributes) && attributes.map_state == IsViewable;
+}
+
 /// In the window itself.
 bool showInWindow(X11Interface& owner, const Message& message) {
-    const std::shared_ptr<EventRelay> relay = owner.relay();
+    const RootControl::MessageScope scope(owner.rootControl());
     auto& dialog = owner.make<MessageDialog>(message.title, message.text, message.withCancel);
     const std::shared_ptr<const bool> liveness = dialog.liveness();
     owner.runNested([&] { return !*liveness || dialog.answer() != MessageDialog::Answer::None; });
@@ -131,7 +137,7 @@ bool showX11Message(X11Interface& owner, const Session& keptSession, const std::
         if (state != State::Unavailable) return withCancel && state != State::Accepted;
     }
     if (!relay->isOpen()) return withCancel;
-    if (static_cast<X11Control&>(owner.rootControl()).isMapped()) return showInWindow(owner, message);
+    if (canBeSeen(session->display, owner.window())) return showInWindow(owner, message);
     std::fprintf(stderr, "%s\n", text.c_str());
     return withCancel;
 }

@@ -69,6 +69,7 @@ void X11Interface::runNested(const std::function<bool()>& done) {
 }
 
 void X11Interface::runModal(const std::function<bool()>& done) {
+    const RootControl::MessageScope scope(*root_);
     auto* shield = &make<Dialog>();
     const std::shared_ptr<const bool> liveness = shield->liveness();
     runNested(done);

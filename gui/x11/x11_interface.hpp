@@ -25,8 +25,7 @@ struct X11Settings {
     float height = 480.0f;
     float scale = 0.0f;  ///< device pixels of a logical unit, snapped to 1, 1.5 or 2; 0: as the desktop wants
     std::string displayName;  ///< empty for the environment's
-    /// 0 draws by software; other values ask for OpenGL, with 0x10 on any renderer that there is.
-    int accelerationMode = 0;
+    int acceleration = 0;     ///< 0 by software
 };
 
 /// An interface in a window of X. A program of its own calls `run`; a plug-in has its host call `idle`

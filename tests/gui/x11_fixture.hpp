@@ -1,8 +1,8 @@
 #pragma once
 
-// Before all others: its headers define what must be taken back before theirs.
 #include "tests/gui/x11_server.hpp"
 
+// After the server, whose headers define what must be taken back before ours.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -16,11 +16,14 @@
 
 namespace vanta::gui {
 
+using Log = std::vector<std::string>;
+
 /// Paints what no two pixels in a row have in common, so that shifts and gaps show.
 class Pattern : public LoggedControl {
 public:
     using LoggedControl::LoggedControl;
     void paint(Canvas& canvas) override {
+        ++paints;
         canvas.fillRect(localBounds(), Color::of(ground));
         for (int i = 0; i < 12; ++i) {
             const auto at = static_cast<float>(i) * 7.0f;
@@ -45,6 +48,7 @@ public:
     }
 
     std::uint32_t ground = 0xFF405060;
+    int paints = 0;
     std::vector<WheelMove> moves;
     std::vector<KeyPress> keys;
     int lastModifiers = 0;
@@ -67,6 +71,7 @@ protected:
         settings.height = 200.0f;
         settings.scale = scale;
         settings.displayName = server.name();
+        settings.acceleration = acceleration;
         ui = std::make_unique<X11Interface>(settings);
         page = &ui->make<Pattern>("page", log, Rect::ofSize(50.0f, 40.0f, 100.0f, 90.0f), &ui->rootControl());
         page->focusable = true;
@@ -80,14 +85,20 @@ protected:
         foreign.push_back(server.makeWindow(x, y, width, height));
         return foreign.back();
     }
-    bool logged(const std::vector<std::string>& expected) {
+    bool logged(const Log& expected) {
         const bool came = runUntil(*ui, [&] { return log == expected; });
         EXPECT_EQ(log, expected);
         return came;
     }
-    /// The window shows what the tree paints into memory.
+    /// The window shows what the tree paints into memory, or soon will.
     void expectPictureOnScreen() {
         settle(*ui);
+        int wrong = wrongPixels();
+        runUntil(*ui, [&] { return (wrong = wrongPixels()) == 0; });
+        EXPECT_EQ(wrong, 0);
+    }
+    int wrongPixels() {
+        const RootControl::MessageScope scope(ui->rootControl());
         Bitmap expected(ui->deviceBacking());
         expected.setLogicalSize(ui->rootControl().localBounds().right,
                                 ui->rootControl().localBounds().bottom);
@@ -95,14 +106,21 @@ protected:
         const int width = expected.pixelRect().right;
         const int height = expected.pixelRect().bottom;
         const std::vector<unsigned> seen = server.pixels(ui->window(), width, height);
-        ASSERT_EQ(seen.size(), static_cast<std::size_t>(width * height));
+        if (seen.size() != static_cast<std::size_t>(width * height)) return width * height;
         int wrong = 0;
-        for (std::size_t i = 0; i < seen.size(); ++i) wrong += seen[i] != (expected.row(0)[i] & 0xFFFFFFu);
-        EXPECT_EQ(wrong, 0);
+        for (std::size_t i = 0; i < seen.size(); ++i) {
+            for (int shift = 0; shift < 24; shift += 8) {
+                const auto byte = [&](unsigned pixel) { return static_cast<int>(pixel >> shift & 255u); };
+                wrong += std::abs(byte(seen[i]) - byte(expected.row(0)[i])) > tolerance;
+            }
+        }
+        return wrong;
     }
 
     X11Server& server = X11Server::get();
-    std::vector<std::string> log;
+    int acceleration = 0;  ///< as AccelerationMode has it
+    int tolerance = 0;     ///< of each byte of a pixel
+    Log log;
     std::vector<Window> foreign;
     std::unique_ptr<X11Interface> ui;
     Pattern* page = nullptr;

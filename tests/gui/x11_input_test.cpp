@@ -6,8 +6,6 @@
 namespace vanta::gui {
 namespace {
 
-using Log = std::vector<std::string>;
-
 TEST_F(X11Test, PressDragAndReleaseOutsideTheWindowReachTheControlThatWasPressed) {
     open();
     server.movePointer(60, 50);

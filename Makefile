@@ -32,7 +32,7 @@ install: setup
 uninstall:
 	@cmake -DPREFIX="$(abspath $(PREFIX))" -DDESTDIR="$(STAGE)" -P cmake/installed_files.cmake
 
-test: PACKAGES += $(ARTWORK_PACKAGES) xvfb
+test: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus
 test: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS)
@@ -53,7 +53,7 @@ bench: setup
 	@cmake --build build --parallel $(JOBS) --target vanta_bench
 	@build/vanta_bench --benchmark_out=build/bench.json --benchmark_out_format=json
 
-asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb
+asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus
 asan tsan: setup
 	@cmake --preset $@ > /dev/null
 	@cmake --build --preset $@ --parallel $(JOBS)

@@ -4,6 +4,7 @@
 #include "gui/controls/knob.hpp"
 #include "gui/controls/label.hpp"
 #include "gui/controls/light.hpp"
+#include "gui/controls/message_dialog.hpp"
 #include "gui/controls/select_button.hpp"
 #include "gui/controls/shape.hpp"
 #include "gui/controls/switch.hpp"
@@ -139,6 +140,15 @@ TEST_P(ControlPictures, SlidersAndLabels) {
     frame.borderColor = Color{0x41, 0x49, 0x58, 255};
     frame.borderWidth = 2.0f;
     expectLooks("sliders");
+}
+
+TEST_P(ControlPictures, Messages) {
+    ui.root->bounds = Rect{0.0f, 0.0f, 420.0f, 230.0f};
+    const MessageDialog dialog(ui, "Confirmation",
+                               "A message of more than one line breaks where its panel ends, and what cannot "
+                               "be undone says so: do you want to go on?",
+                               true);
+    expectLooks("messages");
 }
 
 INSTANTIATE_TEST_SUITE_P(Scales, ControlPictures, ::testing::Values(1.0f, 1.5f, 2.0f), [](const auto& scale) {

@@ -29,7 +29,7 @@ public:
     std::unique_ptr<TextEditor> createTextEditor() override;
     std::unique_ptr<Timer> createTimer() override;
     RootControl& rootControl() override { return root_; }
-    bool showMessage(const std::string&, int) override { return false; }
+    bool showMessage(const std::string&, int flags) override { return flags & kWithCancel; }
 
 private:
     RootControl& root_;

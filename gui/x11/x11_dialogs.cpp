@@ -22,6 +22,27 @@ constexpr char kNoFileDialog[] =
     "No file can be chosen, as this desktop has no file dialog. Install the package zenity, or "
     "xdg-desktop-portal with a backend for your desktop.";
 
+/// Whom a window manager knows: the host's window around an embedded one.
+Window topLevelOf(X11Display& display, Window window) {
+    const Atom managed = display.atom("WM_STATE");
+    while (window != kNoXid) {
+        Atom type = kNoXid;
+        int format = 0;
+        unsigned long count = 0, left = 0;
+        unsigned char* bytes = nullptr;
+        XGetWindowProperty(display.get(), window, managed, 0, 0, kXFalse, AnyPropertyType, &type, &format,
+                           &count, &left, &bytes);
+        if (bytes) XFree(bytes);
+        Window root = kNoXid, parent = kNoXid, *children = nullptr;
+        unsigned size = 0;
+        const bool isTree = XQueryTree(display.get(), window, &root, &parent, &children, &size);
+        if (children) XFree(children);
+        if (type != kNoXid || !isTree || parent == kNoXid || parent == root) break;
+        window = parent;
+    }
+    return window;
+}
+
 /// Until the user has answered, or the window has gone: that cancels it.
 State run(X11Interface& owner, DesktopDialog& dialog) {
     State state = dialog.poll();
@@ -87,7 +108,8 @@ bool X11OpenSaveDialog::show() {
     const std::shared_ptr<EventRelay> relay = owner.relay();
     const bool isSaving = kind_ == Kind::Save;
     const std::string extension = isSaving ? defaultExtension.value() : std::string{};
-    FileQuestion question{kind_, title, path, parseFilters(filter.value()), owner.window()};
+    FileQuestion question{kind_, title, path, parseFilters(filter.value()),
+                          topLevelOf(session->display, owner.window())};
     while (owner.isOpen()) {
         const std::optional<std::string> chosen = ask(owner, session, question);
         if (!relay->isOpen() || !chosen) return false;
@@ -113,9 +135,11 @@ X11SelectFolderDialog::X11SelectFolderDialog(X11Interface& interface, Session se
 
 bool X11SelectFolderDialog::show() {
     X11Interface& owner = owner_;
+    const Session session = session_;
     const std::shared_ptr<EventRelay> relay = owner.relay();
     const std::optional<std::string> chosen =
-        ask(owner, Session(session_), {FileQuestion::Kind::Folder, title, path, {}, owner.window()});
+        ask(owner, session,
+            {FileQuestion::Kind::Folder, title, path, {}, topLevelOf(session->display, owner.window())});
     if (!relay->isOpen() || !chosen || chosen->empty()) return false;
     path = *chosen;
     return true;
@@ -126,11 +150,12 @@ bool showX11Message(X11Interface& owner, const Session& keptSession, const std::
     const std::shared_ptr<EventRelay> relay = owner.relay();
     const bool withCancel = flags & UserInterface::kWithCancel;
     const bool isConfirmation = withCancel && (flags & UserInterface::kConfirmation);
-    const Message message{isConfirmation ? "Confirmation" : "Information", text, withCancel, owner.window()};
     if (!owner.isOpen()) {
         std::fprintf(stderr, "%s\n", text.c_str());
         return withCancel;
     }
+    const Message message{isConfirmation ? "Confirmation" : "Information", text, withCancel,
+                          topLevelOf(session->display, owner.window())};
     {
         ZenityDialog zenity(message, XDisplayString(session->display.get()));
         const State state = run(owner, zenity);

@@ -148,8 +148,10 @@ void X11Interface::windowLost() {
 }
 
 void X11Interface::closeRequested() {
-    quit_ = true;
+    // First those who may have something to ask, which a loop that is to end would not do.
+    const std::shared_ptr<EventRelay> shared = relay();
     onClose.raise(this);
+    if (shared->isOpen()) quit_ = true;
 }
 
 }  // namespace vanta::gui

@@ -66,5 +66,29 @@ TEST_F(ControlsTest, FieldEditsWholeCharacters) {
     EXPECT_FALSE(ui.root->platformKey({Key::Character, modifier::kCtrl, U's'})) << "the host's";
 }
 
+TEST_F(ControlsTest, CaretBlinksUntilNobodyHasTypedForLong) {
+    auto& field = make<EditField>({10, 10, 90, 30});
+    field.takeFocus();
+    const auto seen = [&] {
+        const auto picture = ui.picture();
+        return std::vector<Pixel>(picture->row(20), picture->row(21));
+    };
+    const auto shown = seen();
+    ui.advance(530);
+    const auto hidden = seen();
+    EXPECT_NE(hidden, shown);
+    ui.advance(530);
+    EXPECT_EQ(seen(), shown);
+    ui.advance(500);
+    key(Key::Left);
+    ui.advance(500);
+    EXPECT_EQ(seen(), shown) << "shown anew by a key";
+    ui.advance(60000);
+    EXPECT_EQ(seen(), shown);
+    ui.root->takeDirtyRect();
+    ui.advance(60000);
+    EXPECT_TRUE(ui.root->dirtyRect().isEmpty()) << "an interface at rest paints nothing";
+}
+
 }  // namespace
 }  // namespace vanta::gui

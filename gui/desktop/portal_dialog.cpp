@@ -229,7 +229,6 @@ void PortalDialog::Conversation::responded(GDBusConnection*, const gchar*, const
                                            const gchar*, GVariant* arguments, gpointer held) {
     Conversation& self = **static_cast<Handle*>(held);
     constexpr guint32 kChosen = 0;
-    constexpr guint32 kTurnedAway = 1;
     if (self.state != State::Open || !g_variant_is_of_type(arguments, G_VARIANT_TYPE("(ua{sv})"))) return;
     guint32 response = 0;
     GVariant* results = nullptr;
@@ -238,7 +237,8 @@ void PortalDialog::Conversation::responded(GDBusConnection*, const gchar*, const
         self.path = pathOf(results);
         self.state = State::Accepted;
     } else {
-        self.state = response == kTurnedAway ? State::Cancelled : State::Unavailable;
+        // 1 for Cancel, and 2 from desktops whose dialog was closed otherwise, by Escape say.
+        self.state = State::Cancelled;
     }
     g_variant_unref(results);
 }

@@ -88,6 +88,8 @@ vanta_layer(gui/offscreen SEES foundation gui/graphics gui/text gui/tree gui/con
 vanta_layer(gui/desktop SEES foundation)
 vanta_layer(gui/x11 SEES foundation gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop)
 
+vanta_layer(interface/meters SEES foundation wave gui/graphics gui/tree gui/animation gui/controls)
+
 vanta_layer(audiofile SEES foundation)
 vanta_layer(measure SEES foundation kernel dsp/metering audiofile)
 vanta_layer(mastering SEES foundation plugin/parameters host/offline audiofile measure)
@@ -120,6 +122,8 @@ set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/cl
     limiter/latency limiter/engine limiter/processor limiter/model limiter/factory)
 set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline)
 set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/x11)
+set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
+set(interface_rooms interface/meters)
 set(file_rooms audiofile measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/processor)
@@ -141,6 +145,7 @@ vanta_layer(tests/host/lv2 SEES foundation ${plugin_rooms} ${limiter_rooms} host
             tests/plugin tests/host/formats)
 vanta_layer(tests/host/jack SEES foundation plugin/midi host/common host/jack tests/support tests/plugin)
 vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
+vanta_layer(tests/interface SEES foundation wave ${gui_rooms} ${interface_rooms} tests/gui tests/support)
 vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
 vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)

@@ -145,7 +145,7 @@ vanta_layer(tests/host/lv2 SEES foundation ${plugin_rooms} ${limiter_rooms} host
             tests/plugin tests/host/formats)
 vanta_layer(tests/host/jack SEES foundation plugin/midi host/common host/jack tests/support tests/plugin)
 vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
-vanta_layer(tests/interface SEES foundation wave ${gui_rooms} ${interface_rooms} tests/gui tests/support)
+vanta_layer(tests/interface SEES foundation wave dsp/metering ${gui_rooms} ${interface_rooms} tests/gui tests/support)
 vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
 vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)

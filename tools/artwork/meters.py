@@ -44,8 +44,8 @@ def meter_part(d):
     return ''.join(rect(0, y, 128, 1.5, '#FFFFFF') + rect(0, y + 1.5, 128, .5, '#B8B8B8') for y in (0, 2))
 
 
-# Cells 0 to 9 by angle, left and right in turn; then rear centre, centre and the low-frequency channel.
-LETTERS = ('L', 'R', 'L', 'R', 'Ls', 'Rs', 'Lb', 'Rb', 'Lb', 'Rb', 'Cs', 'Cs', 'C', 'C', 'C', 'LF')
+# Cells 0 to 9 by angle, left and right in turn; then rear centre, centre, the upper pair and the low-frequency channel.
+LETTERS = ('L', 'R', 'L', 'R', 'Ls', 'Rs', 'Lb', 'Rb', 'Lb', 'Rb', 'Cs', 'Cs', 'C', 'Lt', 'Rt', 'LF')
 
 
 @picture('MeterLabelsHor', 192, 12)

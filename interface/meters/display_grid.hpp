@@ -54,7 +54,7 @@ public:
     Property<bool> showLines{this, true};
     /// Areas that no line enters and no number touches.
     VectorProperty<gui::Rect> exclusions{this, {}};
-    /// The level whose line and number heed no exclusion.
+    /// The level whose line and number heed no exclusion; the number stands out.
     Property<std::optional<float>> exemptLevel{this, std::nullopt};
     Property<gui::Alignment> labelAlignment{this, gui::Alignment::Left};
     /// Of printf. One that contains ".0" has no steps below 1.
@@ -90,6 +90,8 @@ public:
     float positionOf(float displayLevel) const { return levelToPosition(displayLevel + labelShift); }
     /// In the order of the walk: from the top, or from the left; on a horizontal scale of dB from the right.
     const std::vector<Tick>& ticks();
+    /// Of the numbers that were painted last.
+    const std::vector<gui::Rect>& numberAreas() const { return numberAreas_; }
     /// Changes whenever the ticks may have.
     int revision() const { return revision_; }
     /// Everything is to be found and rendered anew.
@@ -123,6 +125,7 @@ private:
     LevelDisplay* display_ = nullptr;
     std::unique_ptr<gui::Bitmap> labels_;
     gui::Point labelOrigin_;
+    std::vector<gui::Rect> numberAreas_;
     std::vector<Tick> ticks_;
     std::unique_ptr<gui::Text> text_;
     State state_ = State::Dirty;

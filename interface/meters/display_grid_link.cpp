@@ -21,6 +21,10 @@ DisplayGridLink::~DisplayGridLink() {
 void DisplayGridLink::setGrids(DisplayGrid* from, DisplayGrid* to) {
     from_ = from;
     to_ = to;
+    linesChanged();
+}
+
+void DisplayGridLink::linesChanged() {
     valid_ = false;
     markDirty();
 }
@@ -40,11 +44,15 @@ float DisplayGridLink::shiftOf(const DisplayGrid& grid) const {
 }
 
 DisplayGridLink::Basis DisplayGridLink::basis() const {
-    return {from_->revision(), to_->revision(), shiftOf(*from_), shiftOf(*to_), localBounds()};
+    return {from_->revision(), to_->revision(), shiftOf(*from_), shiftOf(*to_), strip()};
 }
 
 float DisplayGridLink::farPosition(float displayLevel) const {
     return to_->positionOf(displayLevel) + shiftOf(*to_);
+}
+
+float DisplayGridLink::nearPosition(float displayLevel) const {
+    return from_->positionOf(displayLevel) + shiftOf(*from_);
 }
 
 /// 0 at the start of the far scale, 1 at its end.
@@ -58,19 +66,29 @@ float DisplayGridLink::placeOf(float farPosition) const {
 
 std::vector<float> DisplayGridLink::wayOf(float displayLevel) const {
     const float far = farPosition(displayLevel);
-    const JoiningWay way{from_->positionOf(displayLevel) + shiftOf(*from_), far, placeOf(far), soften};
-    return joiningTable(way, isVertical() ? localBounds().width() : localBounds().height());
+    const JoiningWay way{nearPosition(displayLevel), far, placeOf(far), soften};
+    return joiningTable(way, isVertical() ? strip().width() : strip().height());
+}
+
+bool DisplayGridLink::isWithin(float position) const {
+    const gui::Rect area = strip();
+    return isVertical() ? position >= area.top && position < area.bottom
+                        : position >= area.left && position < area.right;
 }
 
 void DisplayGridLink::findLines() {
     lines_.clear();
-    for (const Tick& tick : to_->ticks()) lines_.push_back(wayOf(tick.level - to_->labelShift));
+    for (const Tick& tick : to_->ticks()) {
+        const float level = tick.level - to_->labelShift;
+        // One that begins beyond the strip would come out of nowhere.
+        if (isWithin(nearPosition(level))) lines_.push_back(wayOf(level));
+    }
     basis_ = basis();
     valid_ = true;
 }
 
 void DisplayGridLink::animate() {
-    if (!visible || !from_ || !to_) return;
+    if (!isShown() || !from_ || !to_) return;
     if (valid_ && basis() != basis_) {
         valid_ = false;
         markDirty();
@@ -86,15 +104,17 @@ void DisplayGridLink::drawWay(gui::Canvas& canvas, const std::vector<float>& way
     gui::Graph graph{way};
     const auto over =
         isVertical() ? gui::Canvas::CurveOrientation::OverX : gui::Canvas::CurveOrientation::OverY;
-    canvas.drawCurve(graph, color, {}, {}, width, localBounds(), {}, over);
+    const gui::Rect area = strip();
+    const gui::Point origin = isVertical() ? gui::Point{area.left, 0.0f} : gui::Point{0.0f, area.top};
+    canvas.drawCurve(graph, color, {}, {}, width, area, origin, over);
 }
 
 void DisplayGridLink::paint(gui::Canvas& canvas) {
     if (!from_ || !to_) return;
     if (!valid_ || basis() != basis_) findLines();
-    if (fillColor.value().alpha > 0) canvas.fillRect(localBounds(), fillColor);
+    if (fillColor.value().alpha > 0) canvas.fillRect(strip(), fillColor);
     for (const std::vector<float>& way : lines_) drawWay(canvas, way, lineColor, 1.0f);
-    if (!source || isSilence(lastLevel_)) return;
+    if (!source || isSilence(lastLevel_) || !isWithin(nearPosition(lastLevel_))) return;
     const gui::Gradient& gradient = linkGradient;
     const gui::Color color =
         gradient.isEmpty() ? linkColor.value() : gradient.at(placeOf(farPosition(lastLevel_)));

@@ -49,6 +49,10 @@ public:
 protected:
     /// Where a level of the displays lies on the far side, in the coordinates of this control.
     float farPosition(float displayLevel) const;
+    /// What the lines cross.
+    virtual gui::Rect strip() const { return localBounds(); }
+    /// They have to be found anew.
+    void linesChanged();
     bool isVertical() const { return to_->orientation == Orientation::Vertical; }
 
 private:
@@ -58,14 +62,16 @@ private:
         int toRevision;
         float fromShift;
         float toShift;
-        gui::Rect bounds;
+        gui::Rect strip;
         bool operator==(const Basis&) const = default;
     };
 
     Basis basis() const;
     float shiftOf(const DisplayGrid& grid) const;
     float placeOf(float farPosition) const;
+    float nearPosition(float displayLevel) const;
     std::vector<float> wayOf(float displayLevel) const;
+    bool isWithin(float position) const;
     void findLines();
     void drawWay(gui::Canvas& canvas, const std::vector<float>& way, gui::Color color, float width) const;
 

@@ -103,20 +103,22 @@ bool DisplayGrid::hasRoom(const Tick& tick, const Rect& bounds) const {
 void DisplayGrid::paintLabels() {
     state_ = State::LabelsPainted;
     text_->fontSize = fontSize.value();
-    text_->color = labelColor.value();
     struct Number {
         std::string text;
         Rect bounds;
+        bool isExempt;
     };
     std::vector<Number> numbers;
     Rect extentOfAll{};
+    numberAreas_.clear();
     for (const Tick& tick : ticks_) {
         if (!tick.labelled) continue;
         text_->text = numberOf(tick);
         const Rect bounds = labelBounds(tick, *text_);
         if (!hasRoom(tick, bounds)) continue;
         extentOfAll = extentOfAll.united(bounds);
-        numbers.push_back({text_->text, bounds});
+        numberAreas_.push_back(bounds);
+        numbers.push_back({text_->text, bounds, exemptLevel.value() == tick.level});
     }
     // On a whole unit, with a unit to spare: a glyph may reach beyond its advance.
     const Rect strip{std::floor(extentOfAll.left) - 1.0f, std::floor(extentOfAll.top) - 1.0f,
@@ -127,6 +129,9 @@ void DisplayGrid::paintLabels() {
     labels_->fill();
     for (const Number& number : numbers) {
         text_->text = number.text;
+        gui::Color color = labelColor;
+        if (number.isExempt) color.alpha = 255;
+        text_->color = color;
         const gui::Point at = number.bounds.origin() - labelOrigin_;
         // Centred by the capitals: the room of descenders would lift every number off its line.
         labels_->canvas().drawText(*text_, {at.x, at.y - text_->baselineOffset()});

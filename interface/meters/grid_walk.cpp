@@ -10,6 +10,8 @@ namespace {
 
 /// Levels that differ by no more are the same.
 constexpr float kSameLevel = 1.1920929e-07f;
+/// Logical units by which rounding may place a line before the start.
+constexpr float kSamePlace = 0.01f;
 /// No scale has as many lines; one that goes on is broken.
 constexpr int kMostRounds = 1000;
 constexpr float kNoExtra = 1000000.0f;
@@ -122,7 +124,7 @@ bool GridWalk::takeNext() {
 
     const bool isOnGrid = !tick.extra || isSameLevel(tick.level, gridLevel);
     // A level short of the start: the count is rounded towards its origin.
-    if (distance(range_.start, tick.position) < 0.0f) {
+    if (distance(range_.start, exact) < -kSamePlace) {
         extra_ += tick.extra ? 1 : 0;
         index_ += isOnGrid ? indexStep_ : 0;
         return true;

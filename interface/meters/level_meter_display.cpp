@@ -132,7 +132,7 @@ bool LevelMeterDisplay::read(Readings& readings) const {
 }
 
 void LevelMeterDisplay::animate() {
-    if (!visible) return;
+    if (!isShown()) return;
     bool moved = false;
     for (auto* bars : {&fast_, &slow_}) {
         for (Readings& readings : *bars) moved |= read(readings);

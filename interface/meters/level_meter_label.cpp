@@ -43,7 +43,9 @@ void LevelMeterLabel::propertyChanged(AbstractProperty& property) {
 
 LevelText LevelMeterLabel::read() {
     if (!source_) return {{}, kSilence, false};
-    const float level = source_->value(info);
+    float level = source_->value(info);
+    // Before a processor has run nothing is reduced.
+    if (interpretation == LevelInterpretation::Reduction && isSilence(level)) level = 0.0f;
     return formatLevel(isSilence(level) ? level : level + levelShift,
                        {precision, precisionMode, interpretation, clipLevel});
 }
@@ -64,6 +66,7 @@ void LevelMeterLabel::show(const LevelText& number, gui::Color color) {
 }
 
 void LevelMeterLabel::animate() {
+    if (!isShown()) return;
     const LevelText number = read();
     const gui::Color color = colorOf(number);
     if (color != textColor.value() || timer_->elapsed() > kPaceMs) show(number, color);

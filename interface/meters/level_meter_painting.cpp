@@ -11,6 +11,13 @@ namespace vanta::interface {
 using gui::Bitmap;
 using gui::Rect;
 
+namespace {
+
+/// Bars that are thinner have no letters.
+constexpr float kLetterRoom = 9.0f;
+
+}  // namespace
+
 gui::Rect LevelMeterDisplay::areaOf(int bar, Span span) const {
     const auto from = static_cast<float>(barPosition(bar));
     const float to = std::max(static_cast<float>(barPosition(bar + 1)) - 1.0f, from + 1.0f);
@@ -133,7 +140,9 @@ void LevelMeterDisplay::paintPeak(gui::Canvas& canvas, int bar, float level, con
 
 void LevelMeterDisplay::paintLetters(gui::Canvas& canvas) const {
     const Bitmap& letters = *style_->channelLabels;
-    if (layout <= kMonoLayout || letters.isEmpty()) return;
+    const Rect first = areaOf(0, {0.0f, length()});
+    const bool fits = (isVertical() ? first.width() : first.height()) >= kLetterRoom;
+    if (layout <= kMonoLayout || letters.isEmpty() || !fits) return;
     const Rect& sheet = letters.logicalRect();
     const float cell = sheet.width() / static_cast<float>(kLetterCells);
     const std::span<const int> types = channelTypes(layout);

@@ -56,6 +56,10 @@ private:
     int indexOf(float level, float step) const {
         return static_cast<int>(std::trunc((level - range_.origin) / step));
     }
+    /// Lines on whole pixels may have come closer by one.
+    bool isClose(float from, float to) const {
+        return distance(from, to) < range_.spacing - 1.0f / range_.deviceScale - kSamePlace;
+    }
     float distance(float from, float to) const { return (to - from) * static_cast<float>(range_.direction); }
     float nextExtra() const {
         return extra_ < range_.extras.size() ? range_.extras[extra_]
@@ -152,7 +156,7 @@ void GridWalk::keep(Tick tick, bool isOnGrid) {
         index_ += indexStep_;
         lastPosition_ = tick.position;
     }
-    tick.labelled = distance(lastLabelled_, tick.position) >= range_.spacing;
+    tick.labelled = !isClose(lastLabelled_, tick.position);
     if (tick.labelled) lastLabelled_ = tick.position;
     const bool isSamePlace = !ticks_.empty() && ticks_.back().position == tick.position;
     if (!isSamePlace) {
@@ -177,11 +181,11 @@ GridWalk::Candidate GridWalk::candidateAfter(float level, bool tooClose) const {
 }
 
 bool GridWalk::isThinned(const Tick& tick, Candidate& next) const {
-    bool tooClose = distance(lastPosition_, tick.position) < range_.spacing;
+    bool tooClose = isClose(lastPosition_, tick.position);
     next = candidateAfter(tick.level, tooClose);
     const float nextLevel = levelAt(next.index, next.step);
     const float nextPosition = positionOf(nextLevel);
-    tooClose |= isSameLevel(nextLevel, nextExtra()) && distance(tick.position, nextPosition) < range_.spacing;
+    tooClose |= isSameLevel(nextLevel, nextExtra()) && isClose(tick.position, nextPosition);
     return tooClose || isCrowded(tick, nextLevel, nextPosition, next);
 }
 

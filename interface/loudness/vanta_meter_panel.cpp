@@ -37,7 +37,7 @@ VantaMeterPanel::~VantaMeterPanel() {
         for (LevelMeterDisplay* meter : meters_) animator()->cancel(&meter->barAlpha);
         for (LevelPeakLabel* label : peakLabels_) animator()->cancel(&label->alpha);
     }
-    setMainScale(nullptr, {});
+    loudnessDisplay_->setGrids(nullptr, nullptr);
     removeAllChildren();
 }
 

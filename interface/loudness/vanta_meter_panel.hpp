@@ -70,7 +70,8 @@ public:
 
     void resized() override;
     void paint(gui::Canvas& canvas) override;
-    int alphaAt(gui::Point) override { return 0; }
+    /// Between its parts the pointer reaches what lies behind.
+    int alphaAt(gui::Point point) override { return childAt(point) ? 255 : 0; }
 
 private:
     const VantaParameters& parameters() const { return link_.parameters(); }

@@ -75,6 +75,7 @@ struct PanelRig {
         grid->grid().lineColor = gui::Color{255, 255, 255, 20};
         grid->bounds = gui::Rect::ofSize(0.0f, 0.0f, 44.0f, at.height());
         grid->parent = &room;
+        panel->toFront();
         panel->setMainScale(display, {&grid->grid()});
     }
 

@@ -95,7 +95,7 @@ void LoudnessDisplay::paintLying(gui::Canvas& canvas, float start, float end) {
     labelText_->text = signedNumber("LRA %.1f", range_);
     const float width = labelText_->width(), height = labelText_->height();
     const float left = besideTarget((start + end - width) / 2.0f, width);
-    const gui::Rect room{left - 2.0f, bracket_ - height, left + width + 2.0f, bracket_};
+    const gui::Rect room{left - 2.0f, std::max(bracket_ - height, 2.0f), left + width + 2.0f, bracket_};
     clearNumbers(canvas, room);
     write(canvas, *labelText_, {left, bracket_ - height - labelText_->baselineOffset()});
 }

@@ -124,7 +124,7 @@ void VantaMeterPanel::layOutCompactLoudness() {
     meters_[Loudness]->setBounds(Rect::ofSize(kLyingLeft, 213.0f, length, LoudnessMeterDisplay::kBreadth));
     setLying(*loudnessGrid_, 200.0f, 13.0f, {kLyingSpare, 10.0f, kLyingSpare, 0.0f}, 0.0f);
     loudnessDisplay_->setBounds(Rect::ofSize(kLyingLeft, 198.0f, length, 15.0f));
-    loudnessDisplay_->setPlaces({}, 12.0f);
+    loudnessDisplay_->setPlaces({}, 13.0f);
     pauseButton_->setBounds(Rect::ofSize(3.0f, 174.0f, 18.0f, 18.0f));
     resetButton_->setBounds(Rect::ofSize(3.0f, 191.0f, 18.0f, 18.0f));
     scaleButton_->setBounds(Rect::ofSize(2.0f, 238.0f, 49.0f, 20.0f));

@@ -37,7 +37,6 @@ VantaMeterPanel::~VantaMeterPanel() {
         for (LevelMeterDisplay* meter : meters_) animator()->cancel(&meter->barAlpha);
         for (LevelPeakLabel* label : peakLabels_) animator()->cancel(&label->alpha);
     }
-    loudnessDisplay_->setGrids(nullptr, nullptr);
     removeAllChildren();
 }
 

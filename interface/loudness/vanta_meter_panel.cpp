@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "gui/animation/value_animation.hpp"
-#include "gui/tree/root_control.hpp"
 #include "gui/tree/user_interface.hpp"
 
 namespace vanta::interface {
@@ -91,6 +90,14 @@ void VantaMeterPanel::channelLayoutChanged() {
 void VantaMeterPanel::resized() {
     AnimatedControl::resized();
     layOut();
+    // While the panel grows sideways its scale stays.
+    const float height = localBounds().height();
+    if (std::exchange(scaledHeight_, height) != height) applyScale();
+}
+
+/// Some colours end with a pixel.
+void VantaMeterPanel::refreshTree() {
+    AnimatedControl::refreshTree();
     applyScale();
 }
 

@@ -69,6 +69,7 @@ public:
     gui::Button& resetButton() { return *resetButton_; }
 
     void resized() override;
+    void refreshTree() override;
     void paint(gui::Canvas& canvas) override;
     /// Between its parts the pointer reaches what lies behind.
     int alphaAt(gui::Point point) override { return childAt(point) ? 255 : 0; }
@@ -129,7 +130,8 @@ private:
 
     MeterLink& link_;
     Form form_;
-    bool showing_ = false;  ///< the controls follow the parameters
+    float scaledHeight_ = 0.0f;  ///< for which the scale is
+    bool showing_ = false;       ///< the controls follow the parameters
     gui::SelectButton* timeScaleButton_ = nullptr;
     MenuButton* scaleButton_ = nullptr;
     MenuButton* targetButton_ = nullptr;

@@ -110,6 +110,7 @@ private:
     void buildImages();
     void buildImage(std::unique_ptr<gui::Bitmap>& image, const gui::Gradient& gradient,
                     const gui::Bitmap& part) const;
+    std::unique_ptr<gui::Bitmap> tileOf(const gui::Bitmap& part, float tileLength) const;
     void paintSeparators(gui::Bitmap& image) const;
     void paintSource(gui::Canvas& canvas, int bar, const Readings& readings, const gui::Bitmap& image,
                      int opacity) const;

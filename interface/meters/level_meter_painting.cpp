@@ -39,6 +39,16 @@ void LevelMeterDisplay::buildImages() {
     }
 }
 
+/// As much of the part as the meter is wide, turned to lie along it.
+std::unique_ptr<Bitmap> LevelMeterDisplay::tileOf(const Bitmap& part, float tileLength) const {
+    const std::unique_ptr<Bitmap> turned = ui().createBitmap();
+    if (!isVertical()) turned->transposeFrom(part);
+    std::unique_ptr<Bitmap> tile = ui().createBitmap();
+    tile->setLogicalSize(isVertical() ? breadth() : tileLength, isVertical() ? tileLength : breadth());
+    tile->canvas().drawBitmap(isVertical() ? part : *turned, gui::Point{});
+    return tile;
+}
+
 /// The part repeated along the meter, each piece in its colour. A piece ends where a band of colour does.
 void LevelMeterDisplay::buildImage(std::unique_ptr<Bitmap>& image, const gui::Gradient& gradient,
                                    const Bitmap& part) const {
@@ -47,12 +57,9 @@ void LevelMeterDisplay::buildImage(std::unique_ptr<Bitmap>& image, const gui::Gr
     image->fill();
     if (part.isEmpty() || gradient.isEmpty()) return;
 
-    const std::unique_ptr<Bitmap> tile = ui().createBitmap();
+    const float tileLength = std::max(part.logicalRect().height(), 1.0f);
+    const std::unique_ptr<Bitmap> tile = tileOf(part, tileLength);
     const std::unique_ptr<Bitmap> tinted = ui().createBitmap();
-    tile->copyFrom(part);
-    if (!isVertical()) tile->transposeFrom(part);
-    const float tileLength =
-        std::max(isVertical() ? tile->logicalRect().height() : tile->logicalRect().width(), 1.0f);
     std::vector<float> cuts;
     for (float position = 0.0f; position < length(); position += tileLength) cuts.push_back(position);
     for (const ColorStop& stop : stops_) {

@@ -197,6 +197,10 @@ TEST(LevelMeterDisplay, HoldsAnOverUntilSomebodyClicks) {
     played.play(1.2f, 1);
     played.silence(8000);
     EXPECT_EQ(played.tops().line, 0) << "a block above full scale";
+    const auto isLit = [&](int y) { return gui::toColor(played.rack.ui.picture()->row(y)[7]).red > 60; };
+    EXPECT_TRUE(isLit(1)) << "that reaches down to it";
+    played.meter.splitAtOffset = true;
+    EXPECT_TRUE(isLit(0) && !isLit(1)) << "or stands apart";
     EXPECT_EQ(label.shownText(), "+1.6");
     EXPECT_EQ(label.textColor.value(), label.clipColor.value());
     played.rack.ui.root->platformMouseDown(gui::kLeftPress, {60.0f, 8.0f}, 0);

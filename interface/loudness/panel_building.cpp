@@ -109,6 +109,7 @@ void VantaMeterPanel::buildLabels() {
     integratedLabel_->accessibleName = "Loudness";
     integratedLabel_->style().fontName = kSemiBold;
     integratedLabel_->style().fontSize = isCompact() ? 10.5f : 13.5f;
+    if (!isCompact()) integratedLabel_->alignment = Alignment::Right;
     integratedLabel_->normalColor = kValueColor;
     integratedLabel_->clipColor = kClipColor;
     integratedLabel_->precisionMode = FloatPrecision::Fixed;
@@ -160,7 +161,6 @@ void VantaMeterPanel::buildButtons() {
     scaleButton_->accessibleName = "Loudness scale";
     scaleButton_->hint = parameters().loudnessMeterScale.helpText;
     targetButton_ = &add<MenuButton>(animator(), &inWell);
-    targetButton_->text().fontSize = 7.5f;
     targetButton_->accessibleName = "Loudness target";
     targetButton_->hint = "Loudness values above this level will be shown in red.";
     loudnessTimeButton_ = &add<gui::SelectButton>(animator(), &inWell);
@@ -172,6 +172,7 @@ void VantaMeterPanel::buildButtons() {
     for (gui::Button* button :
          {static_cast<gui::Button*>(targetButton_), static_cast<gui::Button*>(loudnessTimeButton_)}) {
         button->setIcon("IconSelect");
+        button->text().fontSize = 7.5f;
     }
     if (isCompact()) {
         scaleButton_->textOffset = 3.0f;

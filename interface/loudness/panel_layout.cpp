@@ -92,9 +92,10 @@ void VantaMeterPanel::layOutRegularLoudness(float left) {
     pauseButton_->setBounds(at(160.0f, bottom - 159.0f, 18.0f, 20.0f));
     resetButton_->setBounds(at(178.0f, bottom - 159.0f, 18.0f, 20.0f));
     const float middle = kLoudnessLeft + LoudnessMeterDisplay::kWideBar / 2.0f;
-    integratedLabel_->setBounds(at(middle - 42.0f, bottom - 84.0f, 66.0f, 26.0f));
-    unitLabel_->setBounds(at(middle + 16.0f + 12.0f, bottom - 76.0f, 32.0f, 16.0f));
-    loudnessTimeButton_->setBounds(at(middle - 42.0f, bottom - 54.0f, 84.0f, 20.0f));
+    // What stands beside the meter's lower end leaves room for the number with its unit behind.
+    integratedLabel_->setBounds(at(middle - 48.0f, bottom - 84.0f, 58.0f, 26.0f));
+    unitLabel_->setBounds(at(middle + 13.0f, bottom - 76.0f, 27.0f, 16.0f));
+    loudnessTimeButton_->setBounds(at(middle - 39.0f, bottom - 54.0f, 78.0f, 20.0f));
 }
 
 void VantaMeterPanel::layOutCompact() {

@@ -89,6 +89,12 @@ void VantaMeterPanel::channelLayoutChanged() {
 
 void VantaMeterPanel::resized() {
     AnimatedControl::resized();
+    const gui::Control* owner = parent;
+    if (owner && animator() && placedBounds().bottom != owner->localBounds().bottom) {
+        // The window has another size since the growth began.
+        animator()->cancel(&bounds);
+        bounds = place();
+    }
     layOut();
     // While the panel grows sideways its scale stays.
     const float height = localBounds().height();

@@ -74,6 +74,11 @@ int LevelMeterDisplay::barPosition(int bar) const {
 
 /// Whole steps from level 0 within the meter: a line at a level beyond them would be cut.
 void LevelMeterDisplay::updateRange() {
+    for (ColorStop& stop : stops_) stop.position = levelToPosition(stop.level);
+    // A meter that is too small for its scale has no levels at its ends.
+    holdLow_ = kSilence;
+    holdHigh_ = -kSilence;
+    if (domain == LevelDomain::Decibel && !(scale > 0.0f)) return;
     const float zero = offset;
     const float before = zero - std::floor(zero / step + kSlack) * step;
     const float after = zero + std::floor((length() - zero) / step + kSlack) * step;
@@ -81,7 +86,6 @@ void LevelMeterDisplay::updateRange() {
     const float b = positionToLevel(after);
     holdLow_ = std::min(a, b);
     holdHigh_ = std::max(a, b);
-    for (ColorStop& stop : stops_) stop.position = levelToPosition(stop.level);
 }
 
 void LevelMeterDisplay::setColorStops(const std::vector<float>& levels) {

@@ -293,6 +293,21 @@ TEST_F(MeterPanel, FollowsOutputLevelAndBypass) {
     EXPECT_EQ(label.alpha.value(), 255);
 }
 
+TEST_F(MeterPanel, StandsAnySize) {
+    play(rig);
+    for (const float scale : {2.0f, 6.0f}) {
+        set(p.meterScale, scale);
+        for (const float height : {1.0f, 60.0f, 100.0f, 101.0f, 102.0f, 124.0f, 160.0f, 2000.0f}) {
+            rig.room.setSize(800.0f, height);
+            ui.advance(400);
+            ui.picture();
+            EXPECT_EQ(panel.bounds.value().bottom, height);
+            EXPECT_EQ(rig.grid->grid().ticks().empty(), height <= 101.0f) << height;
+            EXPECT_TRUE(std::isfinite(panel.meter(Panel::Output).levelToPosition(-20.0f))) << height;
+        }
+    }
+}
+
 TEST_F(MeterPanel, CostsNothingWhileNothingMoves) {
     showLoudness();
     play(rig);

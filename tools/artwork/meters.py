@@ -57,7 +57,7 @@ def letters(d):
 
 @picture('LoudnessLabels', 24, 12)
 def loudness_letters(d):
-    return ''.join(text(4 + 8 * i, 9.2, s, 9, 'semi', '#FFFFFF', 'middle') for i, s in enumerate('MSI'))
+    return outlined(d, ''.join(text(4 + 8 * i, 9.2, s, 8.5, 'semi', '#FFFFFF', 'middle') for i, s in enumerate('MSI')), .4)
 
 
 BRACKET = 'M6.5 .75H10.5Q12.25 .75 12.25 2.5V27.5Q12.25 29.25 10.5 29.25H6.5'

@@ -124,7 +124,6 @@ set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/cl
     limiter/latency limiter/engine limiter/processor limiter/model limiter/factory)
 set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline)
 set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/x11)
-set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
 set(interface_rooms interface/meters interface/loudness)
 set(file_rooms audiofile measure mastering)
 

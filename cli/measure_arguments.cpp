@@ -16,6 +16,8 @@ void MeasureArguments::declareTo(CLI::App& app) {
     add.option("--tolerance", requirements.toleranceLu)->check(within(0.0, 20.0));
     add.option("--max-true-peak", requirements.maxTruePeakDb)->check(within(-60.0, 30.0));
     add.option("--layout", layout);
+    add.flag("--recursive", recursive);
+    add.option("--jobs", jobs)->check(within(1, kMostJobs));
     add.flag("--quiet", quiet);
 }
 

@@ -15,6 +15,8 @@ struct MeasureArguments {
 
     std::vector<std::string> files;
     std::string layout;
+    bool recursive = false;
+    int jobs = 0;  ///< 0: one a core
     bool json = false;
     bool csv = false;
     std::string timeline;  ///< a CSV file to be written; empty: none

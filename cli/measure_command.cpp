@@ -2,21 +2,28 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <memory>
+#include <thread>
 
 #include "cli/chosen_layout.hpp"
 #include "cli/exit_code.hpp"
+#include "cli/inputs.hpp"
 #include "cli/interrupt.hpp"
 #include "cli/measure_arguments.hpp"
 #include "cli/measurement_text.hpp"
 #include "cli/messages.hpp"
 #include "cli/output_file.hpp"
+#include "cli/piped_files.hpp"
 #include "cli/progress_bar.hpp"
 #include "cli/standard_streams.hpp"
 #include "cli/texts.hpp"
 #include "foundation/ascii.hpp"
+#include "foundation/news_in_order.hpp"
 #include "foundation/output_check.hpp"
+#include "foundation/parallel.hpp"
 #include "measure/loudness_plot.hpp"
 #include "measure/measurement_export.hpp"
 
@@ -42,20 +49,33 @@ void check(const MeasureArguments& arguments) {
 }
 
 /// Files that cannot be measured are reported at once, and named among the figures.
-std::vector<Measurement> measureAll(const MeasureArguments& arguments) {
+std::vector<Measurement> measureAll(const MeasureArguments& arguments, PipedFiles& pipes) {
     const auto layout = chosenLayout(arguments.layout);
     const WorkWatcher watcher = terminalWatcher(arguments.quiet);
-    std::vector<Measurement> measurements;
+    std::vector<Input> inputs;
     for (const std::string& file : arguments.files) {
+        const std::vector<std::string> name{pipes.input(file)};
+        std::ranges::move(inputsOf(name, arguments.recursive), std::back_inserter(inputs));
+    }
+    const auto threads = arguments.jobs > 0 ? static_cast<std::size_t>(arguments.jobs)
+                                            : std::max(1u, std::thread::hardware_concurrency());
+    std::vector<Measurement> measurements(inputs.size());
+    NewsInOrder news(inputs.size());
+    inParallel(inputs.size(), threads, [&](std::size_t i) {
+        Measurement& measurement = measurements[i];
         try {
-            measurements.push_back(measureFile(file, layout, watcher));
-            printWarnings(measurements.back().warnings);
+            measurement = measureFile(inputs[i].file, layout, watcher);
+            news.add(i, [&] { printWarnings(measurement.warnings); });
         } catch (const Failure& failure) {
-            printFailure(failure);
-            measurements.emplace_back();
-            measurements.back().file = file;
-            measurements.back().error = failure.what();
+            measurement.file = inputs[i].file;
+            measurement.error = failure.what();
+            news.add(i, [&] { printError(pipes.named(measurement.error)); });
         }
+        news.end(i);
+    });
+    for (Measurement& measurement : measurements) {
+        measurement.file = pipes.named(measurement.file.string());
+        measurement.error = pipes.named(measurement.error);
     }
     return measurements;
 }
@@ -92,7 +112,8 @@ bool writeFiles(const MeasureArguments& arguments, std::span<const Measurement> 
 int runMeasure(const MeasureArguments& arguments) {
     check(arguments);
     watchForInterrupts();
-    const auto measurements = measureAll(arguments);
+    PipedFiles pipes;
+    const auto measurements = measureAll(arguments, pipes);
     print(arguments, measurements);
     bool failed = !writeFiles(arguments, measurements);
     bool missed = false;

@@ -14,8 +14,12 @@ void printError(std::string_view text) {
     printLine(fmt::format("{}: {}", program_invocation_short_name, printable(text)));
 }
 
+void printWarning(std::string_view text) {
+    printError(fmt::format("warning: {}", text));
+}
+
 void printWarnings(std::span<const std::string> warnings) {
-    for (const std::string& warning : warnings) printError("warning: " + warning);
+    for (const std::string& warning : warnings) printWarning(warning);
 }
 
 void printFailure(const std::exception& failure) {

@@ -45,6 +45,9 @@ private:
     std::vector<OptionHelp> help_;
 };
 
+/// The most files that are worked on at a time.
+inline constexpr int kMostJobs = 256;
+
 /// Accepts numbers from `low` to `high`.
 CLI::Validator within(double low, double high);
 

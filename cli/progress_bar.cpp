@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "cli/interrupt.hpp"
 #include "foundation/printable.hpp"
@@ -33,42 +34,68 @@ std::size_t terminalWidth() {
 }  // namespace
 
 WorkWatcher terminalWatcher(bool quiet) {
-    return [quiet](const Work& work) -> Progress {
-        // A std::function is copied; all copies share one bar, which goes with the last.
-        const auto bar = std::make_shared<ProgressBar>(work, !quiet);
-        return [bar](std::int64_t frames) {
-            bar->show(frames);
+    const auto bar = std::make_shared<ProgressBar>(!quiet);
+    return [bar](const Work& work) -> Progress {
+        // A std::function is copied; all copies share one place, which goes with the last.
+        const std::shared_ptr<ProgressBar::Place> place(new ProgressBar::Place(bar->begin(work)),
+                                                        [bar](ProgressBar::Place* ended) {
+                                                            bar->end(*ended);
+                                                            delete ended;
+                                                        });
+        return [bar, place](std::int64_t frames) {
+            bar->show(*place, frames);
             return !interruptRequested();
         };
     };
 }
 
-ProgressBar::ProgressBar(const Work& work, bool wanted) : work_(work), visible_(wanted && isTerminal()) {}
+ProgressBar::ProgressBar(bool wanted) : visible_(wanted && isTerminal()) {}
 
-ProgressBar::~ProgressBar() {
-    if (drawn_) std::fputs("\r\033[K", stderr);
+ProgressBar::Place ProgressBar::begin(const Work& work) {
+    const std::scoped_lock lock(mutex_);
+    const auto now = Clock::now();
+    // What is over at once needs no bar.
+    if (running_.empty()) nextDraw_ = now + kInterval;
+    return running_.insert(running_.end(), {work, 0, now});
 }
 
-void ProgressBar::show(std::int64_t frames) {
+void ProgressBar::end(Place place) {
+    const std::scoped_lock lock(mutex_);
+    running_.erase(place);
+    if (running_.empty() && std::exchange(drawn_, false)) std::fputs("\r\033[K", stderr);
+}
+
+void ProgressBar::show(Place place, std::int64_t frames) {
+    const std::scoped_lock lock(mutex_);
+    place->frames = frames;
     if (!visible_) return;
     const auto now = Clock::now();
     if (now < nextDraw_) return;
     nextDraw_ = now + kInterval;
     drawn_ = true;
-    draw(frames, now);
+    draw(now);
 }
 
-void ProgressBar::draw(std::int64_t frames, Clock::time_point now) const {
-    const double share = std::min(
-        1.0, static_cast<double>(frames) / static_cast<double>(std::max<std::int64_t>(work_.frames, 1)));
-    const double elapsed = std::max(1e-3, std::chrono::duration<double>(now - started_).count());
-    const std::string tail = fmt::format("{:4.0f}%  {:.0f}x real time", 100.0 * share,
-                                         static_cast<double>(frames) / work_.sampleRate / elapsed);
+void ProgressBar::draw(Clock::time_point now) const {
+    double done = 0.0;
+    double all = 0.0;
+    double rate = 0.0;
+    std::string titles;
+    for (const Running& each : running_) {
+        const double elapsed = std::max(1e-3, std::chrono::duration<double>(now - each.started).count());
+        const auto frames = static_cast<double>(each.frames);
+        done += frames / each.work.sampleRate;
+        all += static_cast<double>(each.work.frames) / each.work.sampleRate;
+        rate += frames / each.work.sampleRate / elapsed;
+        titles += (titles.empty() ? "" : ", ") + printable(each.work.title);
+    }
+    const double share = std::min(1.0, done / std::max(all, 1e-9));
+    const std::string tail = fmt::format("{:4.0f}%  {:.0f}x real time", 100.0 * share, rate);
 
     const std::size_t width = terminalWidth();
     constexpr std::size_t kBrackets = 5;
     const std::size_t room = width - std::min(width, tail.size() + kBrackets);
-    const std::string name = printable(work_.title).substr(0, room / 2);
+    const std::string name = titles.substr(0, room / 2);
     const std::size_t bar = std::min<std::size_t>(40, room - name.size());
     const auto full = static_cast<std::size_t>(share * static_cast<double>(bar));
     const std::string line =

@@ -2,35 +2,45 @@
 
 #include <chrono>
 #include <cstdint>
+#include <list>
+#include <mutex>
 
 #include "foundation/progress.hpp"
 
 namespace vanta {
 
-/// Watches work for the person at the terminal: shows a bar unless `quiet`, and stops the work at Ctrl-C.
+/// Watches work for the person at the terminal, on any number of threads: shows one bar for all that is under
+/// way unless `quiet`, and stops the work at Ctrl-C.
 WorkWatcher terminalWatcher(bool quiet);
 
-/// Shows how far work has come and how fast it runs, on stderr and only if that is a terminal.
+/// Shows how far work has come and how fast it runs, on stderr and only if that is a terminal. Any thread.
 class ProgressBar {
 public:
-    ProgressBar(const Work& work, bool wanted);
-    /// Wipes the bar.
-    ~ProgressBar();
-    ProgressBar(const ProgressBar&) = delete;
-    ProgressBar& operator=(const ProgressBar&) = delete;
+    /// A piece of work that is under way.
+    struct Running {
+        Work work;
+        std::int64_t frames = 0;  ///< done
+        std::chrono::steady_clock::time_point started;
+    };
+    using Place = std::list<Running>::iterator;
 
-    void show(std::int64_t frames);
+    explicit ProgressBar(bool wanted);
+
+    Place begin(const Work& work);
+    void show(Place place, std::int64_t frames);
+    /// Wipes the bar with the last piece.
+    void end(Place place);
 
 private:
     using Clock = std::chrono::steady_clock;
 
-    void draw(std::int64_t frames, Clock::time_point now) const;
+    void draw(Clock::time_point now) const;
 
-    Work work_;
     bool visible_;
+    std::mutex mutex_;
+    std::list<Running> running_;
     bool drawn_ = false;
-    Clock::time_point started_ = Clock::now();
-    Clock::time_point nextDraw_ = started_;
+    Clock::time_point nextDraw_{};
 };
 
 }  // namespace vanta

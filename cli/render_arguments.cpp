@@ -23,6 +23,10 @@ void RenderArguments::declareTo(CLI::App& app) {
     add.option("--max-true-peak", maxTruePeakDb)->check(within(-30.0, 10.0));
     add.option("--report", reportFile);
     add.option("--out-dir", outDir);
+    add.option("--name", name);
+    add.flag("--recursive", recursive);
+    add.option("--jobs", jobs)->check(within(1, kMostJobs));
+    add.flag("--dry-run", dryRun);
     add.option("--format", format);
     add.option("--subtype", subtype);
     add.option("--layout", layout);

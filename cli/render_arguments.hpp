@@ -18,6 +18,10 @@ struct RenderArguments {
 
     std::vector<std::string> files;  ///< inputs, and last the output unless there is a folder
     std::string outDir;
+    std::string name;  ///< of outputs in a folder
+    bool recursive = false;
+    int jobs = 0;  ///< 0: one a core
+    bool dryRun = false;
     SettingsArguments settings;
     std::string sideChain;
     std::string layout;

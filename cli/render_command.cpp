@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <memory>
+#include <thread>
 #include <utility>
 
 #include "cli/chosen.hpp"
@@ -11,6 +13,7 @@
 #include "cli/interrupt.hpp"
 #include "cli/messages.hpp"
 #include "cli/output_file.hpp"
+#include "cli/piped_files.hpp"
 #include "cli/progress_bar.hpp"
 #include "cli/render_arguments.hpp"
 #include "cli/render_text.hpp"
@@ -18,6 +21,7 @@
 #include "cli/standard_streams.hpp"
 #include "cli/texts.hpp"
 #include "foundation/output_check.hpp"
+#include "foundation/printable.hpp"
 #include "mastering/render_report.hpp"
 
 namespace vanta {
@@ -35,7 +39,10 @@ RenderOptions optionsOf(const RenderArguments& arguments) {
     options.tailSeconds = arguments.tailSeconds;
     options.ditherSeed = arguments.ditherSeed;
     options.replace = arguments.replace;
+    options.makeFolders = !arguments.outDir.empty();
     options.measure = !arguments.quiet || !arguments.reportFile.empty();
+    options.threads = arguments.jobs > 0 ? static_cast<std::size_t>(arguments.jobs)
+                                         : std::max(1u, std::thread::hardware_concurrency());
     for (const std::string& file : arguments.settings.files()) options.alsoRead.emplace_back(file);
     options.watcher = terminalWatcher(arguments.quiet);
     return options;
@@ -86,24 +93,37 @@ void checkReport(const RenderArguments& arguments, std::span<const Route> routes
     checkOutput(arguments.reportFile, taken, true);
 }
 
+/// From here on all arguments name files that can be read and written as often as it takes.
+void takePipes(RenderArguments& arguments, PipedFiles& pipes) {
+    const bool hasOutput = arguments.outDir.empty() && arguments.files.size() > 1;
+    for (std::string& file : arguments.files) {
+        const bool isOutput = hasOutput && &file == &arguments.files.back();
+        file = isOutput ? pipes.output(file) : pipes.input(file);
+    }
+}
+
 /// Tells the person at the terminal what becomes of each file.
 class Reporter final : public BatchListener {
 public:
-    Reporter(const MasteringJob& job, bool quiet) : job_(job), quiet_(quiet) {}
+    Reporter(const MasteringJob& job, const PipedFiles& pipes, bool quiet)
+        : job_(job), pipes_(pipes), quiet_(quiet) {}
 
     bool anyFailed() const { return failed_; }
 
     void failed(const Failure& failure) override {
-        printFailure(failure);
+        const std::string text = pipes_.named(failure.what());
+        text == failure.what() ? printFailure(failure) : printError(text);
         failed_ = true;
     }
 
     void written(const RenderOutcome& outcome) override {
-        printWarnings(outcome.file.warnings);
+        for (const std::string& warning : outcome.file.warnings) printWarning(pipes_.named(warning));
         if (quiet_ || muted_) return;
         // The files come first: what cannot be told does not keep them from being written.
         try {
-            printOut(renderText(job_, outcome));
+            // Where standard output holds audio, people read standard error.
+            const std::string text = pipes_.named(renderText(job_, outcome));
+            pipes_.usesStandardOutput() ? printOnError(text) : printOut(text);
         } catch (const Failure& failure) {
             if (!std::exchange(muted_, true)) failed(failure);
         }
@@ -111,26 +131,52 @@ public:
 
 private:
     const MasteringJob& job_;
+    const PipedFiles& pipes_;
     bool quiet_;
     bool failed_ = false;
     bool muted_ = false;  ///< standard output takes no more
 };
 
-int runRender(const RenderArguments& arguments) {
+/// Says what would be written, and finds what stands in the way.
+int tryOut(const MasteringJob& job, std::span<const Route> routes) {
+    bool failed = false;
+    for (const Route& route : routes) {
+        try {
+            const FileRender render(route, job);
+            printOut(fmt::format("{} -> {} ({})\n", printable(route.input.string()),
+                                 printable(route.output.string()), formatName(render.format())));
+        } catch (const Failure& failure) {
+            printFailure(failure);
+            failed = true;
+        }
+    }
+    return failed ? kExitFailed : kExitDone;
+}
+
+int runRender(RenderArguments arguments) {
     const RenderGoals goals = goalsOf(arguments);
     checkGain(arguments);
     const RenderOptions options = optionsOf(arguments);
     LimiterSettings settings;
     arguments.settings.applyTo(settings, !arguments.sideChain.empty());
     checkGoals(goals, settings);
-    const auto routes = routesOf(arguments.files, arguments.outDir, options.format.type);
-    checkReport(arguments, routes);
-
     watchForInterrupts();
+    PipedFiles pipes;
+    takePipes(arguments, pipes);
+    const auto routes = routesOf({.files = arguments.files,
+                                  .outDir = arguments.outDir,
+                                  .name = arguments.name,
+                                  .recursive = arguments.recursive,
+                                  .type = options.format.type});
+    checkReport(arguments, routes);
     const MasteringJob job{settings, options, goals};
-    Reporter reporter(job, arguments.quiet);
+    if (arguments.dryRun) return tryOut(job, routes);
+
+    Reporter reporter(job, pipes, arguments.quiet);
     const auto outcomes = renderBatch(job, routes, reporter);
-    if (!arguments.reportFile.empty()) writeOutput(arguments.reportFile, renderReportJson(job, outcomes));
+    pipes.deliver();
+    if (!arguments.reportFile.empty())
+        writeOutput(arguments.reportFile, pipes.named(renderReportJson(job, outcomes)));
     return reporter.anyFailed() ? kExitFailed : kExitDone;
 }
 

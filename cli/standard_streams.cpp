@@ -29,6 +29,10 @@ void printOut(std::string_view text) {
         throw Failure(fmt::format("standard output cannot be written: {}", std::strerror(reason)));
 }
 
+void printOnError(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
 void printLine(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stderr);
     std::fputc('\n', stderr);

@@ -13,6 +13,9 @@ void prepareStandardStreams();
 /// enough, as `| head` has.
 void printOut(std::string_view text);
 
+/// The same text on standard error, where standard output holds audio. What cannot be written there is lost.
+void printOnError(std::string_view text);
+
 /// A line for people, on standard error. What cannot be written there is lost.
 void printLine(std::string_view text);
 

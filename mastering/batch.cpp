@@ -1,7 +1,11 @@
 #include "mastering/batch.hpp"
 
 #include <array>
+#include <exception>
 #include <memory>
+
+#include "foundation/news_in_order.hpp"
+#include "foundation/parallel.hpp"
 
 namespace vanta {
 
@@ -15,12 +19,15 @@ public:
     }
 
     std::vector<RenderOutcome> run() {
-        std::vector<RenderOutcome*> all;
-        for (RenderOutcome& outcome : outcomes_) all.push_back(&outcome);
         if (job_.goals.album) {
+            std::vector<RenderOutcome*> all;
+            for (RenderOutcome& outcome : outcomes_) all.push_back(&outcome);
             renderTogether(all);
         } else {
-            for (RenderOutcome* outcome : all) renderTogether({outcome});
+            inParallel(outcomes_.size(), job_.options.threads, [&](std::size_t i) {
+                renderTogether({&outcomes_[i]});
+                news_.end(i);
+            });
         }
         return std::move(outcomes_);
     }
@@ -28,9 +35,21 @@ public:
 private:
     using Files = std::vector<std::unique_ptr<FileRender>>;
 
+    /// In an album there is one task, which tells everything at once.
+    std::size_t taskOf(const RenderOutcome& outcome) const {
+        return job_.goals.album ? 0 : static_cast<std::size_t>(&outcome - outcomes_.data());
+    }
+
+    /// To be called while the failure is being handled.
     void fail(std::span<RenderOutcome* const> which, const Failure& failure) {
         for (RenderOutcome* outcome : which) outcome->error = failure.what();
-        listener_.failed(failure);
+        news_.add(taskOf(*which.front()), [this, caught = std::current_exception()] {
+            try {
+                std::rethrow_exception(caught);
+            } catch (const Failure& told) {
+                listener_.failed(told);
+            }
+        });
     }
 
     void renderTogether(std::vector<RenderOutcome*> which) {
@@ -80,12 +99,13 @@ private:
             return fail(std::array{&outcome}, failure);
         }
         outcome.file = render.take();
-        listener_.written(outcome);
+        news_.add(taskOf(outcome), [&] { listener_.written(outcome); });
     }
 
     const MasteringJob& job_;
     BatchListener& listener_;
     std::vector<RenderOutcome> outcomes_;
+    NewsInOrder news_{outcomes_.size()};
 };
 
 }  // namespace

@@ -18,7 +18,8 @@ struct RenderOutcome {
     GoalsReached reached;
 };
 
-/// Told what becomes of a batch while it runs, on its thread.
+/// Told what becomes of a batch while it runs, in the order of its files, one at a time, on any of its
+/// threads.
 class BatchListener {
 public:
     virtual ~BatchListener() = default;

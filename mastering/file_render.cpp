@@ -65,7 +65,23 @@ void FileRender::checkDestination() const {
     std::vector<fs::path> read = job_.options.alsoRead;
     read.push_back(file_.route.input);
     if (!job_.options.sideChain.empty()) read.push_back(job_.options.sideChain);
+    std::error_code error;
+    const fs::path folder = file_.route.output.parent_path();
+    if (job_.options.makeFolders && !folder.empty()) {
+        if (!fs::exists(folder, error)) return;
+        if (!fs::is_directory(folder, error))
+            throw Failure(fmt::format("{}: is not a folder: use another", folder.string()));
+    }
     checkOutput(file_.route.output, read, job_.options.replace);
+}
+
+void FileRender::makeFolder() const {
+    const fs::path folder = file_.route.output.parent_path();
+    if (!job_.options.makeFolders || folder.empty()) return;
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (!fs::is_directory(folder, error))
+        throw Failure(fmt::format("{}: cannot be made a folder: use another", folder.string()));
 }
 
 void FileRender::setDrive(double db) {
@@ -116,6 +132,7 @@ int FileRender::formatBeyondFullScale(int format) {
 void FileRender::renderAs(int format, bool mayClip) {
     file_.format = format;
     replacement_.reset();
+    makeFolder();
     replacement_ = std::make_unique<FileReplacement>(file_.route.output);
     const auto limit = mayClip ? AudioFileWriter::Limit::Clip : AudioFileWriter::Limit::Refuse;
     const auto place = placeOf(source_, format);

@@ -56,6 +56,8 @@ public:
     /// Puts the last render in place.
     void commit();
 
+    /// libsndfile's, that the next render would be written in.
+    int format() const { return chooseFormat(shape_, file_.route.output, job_.options.format); }
     const RenderedFile& rendered() const { return file_; }
     /// Gives the file away; the render is over.
     RenderedFile take() { return std::move(file_); }
@@ -68,6 +70,7 @@ private:
     int ditherBits() const;
     Work work(int pass) const;
     void checkDestination() const;
+    void makeFolder() const;
     int formatBeyondFullScale(int format);
     void renderAs(int format, bool mayClip);
     RenderResult runLimiter(AudioFileWriter& writer, const Progress& progress);

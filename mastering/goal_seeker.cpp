@@ -7,6 +7,7 @@
 #include <numeric>
 #include <vector>
 
+#include "foundation/parallel.hpp"
 #include "mastering/loudness_forecast.hpp"
 #include "mastering/loudness_search.hpp"
 #include "mastering/verification.hpp"
@@ -38,7 +39,7 @@ public:
         : files_(files), job_(job), goals_(job.goals), levels_(files_.size(), highestLevel()) {}
 
     GoalsReached run() {
-        if (job_.measures()) each([](FileRender& file, std::size_t) { file.measureInput(); });
+        if (job_.measures()) eachAtOnce([](FileRender& file, std::size_t) { file.measureInput(); });
         if (goals_.loudnessLufs) {
             beginSearch(firstGain());
         } else {
@@ -58,12 +59,19 @@ private:
 
     template <typename Act>
     void each(Act&& act) {
-        for (std::size_t i = 0; i < files_.size(); ++i) {
-            try {
-                act(*files_[i], i);
-            } catch (const Failure& failure) {
-                throw FileFailure(i, failure.what());
-            }
+        inParallel(files_.size(), 1, [&](std::size_t i) { actOn(i, act); });
+    }
+    /// The same side by side, for what takes its time.
+    template <typename Act>
+    void eachAtOnce(Act&& act) {
+        inParallel(files_.size(), job_.options.threads, [&](std::size_t i) { actOn(i, act); });
+    }
+    template <typename Act>
+    void actOn(std::size_t i, Act&& act) {
+        try {
+            act(*files_[i], i);
+        } catch (const Failure& failure) {
+            throw FileFailure(i, failure.what());
         }
     }
 
@@ -121,13 +129,15 @@ private:
     void renderAll() {
         ++reached_.passes;
         reached_.files = files_.size();
-        Programme all;
-        each([&](FileRender& file, std::size_t i) {
+        eachAtOnce([&](FileRender& file, std::size_t i) {
             if (search_) file.setDrive(search_->gainDb());
             file.settings().outputLevel.setValue(static_cast<float>(levels_[i]), 0);
             file.render();
-            if (file.rendered().after) all.merge(file.rendered().after->programme);
         });
+        Programme all;
+        for (const auto& file : files_) {
+            if (file->rendered().after) all.merge(file->rendered().after->programme);
+        }
         reached_.lufs = all.figures().integrated;
     }
 

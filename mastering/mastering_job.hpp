@@ -32,6 +32,8 @@ struct RenderOptions {
     double tailSeconds = 0.0;
     std::uint32_t ditherSeed = 1;
     bool replace = false;                         ///< outputs that exist
+    bool makeFolders = false;                     ///< that outputs go to
+    std::size_t threads = 1;                      ///< on which files are rendered side by side
     bool measure = true;                          ///< inputs and outputs, also where no goal asks for it
     std::vector<std::filesystem::path> alsoRead;  ///< further files that no output may replace
     WorkWatcher watcher;                          ///< of every render and measurement; may be empty

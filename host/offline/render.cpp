@@ -4,6 +4,8 @@
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <memory>
+#include <mutex>
 #include <stdexcept>
 
 #include "dsp/dither/dither_seed.hpp"
@@ -114,13 +116,21 @@ private:
     RenderResult result_;
 };
 
+/// All renders of the process share the sequence of dither seeds, so one after the other takes its own.
+std::unique_ptr<Render> begin(const RenderJob& job) {
+    static std::mutex seeding;
+    const std::scoped_lock lock(seeding);
+    setDitherSeed(job.ditherSeed);
+    return std::make_unique<Render>(job);
+}
+
 }  // namespace
 
 RenderResult render(const RenderJob& job) {
     check(job);
     const auto start = std::chrono::steady_clock::now();
-    setDitherSeed(job.ditherSeed);
-    RenderResult result = Render(job).run();
+    const auto running = begin(job);
+    RenderResult result = running->run();
     result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return result;
 }

@@ -75,6 +75,10 @@ TEST_F(CommandErrors, WrongUsageIsToldInOneLineWithWhatWouldBeRight) {
         {"render in.wav", "an input and an output"},
         {"render --out-dir folder", "an input and an output"},
         {"render in.wav other.wav out.wav", "--out-dir"},
+        {"render in.wav out.wav --name {stem}-x", "--name needs --out-dir"},
+        {"render in.wav --out-dir folder --name all", "--name 'all' gives all outputs one name: use {stem}"},
+        {"render folder out.wav",
+         "folder is a folder, so its files need a folder for their outputs: use --out-dir"},
         {"render in.wav folder/../in.wav --out-dir folder", "two inputs would be written to folder/in.wav"}};
     for (const auto& [command, text] : cases) expectError(command, 2, text);
     const std::pair<const char*, const char*> options[] = {
@@ -122,7 +126,6 @@ TEST_F(CommandErrors, WhatCannotBeDoneIsToldInOneLineAndLosesNothing) {
     const std::pair<const char*, const char*> cases[] = {
         {"gone.wav out.wav; in.wav out.wav --side-chain gone.wav; in.wav out.wav --preset gone.qmp",
          "no such file"},
-        {"folder out.wav", "is a folder"},
         {"empty.wav out.wav", "is empty"},
         {"nothing.wav out.wav", "contains no audio"},
         {"text.wav out.wav", "text.wav: is not a readable audio file"},
@@ -142,7 +145,8 @@ TEST_F(CommandErrors, WhatCannotBeDoneIsToldInOneLineAndLosesNothing) {
         {"in.wav other.wav", "other.wav: already exists; use --force to replace it"},
         {"in.wav dangling.wav --force", "link"},
         {"in.wav nowhere/out.wav", "folder does not exist"},
-        {"in.wav --out-dir nowhere", "not a folder"}};
+        {"in.wav --out-dir other.wav", "other.wav: is not a folder: use another"},
+        {"folder --out-dir out", "folder: holds no audio files: use --recursive"}};
     for (const auto& [renders, text] : cases) {
         std::istringstream each(renders);
         for (std::string files; std::getline(each, files, ';');) expectError("render " + files, 1, text);

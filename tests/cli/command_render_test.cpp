@@ -7,7 +7,9 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
+#include <thread>
 
 #include "cli/option_declarer.hpp"
 #include "cli/texts.hpp"
@@ -66,6 +68,51 @@ TEST_F(CommandRender, TellsWhatWasDoneAndHowGoalsWereReached) {
                 ContainsRegex("true peak within -9.00 dBTP with 0.0[0-9]+ dB to spare, Output Level "
                               "lowered from 0.00 to -0.0[0-9]+ dB, after [1-9] pass"));
     EXPECT_THAT(readBytes(folder / "goal.json"), HasSubstr("\"replaced_gain_db\": 6.0"));
+}
+
+TEST_F(CommandRender, FoldersAreRenderedSideBySideAndToldInOrder) {
+    for (const char* name : {"a", "b", "c", "below/d"}) {
+        std::filesystem::create_directories((folder / "in" / name).parent_path());
+        // The first takes longest.
+        const int length = *name == 'a' ? 200000 : 20000;
+        writeSound(folder / "in" / (std::string(name) + ".wav"),
+                   {whiteNoise(static_cast<std::uint64_t>(*name), length, 0.3)}, kWav | SF_FORMAT_PCM_24,
+                   kRate);
+    }
+    writeBytes(folder / "in" / "readme.txt", "not audio");
+    const std::string options = " --recursive --name {stem}-m --dither 16 --gain 6 --out-dir ";
+    const ProgramRun planned = render("in --dry-run" + options + "one");
+    EXPECT_THAT(planned.out, HasSubstr("in/below/d.wav -> one/below/d-m.wav (wav pcm_24)\n"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "one"));
+    render("in --jobs 1" + options + "one");
+    const ProgramRun many = render("in --jobs 4" + options + "four/folders");
+    std::size_t last = 0;
+    for (const char* name : {"a", "b", "below/d", "c"}) {
+        const std::size_t at = many.out.find(std::string("in/") + name + ".wav -> ");
+        EXPECT_NE(at, std::string::npos) << name;
+        EXPECT_GE(at, last) << name;
+        last = at;
+        EXPECT_EQ(readBytes(folder / "one" / (std::string(name) + "-m.wav")),
+                  readBytes(folder / "four/folders" / (std::string(name) + "-m.wav")))
+            << name;
+    }
+}
+
+TEST_F(CommandRender, PipesGoInAndOut) {
+    write("in.wav", {whiteNoise(1, 20000, 0.3)}, SF_FORMAT_PCM_24);
+    render("in.wav plain.wav --gain 6");
+    const ProgramRun piped = runProgram(folder.path, words("render - - --gain 6"), "exec <in.wav; exec");
+    EXPECT_EQ(piped.code, 0) << piped.err;
+    EXPECT_EQ(piped.out, readBytes(folder / "plain.wav"));
+    EXPECT_THAT(piped.err, HasSubstr("standard input -> standard output (wav pcm_24"));
+    const std::string fifos = "mkfifo from to; cat in.wav >from & cat to >got.wav & ";
+    const ProgramRun named = runProgram(folder.path, words("render from to --gain 6 --quiet"), fifos);
+    EXPECT_EQ(named.code, 0) << named.err;
+    while (std::filesystem::file_size(folder / "got.wav") < piped.out.size()) std::this_thread::yield();
+    EXPECT_EQ(readBytes(folder / "got.wav"), piped.out);
+    const ProgramRun bad = runProgram(folder.path, words("measure -"), "exec </dev/null; exec");
+    EXPECT_EQ(bad.code, 1);
+    EXPECT_THAT(bad.err, HasSubstr("vanta: standard input: is empty"));
 }
 
 TEST_F(CommandRender, DedicatedOptionsComeBehindThePresetAndNamedOnesLast) {

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "gui/graphics/bitmap.hpp"
+#include "gui/graphics/copied_area.hpp"
 #include "gui/graphics/curve_painter.hpp"
 #include "gui/graphics/line_painter.hpp"
 #include "gui/graphics/pixel_view.hpp"
@@ -12,24 +13,7 @@
 namespace vanta::gui {
 namespace {
 
-/// Where pixels come from and go to.
-struct Copy {
-    DeviceRect target;
-    DevicePoint source;
-
-    /// Keeps what lies within the target's bounds.
-    void clipTarget(const DeviceRect& bounds) {
-        const DeviceRect inside = target.intersected(bounds);
-        source = source + DevicePoint{inside.left - target.left, inside.top - target.top};
-        target = inside;
-    }
-    /// Keeps what `from` on lies within a source of these bounds.
-    void clipSource(const DeviceRect& bounds, DevicePoint from) {
-        clipTarget(bounds.translated({target.left - from.x, target.top - from.y}));
-    }
-};
-
-std::size_t countOf(const Copy& copy) {
+std::size_t countOf(const CopiedArea& copy) {
     return static_cast<std::size_t>(copy.target.width());
 }
 
@@ -44,7 +28,7 @@ void blendRun(Pixel pixel, Pixel* target, int count) {
 }
 
 void Bitmap::drawBitmap(const Bitmap& bitmap, const Rect& target, Point source, int alpha) {
-    Copy copy{toDevice(target, scale()), {toDevice(source.x, scale()), toDevice(source.y, scale())}};
+    CopiedArea copy = CopiedArea::of(target, source, scale());
     copy.clipTarget(pixelRect_);
     copy.clipSource(bitmap.pixelRect_, copy.source);
     if (copy.target.isEmpty() || alpha <= 0) return;
@@ -65,7 +49,7 @@ void Bitmap::drawBitmap(const Bitmap& bitmap, const Rect& target, Point source, 
 
 void Bitmap::drawBitmapMasked(const Bitmap& bitmap, const Rect& target, Point source, const Bitmap& mask,
                               Point maskSource, int alpha) {
-    Copy copy{toDevice(target, scale()), {toDevice(source.x, scale()), toDevice(source.y, scale())}};
+    CopiedArea copy = CopiedArea::of(target, source, scale());
     const DevicePoint toMask =
         DevicePoint{toDevice(maskSource.x, scale()), toDevice(maskSource.y, scale())} - copy.source;
     copy.clipTarget(pixelRect_);

@@ -54,7 +54,7 @@ public:
         bool previous;  ///< the column before is needed, too, and was not so far
         bool current;
     };
-    /// For each column in turn; `isEnd` for the last. The first is always needed.
+    /// For each column in turn; `isEnd` for one that is needed anyway, as the last. The first is always needed.
     Verdict judge(const CurveColumn& column, bool isEnd);
 
 private:
@@ -66,20 +66,26 @@ private:
     CurveColumn previous_{};
 };
 
-/// Calls emit(column) for those of `columnCount` + 1 columns that the filter lets through: one column lies
-/// beyond the right edge, since the last pixel's middle lies beyond the x of its column.
-template <typename Emit>
-void forEachNeededColumn(CurveOutline& outline, int columnCount, Emit&& emit) {
+/// Calls emit(column) for those of `columnCount` + 1 columns that the filter lets through, and for those of
+/// which wants(column) says that they must not be left out: one column lies beyond the right edge, since the
+/// last pixel's middle lies beyond the x of its column.
+template <typename Emit, typename Wants>
+void forEachNeededColumn(CurveOutline& outline, int columnCount, Emit&& emit, Wants&& wants) {
     ColumnFilter filter(outline.count());
     CurveColumn both[2]{};
     for (int i = 0; i <= columnCount; ++i) {
         CurveColumn& column = both[i & 1];
         const CurveColumn& previous = both[~i & 1];
         outline.next(column);
-        const ColumnFilter::Verdict verdict = filter.judge(column, i == columnCount);
+        const ColumnFilter::Verdict verdict = filter.judge(column, i == columnCount || wants(column));
         if (verdict.previous) emit(previous);
         if (verdict.current) emit(column);
     }
+}
+
+template <typename Emit>
+void forEachNeededColumn(CurveOutline& outline, int columnCount, Emit&& emit) {
+    forEachNeededColumn(outline, columnCount, emit, [](const CurveColumn&) { return false; });
 }
 
 }  // namespace vanta::gui

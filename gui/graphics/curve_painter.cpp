@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "gui/graphics/curve_colors.hpp"
 #include "gui/graphics/curve_outline.hpp"
 #include "kernel/pixel_rows.hpp"
 
@@ -63,26 +64,6 @@ private:
     std::ptrdiff_t step_;
 };
 
-/// The premultiplied colours of a set.
-struct CurveColors {
-    struct Entry {
-        Pixel above, line, below;
-    };
-
-    CurveColors(const CurveSet& set, int alpha)
-        : top(toPixel(set.top.withAlpha(alpha))), bottom(toPixel(set.bottom.withAlpha(alpha))) {
-        for (std::size_t i = 0; i < entries.size(); ++i) {
-            const CurveEntry& entry = set.entries[i];
-            entries[i] = {toPixel(entry.above.withAlpha(alpha)), toPixel(entry.line.withAlpha(alpha)),
-                          toPixel(entry.below.withAlpha(alpha))};
-        }
-    }
-
-    Pixel top;
-    std::array<Entry, 2> entries;
-    Pixel bottom;
-};
-
 /// Works in the coordinates of a curve over x: columns along x, bands along y. The vertical orientation
 /// exchanges them where pixels are touched. Some columns at a time get their colours in a tile, which is
 /// then laid over the target; what is plain above and below all bands needs no tile.
@@ -91,13 +72,11 @@ public:
     CurvePainter(const PixelView& view, const CurveSet& set, const DeviceRect& area, DevicePoint origin,
                  bool isVertical, int alpha, float scale)
         : view_(view),
-          set_(set),
           isVertical_(isVertical),
-          alpha_(alpha),
           clip_(upright(view.clip)),
           area_(upright(area)),
           origin_(isVertical ? DevicePoint{origin.y, origin.x} : origin),
-          colors_(set, alpha),
+          colors_(set, alpha, area_.top, area_.bottom),
           outline_(set, clip_.left - origin_.x, static_cast<float>(origin_.y),
                    static_cast<float>(area_.bottom), scale),
           isPlainAbove_(colors_.top == colors_.entries[0].above),
@@ -148,13 +127,6 @@ private:
         return {tile_.data() + i - static_cast<std::ptrdiff_t>(top) * kTileColumns, kTileColumns};
     }
 
-    Pixel lineColor(std::size_t entry, float y) const {
-        const Gradient* gradient = set_.entries[entry].lineGradient;
-        if (!gradient) return colors_.entries[entry].line;
-        const float height = static_cast<float>(std::max(area_.height(), 1));
-        return toPixel(gradient->at((y - static_cast<float>(area_.top)) / height).withAlpha(alpha_));
-    }
-
     void paintColumn(const CurveColumn& column, int index, int top, int bottom) {
         const PixelColumn target = columnOfTile(index, top);
         Pixel color = colors_.top;
@@ -168,7 +140,7 @@ private:
             const int bandTop = pixelFrom(band.glowTop, y, bottom);
             const int bandBottom = pixelFrom(band.glowBottom, bandTop, bottom);
             if (e > 0 || !isFilled) target.ramp(color, colors.above, colorAt, band.glowTop, y, bandTop);
-            target.band(band, colors.above, lineColor(e, column.steps[e].middle), colors.below, bandTop,
+            target.band(band, colors.above, colors_.lineAt(e, column.steps[e].middle), colors.below, bandTop,
                         bandBottom);
             y = bandBottom;
             color = colors.below;
@@ -197,9 +169,7 @@ private:
     }
 
     const PixelView& view_;
-    const CurveSet& set_;
     bool isVertical_;
-    int alpha_;
     DeviceRect clip_;
     DeviceRect area_;
     DevicePoint origin_;

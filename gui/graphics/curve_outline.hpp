@@ -54,7 +54,8 @@ public:
         bool previous;  ///< the column before is needed, too, and was not so far
         bool current;
     };
-    /// For each column in turn; `isEnd` for one that is needed anyway, as the last. The first is always needed.
+    /// For each column in turn; `isEnd` for one that is needed anyway, as the last. The first is always
+    /// needed.
     Verdict judge(const CurveColumn& column, bool isEnd);
 
 private:

@@ -56,14 +56,18 @@ void X11Control::hide() {
 }
 
 bool X11Control::needsFrame() const {
-    return newSize_ || pendingMove_ || (mapped_ && window_ != kNoXid && !dirtyRect().isEmpty());
+    return newSize_ || pendingMove_ || needsPainting();
+}
+
+bool X11Control::needsPainting() const {
+    return isMapped() && !dirtyRect().isEmpty();
 }
 
 void X11Control::frame() {
     const MessageScope scope(*this);
     applySize();
     if (scope.rootIsAlive()) flushMove();
-    if (scope.rootIsAlive() && mapped_ && window_ != kNoXid && !dirtyRect().isEmpty()) paintDirty();
+    if (scope.rootIsAlive() && needsPainting()) paintDirty();
 }
 
 void X11Control::applySize() {
@@ -139,6 +143,7 @@ void X11Control::leaveFullScreen() {
 /// A window has been destroyed, with its parent or by itself.
 void X11Control::lost(Window window) {
     const MessageScope scope(*this);
+    shutdownRendering();
     session_.display.removeTarget(window);
     if (window == storedWindow_) {
         storedWindow_ = kNoXid;

@@ -45,18 +45,21 @@ public:
     void resized() override;
 
 protected:
+    /// Something is dirty that `paintDirty` would show.
+    virtual bool needsPainting() const;
     /// Paints what is dirty, and nothing else, and shows it.
     virtual void paintDirty() = 0;
     /// The window has another number of pixels.
     virtual void deviceSizeChanged(DevicePoint size) = 0;
     X11Session& session() const { return session_; }
+    bool isMapped() const { return mapped_ && window_ != kNoXid; }
+    DevicePoint deviceSize() const;
 
 private:
     Display* display() const { return session_.display.get(); }
     Point toLogical(Point device) const;
     void attach(Window window);
     void lost(Window window);
-    DevicePoint deviceSize() const;
     void resizeWindow(DevicePoint size);
     void follow(DevicePoint size);
     void applySize();

@@ -6,75 +6,61 @@
 #include <limits>
 #include <stdexcept>
 
-#include "gui/x11/x11_errors.hpp"
-
 namespace vanta::gui {
 namespace {
 
 constexpr float kUsualDpi = 96.0f;
 
+double refreshMsOf(const XRRModeInfo& mode) {
+    double lines = mode.vTotal;
+    if (mode.modeFlags & RR_DoubleScan) lines *= 2.0;
+    if (mode.modeFlags & RR_Interlace) lines /= 2.0;
+    return mode.dotClock > 0 ? 1000.0 * mode.hTotal * lines / static_cast<double>(mode.dotClock) : 0.0;
+}
+
 }  // namespace
 
-X11Display::X11Display(const std::string& name)
-    : display_(XOpenDisplay(name.empty() ? nullptr : name.c_str())) {
-    if (!display_) throw std::runtime_error(std::string("cannot open display ") + XDisplayName(name.c_str()));
-    catchErrors(display_);
-    // Called after the handler of the process: the connection says so, and the process lives on.
-    XSetIOErrorExitHandler(
-        display_, [](Display*, void* self) { static_cast<X11Display*>(self)->broken_ = true; }, this);
-    try {
-        findVisual();
-    } catch (...) {
-        XCloseDisplay(display_);
-        stopCatchingErrors(display_);
-        throw;
-    }
+X11Display::X11Display(const std::string& name) : X11Connection(name) {
+    findVisual();
     findExtensions();
     // A desktop that changes its settings tells here.
-    XSelectInput(display_, root(), PropertyChangeMask);
+    XSelectInput(get(), root(), PropertyChangeMask);
 }
 
 X11Display::~X11Display() {
-    XFreeColormap(display_, colormap_);
-    XCloseDisplay(display_);
-    stopCatchingErrors(display_);
+    XFreeColormap(get(), colormap_);
 }
 
 void X11Display::findVisual() {
     XVisualInfo info{};
-    const bool found = XMatchVisualInfo(display_, DefaultScreen(display_), kDepth, TrueColor, &info) != 0;
+    const bool found = XMatchVisualInfo(get(), DefaultScreen(get()), kDepth, TrueColor, &info) != 0;
     if (!found || info.red_mask != 0xFF0000 || info.blue_mask != 0xFF)
         throw std::runtime_error("the display has no true colour of 24 bits");
     visual_ = info.visual;
-    colormap_ = XCreateColormap(display_, root(), visual_, AllocNone);
+    colormap_ = XCreateColormap(get(), root(), visual_, AllocNone);
 }
 
 void X11Display::findExtensions() {
-    const bool serverIsLittle = ImageByteOrder(display_) == LSBFirst;
+    const bool serverIsLittle = ImageByteOrder(get()) == LSBFirst;
     const bool sameOrder = serverIsLittle == (std::endian::native == std::endian::little);
-    sharesMemory_ = sameOrder && XShmQueryExtension(display_) != 0;
+    sharesMemory_ = sameOrder && XShmQueryExtension(get()) != 0;
     int firstEvent = 0;
     int firstError = 0;
     int major = 2;
     int minor = 1;
-    if (XQueryExtension(display_, "XInputExtension", &inputOpcode_, &firstEvent, &firstError) == 0 ||
-        XIQueryVersion(display_, &major, &minor) != kXSuccess)
+    if (XQueryExtension(get(), "XInputExtension", &inputOpcode_, &firstEvent, &firstError) == 0 ||
+        XIQueryVersion(get(), &major, &minor) != kXSuccess)
         inputOpcode_ = -1;
     int supported = 0;
-    XkbSetDetectableAutoRepeat(display_, kXTrue, &supported);
+    XkbSetDetectableAutoRepeat(get(), kXTrue, &supported);
 }
 
 Atom X11Display::atom(const char* name) {
     auto found = atoms_.find(name);
     if (found == atoms_.end()) {
-        found = atoms_.emplace(name, XInternAtom(display_, name, kXFalse)).first;
+        found = atoms_.emplace(name, XInternAtom(get(), name, kXFalse)).first;
     }
     return found->second;
-}
-
-bool X11Display::syncedWithoutError(unsigned errors) {
-    XSync(display_, kXFalse);
-    return !broken_ && caughtErrors() == errors;
 }
 
 float X11Display::dpi() const {
@@ -85,8 +71,8 @@ float X11Display::dpi() const {
     unsigned long left = 0;
     unsigned char* bytes = nullptr;
     constexpr long kWords = 1 << 16;
-    if (XGetWindowProperty(display_, root(), XA_RESOURCE_MANAGER, 0, kWords, kXFalse, XA_STRING, &type,
-                           &format, &count, &left, &bytes) != kXSuccess ||
+    if (XGetWindowProperty(get(), root(), XA_RESOURCE_MANAGER, 0, kWords, kXFalse, XA_STRING, &type, &format,
+                           &count, &left, &bytes) != kXSuccess ||
         !bytes)
         return kUsualDpi;
     float dpi = kUsualDpi;
@@ -104,10 +90,10 @@ float X11Display::dpi() const {
 }
 
 DeviceRect X11Display::monitorAt(const DeviceRect& area) const {
-    DeviceRect best{0, 0, DisplayWidth(display_, DefaultScreen(display_)),
-                    DisplayHeight(display_, DefaultScreen(display_))};
+    DeviceRect best{0, 0, DisplayWidth(get(), DefaultScreen(get())),
+                    DisplayHeight(get(), DefaultScreen(get()))};
     int count = 0;
-    XRRMonitorInfo* monitors = XRRGetMonitors(display_, root(), kXTrue, &count);
+    XRRMonitorInfo* monitors = XRRGetMonitors(get(), root(), kXTrue, &count);
     long bestShare = -1;
     for (int i = 0; i < count; ++i) {
         const XRRMonitorInfo& info = monitors[i];
@@ -121,6 +107,33 @@ DeviceRect X11Display::monitorAt(const DeviceRect& area) const {
     }
     if (monitors) XRRFreeMonitors(monitors);
     return best;
+}
+
+double X11Display::refreshMsAt(const DeviceRect& area) const {
+    XRRScreenResources* resources = XRRGetScreenResourcesCurrent(get(), root());
+    if (!resources) return 0.0;
+    RRMode shown = kNoXid;
+    long bestShare = 0;
+    for (int i = 0; i < resources->ncrtc; ++i) {
+        XRRCrtcInfo* info = XRRGetCrtcInfo(get(), resources, resources->crtcs[i]);
+        if (!info) continue;
+        const DeviceRect common = DeviceRect::ofSize(info->x, info->y, static_cast<int>(info->width),
+                                                     static_cast<int>(info->height))
+                                      .intersected(area);
+        const long share = common.isEmpty() ? 0 : static_cast<long>(common.width()) * common.height();
+        if (share > bestShare) {
+            bestShare = share;
+            shown = info->mode;
+        }
+        XRRFreeCrtcInfo(info);
+    }
+    double refreshMs = 0.0;
+    for (int i = 0; i < resources->nmode; ++i) {
+        const XRRModeInfo& mode = resources->modes[i];
+        if (mode.id == shown) refreshMs = refreshMsOf(mode);
+    }
+    XRRFreeScreenResources(resources);
+    return refreshMs;
 }
 
 X11EventTarget* X11Display::target(Window window) const {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "gui/graphics/geometry.hpp"
-#include "gui/x11/x11_headers.hpp"
+#include "gui/x11/x11_connection.hpp"
 
 namespace vanta::gui {
 
@@ -18,18 +18,14 @@ public:
     virtual void handlePointer(const PointerEvent& event) = 0;
 };
 
-/// A connection to the X server, and what is to be known of it. It belongs to one thread.
-class X11Display {
+/// The connection of an interface, and what is to be known of the server. It belongs to one thread.
+class X11Display : public X11Connection {
 public:
     /// The display's name, empty for that of the environment. Throws std::runtime_error if there is none, or
     /// none with 24 bits of colour.
     explicit X11Display(const std::string& name);
     ~X11Display();
-    X11Display(const X11Display&) = delete;
-    X11Display& operator=(const X11Display&) = delete;
 
-    Display* get() const { return display_; }
-    Window root() const { return DefaultRootWindow(display_); }
     Visual* visual() const { return visual_; }
     Colormap colormap() const { return colormap_; }
     static constexpr int kDepth = 24;
@@ -40,16 +36,13 @@ public:
     void sharesNoMemory() { sharesMemory_ = false; }
     /// The number of XInput2's events; -1 without it.
     int inputOpcode() const { return inputOpcode_; }
-    /// The server has ended the connection.
-    bool isBroken() const { return broken_; }
-
-    /// Waits until the server has done all, and tells whether it has complained since `errors`.
-    bool syncedWithoutError(unsigned errors);
 
     /// Dots an inch that the desktop wants for text, or 96.
     float dpi() const;
     /// The monitor with most of this area of the screen.
     DeviceRect monitorAt(const DeviceRect& area) const;
+    /// Milliseconds from one refresh of the monitor there to the next; 0 where it does not tell.
+    double refreshMsAt(const DeviceRect& area) const;
     /// The time of the newest event that tells one.
     Time eventTime() const { return eventTime_; }
     void noteTime(Time time) { eventTime_ = time; }
@@ -62,8 +55,6 @@ private:
     void findVisual();
     void findExtensions();
 
-    Display* display_;
-    bool broken_ = false;
     Visual* visual_ = nullptr;
     Colormap colormap_ = kNoXid;
     bool sharesMemory_ = false;

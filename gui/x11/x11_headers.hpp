@@ -3,6 +3,7 @@
 // Xlib defines common words as macros, our own among them. What this room needs of those has a name of its
 // own here, and the macros end here.
 
+#include <GL/glx.h>
 #include <X11/XKBlib.h>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>

@@ -5,6 +5,7 @@
 #include "gui/controls/text_editor.hpp"
 #include "gui/graphics/bitmap.hpp"
 #include "gui/text/x11_text.hpp"
+#include "gui/x11/accelerated_x11_control.hpp"
 #include "gui/x11/native_x11_control.hpp"
 #include "gui/x11/x11_clipboard.hpp"
 #include "gui/x11/x11_dialogs.hpp"
@@ -32,14 +33,25 @@ X11Interface::X11Interface(const X11Settings& settings)
     try {
         const float wanted = scaleOverride_ > 0.0f ? scaleOverride_ : session_->display.dpi() / kDpiOfScale1;
         session_->backing.setScale(snappedScale(wanted));
-        // The interface deletes it, as all components.
-        root_ = new NativeX11Control(*this, *session_, settings.parentWindow, settings.title);
+        root_ = makeRoot(settings);
         root_->bounds = Rect{0.0f, 0.0f, settings.width, settings.height};
     } catch (...) {
         shutDown();
         closeDescriptors();
         throw;
     }
+}
+
+/// The interface deletes it, as all components. What OpenGL cannot draw is drawn in memory, without a word.
+X11Control* X11Interface::makeRoot(const X11Settings& settings) {
+    const AccelerationMode mode(settings.acceleration);
+    if (auto drawing = AcceleratedDrawing::create(*session_, mode)) {
+        auto* root = new AcceleratedX11Control(*this, *session_, settings.parentWindow, settings.title,
+                                               std::move(drawing), mode);
+        accelerated = true;
+        return root;
+    }
+    return new NativeX11Control(*this, *session_, settings.parentWindow, settings.title);
 }
 
 X11Interface::~X11Interface() {
@@ -49,7 +61,7 @@ X11Interface::~X11Interface() {
 }
 
 std::unique_ptr<Bitmap> X11Interface::createBitmap() {
-    return std::make_unique<Bitmap>(session_->backing);
+    return std::make_unique<AcceleratedBitmap>(session_->backing);
 }
 
 std::unique_ptr<OpenSaveDialog> X11Interface::createOpenDialog() {
@@ -69,7 +81,7 @@ std::unique_ptr<PopupMenu> X11Interface::createPopupMenu() {
 }
 
 std::unique_ptr<Text> X11Interface::createText() {
-    return std::make_unique<X11Text>(session_->backing);
+    return std::make_unique<X11Text>(session_->backing, createBitmap());
 }
 
 std::unique_ptr<TextEditor> X11Interface::createTextEditor() {
@@ -94,6 +106,7 @@ void X11Interface::show() {
 }
 
 void X11Interface::hide() {
+    const RootControl::MessageScope scope(*root_);
     root_->hide();
     XFlush(session_->display.get());
 }

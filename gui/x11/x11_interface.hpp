@@ -6,6 +6,7 @@
 #include <string>
 
 #include "gui/graphics/device_backing.hpp"
+#include "gui/opengl/acceleration_mode.hpp"
 #include "gui/tree/user_interface.hpp"
 
 union _XEvent;
@@ -24,12 +25,16 @@ struct X11Settings {
     float width = 640.0f;  ///< logical units
     float height = 480.0f;
     float scale = 0.0f;  ///< device pixels of a logical unit, snapped to 1, 1.5 or 2; 0: as the desktop wants
-    std::string displayName;  ///< empty for the environment's
-    int acceleration = 0;     ///< 0 by software
+    std::string displayName;                        ///< empty for the environment's
+    int acceleration = AccelerationMode::kDefault;  ///< as AccelerationMode has it
 };
 
 /// An interface in a window of X. A program of its own calls `run`; a plug-in has its host call `idle`
 /// whenever `fd` can be read, and every 16 to 20 milliseconds at least. All on the thread that makes it.
+///
+/// Where OpenGL draws, `accelerated` is true and a thread paints the tree and runs frame timers, all under
+/// the root's lock. Events, timers, deferred calls and handlers hold it; whoever touches the tree at any
+/// other time does so in a RootControl::MessageScope.
 ///
 /// Nothing here ends the process: a window that its parent takes along, or a server that goes, closes the
 /// interface, which then is to be deleted.
@@ -90,6 +95,7 @@ protected:
 private:
     friend class X11Control;
 
+    X11Control* makeRoot(const X11Settings& settings);
     void openDescriptors();
     void closeDescriptors();
     void wait();

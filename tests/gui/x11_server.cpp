@@ -19,7 +19,7 @@ X11Server& X11Server::get() {
     return server;
 }
 
-X11Server::X11Server() {
+X11Server::X11Server(const std::vector<std::string>& options) {
     int numbers[2];
     if (pipe(numbers) != 0) throw std::runtime_error("no pipe");
     process_ = fork();
@@ -27,8 +27,13 @@ X11Server::X11Server() {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         close(numbers[0]);
         const std::string fd = std::to_string(numbers[1]);
-        execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "1024x768x24", "-nolisten", "tcp",
-               "-noreset", static_cast<char*>(nullptr));
+        std::vector<std::string> words{"Xvfb",        "-displayfd", fd,    "-screen", "0",
+                                       "1024x768x24", "-nolisten",  "tcp", "-noreset"};
+        words.insert(words.end(), options.begin(), options.end());
+        std::vector<char*> arguments;
+        for (std::string& word : words) arguments.push_back(word.data());
+        arguments.push_back(nullptr);
+        execvp("Xvfb", arguments.data());
         _exit(127);
     }
     close(numbers[1]);

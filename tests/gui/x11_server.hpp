@@ -16,6 +16,8 @@ namespace vanta::gui {
 class X11Server {
 public:
     static X11Server& get();
+    explicit X11Server(const std::vector<std::string>& options = {});
+    ~X11Server();
 
     Display* display() const { return display_; }
     const std::string& name() const { return name_; }
@@ -37,8 +39,6 @@ public:
     static constexpr int kPatienceMs = 5000;
 
 private:
-    X11Server();
-    ~X11Server();
     void button_(unsigned button, bool down);
 
     int process_ = -1;

@@ -82,9 +82,9 @@ unsigned RenderThread::requestFrame() {
     return ++requested_;
 }
 
-void RenderThread::awaitFrame(unsigned request, int mostMs) {
+bool RenderThread::awaitFrame(unsigned request, int mostMs) {
     std::unique_lock lock(mutex_);
-    frameDone_.wait_for(lock, Milliseconds(mostMs), [&] { return finished_ >= request; });
+    return frameDone_.wait_for(lock, Milliseconds(mostMs), [&] { return finished_ >= request; });
 }
 
 bool RenderThread::isInterruptedWithin(int milliseconds) {

@@ -52,8 +52,8 @@ public:
     void interrupt();
     /// Wants a frame as things are now, under the lock. A number for `awaitFrame`.
     unsigned requestFrame();
-    /// Until that frame is shown or could not be, or the time is over. Without the lock.
-    void awaitFrame(unsigned request, int mostMs);
+    /// Until that frame is shown or could not be, or the time is over: then false. Without the lock.
+    bool awaitFrame(unsigned request, int mostMs);
 
 private:
     static double nowMs();

@@ -159,6 +159,39 @@ TEST_P(OpenGlPicture, RectanglesPicturesAndTextAreTheSamePixels) {
               3);
 }
 
+TEST_P(OpenGlPicture, TexturesFollowTheirBitmapsAndGoWithThem) {
+    const DeviceRect size = sheet.bitmap.pixelRect();
+    const auto draw = [&](Canvas& canvas) { canvas.drawBitmap(image, {20.0f, 30.0f}); };
+    const auto expectSame = [&] {
+        sheet.bitmap.fill({0, 0, 0, 255});
+        EXPECT_LE(differenceOf(stage, sheet, draw).worst, 3);
+    };
+    expectSame();
+    const GLuint name = image.texture().name;
+    for (int i = 0; i < 5; ++i) {
+        const auto at = static_cast<float>(i * 11);
+        image.canvas().fillRect(Rect::ofSize(at, at / 2.0f, 5.0f, 7.0f), {90, 255, 10, 255});
+        if (i > 1) expectSame();
+    }
+    image.setLogicalSize(20.0f, 70.0f);
+    image.fill({255, 255, 255, 200});
+    expectSame();
+    EXPECT_EQ(image.texture().name, name);
+
+    auto isTexture = stage.find<decltype(glIsTexture)>("glIsTexture");
+    auto passing = std::make_unique<AcceleratedBitmap>(sheet.backing);
+    passing->setPixelSize(3, 3);
+    stage.frame(size.right, size.bottom, [&](Canvas& canvas) { canvas.drawBitmap(*passing, {0.0f, 0.0f}); });
+    const GLuint doomed = passing->texture().name;
+    EXPECT_TRUE(isTexture(doomed));
+    passing.reset();
+    EXPECT_TRUE(isTexture(doomed)) << "the context may be current elsewhere";
+    stage.frame(size.right, size.bottom, [](Canvas&) {});
+    EXPECT_FALSE(isTexture(doomed));
+    stage.renderer().deleteTextures();
+    EXPECT_FALSE(isTexture(name));
+}
+
 TEST_P(OpenGlPicture, LinesAgree) {
     const auto draw = [&](Canvas& canvas) {
         for (int i = 0; i < 24; ++i) {

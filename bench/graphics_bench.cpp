@@ -3,10 +3,14 @@
 #include <cmath>
 #include <vector>
 
+#include "app/gallery/gallery_page.hpp"
 #include "gui/graphics/bitmap.hpp"
 #include "gui/graphics/curve_outline.hpp"
 #include "gui/graphics/curve_shapes.hpp"
+#include "gui/offscreen/offscreen_interface.hpp"
+#include "gui/opengl/accelerated_renderer.hpp"
 #include "gui/text/x11_text.hpp"
+#include "tests/gui/null_gl.hpp"
 
 namespace vanta::bench {
 namespace {
@@ -105,6 +109,69 @@ void drawCurve(benchmark::State& state, std::size_t count, float scale, bool isF
 BENCHMARK_CAPTURE(drawCurve, ten_thousand_values, 10000, 1.0f, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(drawCurve, window_wide, 1330, 2.0f, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(drawCurve, window_wide_above_a_ramp, 1330, 2.0f, true)->Unit(benchmark::kMillisecond);
+
+/// All of the interface's kinds of control in a window of its size, and three curves as wide as the window.
+class FullWindow final : public OffscreenInterface {
+public:
+    FullWindow() : OffscreenInterface(1330, 798) {
+        deviceBacking().setScale(2.0f);
+        gallery::buildGallery(*this, false);
+        drainRelay();
+    }
+    ~FullWindow() override { shutDown(); }
+
+    std::unique_ptr<Bitmap> createBitmap() override {
+        return std::make_unique<AcceleratedBitmap>(deviceBacking());
+    }
+    std::unique_ptr<Text> createText() override {
+        return std::make_unique<X11Text>(deviceBacking(), createBitmap());
+    }
+
+    void draw(Canvas& canvas) {
+        const Canvas::State state{{0, 0, 1330, 798}, 255, {}};
+        canvas.setState(state);
+        rootControl().drawTree(canvas);
+        canvas.setState(state);
+        for (const float top : {490.0f, 590.0f, 690.0f}) {
+            canvas.drawCurves(set_, Rect::ofSize(0, top, 1330, 100), {0, top},
+                              Canvas::CurveOrientation::OverX);
+        }
+    }
+
+private:
+    std::vector<float> values_ = levels(1330);
+    Graph graph_{values_};
+    CurveSet set_ = curveOf(graph_, true);
+};
+
+void repaintInMemory(benchmark::State& state) {
+    FullWindow window;
+    Bitmap page(window.deviceBacking());
+    page.setLogicalSize(1330, 798);
+    for (auto _ : state) {
+        window.draw(page.canvas());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(repaintInMemory)->Unit(benchmark::kMillisecond);
+
+/// Our own share of a frame: everything but what OpenGL does when it is called.
+void repaintByOpenGl(benchmark::State& state) {
+    FullWindow window;
+    static int draws;
+    GlFunctions gl = nullGl();
+    gl.DrawArrays = [](GLenum, GLint, GLsizei) { ++draws; };
+    gl.DrawElements = [](GLenum, GLsizei, GLenum, const void*) { ++draws; };
+    AcceleratedRenderer renderer(gl, window.deviceBacking());
+    Canvas canvas(renderer);
+    for (auto _ : state) {
+        draws = 0;
+        renderer.beginFrame({2660, 1596});
+        window.draw(canvas);
+    }
+    state.counters["draws"] = draws;
+}
+BENCHMARK(repaintByOpenGl)->Unit(benchmark::kMillisecond);
 
 void text(benchmark::State& state, bool isRendered) {
     DeviceBacking backing;

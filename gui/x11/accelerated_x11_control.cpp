@@ -124,7 +124,7 @@ void AcceleratedX11Control::release() {
 bool AcceleratedX11Control::drawFrame(bool canDraw) {
     try {
         ui().tickFrameTimers();
-        if (!canDraw || !isMapped() || dirtyRect().isEmpty()) return false;
+        if (!canDraw || !isMapped() || dirtyRect().isEmpty() || drawing_->context->isBroken()) return false;
         const DevicePoint size = deviceSize();
         if (size != shownSize_ && !drawing_->context->makeCurrentAgain()) return false;
         shownSize_ = size;
@@ -154,7 +154,7 @@ std::optional<FrameTarget::Vblank> AcceleratedX11Control::vblank() {
 }
 
 void AcceleratedX11Control::deleteTextures() {
-    drawing_->renderer->deleteTextures();
+    if (!drawing_->context->isBroken()) drawing_->renderer->deleteTextures();
 }
 
 }  // namespace vanta::gui

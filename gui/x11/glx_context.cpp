@@ -27,16 +27,21 @@ std::unique_ptr<GlxContext> GlxContext::create(const std::string& displayName, V
 }
 
 GlxContext::GlxContext(const std::string& displayName, const GlxFunctions& functions)
-    : connection_(displayName), glx_(functions) {}
+    : connection_(std::make_unique<X11Connection>(displayName)), glx_(functions) {}
 
 GlxContext::~GlxContext() {
-    if (context_) glx_.DestroyContext(connection_.get(), context_);
-    if (unseen_ != kNoXid) XDestroyWindow(connection_.get(), unseen_);
-    if (colormap_ != kNoXid) XFreeColormap(connection_.get(), colormap_);
+    if (isBroken()) {
+        // A call that the end has caught may hold the connection's lock for ever, and closing would wait.
+        static_cast<void>(connection_.release());
+        return;
+    }
+    if (context_) glx_.DestroyContext(connection_->get(), context_);
+    if (unseen_ != kNoXid) XDestroyWindow(connection_->get(), unseen_);
+    if (colormap_ != kNoXid) XFreeColormap(connection_->get(), colormap_);
 }
 
 bool GlxContext::open(VisualID visual) {
-    Display* display = connection_.get();
+    Display* display = connection_->get();
     int major = 0;
     int minor = 0;
     if (!glx_.QueryExtension(display, nullptr, nullptr) || !glx_.QueryVersion(display, &major, &minor) ||
@@ -65,30 +70,30 @@ bool GlxContext::open(VisualID visual) {
         context_ = glx_.CreateNewContext(display, configs[i], GLX_RGBA_TYPE, nullptr, kXTrue);
     }
     if (configs) XFree(configs);
-    if (!context_ || !connection_.syncedWithoutError(errors)) return false;
+    if (!context_ || !connection_->syncedWithoutError(errors)) return false;
     findExtensions();
     makeUnseenWindow(visual);
-    return connection_.syncedWithoutError(errors);
+    return connection_->syncedWithoutError(errors);
 }
 
 void GlxContext::makeUnseenWindow(VisualID visual) {
-    Display* display = connection_.get();
+    Display* display = connection_->get();
     XVisualInfo wanted{};
     wanted.visualid = visual;
     int count = 0;
     XVisualInfo* found = XGetVisualInfo(display, VisualIDMask, &wanted, &count);
     if (!found) return;
-    colormap_ = XCreateColormap(display, connection_.root(), found->visual, AllocNone);
+    colormap_ = XCreateColormap(display, connection_->root(), found->visual, AllocNone);
     XSetWindowAttributes attributes{};
     attributes.colormap = colormap_;
     attributes.override_redirect = kXTrue;
-    unseen_ = XCreateWindow(display, connection_.root(), 0, 0, 1, 1, 0, found->depth, InputOutput,
+    unseen_ = XCreateWindow(display, connection_->root(), 0, 0, 1, 1, 0, found->depth, InputOutput,
                             found->visual, CWBorderPixel | CWColormap | CWOverrideRedirect, &attributes);
     XFree(found);
 }
 
 void GlxContext::findExtensions() {
-    Display* display = connection_.get();
+    Display* display = connection_->get();
     const char* list = glx_.QueryExtensionsString(display, DefaultScreen(display));
     const std::string_view names = list ? list : "";
     const auto find = [&](const char* extension, const char* name, auto& function) {
@@ -110,24 +115,24 @@ bool GlxContext::makeCurrentUnseen() {
 }
 
 bool GlxContext::makeCurrent(Window window) {
-    if (connection_.isBroken() || !glx_.MakeCurrent(connection_.get(), window, context_)) return false;
+    if (isBroken() || !glx_.MakeCurrent(connection_->get(), window, context_)) return false;
     window_ = window;
     if (swapInterval_) {
-        swapInterval_(connection_.get(), window, 0);
+        swapInterval_(connection_->get(), window, 0);
     } else if (swapIntervalMesa_) {
         swapIntervalMesa_(0);
     }
     int numerator = 0;
     int denominator = 0;
     refreshMs_ = 0.0;
-    if (refreshRate_ && refreshRate_(connection_.get(), window, &numerator, &denominator) && numerator > 0) {
+    if (refreshRate_ && refreshRate_(connection_->get(), window, &numerator, &denominator) && numerator > 0) {
         refreshMs_ = 1000.0 * denominator / numerator;
     }
     return true;
 }
 
 void GlxContext::release() {
-    glx_.MakeCurrent(connection_.get(), kNoXid, nullptr);
+    if (!isBroken()) glx_.MakeCurrent(connection_->get(), kNoXid, nullptr);
     window_ = kNoXid;
 }
 
@@ -138,18 +143,18 @@ bool GlxContext::makeCurrentAgain() {
 }
 
 void GlxContext::swap() {
-    if (connection_.isBroken()) return;
-    glx_.SwapBuffers(connection_.get(), window_);
+    if (isBroken()) return;
+    glx_.SwapBuffers(connection_->get(), window_);
     // Whoever waits for the frame looks by another connection.
-    XFlush(connection_.get());
+    XFlush(connection_->get());
 }
 
 std::optional<FrameTarget::Vblank> GlxContext::vblank() {
     std::int64_t microseconds = 0;
     std::int64_t count = 0;
     std::int64_t swaps = 0;
-    if (!syncValues_ || connection_.isBroken() ||
-        !syncValues_(connection_.get(), window_, &microseconds, &count, &swaps))
+    if (!syncValues_ || isBroken() ||
+        !syncValues_(connection_->get(), window_, &microseconds, &count, &swaps))
         return std::nullopt;
     using Milliseconds = std::chrono::duration<double, std::milli>;
     const double now = Milliseconds(std::chrono::steady_clock::now().time_since_epoch()).count();

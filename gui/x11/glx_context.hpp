@@ -31,6 +31,8 @@ public:
     /// The window may have another size, which some drivers notice only when they swap or begin anew.
     bool makeCurrentAgain();
     void swap();
+    /// The server has gone.
+    bool isBroken() const { return connection_->isBroken(); }
     /// By the extension GLX_OML_sync_control.
     std::optional<FrameTarget::Vblank> vblank();
 
@@ -40,7 +42,7 @@ private:
     void findExtensions();
     void makeUnseenWindow(VisualID visual);
 
-    X11Connection connection_;
+    std::unique_ptr<X11Connection> connection_;
     const GlxFunctions& glx_;
     GLXContext context_ = nullptr;
     Window unseen_ = kNoXid;

@@ -194,6 +194,25 @@ TEST_F(X11OpenGlTest, AHundredWindowsLeaveNothingBehind) {
     EXPECT_TRUE(server.children(host).empty());
 }
 
+TEST_F(X11OpenGlTest, AServerThatGoesClosesTheInterface) {
+    auto other = std::make_unique<X11Server>();
+    X11Settings settings;
+    settings.displayName = other->name();
+    settings.acceleration = acceleration;
+    X11Interface interface(settings);
+    page = &interface.make<Pattern>("page", log, Rect{0.0f, 0.0f, 200.0f, 200.0f}, &interface.rootControl());
+    interface.show();
+    settle(interface);
+    Restless restless(*page);
+    {
+        const Scope scope(interface.rootControl());
+        restless.changes = true;
+    }
+    settle(interface);
+    other.reset();
+    EXPECT_TRUE(runUntil(interface, [&] { return !interface.isOpen(); }));
+}
+
 TEST_F(X11OpenGlTest, WhatOpenGlCannotDrawIsDrawnInMemoryWithoutAWord) {
     // Here OpenGL itself would draw in memory, which is slower than our own way.
     acceleration = AccelerationMode::kDefault;

@@ -2,7 +2,7 @@
 PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndfile1-dev libcli11-dev libebur128-dev \
            libcairo2-dev nlohmann-json3-dev libglib2.0-dev zlib1g-dev lv2-dev dpf-source libjack-jackd2-dev \
            libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev libpng-dev clang-format liblilv-dev lilv-utils sordi jackd2 \
-           librsvg2-bin libpango1.0-dev libx11-dev libxext-dev libxi-dev libxrandr-dev libxtst-dev fonts-inter \
+           librsvg2-bin libpango1.0-dev libx11-dev libxext-dev libxi-dev libxrandr-dev libgl-dev libxtst-dev fonts-inter \
            desktop-file-utils appstream man-db
 # What draws the pictures; a build needs only what is drawn.
 ARTWORK_PACKAGES = python3-cairo python3-gi-cairo gir1.2-pango-1.0
@@ -33,6 +33,7 @@ uninstall:
 	@cmake -DPREFIX="$(abspath $(PREFIX))" -DDESTDIR="$(STAGE)" -P cmake/installed_files.cmake
 
 test: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus
+test: PACKAGES += $(ARTWORK_PACKAGES) xvfb libgl1-mesa-dri
 test: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS)
@@ -54,6 +55,7 @@ bench: setup
 	@build/vanta_bench --benchmark_out=build/bench.json --benchmark_out_format=json
 
 asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus
+asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb libgl1-mesa-dri
 asan tsan: setup
 	@cmake --preset $@ > /dev/null
 	@cmake --build --preset $@ --parallel $(JOBS)

@@ -57,9 +57,12 @@ void CurveOutline::next(CurveColumn& column) {
         CurveBand& band = column.bands[e];
         column.steps[e] = stepper.next();
         band = bandOf(column.steps[e], stepper.lineExtent(), stepper.glowExtent());
-        // The lowest curve may leave the area.
-        if (i == count_ - 1) limit = std::max(limit, band.glowBottom);
-        giveWay(band, limit);
+        if (i == count_ - 1) {
+            // The lowest curve may leave the area.
+            limit = std::max(limit, band.glowBottom);
+        } else {
+            giveWay(band, limit);
+        }
         limit = std::min(limit, band.glowTop);
     }
 }

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 
+#include "app/gallery/gallery_page.hpp"
 #include "gui/animation/animator.hpp"
 
 namespace vanta::gui {
@@ -138,6 +139,33 @@ TEST_F(X11OpenGlTest, FramesTickOnTheirThreadAndPaintOnlyWhatIsDirty) {
         const Scope scope(ui->rootControl());
         restless.changes = false;
     }
+    expectPictureOnScreen();
+    ui.reset();
+}
+
+TEST_F(X11OpenGlTest, AllControlsAreDrawnWhileTheyAreUsed) {
+    X11Settings settings;
+    settings.width = gallery::kPageWidth;
+    settings.height = gallery::kPageHeight;
+    settings.scale = 1.0f;
+    settings.displayName = server.name();
+    settings.acceleration = acceleration;
+    ui = std::make_unique<X11Interface>(settings);
+    gallery::buildGallery(*ui, true);
+    ui->show();
+    settle(*ui);
+    for (int x = 20; x < 780; x += 20) {
+        server.movePointer(x, 40 + x * 3 / 5);
+        if (x % 100 == 0) settle(*ui);
+    }
+    server.movePointer(60, 110);
+    server.press();
+    for (int y = 110; y > 40; y -= 5) {
+        server.movePointer(60, y);
+        ui->idle();
+    }
+    server.release();
+    server.movePointer(1000, 700);
     expectPictureOnScreen();
     ui.reset();
 }

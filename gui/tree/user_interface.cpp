@@ -26,6 +26,8 @@ void UserInterface::shutDown() {
     hints_.shutDown();
     // Each nulls its entry, and those of what it owns.
     for (std::size_t i = 0; i < components_.size(); ++i) delete components_[i];
+    // The scale that it follows may be the derived class's.
+    backdrop_.reset();
 }
 
 std::unique_ptr<IntervalTimer> UserInterface::createClock() const {

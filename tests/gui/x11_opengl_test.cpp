@@ -92,8 +92,9 @@ TEST_F(X11OpenGlTest, FullScreenAndBackWhileItDraws) {
 
 /// Hears of each frame, and changes something in it if told.
 struct Restless {
-    explicit Restless(Pattern& animated) : pattern(animated), animator(pattern.ui().make<Animator>()) {
+    explicit Restless(Pattern& animated) : pattern(animated) {
         const Scope scope(pattern.ui().rootControl());
+        auto& animator = pattern.ui().make<Animator>();
         animator.onFrame.setHandler(this, &Restless::frame);
         animator.running = true;
     }
@@ -105,7 +106,6 @@ struct Restless {
         pattern.markDirty();
     }
     Pattern& pattern;
-    Animator& animator;
     bool changes = false;
     bool onInterfaceThread = false;
     int frames = 0;

@@ -132,7 +132,13 @@ bool GlxContext::makeCurrent(Window window) {
 }
 
 void GlxContext::release() {
-    if (!isBroken()) glx_.MakeCurrent(connection_->get(), kNoXid, nullptr);
+    if (isBroken()) {
+        // Where a call was caught by the end, this thread may hold the lock for good, and at the end of the
+        // process OpenGL's library waits for it.
+        XUnlockDisplay(connection_->get());
+    } else {
+        glx_.MakeCurrent(connection_->get(), kNoXid, nullptr);
+    }
     window_ = kNoXid;
 }
 

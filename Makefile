@@ -32,8 +32,7 @@ install: setup
 uninstall:
 	@cmake -DPREFIX="$(abspath $(PREFIX))" -DDESTDIR="$(STAGE)" -P cmake/installed_files.cmake
 
-test: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus
-test: PACKAGES += $(ARTWORK_PACKAGES) xvfb libgl1-mesa-dri
+test: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus libgl1-mesa-dri
 test: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS)
@@ -54,8 +53,7 @@ bench: setup
 	@cmake --build build --parallel $(JOBS) --target vanta_bench
 	@build/vanta_bench --benchmark_out=build/bench.json --benchmark_out_format=json
 
-asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus
-asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb libgl1-mesa-dri
+asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus libgl1-mesa-dri
 asan tsan: setup
 	@cmake --preset $@ > /dev/null
 	@cmake --build --preset $@ --parallel $(JOBS)

@@ -86,13 +86,12 @@ vanta_layer(gui/animation SEES foundation gui/graphics gui/tree)
 vanta_layer(gui/controls SEES foundation gui/graphics gui/tree gui/animation)
 vanta_layer(gui/offscreen SEES foundation gui/graphics gui/text gui/tree gui/controls)
 vanta_layer(gui/desktop SEES foundation)
-vanta_layer(gui/x11 SEES foundation gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop)
+vanta_layer(gui/opengl SEES foundation gui/graphics)
+vanta_layer(gui/x11 SEES foundation gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/opengl)
 
 vanta_layer(interface/meters SEES foundation wave gui/graphics gui/tree gui/animation gui/controls)
 vanta_layer(interface/loudness SEES foundation wave plugin/parameters limiter/parameters gui/graphics gui/tree
             gui/animation gui/controls interface/meters)
-vanta_layer(gui/opengl SEES foundation gui/graphics)
-vanta_layer(gui/x11 SEES foundation gui/graphics gui/text gui/tree gui/animation gui/controls gui/opengl)
 
 vanta_layer(audiofile SEES foundation)
 vanta_layer(measure SEES foundation kernel dsp/metering audiofile)
@@ -125,9 +124,9 @@ set(plugin_rooms plugin/base plugin/parameters plugin/presets plugin/settings pl
 set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/clippers limiter/parameters
     limiter/latency limiter/engine limiter/processor limiter/model limiter/factory)
 set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline)
-set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/x11)
+set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/opengl
+    gui/x11)
 set(interface_rooms interface/meters interface/loudness)
-set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/opengl gui/x11)
 set(file_rooms audiofile measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/processor)
@@ -148,10 +147,9 @@ vanta_layer(tests/host/vst3 SEES foundation host/common host/vst3 tests/support 
 vanta_layer(tests/host/lv2 SEES foundation ${plugin_rooms} ${limiter_rooms} host/common host/lv2 host/offline tests/support
             tests/plugin tests/host/formats)
 vanta_layer(tests/host/jack SEES foundation plugin/midi host/common host/jack tests/support tests/plugin)
-vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
+vanta_layer(tests/gui SEES foundation ${gui_rooms} app/gallery tests/support)
 vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} limiter/parameters ${gui_rooms}
             ${interface_rooms} tests/support tests/plugin tests/gui)
-vanta_layer(tests/gui SEES foundation ${gui_rooms} app/gallery tests/support)
 vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
 vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)

@@ -76,6 +76,7 @@ bool RootControl::platformKey(const KeyPress& key) {
     for (Control* control = focusHolder; control; control = control->previousParent_) {
         if (control->keyDown(key)) return true;
     }
+    if (ui().keyHook && ui().keyHook->keyPressed(key)) return true;
     constexpr int kCommand = modifier::kCtrl | modifier::kAlt | modifier::kMeta;
     if (key.key == Key::Tab && !(key.modifiers & kCommand))
         return moveFocus(key.modifiers & modifier::kShift);

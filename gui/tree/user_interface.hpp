@@ -27,6 +27,7 @@ class SelectFolderDialog;
 class Text;
 class TextEditor;
 class Timer;
+struct KeyPress;
 
 /// A tree of controls in one window, and all that it needs of the platform. It belongs to the thread that
 /// makes it; what other threads may do says so.
@@ -43,6 +44,14 @@ public:
         virtual ~MouseHook() = default;
         /// False: the press goes no further.
         virtual bool mousePressed(int button, Point point, int modifiers) = 0;
+    };
+
+    /// Takes keys that no control has used, while the window has the keyboard.
+    class KeyHook {
+    public:
+        virtual ~KeyHook() = default;
+        /// True: the key has been used, and the host does not get it.
+        virtual bool keyPressed(const KeyPress& key) = 0;
     };
 
     /// Bits of `showMessage`.
@@ -120,6 +129,7 @@ public:
     /// Whether a render thread draws the window.
     Property<bool> accelerated{this, false};
     MouseHook* mouseHook = nullptr;
+    KeyHook* keyHook = nullptr;
 
     void propertyChanged(AbstractProperty& property) override;
 

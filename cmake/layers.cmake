@@ -93,6 +93,18 @@ vanta_layer(interface/meters SEES foundation wave gui/graphics gui/tree gui/anim
 vanta_layer(interface/loudness SEES foundation wave plugin/parameters limiter/parameters gui/graphics gui/tree
             gui/animation gui/controls interface/meters)
 
+vanta_layer(interface/binding SEES foundation plugin/base plugin/parameters plugin/settings plugin/model gui/graphics gui/tree
+            gui/animation gui/controls)
+vanta_layer(interface/controls SEES foundation plugin/base plugin/parameters plugin/model gui/graphics gui/tree
+            gui/animation gui/controls interface/binding)
+vanta_layer(interface/hints SEES foundation plugin/settings gui/graphics gui/tree gui/animation gui/controls)
+vanta_layer(interface/menus SEES foundation plugin/presets plugin/settings plugin/model gui/graphics gui/tree gui/controls)
+vanta_layer(interface/midi SEES foundation plugin/parameters plugin/midi plugin/model gui/graphics gui/tree gui/animation
+            gui/controls interface/binding interface/controls interface/menus)
+vanta_layer(interface/frame SEES foundation plugin/base plugin/parameters plugin/presets plugin/settings plugin/midi
+            plugin/model gui/graphics gui/tree gui/animation gui/controls interface/binding interface/controls
+            interface/hints interface/menus interface/midi)
+
 vanta_layer(audiofile SEES foundation)
 vanta_layer(measure SEES foundation kernel dsp/metering audiofile)
 vanta_layer(mastering SEES foundation plugin/parameters host/offline audiofile measure)
@@ -127,6 +139,8 @@ set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack h
 set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/opengl
     gui/x11)
 set(interface_rooms interface/meters interface/loudness)
+set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/x11)
+set(interface_rooms interface/binding interface/controls interface/hints interface/menus interface/midi interface/frame)
 set(file_rooms audiofile measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/processor)
@@ -150,6 +164,9 @@ vanta_layer(tests/host/jack SEES foundation plugin/midi host/common host/jack te
 vanta_layer(tests/gui SEES foundation ${gui_rooms} app/gallery tests/support)
 vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} limiter/parameters ${gui_rooms}
             ${interface_rooms} tests/support tests/plugin tests/gui)
+vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
+vanta_layer(tests/interface SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} ${gui_rooms} ${interface_rooms}
+            tests/support tests/plugin tests/host tests/gui)
 vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
 vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)

@@ -13,3 +13,8 @@ set(VANTA_URI "urn:quillmark:vanta2")
 set(VANTA_VST3_CLASS_ID "10C8D8F3EE7A50BEBD90F6CD8E7C9CCE")
 set(VANTA_VST3_CATEGORIES "Fx|Dynamics|Mastering")
 set(VANTA_VST3_SDK_VERSION "VST 3.7.4")
+
+# What the help menu opens. The domain is reserved for examples: put the real one here before a release.
+set(VANTA_WEB_SITE "https://www.quillmark.example/vanta2")
+set(VANTA_WEB_SUPPORT "https://www.quillmark.example/support")
+set(VANTA_WEB_MANUAL "https://www.quillmark.example/vanta2/manual")

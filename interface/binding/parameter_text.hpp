@@ -2,9 +2,11 @@
 
 #include "gui/controls/value_control.hpp"
 
-namespace vanta::interface {
-
+namespace vanta {
 class AbstractPluginParameter;
+}
+
+namespace vanta::interface {
 
 /// Where a bound control stands, in its parameter's own numbers.
 float valueAt(const AbstractPluginParameter& parameter, const gui::ValueControl& control, int position);

@@ -31,6 +31,7 @@ ParameterValueDisplay::ParameterValueDisplay(gui::UserInterface& interface, gui:
       timer_(interface.createTimer()) {
     timer_->onTick.setHandler(this, &ParameterValueDisplay::elapsed);
     visible = false;
+    hitThreshold = 0;
     parent = &interface.rootControl();
 }
 

@@ -116,7 +116,8 @@ void QuillmarkPluginInterface::windowResized(void*) {
 }
 
 void QuillmarkPluginInterface::learnModeChanged(void*) {
-    if (gui::Button* button = commands().button(Command::MidiLearn)) button->on = midiLearn_.midiLearnMode.value();
+    if (gui::Button* button = commands().button(Command::MidiLearn))
+        button->on = midiLearn_.midiLearnMode.value();
 }
 
 void QuillmarkPluginInterface::controlBound(gui::ValueControl& control, int index) {

@@ -20,6 +20,8 @@ MidiLearnController::MidiLearnController(gui::UserInterface& interface, gui::Ani
       labelText_(interface.createText()),
       close_(&interface.make<gui::Button>(animatedBy, &closeStyle)),
       remove_(&interface.make<gui::Button>(animatedBy, &removeStyle)) {
+    // From the first moment of its fade on.
+    hitThreshold = 0;
     refreshTree();
     promptText_->fontSize = 8.25f;
     promptText_->color = kValueColor;
@@ -115,6 +117,9 @@ std::string MidiLearnController::prompt() const {
 
 /// The controls that show through are there to be used; all else is covered.
 int MidiLearnController::alphaAt(gui::Point point) {
+    for (const gui::Control* own : children()) {
+        if (own->visible && own->placedBounds().contains(point)) return 255;
+    }
     return targetAt(toWindow(point)) >= 0 ? 0 : 255;
 }
 

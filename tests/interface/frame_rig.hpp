@@ -10,7 +10,7 @@
 #include "gui/tree/file_dialogs.hpp"
 #include "gui/tree/root_control.hpp"
 #include "interface/frame/quillmark_plugin_interface.hpp"
-#include "limiter/factory/factory_resources.hpp"
+#include "limiter/factory/factory_archive.hpp"
 #include "limiter/model/vanta_plugin.hpp"
 #include "plugin/parameters/abstract_plugin_parameter.hpp"
 #include "tests/gui/test_interface.hpp"
@@ -25,7 +25,10 @@ struct Desktop : gui::TestInterface {
 
     struct Menu : gui::PopupMenu {
         explicit Menu(Desktop& on) : PopupMenu(on), desktop(on) {}
-        gui::MenuItem* choose(gui::Point) override { return desktop.choice ? desktop.choice(*this) : nullptr; }
+        gui::MenuItem* choose(gui::Point) override {
+            const auto choose = desktop.choice;  // which may be the end of the desktop
+            return choose ? choose(*this) : nullptr;
+        }
         Desktop& desktop;
     };
     struct File : gui::OpenSaveDialog {

@@ -20,8 +20,8 @@ constexpr float kLeastWidth = 48.0f;
 constexpr float kLineHeight = 15.0f;
 constexpr float kEditorHeight = 20.0f;
 constexpr float kEditorWidth = 64.0f;
-/// Between the panel and the control, which the shadow may touch.
-constexpr float kGap = -6.0f;
+/// From the picture to the control: a caption of the control's stays in view.
+constexpr float kGap = 8.0f;
 
 }  // namespace
 

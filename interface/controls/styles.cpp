@@ -52,8 +52,6 @@ gui::Button::Style& makeButtonStyle(gui::UserInterface& ui, const ButtonRow& row
     style.loadKind(row.family, row.hasOff ? name + "Off" : std::string(),
                    row.hasOn ? name + "On" : std::string());
     style.backgroundStyle = row.background;
-    // The light of a plate that is on runs along all of it.
-    style.overlayStyle = ButtonLook::OverlayStyle::Stretched;
     style.textAlignment = row.text;
     if (row.text == Alignment::Left) {
         style.textOffset = kValueTextOffset;

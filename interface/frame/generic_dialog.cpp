@@ -16,7 +16,7 @@ namespace {
 constexpr float kMargin = 40.0f;
 constexpr float kHeadingTop = 36.0f;
 constexpr float kLinesTop = 64.0f;
-constexpr float kButtonBottom = 36.0f;
+constexpr float kButtonBottom = 30.0f;
 constexpr float kWidth = 400.0f;
 constexpr gui::Color kVeil = gui::Color::of(0x80000000);
 

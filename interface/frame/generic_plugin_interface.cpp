@@ -5,6 +5,7 @@
 #include "foundation/channel_layout.hpp"
 #include "gui/controls/knob.hpp"
 #include "gui/controls/switch.hpp"
+#include "gui/graphics/bitmap_error.hpp"
 #include "gui/tree/root_control.hpp"
 #include "gui/tree/user_interface.hpp"
 
@@ -62,6 +63,15 @@ void GenericPluginInterface::close() {
     gestures_.setEditor(nullptr);
 }
 
+bool GenericPluginInterface::setBackground(const std::string& imageName) {
+    try {
+        ui_.loadBackdrop(imageName);
+        return true;
+    } catch (const gui::EBitmap&) {
+        return false;
+    }
+}
+
 void GenericPluginInterface::attachEditor(Editor* editor) {
     gestures_.setEditor(editor);
 }
@@ -100,7 +110,8 @@ void GenericPluginInterface::tellDelegates() {
 
 std::string GenericPluginInterface::presetCaption() const {
     const PresetState::Values preset = model_.presetState().values();
-    return preset.modified ? preset.name + " *" : preset.name;
+    const std::string name = preset.name.empty() ? "(No Preset)" : preset.name;
+    return preset.modified ? name + " *" : name;
 }
 
 void GenericPluginInterface::interfaceEvent(int key, int value) {

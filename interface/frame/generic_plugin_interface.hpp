@@ -46,6 +46,9 @@ public:
     PresetCommands& presets() { return presets_; }
     Commands& commands() { return commands_; }
 
+    /// A picture behind all controls, grown to the root's size, as it is now. False, and what was there
+    /// stays, if there is no such picture.
+    bool setBackground(const std::string& imageName);
     /// The host, from when it shows the interface; null when it goes.
     void attachEditor(Editor* editor);
     /// Ties a control to a parameter; see ParameterBindings.

@@ -39,7 +39,6 @@ QuillmarkPluginInterface::QuillmarkPluginInterface(gui::UserInterface& interface
     commands().toggleFullScreen = [this] { sizing_.toggleFullScreen(); };
     midiLearn_.onModeChanged.addHandler(this, &QuillmarkPluginInterface::learnModeChanged);
     root().onResize.addHandler(this, &QuillmarkPluginInterface::windowResized);
-    root().focusRingColor = kFocusColor;
 }
 
 QuillmarkPluginInterface::~QuillmarkPluginInterface() {

@@ -64,7 +64,7 @@ private:
         int controller = -1;    ///< as of the last refresh, -1 for none
     };
 
-    gui::Rect labelBounds(const gui::Control& control) const;
+    gui::Rect labelBounds(const Learned& learned) const;
     void paintFrame(gui::Canvas& canvas, const gui::Control& control, int opacity) const;
     void paintLabels(gui::Canvas& canvas);
     void placeParts();

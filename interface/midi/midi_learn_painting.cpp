@@ -21,6 +21,7 @@ constexpr float kBubbleMargin = 14.0f;
 constexpr float kCloseWidth = 48.0f;
 constexpr float kCloseHeight = 20.0f;
 constexpr float kRemoveSize = 12.0f;
+constexpr float kRemoveGap = 2.0f;
 constexpr float kFrameDistance = 2.0f;
 constexpr float kFrameWidth = 1.0f;
 constexpr int kMarkAlpha = 110;
@@ -34,11 +35,15 @@ void MidiLearnController::refreshTree() {
     Overlay::refreshTree();
 }
 
-/// In this control's coordinates, over the middle of what it labels.
-gui::Rect MidiLearnController::labelBounds(const gui::Control& control) const {
+/// In this control's coordinates, over the middle of what it labels; with the cross that removes it where
+/// there is one.
+gui::Rect MidiLearnController::labelBounds(const Learned& learned) const {
+    const gui::Control& control = *learned.control;
+    const bool hasCross = selected_ >= 0 && &learned == &learned_[static_cast<std::size_t>(selected_)];
     const gui::Rect at = control.windowBounds().translated(gui::Point{} - toWindow(gui::Point{}));
     const gui::Rect& size = label_->logicalRect();
-    const float x = std::round((at.left + at.right - size.width()) / 2.0f);
+    const float width = size.width() + (hasCross ? kRemoveSize + kRemoveGap : 0.0f);
+    const float x = std::round((at.left + at.right - width) / 2.0f);
     const float y = std::round((at.top + at.bottom - size.height()) / 2.0f);
     return gui::Rect::ofSize(x, y, size.width(), size.height());
 }
@@ -53,9 +58,10 @@ void MidiLearnController::placeParts() {
     const bool removable = assignedController_ >= 0 && selected_ >= 0;
     remove_->visible = removable;
     if (!removable) return;
-    const gui::Rect label = labelBounds(*learned_[static_cast<std::size_t>(selected_)].control);
-    remove_->bounds = gui::Rect::ofSize(label.right + 2.0f, label.top + (label.height() - kRemoveSize) / 2.0f,
-                                        kRemoveSize, kRemoveSize);
+    const gui::Rect label = labelBounds(learned_[static_cast<std::size_t>(selected_)]);
+    remove_->bounds =
+        gui::Rect::ofSize(label.right + kRemoveGap, label.top + (label.height() - kRemoveSize) / 2.0f,
+                          kRemoveSize, kRemoveSize);
 }
 
 void MidiLearnController::paintFrame(gui::Canvas& canvas, const gui::Control& control, int opacity) const {
@@ -69,7 +75,7 @@ void MidiLearnController::paintLabels(gui::Canvas& canvas) {
     for (std::size_t i = 0; i < learned_.size(); ++i) {
         const Learned& learned = learned_[i];
         if (!learned.control || learned.controller < 0 || !learned.control->isShown()) continue;
-        const gui::Rect at = labelBounds(*learned.control);
+        const gui::Rect at = labelBounds(learned);
         const bool isSelected = static_cast<int>(i) == selected_;
         canvas.drawBitmap(isSelected ? *activeLabel_ : *label_, at.origin());
         labelText_->text = fmt::format("CC {}", learned.controller);

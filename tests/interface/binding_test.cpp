@@ -34,7 +34,7 @@ protected:
         desktop.root->platformMouseUp(gui::kLeftPress, knob.toWindow(gui::Point{29.0f, -11.0f}), 0);
     }
 
-    test::UserHome home;
+    FactoryHome home;
     VantaPlugin plugin{kStereoLayout};
     Desktop desktop{800.0f, 480.0f};
     TestEditor editor;

@@ -14,11 +14,6 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::Not;
 
-/// A user with the factory presets.
-struct FactoryHome : test::UserHome {
-    FactoryHome() { registerFactoryArchive(); }
-};
-
 class FrameMenusTest : public ::testing::Test {
 protected:
     FrameMenusTest() { frame.attachEditor(&editor); }

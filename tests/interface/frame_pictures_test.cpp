@@ -11,13 +11,15 @@ class FramePictures : public ::testing::TestWithParam<float> {};
 
 /// Value display, sheet of MIDI learn, hint and dialog, one below the other.
 TEST_P(FramePictures, PanelsOnOneSheet) {
-    const test::UserHome home;
+    const FactoryHome home;
     VantaPlugin plugin(kStereoLayout);
     plugin.gain.setValue(6.2f, 0);
     Desktop desktop(800.0f, 480.0f);
     desktop.setScale(GetParam());
     TestFrame frame(desktop, plugin);
     frame.animator().running = false;
+    ASSERT_TRUE(frame.setBackground("Background.png"));
+    EXPECT_FALSE(frame.setBackground("NoSuchPicture.png"));
     auto& slider =
         frame.factory().add<GainSlider>({740, 130, 788, 440}, &frame.animator(), frame.styles().gainSlider());
     slider.maximum = 100;
@@ -32,6 +34,13 @@ TEST_P(FramePictures, PanelsOnOneSheet) {
 
     frame.showInHintWindow({}, HelpHints::kAlways);
     frame.valueDisplay().hide();
+    gui::MenuItem* about = findItem(frame.helpMenu().refill(), "About");
+    about->picked();
+    desktop.drainRelay();
+    test::expectPicture(*desktop.picture(), test::atScale("interface-about", GetParam()), 2);
+    desktop.root->platformKey({gui::Key::Return, 0, 0});
+    desktop.drainRelay();
+
     frame.midiLearn().midiLearnMode = true;
     frame.midiLearn().overlay()->alpha = 255;
     frame.midiLearn().setTarget(3);

@@ -18,6 +18,11 @@
 
 namespace vanta::interface {
 
+/// A user with the factory presets.
+struct FactoryHome : test::UserHome {
+    FactoryHome() { registerFactoryArchive(); }
+};
+
 /// A desktop that answers as the test says, and writes down what it was asked.
 struct Desktop : gui::TestInterface {
     using TestInterface::TestInterface;

@@ -37,7 +37,7 @@ protected:
     void set(float decibels) { frame->gestures().set(0, decibels); }
     float gain() { return plugin.gain.value(); }
 
-    test::UserHome home;
+    FactoryHome home;
     VantaPlugin plugin{kStereoLayout};
     TestEditor editor;
     std::unique_ptr<Desktop> desktop;
@@ -98,7 +98,7 @@ TEST_F(FrameTest, ChangesOfAllArriveAsOne) {
     plugin.endChange();
     desktop->drainRelay();
     EXPECT_THAT(frame->changed, ::testing::ElementsAre(event::kAllParameters));
-    EXPECT_EQ(frame->presetCaption(), plugin.presetState().name() + " *");
+    EXPECT_EQ(frame->presetCaption(), "Default Setting *");
     EXPECT_EQ(frame->presetsButton->text().text.value(), frame->presetCaption());
 }
 
@@ -294,7 +294,7 @@ TEST_F(FrameTest, ClosesWhileEventsAreUnderWay) {
 }
 
 TEST(FrameWithAProcessor, TakesItsLevelsOverInEachFrame) {
-    const test::UserHome home;
+    const FactoryHome home;
     test::Session session;
     Desktop desktop(800.0f, 480.0f);
     auto frame = std::make_unique<TestFrame>(desktop, session.host.model());

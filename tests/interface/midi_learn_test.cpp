@@ -43,7 +43,7 @@ protected:
         desktop.drainRelay();
     }
 
-    test::UserHome home;
+    FactoryHome home;
     test::Session session;
     Desktop desktop{800.0f, 480.0f};
     TestFrame frame{desktop, session.host.model()};

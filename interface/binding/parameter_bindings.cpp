@@ -108,7 +108,6 @@ void ParameterBindings::showOne(int index) {
     if (gui::ValueControl* control = bound_[at(index)]) {
         control->value = positionOf(meant, *control, meant.value());
     }
-    if (listener) listener->parameterShown(index);
 }
 
 /// A control at its end goes on moving those that have not reached theirs.

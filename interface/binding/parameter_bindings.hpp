@@ -24,8 +24,6 @@ public:
         virtual void controlBound(gui::ValueControl& control, int index) = 0;
         /// The user asks for what can be done with a bound control, at a point of it.
         virtual void controlRightClicked(gui::ValueControl& control) = 0;
-        /// After all controls of a parameter show its value.
-        virtual void parameterShown(int index) = 0;
     };
 
     ParameterBindings(gui::UserInterface& interface, GenericPlugin& plugin, ParameterGestures& usedGestures);

@@ -17,7 +17,7 @@ public:
     class Listener {
     public:
         virtual ~Listener() = default;
-        /// It has come or gone.
+        /// It has come or gone, or shows another control.
         virtual void displayChanged() {}
         virtual void fixedChanged() {}
         virtual void valueEdited(gui::ValueControl&) {}

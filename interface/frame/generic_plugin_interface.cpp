@@ -30,6 +30,7 @@ GenericPluginInterface::GenericPluginInterface(gui::UserInterface& interface, Ge
       presets_(interface, plugin, notices_),
       commands_(interface, plugin, gestures_, presets_) {
     bindings_.listener = this;
+    valueDisplay_->listener = this;
     presets_.onLoaded = [this] { commands_.pushUndo(-1); };
     animator_.framesPerSecond = kFramesPerSecond;
     animator_.onFrame.setHandler(this, &GenericPluginInterface::frame);
@@ -59,6 +60,7 @@ void GenericPluginInterface::close() {
         link_.reset();
     }
     bindings_.listener = nullptr;
+    valueDisplay_->listener = nullptr;
     root().removeAllChildren();
     gestures_.setEditor(nullptr);
 }
@@ -151,7 +153,15 @@ void GenericPluginInterface::showParameter(int index) {
     parameterChanged(index);
 }
 
-void GenericPluginInterface::parameterShown(int /*index*/) {}
+/// What moves along with the control stands below it.
+void GenericPluginInterface::displayChanged() {
+    const gui::ValueControl* shown = valueDisplay_->target();
+    const int index = shown ? bindings_.indexOf(*shown) : -1;
+    if (index < 0 || !bindings_.links().isLinked(index)) return;
+    for (const int member : bindings_.links().chainOf(index)) {
+        if (gui::ValueControl* linked = bindings_.control(member)) valueDisplay_->showWith(*linked);
+    }
+}
 
 void GenericPluginInterface::controlBound(gui::ValueControl& control, int /*index*/) {
     if (needsValueDisplay(control)) valueDisplay_->attach(control);

@@ -24,7 +24,8 @@ namespace vanta::interface {
 class GenericPluginInterface : public gui::UserInterface::Listener,
                                public gui::UserInterface::KeyHook,
                                public gui::DeviceBacking::BackingScaleListener,
-                               protected ParameterBindings::Listener {
+                               protected ParameterBindings::Listener,
+                               protected ParameterValueDisplay::Listener {
 public:
     /// Of the animator, where no render thread gives the frames.
     static constexpr int kFramesPerSecond = 15;
@@ -82,7 +83,7 @@ protected:
 
     void controlBound(gui::ValueControl& control, int index) override;
     void controlRightClicked(gui::ValueControl& /*control*/) override {}
-    void parameterShown(int index) override;
+    void displayChanged() override;
 
     /// Ends all that may still call a derived class, and deletes the controls. The first statement of each
     /// derived destructor.

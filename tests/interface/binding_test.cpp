@@ -184,6 +184,7 @@ TEST_F(BindingTest, LinkedParametersMoveTogether) {
     drain();
     frame.bindings().links().link(a, b);
     control(a).beginEndChange(gui::GesturePhase::Begin, 0);
+    EXPECT_EQ(frame.valueDisplay().nameLine(1), "Release") << "what moves along is shown as well";
     control(a).beginEndChange(gui::GesturePhase::Change, 3600);
     EXPECT_NEAR(parameter(a).value(), 0.3f, 1e-4f);
     EXPECT_NEAR(parameter(b).value(), 0.6f, 1e-4f);

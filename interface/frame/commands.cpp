@@ -48,6 +48,7 @@ void Commands::clicked(void* sender) {
 bool Commands::canRun(Command command) const {
     if (command == Command::Undo) return model_.undoHistory().canUndo();
     if (command == Command::Redo) return model_.undoHistory().canRedo();
+    if (command == Command::FullScreen) return !canFullScreen || canFullScreen();
     return true;
 }
 
@@ -91,7 +92,7 @@ void Commands::pushUndo(int index) {
 }
 
 void Commands::refresh() {
-    for (const Command command : {Command::Undo, Command::Redo}) {
+    for (const Command command : {Command::Undo, Command::Redo, Command::FullScreen}) {
         if (gui::Button* button = this->button(command)) {
             button->enabled = canRun(command);
             button->alpha = button->enabled ? 255 : kDisabledAlpha;

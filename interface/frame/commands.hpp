@@ -23,6 +23,7 @@ public:
     /// For what is not the model's.
     std::function<void()> toggleMidiLearn;
     std::function<void()> toggleFullScreen;
+    std::function<bool()> canFullScreen;
     /// After anything that may have changed what the buttons show.
     std::function<void()> onRefreshed;
 

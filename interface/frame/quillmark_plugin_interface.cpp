@@ -37,6 +37,7 @@ QuillmarkPluginInterface::QuillmarkPluginInterface(gui::UserInterface& interface
       presetsButton_(interface) {
     commands().toggleMidiLearn = [this] { midiLearn_.midiLearnMode = !midiLearn_.midiLearnMode; };
     commands().toggleFullScreen = [this] { sizing_.toggleFullScreen(); };
+    commands().canFullScreen = [this] { return sizing_.isFullScreen() || sizing_.canFullScreen(); };
     midiLearn_.onModeChanged.addHandler(this, &QuillmarkPluginInterface::learnModeChanged);
     root().onResize.addHandler(this, &QuillmarkPluginInterface::windowResized);
 }
@@ -45,6 +46,7 @@ QuillmarkPluginInterface::~QuillmarkPluginInterface() {
     root().onResize.removeHandler(this, &QuillmarkPluginInterface::windowResized);
     commands().toggleMidiLearn = nullptr;
     commands().toggleFullScreen = nullptr;
+    commands().canFullScreen = nullptr;
     commands().onRefreshed = nullptr;
     close();
 }
@@ -112,6 +114,8 @@ void QuillmarkPluginInterface::presetChanged() {
 
 void QuillmarkPluginInterface::windowResized(void*) {
     sizing_.windowResized();
+    // Compact has no full screen.
+    commands().refresh();
 }
 
 void QuillmarkPluginInterface::learnModeChanged(void*) {

@@ -139,6 +139,7 @@ TEST_F(FrameTest, SizesAreChosenRememberedAndLimited) {
     EXPECT_EQ(desktop->root->localBounds(), (gui::Rect{0, 0, 655, 290}));
     press(Command::FullScreen);
     EXPECT_FALSE(desktop->root->fullScreen) << "Compact has one size";
+    EXPECT_FALSE(frame->commands().button(Command::FullScreen)->enabled);
     desktop->root->setSize(700.0f, 300.0f);
     EXPECT_EQ(plugin.settings().interfaceLayout, InterfaceSizing::kCompact) << "and is not stretched";
     frame->postEvent(event::kStoreSize, 2 << 1);
@@ -147,6 +148,7 @@ TEST_F(FrameTest, SizesAreChosenRememberedAndLimited) {
     desktop->root->setSize(1201.0f, 700.0f);  // by the window's edge
     EXPECT_EQ(plugin.settings().interfaceLayout, PluginSettings::kFreeSize);
     EXPECT_EQ(plugin.interfaceWidth(), 1201);
+    EXPECT_TRUE(frame->commands().button(Command::FullScreen)->enabled);
     press(Command::FullScreen);
     EXPECT_TRUE(desktop->root->fullScreen);
     desktop->root->setSize(1920.0f, 1080.0f);

@@ -17,8 +17,7 @@ void HotspotButton::click() {
     on = true;
     openMenu(spot, toWindow(gui::Point{area.left, area.bottom}));
     if (!relay->isOpen()) return;
-    on = false;
-    Button::click();
+    PopupButton::click();  // off again
 }
 
 }  // namespace vanta::interface

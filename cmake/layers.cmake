@@ -166,7 +166,7 @@ vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} li
             ${interface_rooms} tests/support tests/plugin tests/gui)
 vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
 vanta_layer(tests/interface SEES foundation wave ${plugin_rooms} ${limiter_rooms} host/unified gui/artwork gui/graphics
-            gui/text gui/tree gui/animation gui/controls gui/offscreen ${interface_rooms} tests/support tests/plugin
+            gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11 ${interface_rooms} tests/support tests/plugin
             tests/host tests/gui)
 vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
 vanta_layer(tests/audiofile SEES foundation audiofile tests/support)

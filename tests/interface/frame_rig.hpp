@@ -99,8 +99,8 @@ struct TestEditor : Editor {
 
 /// A control for each parameter, in rows, and the buttons of the bars.
 struct TestFrame final : QuillmarkPluginInterface {
-    TestFrame(Desktop& desktop, GenericPlugin& plugin)
-        : QuillmarkPluginInterface(desktop, plugin,
+    TestFrame(gui::UserInterface& interface, GenericPlugin& plugin)
+        : QuillmarkPluginInterface(interface, plugin,
                                    interfaceProduct({}, {"Compact", "Small", "Medium", "Large"})) {
         for (int index = 0; index < plugin.parameterCount(); ++index) addControl(index);
         float x = 4.0f;

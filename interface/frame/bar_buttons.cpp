@@ -41,7 +41,7 @@ gui::Button& QuillmarkPluginInterface::addCommandButton(Command command, const g
     commands().attach(command, button);
     if (command == Command::MidiLearn) {
         button.on = midiLearn_.midiLearnMode.value();
-        midiLearn_.addHelper(button);
+        midiLearn_.addUsable(button);
     }
     return button;
 }
@@ -72,7 +72,7 @@ HotspotButton& QuillmarkPluginInterface::addHelpButton(const gui::Rect& at) {
 HotspotButton& QuillmarkPluginInterface::addMidiMenuButton(const gui::Rect& at) {
     auto& button = addMenuButton(at, ButtonStyle::Bar, "MIDI Learn Menu", midiMenu_);
     button.setIcon("IconMenu.png");
-    midiLearn_.addHelper(button);
+    midiLearn_.addUsable(button);
     return button;
 }
 

@@ -61,7 +61,7 @@ void MidiLearn::showOverlay() {
     for (int index = 0; index < bindings_.count(); ++index) {
         if (gui::ValueControl* control = bindings_.control(index)) overlay_->addControl(*control, index);
     }
-    for (gui::Control* helper : helpers_) overlay_->addHelper(*helper);
+    for (gui::Control* usable : usable_) overlay_->addUsable(*usable);
     overlay_->show();
 }
 
@@ -74,14 +74,14 @@ void MidiLearn::hideOverlay() {
     overlay->hide();
 }
 
-void MidiLearn::addHelper(gui::Control& control) {
+void MidiLearn::addUsable(gui::Control& control) {
     link(*this, control);
-    helpers_.push_back(&control);
-    if (overlay_) overlay_->addHelper(control);
+    usable_.push_back(&control);
+    if (overlay_) overlay_->addUsable(control);
 }
 
 void MidiLearn::linkRemoved(Component* other) {
-    std::erase_if(helpers_, [&](gui::Control* control) { return static_cast<Component*>(control) == other; });
+    std::erase_if(usable_, [&](gui::Control* control) { return static_cast<Component*>(control) == other; });
     if (other == static_cast<Component*>(overlay_)) overlay_ = nullptr;
 }
 

@@ -24,7 +24,7 @@ public:
     int learnTarget() const { return learner_.target(); }
     void setTarget(int parameter);
     /// One that can be used while the sheet is up, such as the button that switches it.
-    void addHelper(gui::Control& control);
+    void addUsable(gui::Control& control);
     MidiLearnController* overlay() const { return overlay_; }
 
     void controllerMoved(int controller);
@@ -50,7 +50,7 @@ private:
     gui::Animator* animator_;
     gui::Button::Style& removeStyle_;
     ControllerLearner learner_;
-    std::vector<gui::Control*> helpers_;
+    std::vector<gui::Control*> usable_;
     MidiLearnController* overlay_ = nullptr;
 };
 

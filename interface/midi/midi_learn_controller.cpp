@@ -62,7 +62,7 @@ void MidiLearnController::addControl(gui::Control& control, int target) {
     markDirty();
 }
 
-void MidiLearnController::addHelper(gui::Control& control) {
+void MidiLearnController::addUsable(gui::Control& control) {
     addControl(control, -1);
 }
 

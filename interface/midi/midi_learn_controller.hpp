@@ -35,7 +35,7 @@ public:
     /// A control that stands for a target.
     void addControl(gui::Control& control, int target);
     /// A control that can be used meanwhile and has no target.
-    void addHelper(gui::Control& control);
+    void addUsable(gui::Control& control);
     /// Chooses the control at a position of `addControl`; -1 for none.
     void select(int position);
     int selected() const { return selected_; }
@@ -60,7 +60,7 @@ public:
 private:
     struct Learned {
         gui::Control* control;  ///< null: gone
-        int target;             ///< -1: a helper
+        int target;             ///< -1: none, it can only be used
         int controller = -1;    ///< as of the last refresh, -1 for none
     };
 

@@ -138,9 +138,8 @@ set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/cl
 set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline)
 set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/opengl
     gui/x11)
-set(interface_rooms interface/meters interface/loudness)
-set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/x11)
-set(interface_rooms interface/binding interface/controls interface/hints interface/menus interface/midi interface/frame)
+set(interface_rooms interface/meters interface/loudness interface/binding interface/controls interface/hints
+    interface/menus interface/midi interface/frame)
 set(file_rooms audiofile measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/processor)
@@ -162,12 +161,9 @@ vanta_layer(tests/host/lv2 SEES foundation ${plugin_rooms} ${limiter_rooms} host
             tests/plugin tests/host/formats)
 vanta_layer(tests/host/jack SEES foundation plugin/midi host/common host/jack tests/support tests/plugin)
 vanta_layer(tests/gui SEES foundation ${gui_rooms} app/gallery tests/support)
-vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} limiter/parameters ${gui_rooms}
-            ${interface_rooms} tests/support tests/plugin tests/gui)
-vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
-vanta_layer(tests/interface SEES foundation wave ${plugin_rooms} ${limiter_rooms} host/unified gui/artwork gui/graphics
-            gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11 ${interface_rooms} tests/support tests/plugin
-            tests/host tests/gui)
+vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} ${limiter_rooms} host/unified gui/artwork
+            gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11 ${interface_rooms} tests/support
+            tests/plugin tests/host tests/gui)
 vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
 vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)

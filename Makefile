@@ -1,5 +1,5 @@
 # The front door. `make demo` and `make test` do all the set-up they need on a fresh Debian machine.
-PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndfile1-dev libcli11-dev libebur128-dev \
+PACKAGES = g++ cmake ninja-build ccache pkg-config libhwy-dev libfmt-dev libsndfile1-dev libtag1-dev libsoxr-dev libcli11-dev libebur128-dev \
            libcairo2-dev nlohmann-json3-dev libglib2.0-dev zlib1g-dev lv2-dev dpf-source libjack-jackd2-dev \
            libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev libpng-dev clang-format liblilv-dev lilv-utils sordi jackd2 \
            librsvg2-bin libpango1.0-dev libx11-dev libxext-dev libxi-dev libxrandr-dev libgl-dev libxtst-dev fonts-inter \

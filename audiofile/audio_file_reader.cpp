@@ -9,6 +9,7 @@
 #include <numeric>
 
 #include "audiofile/cut_off.hpp"
+#include "audiofile/speaker_mask.hpp"
 #include "foundation/failure.hpp"
 
 namespace vanta {
@@ -61,8 +62,12 @@ AudioFileReader::AudioFileReader(const std::filesystem::path& path) : path_(path
 std::vector<int> AudioFileReader::positions() const {
     std::vector<int> speakers(static_cast<std::size_t>(info_.channels));
     const auto bytes = static_cast<int>(speakers.size() * sizeof(int));
-    if (sf_command(file_.get(), SFC_GET_CHANNEL_MAP_INFO, speakers.data(), bytes) != SF_TRUE) return {};
-    return speakers;
+    if (sf_command(file_.get(), SFC_GET_CHANNEL_MAP_INFO, speakers.data(), bytes) == SF_TRUE) return speakers;
+    // What libsndfile does not read. One or two channels need no names.
+    const auto mask = speakers.size() > 2 ? statedMask(path_) : std::nullopt;
+    std::vector<int> stated = speakersOf(mask.value_or(0));
+    if (stated.size() != speakers.size()) stated.clear();
+    return stated;
 }
 
 SpeakerOrder AudioFileReader::usualOrder() const {

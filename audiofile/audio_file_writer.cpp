@@ -8,6 +8,9 @@
 #include <cmath>
 #include <cstring>
 
+#include "audiofile/channel_mapping.hpp"
+#include "audiofile/chunks/ogg_serial.hpp"
+#include "audiofile/speaker_mask.hpp"
 #include "foundation/failure.hpp"
 
 namespace vanta {
@@ -48,6 +51,9 @@ AudioFileWriter::AudioFileWriter(const Target& target)
     file_.reset(sf_open_fd(descriptor, SFM_WRITE, &info, SF_TRUE));
     if (!file_) fail(reasonOf(nullptr));
     sf_command(file_.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    // It would bear the time of day.
+    sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    applyEncoding(file_.get(), info, target_.encoding);
     if (!target_.speakers.empty()) {
         const auto bytes = static_cast<int>(target_.speakers.size() * sizeof(int));
         declared_ =
@@ -95,9 +101,30 @@ void AudioFileWriter::finish() {
     if (failed) fail(reason);
     if (!closed) fail("closing it failed");
     // Some encoders write their last part on closing and keep quiet when that fails.
+    checkLength();
+    try {
+        if ((target_.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_OGG) fixOggSerial(target_.file);
+        declareSpeakers();
+    } catch (const Failure& failure) {
+        fail(failure.what());
+    }
+    checkLength();
+}
+
+void AudioFileWriter::checkLength() const {
     SF_INFO info{};
     const SoundFile again(sf_open(target_.file.c_str(), SFM_READ, &info));
     if (!again || info.frames != written_) fail("part of it did not reach the disk");
+}
+
+/// Where libsndfile knows no place for them.
+void AudioFileWriter::declareSpeakers() {
+    if (target_.mask) stateMask(target_.file, *target_.mask);
+    if (declared_ || target_.speakers.empty()) return;
+    const FileType& type = *fileTypeOf(target_.format);
+    declared_ = type.orderIsFixed && isUsualOrder(target_.speakers, type.order);
+    const auto mask = maskOf(target_.speakers);
+    if (!declared_ && mask) declared_ = stateMask(target_.file, *mask);
 }
 
 void AudioFileWriter::fail(const std::string& reason) const {

@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "audiofile/audio_file_reader.hpp"
+#include "audiofile/encoding.hpp"
 #include "audiofile/file_format.hpp"
 #include "foundation/audio_stream.hpp"
 
@@ -32,24 +34,30 @@ public:
         std::vector<int> fileChannel;  ///< of each channel of the layout
         std::vector<int> speakers;     ///< to be declared, in libsndfile's numbers; empty: none
         Limit limit;
+        Encoding encoding = {};
+        /// The channel mask of a WAV, RF64 or Wave64, if it is to be other than that of the speakers.
+        std::optional<std::uint32_t> mask = std::nullopt;
     };
 
     /// Failure if the file cannot be created.
     explicit AudioFileWriter(const Target& target);
 
     SNDFILE* handle() const { return file_.get(); }
-    /// False if the file's type has no place for the positions that were to be declared.
+    /// After `finish`: false if the file's type has no place for the positions that were to be declared.
     bool positionsDeclared() const { return declared_; }
     /// Samples that were cut at full scale.
     std::int64_t clipped() const { return clipped_; }
 
     void write(std::span<const float* const> channels, std::size_t frames) override;
-    /// Closes the file. Failure unless all of it can be read back.
+    /// Closes the file. Failure unless all of it can be read back. Equal audio gives equal bytes.
     void finish();
 
 private:
     void interleave(std::span<const float* const> channels, std::size_t frames);
     void checkRange();
+    void declareSpeakers();
+    /// Failure unless all that was written can be read back.
+    void checkLength() const;
     [[noreturn]] void fail(const std::string& reason) const;
 
     Target target_;

@@ -16,7 +16,7 @@ namespace {
 constexpr int kRearCenter = 180;
 
 /// Speakers in the order of the bits of a WAV's channel mask (Microsoft, WAVEFORMATEXTENSIBLE).
-constexpr std::array<int, 16> kWaveOrder{
+constexpr std::array<int, 19> kWaveOrder{
     SF_CHANNEL_MAP_MONO,
     SF_CHANNEL_MAP_LEFT,
     SF_CHANNEL_MAP_RIGHT,
@@ -29,9 +29,12 @@ constexpr std::array<int, 16> kWaveOrder{
     SF_CHANNEL_MAP_REAR_CENTER,
     SF_CHANNEL_MAP_SIDE_LEFT,
     SF_CHANNEL_MAP_SIDE_RIGHT,
+    SF_CHANNEL_MAP_TOP_CENTER,
     SF_CHANNEL_MAP_TOP_FRONT_LEFT,
+    SF_CHANNEL_MAP_TOP_FRONT_CENTER,
     SF_CHANNEL_MAP_TOP_FRONT_RIGHT,
     SF_CHANNEL_MAP_TOP_REAR_LEFT,
+    SF_CHANNEL_MAP_TOP_REAR_CENTER,
     SF_CHANNEL_MAP_TOP_REAR_RIGHT,
 };
 
@@ -108,21 +111,48 @@ std::vector<int> speakersFor(int type, ChannelLayout layout) {
     return leftSpeakers(type, layout);
 }
 
-/// Where a file with these speakers has each channel of the layout; empty if they do not match.
-std::vector<int> match(std::span<const int> speakers, ChannelLayout layout) {
-    std::vector<int> found;
+constexpr int kNowhere = -1;
+
+/// Where a file with these speakers has each channel of the layout, or kNowhere.
+std::vector<int> placesOf(std::span<const int> speakers, ChannelLayout layout) {
+    std::vector<int> places;
     for (const int type : channelTypes(layout)) {
+        int place = kNowhere;
         for (const int left : speakersFor(type, layout)) {
             const int speaker = type & kRightChannel ? left + 1 : left;
             const auto at = std::ranges::find(speakers, speaker, plain);
             const int position = static_cast<int>(at - speakers.begin());
-            if (at == speakers.end() || std::ranges::find(found, position) != found.end()) continue;
-            found.push_back(position);
+            if (at == speakers.end() || std::ranges::find(places, position) != places.end()) continue;
+            place = position;
             break;
         }
+        places.push_back(place);
     }
-    if (found.size() != speakers.size() || found.size() != channelTypes(layout).size()) found.clear();
+    return places;
+}
+
+/// The same; empty if they do not match.
+std::vector<int> match(std::span<const int> speakers, ChannelLayout layout) {
+    std::vector<int> found = placesOf(speakers, layout);
+    if (found.size() != speakers.size() || std::ranges::find(found, kNowhere) != found.end()) found.clear();
     return found;
+}
+
+/// For as many speakers as the layout has: those that it does not know go where it has no other.
+std::vector<int> matchNearest(std::span<const int> speakers, ChannelLayout layout) {
+    std::vector<int> places = placesOf(speakers, layout);
+    int next = 0;
+    for (int& place : places) {
+        if (place != kNowhere) continue;
+        while (std::ranges::find(places, next) != places.end()) ++next;
+        place = next;
+    }
+    return places;
+}
+
+bool areDistinct(std::vector<int> speakers) {
+    std::ranges::sort(speakers);
+    return std::ranges::adjacent_find(speakers) == speakers.end();
 }
 
 /// The layout whose speakers these are, the usual one of that many channels first.
@@ -170,6 +200,11 @@ std::vector<int> standardSpeakers(ChannelLayout layout, SpeakerOrder order) {
     return sortSpeakers(std::move(speakers), order);
 }
 
+bool isUsualOrder(std::span<const int> speakers, SpeakerOrder order) {
+    return std::ranges::equal(speakers,
+                              standardSpeakers(usualLayout(static_cast<int>(speakers.size())), order));
+}
+
 std::vector<int> sortSpeakers(std::vector<int> speakers, SpeakerOrder order) {
     return order == SpeakerOrder::Vorbis ? sortBy(kVorbisOrder, std::move(speakers))
                                          : sortBy(kWaveOrder, std::move(speakers));
@@ -191,6 +226,10 @@ ChannelMapping mapChannels(std::span<const int> positions, int channels, Speaker
     mapping.fileChannel = match(mapping.speakers, mapping.layout);
     if (mapping.fileChannel.empty()) {
         mapping.positionsIgnored = said;
+        if (said && !wanted && areDistinct(mapping.speakers)) {
+            mapping.fileChannel = matchNearest(mapping.speakers, mapping.layout);
+            return mapping;
+        }
         mapping.speakers = standardSpeakers(mapping.layout, order);
         mapping.fileChannel = match(mapping.speakers, mapping.layout);
     }

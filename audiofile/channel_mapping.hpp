@@ -16,7 +16,8 @@ struct ChannelMapping {
     ChannelLayout layout = kStereoLayout;
     std::vector<int> fileChannel;  ///< of each channel of the layout
     std::vector<int> speakers;     ///< of each channel of the file, in libsndfile's numbers
-    /// The file's own positions match no layout and were not used.
+    /// The file's own positions match no layout. They are kept, unless a layout was asked for, and as many as
+    /// can be stand where the layout has them.
     bool positionsIgnored = false;
 };
 
@@ -27,6 +28,8 @@ ChannelLayout usualLayout(int channels);
 
 /// The speakers of a layout as files that name none order them, in libsndfile's numbers.
 std::vector<int> standardSpeakers(ChannelLayout layout, SpeakerOrder order);
+/// Whether these are the speakers that a file which names none has.
+bool isUsualOrder(std::span<const int> speakers, SpeakerOrder order);
 /// The same speakers in the order of another kind of file.
 std::vector<int> sortSpeakers(std::vector<int> speakers, SpeakerOrder order);
 

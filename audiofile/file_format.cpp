@@ -23,9 +23,10 @@ constexpr auto kTypes = std::to_array<FileType>({
     {"w64", SF_FORMAT_W64, "w64", "Sony Wave64", SpeakerOrder::Wave, Beyond4GiB::TheSame},
     {"aiff", SF_FORMAT_AIFF, "aiff aif aifc", "Apple AIFF", SpeakerOrder::Wave, Beyond4GiB::Nothing},
     {"caf", SF_FORMAT_CAF, "caf", "Apple Core Audio", SpeakerOrder::Wave, Beyond4GiB::TheSame},
-    {"flac", SF_FORMAT_FLAC, "flac", "FLAC, lossless", SpeakerOrder::Wave, Beyond4GiB::TheSame},
+    {"flac", SF_FORMAT_FLAC, "flac", "FLAC, lossless", SpeakerOrder::Wave, Beyond4GiB::TheSame, true},
     {"ogg", SF_FORMAT_OGG, "ogg oga opus", "Ogg Vorbis or Opus, lossy", SpeakerOrder::Vorbis,
-     Beyond4GiB::TheSame},
+     Beyond4GiB::TheSame, true},
+    {"mp3", SF_FORMAT_MPEG, "mp3", "MP3, lossy", SpeakerOrder::Wave, Beyond4GiB::TheSame},
     {"au", SF_FORMAT_AU, "au snd", "Sun/NeXT AU", SpeakerOrder::Wave, Beyond4GiB::TheSame},
 });
 
@@ -47,6 +48,7 @@ constexpr auto kSubtypes = std::to_array<FileSubtype>({
     {"alaw", SF_FORMAT_ALAW, FileSubtype::Companded, 13, "G.711 A-law"},
     {"vorbis", SF_FORMAT_VORBIS, FileSubtype::Lossy, 0, "Vorbis"},
     {"opus", SF_FORMAT_OPUS, FileSubtype::Lossy, 0, "Opus"},
+    {"mp3", SF_FORMAT_MPEG_LAYER_III, FileSubtype::Lossy, 0, "MPEG layer III"},
 });
 
 template <typename Entry, std::size_t N>
@@ -107,6 +109,17 @@ const FileType* fileTypeFor(const std::filesystem::path& path) {
     const auto found =
         std::ranges::find_if(kTypes, [&](const FileType& type) { return type.isNamedBy(path); });
     return found == kTypes.end() ? nullptr : &*found;
+}
+
+bool canBeWritten(int format, int channels, int sampleRate) {
+    // libsndfile takes MP3 in other containers for a format, and cannot write it.
+    const bool isMp3 = (format & SF_FORMAT_SUBMASK) == SF_FORMAT_MPEG_LAYER_III;
+    if (isMp3 && (format & SF_FORMAT_TYPEMASK) != SF_FORMAT_MPEG) return false;
+    SF_INFO info{};
+    info.samplerate = sampleRate;
+    info.channels = channels;
+    info.format = format;
+    return sf_format_check(&info) != 0;
 }
 
 std::string formatName(int format) {

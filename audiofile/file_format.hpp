@@ -23,6 +23,8 @@ struct FileType {
     SpeakerOrder order;
     /// What is written where the file would exceed 4 GiB, the most that 32-bit sizes can count.
     enum class Beyond4GiB { TheSame, Rf64, Nothing } beyond4GiB;
+    /// Its usual order is what any reader takes for granted.
+    bool orderIsFixed = false;
 
     std::string_view usualExtension() const { return extensions.substr(0, extensions.find(' ')); }
     /// Whether the path ends in one of the extensions.
@@ -54,6 +56,8 @@ const FileType* fileTypeOf(int format);
 const FileSubtype* fileSubtypeOf(int format);
 /// The first type that the path's extension names; null if there is none.
 const FileType* fileTypeFor(const std::filesystem::path& path);
+/// Whether there are files of this format, channels and sample rate.
+bool canBeWritten(int format, int channels, int sampleRate);
 /// "wav pcm_24"; libsndfile's own words for what can only be read.
 std::string formatName(int format);
 

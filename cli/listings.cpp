@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <sndfile.h>
 
 #include <string_view>
 #include <vector>
@@ -64,11 +63,7 @@ std::string formatList() {
     for (const FileType& type : fileTypes()) {
         std::vector<std::string_view> subtypes;
         for (const FileSubtype& subtype : fileSubtypes()) {
-            SF_INFO info{};
-            info.samplerate = 48000;
-            info.channels = 2;
-            info.format = type.format | subtype.format;
-            if (sf_format_check(&info)) subtypes.push_back(subtype.name);
+            if (canBeWritten(type.format | subtype.format, 2, 48000)) subtypes.push_back(subtype.name);
         }
         result += fmt::format("  {:<8}{}\n{}", type.name, type.description,
                               wrapped(fmt::format("{}", fmt::join(subtypes, " ")), 10));

@@ -29,6 +29,11 @@ void RenderArguments::declareTo(CLI::App& app) {
     add.flag("--dry-run", dryRun);
     add.option("--format", format);
     add.option("--subtype", subtype);
+    add.option("--rate", sampleRate)->check(within(kLowestSampleRate, kHighestSampleRate));
+    add.option("--quality", quality)->check(within(0.0, 10.0));
+    add.option("--bitrate", bitrate)->check(within(6.0, 2560.0));
+    add.option("--replaygain", replayGain);
+    add.flag("--strip", strip);
     add.option("--layout", layout);
     add.option("--tail", tailSeconds)->check(within(0.0, kLongestTail));
     add.option("--block", blockSamples)->check(within(1, kLargestBlock));

@@ -27,6 +27,11 @@ struct RenderArguments {
     std::string layout;
     std::string format;
     std::string subtype;
+    std::optional<int> sampleRate;
+    std::optional<double> quality;
+    std::optional<double> bitrate;
+    std::string replayGain;
+    bool strip = false;
     int blockSamples = kUsualBlock;
     double tailSeconds = 0.0;
     std::uint32_t ditherSeed = 1;

@@ -30,11 +30,27 @@ namespace {
 
 namespace fs = std::filesystem;
 
+RenderOptions::ReplayGain replayGainOf(const std::string& mode) {
+    using enum RenderOptions::ReplayGain;
+    if (mode.empty()) return None;
+    if (mode == "track") return Track;
+    if (mode == "album") return Album;
+    throw UsageError(fmt::format("unknown ReplayGain mode '{}': use track or album", mode));
+}
+
 RenderOptions optionsOf(const RenderArguments& arguments) {
     RenderOptions options;
     options.sideChain = arguments.sideChain;
     options.layout = chosenLayout(arguments.layout);
-    options.format = {chosenFileType(arguments.format), chosenFileSubtype(arguments.subtype)};
+    options.format = {chosenFileType(arguments.format),
+                      chosenFileSubtype(arguments.subtype),
+                      arguments.sampleRate,
+                      {arguments.quality, arguments.bitrate}};
+    if (arguments.quality && arguments.bitrate)
+        throw UsageError("--quality and --bitrate cannot be combined: choose one");
+    options.replayGain = replayGainOf(arguments.replayGain);
+    options.keepsMetadata = !arguments.strip;
+    options.dither = arguments.settings.setterOf("Dithering").empty();
     options.blockSamples = arguments.blockSamples;
     options.tailSeconds = arguments.tailSeconds;
     options.ditherSeed = arguments.ditherSeed;

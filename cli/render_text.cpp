@@ -101,6 +101,8 @@ std::string renderText(const MasteringJob& job, const RenderOutcome& outcome) {
     const RenderedFile& file = outcome.file;
     std::string text = summary(file) + figuresLine("before", file.before) + figuresLine("after", file.after);
     if (file.after) text += reductionLine(file.result);
+    if (file.ditherAdded)
+        text += "  dithered, as the input has more than 16 bits; --dither off leaves it out\n";
     if (job.goals.loudnessLufs) text += loudnessLine(job, outcome);
     if (job.goals.maxTruePeakDb) text += truePeakLine(job, file);
     return text;

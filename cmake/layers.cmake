@@ -105,9 +105,11 @@ vanta_layer(interface/frame SEES foundation plugin/base plugin/parameters plugin
             plugin/model gui/graphics gui/tree gui/animation gui/controls interface/binding interface/controls
             interface/hints interface/menus interface/midi)
 
-vanta_layer(audiofile SEES foundation)
+vanta_layer(audiofile/chunks SEES foundation)
+vanta_layer(audiofile SEES foundation audiofile/chunks)
+vanta_layer(audiofile/metadata SEES foundation audiofile/chunks audiofile)
 vanta_layer(measure SEES foundation kernel dsp/metering audiofile)
-vanta_layer(mastering SEES foundation plugin/parameters host/offline audiofile measure)
+vanta_layer(mastering SEES foundation plugin/parameters host/offline audiofile audiofile/metadata measure)
 vanta_layer(cli SEES foundation plugin/parameters plugin/presets plugin/settings plugin/model
             limiter/styles limiter/parameters limiter/model limiter/factory host/offline audiofile measure mastering)
 vanta_layer(app SEES cli)
@@ -141,6 +143,8 @@ set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/contr
 set(interface_rooms interface/meters interface/loudness interface/binding interface/controls interface/hints
     interface/menus interface/midi interface/frame)
 set(file_rooms audiofile measure mastering)
+set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
+set(file_rooms audiofile/chunks audiofile audiofile/metadata measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/processor)
 vanta_layer(tests/foundation SEES foundation tests/support)
@@ -165,7 +169,7 @@ vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} ${
             gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11 ${interface_rooms} tests/support
             tests/plugin tests/host tests/gui)
 vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
-vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
+vanta_layer(tests/audiofile SEES foundation audiofile/chunks audiofile audiofile/metadata tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)
 vanta_layer(tests/mastering SEES foundation host/offline ${file_rooms} tools/song tests/support)
 vanta_layer(tests/cli SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} ${file_rooms} cli tools/song

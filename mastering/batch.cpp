@@ -19,7 +19,7 @@ public:
     }
 
     std::vector<RenderOutcome> run() {
-        if (job_.goals.album) {
+        if (job_.takesAllTogether()) {
             std::vector<RenderOutcome*> all;
             for (RenderOutcome& outcome : outcomes_) all.push_back(&outcome);
             renderTogether(all);
@@ -37,7 +37,7 @@ private:
 
     /// In an album there is one task, which tells everything at once.
     std::size_t taskOf(const RenderOutcome& outcome) const {
-        return job_.goals.album ? 0 : static_cast<std::size_t>(&outcome - outcomes_.data());
+        return job_.takesAllTogether() ? 0 : static_cast<std::size_t>(&outcome - outcomes_.data());
     }
 
     /// To be called while the failure is being handled.
@@ -56,7 +56,8 @@ private:
         Files files = open(which);
         while (!files.empty() && !reach(which, files)) {
         }
-        for (std::size_t i = 0; i < files.size(); ++i) putInPlace(*which[i], *files[i]);
+        const auto album = albumLevel(files);
+        for (std::size_t i = 0; i < files.size(); ++i) putInPlace(*which[i], *files[i], album);
     }
 
     /// Leaves only those in `which` that could be opened.
@@ -92,9 +93,17 @@ private:
         return false;
     }
 
-    void putInPlace(RenderOutcome& outcome, FileRender& render) {
+    /// Of all files as one programme, if they are to tell it.
+    std::optional<PlaybackLevel> albumLevel(const Files& files) const {
+        if (job_.options.replayGain != RenderOptions::ReplayGain::Album) return std::nullopt;
+        Programme all;
+        for (const auto& file : files) all.merge(file->rendered().after->programme);
+        return playbackLevel(all.figures());
+    }
+
+    void putInPlace(RenderOutcome& outcome, FileRender& render, const std::optional<PlaybackLevel>& album) {
         try {
-            render.commit();
+            render.commit(album);
         } catch (const Failure& failure) {
             return fail(std::array{&outcome}, failure);
         }

@@ -1,14 +1,17 @@
 #include "mastering/file_render.hpp"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
 
 #include "audiofile/audio_file_reader.hpp"
-#include "audiofile/audio_file_tags.hpp"
 #include "audiofile/audio_file_writer.hpp"
+#include "audiofile/metadata/metadata_transfer.hpp"
+#include "audiofile/speaker_mask.hpp"
 #include "foundation/failure.hpp"
+#include "foundation/numbers.hpp"
 #include "foundation/output_check.hpp"
 
 namespace vanta {
@@ -21,18 +24,58 @@ namespace fs = std::filesystem;
 struct FilePlace {
     std::vector<int> fileChannel;
     std::vector<int> speakers;  ///< empty: none
+    std::optional<std::uint32_t> mask;
 };
 
-FilePlace placeOf(const RenderSource& source, int format) {
+bool isWaveFamily(int format) {
+    const int type = format & SF_FORMAT_TYPEMASK;
+    return type == SF_FORMAT_WAV || type == SF_FORMAT_WAVEX || type == SF_FORMAT_RF64 ||
+           type == SF_FORMAT_W64;
+}
+
+FilePlace placeOf(const RenderSource& source, const MasteringJob& job, int format) {
     const FileType& type = *fileTypeOf(format);
     const ChannelMapping& mapping = source.mapping();
     const bool sameType = fileTypeOf(source.input().info().format) == &type;
     const auto speakers = sameType ? mapping.speakers : sortSpeakers(mapping.speakers, type.order);
     const bool positioned = mapping.speakers.size() > 2 && (!sameType || !source.input().positions().empty());
-    return {fileOrder(mapping, speakers), positioned ? speakers : std::vector<int>()};
+    FilePlace place{fileOrder(mapping, speakers), positioned ? speakers : std::vector<int>(), {}};
+    // A mask may say less or other things than there are layouts; where the speakers stay, so does the mask.
+    const bool staysWave = isWaveFamily(source.input().info().format) && isWaveFamily(format);
+    if (staysWave && speakers == mapping.speakers && !(job.options.layout && mapping.positionsIgnored))
+        place.mask = statedMask(source.input().path());
+    return place;
+}
+
+WrittenLoudness loudnessOf(const std::optional<Measurement>& measurement) {
+    if (!measurement) return {};
+    const ProgrammeFigures& figures = measurement->figures;
+    const auto level = [](const std::optional<TimedLevel>& timed) {
+        return timed ? std::optional(timed->level) : std::nullopt;
+    };
+    return {figures.integrated, figures.range, level(figures.total.truePeak), level(figures.highestMomentary),
+            level(figures.highestShortTerm)};
+}
+
+/// The line that a render adds to a broadcast file's coding history (EBU R98).
+std::string codingHistoryOf(const RenderedFile& file, int channels) {
+    const FileSubtype& subtype = *fileSubtypeOf(file.format);
+    const std::string mode = channels == 1   ? "mono"
+                             : channels == 2 ? "stereo"
+                                             : fmt::format("{}ch", channels);
+    const auto& style = file.settings->style;
+    return fmt::format("A=PCM,F={},W={},M={},T=Vanta 2; {}; Gain {:.2f} dB; Output Level {:.2f} dB",
+                       file.sampleRate, subtype.bits, mode, style.text(style.value()),
+                       file.settings->gain.value(), file.settings->outputLevel.value());
 }
 
 }  // namespace
+
+std::optional<PlaybackLevel> playbackLevel(const ProgrammeFigures& figures) {
+    if (!figures.integrated) return std::nullopt;
+    const auto& peak = figures.total.truePeak;
+    return PlaybackLevel{*figures.integrated, peak ? gainFromDb(peak->level) : 0.0};
+}
 
 FileRender::FileRender(const Route& route, const MasteringJob& job)
     : job_(job),
@@ -41,9 +84,28 @@ FileRender::FileRender(const Route& route, const MasteringJob& job)
     file_.route = route;
     file_.settings = std::make_unique<LimiterSettings>();
     job_.settings.applyTo(*file_.settings);
-    file_.sampleRate = source_.sampleRate();
-    shape_.frames += tailSamples();
     checkDestination();
+    chooseOutput();
+}
+
+void FileRender::chooseOutput() {
+    const FormatWish& wish = job_.options.format;
+    shape_.sampleRate = wish.sampleRate.value_or(source_.sampleRate());
+    format_ = chooseFormat(shape_, file_.route.output, wish);
+    const int asked = shape_.sampleRate;
+    shape_.sampleRate = chooseSampleRate(format_, asked);
+    if (shape_.sampleRate != asked) {
+        source_.note(fmt::format("{}: converted to {} Hz: {} cannot have {} Hz", name(), shape_.sampleRate,
+                                 formatName(format_), asked));
+    }
+    source_.convertTo(shape_.sampleRate);
+    file_.sampleRate = shape_.sampleRate;
+    shape_.frames = source_.frames() + tailSamples();
+    try {
+        checkEncoding({0, shape_.sampleRate, shape_.channels, format_, 0, 0}, wish.encoding);
+    } catch (const Failure& failure) {
+        throw Failure(fmt::format("{}: {}", name(), failure.what()));
+    }
 }
 
 std::int64_t FileRender::tailSamples() const {
@@ -98,22 +160,65 @@ void FileRender::render() {
     // What is said of a render goes with it.
     file_.warnings = source_.warnings();
     ++file_.renders;
-    const FormatWish& wish = job_.options.format;
-    const int format = chooseFormat(shape_, file_.route.output, wish);
-    const bool mayClip = wish.subtype != nullptr;
+    const bool mayClip = job_.options.format.subtype != nullptr;
     try {
-        renderAs(format, mayClip);
+        renderAs(format_, mayClip);
     } catch (const BeyondFullScale&) {
-        renderAs(formatBeyondFullScale(format), false);
+        renderAs(formatBeyondFullScale(format_), false);
     }
     noteSignal();
-    if (job_.measures()) measureOutput();
+    if (needsFigures()) measureOutput();
 }
 
-void FileRender::commit() {
+bool FileRender::needsFigures() const {
+    return job_.measures() || (job_.options.keepsMetadata && statesLoudness(file_.route.input));
+}
+
+/// A shorter word makes rounding errors that follow the music; dither turns them into noise.
+void FileRender::chooseDither() {
+    auto& dithering = file_.settings->dithering;
+    dithering.setValue(job_.settings.dithering.value(), 0);
+    const FileSubtype& subtype = *fileSubtypeOf(file_.format);
+    const bool isShort = subtype.kind == FileSubtype::Integer && subtype.bits == 16;
+    file_.ditherAdded = job_.options.dither && isShort && ditherBits() == 0 &&
+                        isReduced(source_.input().info().format, file_.format);
+    if (file_.ditherAdded) dithering.setMapped(VantaParameters::Dithering::Bits16);
+}
+
+void FileRender::commit(const std::optional<PlaybackLevel>& album) {
+    transferMetadata(album);
     if (!replacement_->commit())
         throw Failure(fmt::format("{}: cannot be replaced: check that its folder is writable", name()));
     file_.seconds = std::chrono::duration<double>(Clock::now() - start_).count();
+}
+
+void FileRender::transferMetadata(const std::optional<PlaybackLevel>& album) {
+    const int from = source_.input().info().format;
+    MetadataTransfer transfer{
+        .from = file_.route.input,
+        .to = replacement_->temporary(),
+        .fromFormat = from,
+        .toFormat = file_.format,
+        .change = {source_.sampleRate(), file_.sampleRate, loudnessOf(file_.after),
+                   codingHistoryOf(file_, shape_.channels), fileSubtypeOf(file_.format)->bits},
+        .strip = !job_.options.keepsMetadata};
+    if (job_.options.replayGain != RenderOptions::ReplayGain::None) {
+        const auto track = playbackLevel(file_.after->figures);
+        if (track) transfer.gain = ReplayGain{*track, album};
+        if (!track) warn(fmt::format("{}: too short or too quiet to measure: no ReplayGain", name()));
+    }
+    try {
+        const auto lost = vanta::transferMetadata(transfer);
+        if (!lost.empty())
+            warn(fmt::format("{}: left out of {}, which has no place for it: {}", file_.route.input.string(),
+                             file_.route.output.filename().string(), fmt::join(lost, ", ")));
+    } catch (const Failure& failure) {
+        throw Failure(fmt::format("{}: cannot be written: {}", name(), failure.what()));
+    }
+    // What was done to the file since it was written must not have harmed its audio.
+    const AudioFileReader whole(replacement_->temporary());
+    if (whole.info().frames != shape_.frames)
+        throw Failure(fmt::format("{}: cannot be written: part of it did not reach the disk", name()));
 }
 
 /// A format for samples beyond full scale.
@@ -131,14 +236,14 @@ int FileRender::formatBeyondFullScale(int format) {
 
 void FileRender::renderAs(int format, bool mayClip) {
     file_.format = format;
+    chooseDither();
     replacement_.reset();
     makeFolder();
     replacement_ = std::make_unique<FileReplacement>(file_.route.output);
     const auto limit = mayClip ? AudioFileWriter::Limit::Clip : AudioFileWriter::Limit::Refuse;
-    const auto place = placeOf(source_, format);
+    const auto place = placeOf(source_, job_, format);
     AudioFileWriter writer({replacement_->temporary(), name(), format, file_.sampleRate, place.fileChannel,
-                            place.speakers, limit});
-    copyTags(source_.input().handle(), writer.handle());
+                            place.speakers, limit, job_.options.format.encoding, place.mask});
     source_.rewind();
     const Progress progress = watch(job_.options.watcher, work(file_.renders));
     file_.result = runLimiter(writer, progress);
@@ -156,7 +261,7 @@ void FileRender::renderAs(int format, bool mayClip) {
 
 RenderResult FileRender::runLimiter(AudioFileWriter& writer, const Progress& progress) {
     return vanta::render({.settings = *file_.settings,
-                          .input = source_.input(),
+                          .input = source_.audio(),
                           .output = writer,
                           .sideChain = source_.sideChain(),
                           .layout = source_.mapping().layout,
@@ -182,6 +287,9 @@ void FileRender::measureOutput() {
 void FileRender::noteWriter(const AudioFileWriter& writer) {
     if (writer.clipped() > 0)
         warn(fmt::format("{}: {} samples beyond full scale were clipped", name(), writer.clipped()));
+    if (!writer.positionsDeclared())
+        warn(fmt::format("{}: {} has no place for which channel is which speaker; they keep their order",
+                         name(), formatName(file_.format)));
     const FileSubtype& subtype = *fileSubtypeOf(file_.format);
     const int bits = ditherBits();
     if (bits == 0 || subtype.kind == FileSubtype::Float) return;
@@ -200,6 +308,7 @@ void FileRender::noteSignal() {
         warn(fmt::format("{}: {} samples are not finite numbers; they count as silence", path.string(),
                          levels.notFinite));
     };
+    file_.result.input.notFinite += source_.notFinite();
     note(file_.route.input, file_.result.input);
     if (source_.sideChain()) note(job_.options.sideChain, file_.result.sideChain);
     if (file_.settings->bypass.mapped()) warn(fmt::format("{}: Bypass is on; nothing was limited", name()));

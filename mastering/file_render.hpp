@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "audiofile/metadata/replay_gain.hpp"
 #include "foundation/file_replacement.hpp"
 #include "mastering/mastering_job.hpp"
 #include "mastering/render_source.hpp"
@@ -15,6 +16,9 @@
 namespace vanta {
 
 class AudioFileWriter;
+
+/// As tags tell it; nothing for what is too quiet or too short to measure.
+std::optional<PlaybackLevel> playbackLevel(const ProgrammeFigures& figures);
 
 /// From where to where a file is rendered.
 struct Route {
@@ -34,6 +38,7 @@ struct RenderedFile {
     std::optional<Measurement> after;   ///< of the file as it was written
     int sampleRate = 0;                 ///< Hz
     int format = 0;                     ///< libsndfile's, of the output
+    bool ditherAdded = false;           ///< since the word length is reduced, not by the settings
     std::vector<std::string> warnings;
 };
 
@@ -53,8 +58,9 @@ public:
     void measureInput();
     /// Renders into a file beside the output's place, and measures what it wrote if the job measures.
     void render();
-    /// Puts the last render in place.
-    void commit();
+    /// Puts the last render in place, with what the input says of itself. `album`: the level of all files
+    /// together, if it is to be written.
+    void commit(const std::optional<PlaybackLevel>& album = std::nullopt);
 
     /// libsndfile's, that the next render would be written in.
     int format() const { return chooseFormat(shape_, file_.route.output, job_.options.format); }
@@ -71,6 +77,10 @@ private:
     Work work(int pass) const;
     void checkDestination() const;
     void makeFolder() const;
+    void chooseOutput();
+    void chooseDither();
+    bool needsFigures() const;
+    void transferMetadata(const std::optional<PlaybackLevel>& album);
     int formatBeyondFullScale(int format);
     void renderAs(int format, bool mayClip);
     RenderResult runLimiter(AudioFileWriter& writer, const Progress& progress);
@@ -83,6 +93,7 @@ private:
     const MasteringJob& job_;
     RenderSource source_;
     StreamShape shape_;  ///< of the output
+    int format_ = 0;     ///< that it will have, unless it exceeds full scale
     RenderedFile file_;
     std::unique_ptr<FileReplacement> replacement_;  ///< holds the last render
 };

@@ -28,6 +28,9 @@ struct RenderOptions {
     std::filesystem::path sideChain;      ///< empty: none
     std::optional<ChannelLayout> layout;  ///< where files leave it open
     FormatWish format;
+    bool dither = true;         ///< where the word length is reduced to 16 bits, unless the settings dither
+    bool keepsMetadata = true;  ///< tags, pictures and chunks of the input
+    enum class ReplayGain { None, Track, Album } replayGain = ReplayGain::None;  ///< to be written
     int blockSamples = kUsualBlock;
     double tailSeconds = 0.0;
     std::uint32_t ditherSeed = 1;
@@ -46,7 +49,13 @@ struct MasteringJob {
     RenderOptions options;
     RenderGoals goals;
 
-    bool measures() const { return options.measure || goals.any(); }
+    bool measures() const {
+        return options.measure || goals.any() || options.replayGain != RenderOptions::ReplayGain::None;
+    }
+    /// Whether files are put in place only when all are rendered.
+    bool takesAllTogether() const {
+        return goals.album || options.replayGain == RenderOptions::ReplayGain::Album;
+    }
 };
 
 }  // namespace vanta

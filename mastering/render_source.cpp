@@ -10,12 +10,34 @@ RenderSource::RenderSource(const std::filesystem::path& input, const std::filesy
                            std::optional<ChannelLayout> layout)
     : input_(input) {
     mapping_ = input_.mapTo(layout, warnings_);
+    frames_ = input_.info().frames;
     if (!sideChain.empty()) openSideChain(sideChain);
 }
 
 void RenderSource::rewind() {
     input_.rewind();
     if (sideChain_) sideChain_->rewind();
+    if (convertedInput_) convertedInput_->restart();
+    if (convertedSideChain_) convertedSideChain_->restart();
+}
+
+AudioReader& RenderSource::audio() {
+    if (convertedInput_) return *convertedInput_;
+    return input_;
+}
+
+AudioReader* RenderSource::sideChain() {
+    if (convertedSideChain_) return &*convertedSideChain_;
+    return sideChain_ ? &*sideChain_ : nullptr;
+}
+
+void RenderSource::convertTo(int rate) {
+    if (rate == sampleRate()) return;
+    const double from = sampleRate();
+    const double to = rate;
+    convertedInput_.emplace(input_, input_.info().frames, from, to);
+    if (sideChain_) convertedSideChain_.emplace(*sideChain_, sideChain_->info().frames, from, to);
+    frames_ = ResampledReader::framesAt(input_.info().frames, from, to);
 }
 
 void RenderSource::openSideChain(const std::filesystem::path& path) {

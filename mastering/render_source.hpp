@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "audiofile/audio_file_reader.hpp"
+#include "audiofile/resampled_reader.hpp"
 
 namespace vanta {
 
@@ -19,9 +20,20 @@ public:
 
     AudioFileReader& input() { return input_; }
     const AudioFileReader& input() const { return input_; }
-    AudioFileReader* sideChain() { return sideChain_ ? &*sideChain_ : nullptr; }
+    /// The samples to be limited, and those that control it or null, at the rate that was asked for.
+    AudioReader& audio();
+    AudioReader* sideChain();
     const ChannelMapping& mapping() const { return mapping_; }
-    int sampleRate() const { return input_.info().samplerate; }  ///< Hz
+    int sampleRate() const { return input_.info().samplerate; }  ///< Hz, of the files
+    /// Of `audio()`.
+    std::int64_t frames() const { return frames_; }
+    /// Samples of the input, as far as they were read, that a conversion took for silence.
+    std::int64_t notFinite() const { return convertedInput_ ? convertedInput_->notFinite() : 0; }
+
+    /// From now on both are converted to this sample rate, in Hz.
+    void convertTo(int sampleRate);
+    /// Something to be said of every render.
+    void note(std::string warning) { warnings_.push_back(std::move(warning)); }
     const std::vector<std::string>& warnings() const { return warnings_; }
 
     /// Both files start again.
@@ -32,6 +44,9 @@ private:
 
     AudioFileReader input_;
     std::optional<AudioFileReader> sideChain_;
+    std::optional<ResampledReader> convertedInput_;
+    std::optional<ResampledReader> convertedSideChain_;
+    std::int64_t frames_ = 0;
     ChannelMapping mapping_;
     std::vector<std::string> warnings_;
 };

@@ -80,9 +80,14 @@ ChannelMapping AudioFileReader::mapTo(std::optional<ChannelLayout> layout,
     try {
         ChannelMapping found = mapChannels(positions(), channelCount(), usualOrder(), layout);
         if (found.positionsIgnored) {
-            warnings.push_back(fmt::format(
-                "{}: its speaker positions match no layout; assuming {}, name the layout if that is wrong",
-                path_.string(), channelLayoutName(found.layout)));
+            const std::string_view name = channelLayoutName(found.layout);
+            warnings.push_back(
+                layout
+                    ? fmt::format("{}: its speaker positions are not those of {}, which it is taken for",
+                                  path_.string(), name)
+                    : fmt::format("{}: its speaker positions match no layout; it is taken for {}, and they "
+                                  "stay as they are; name the layout if that is wrong",
+                                  path_.string(), name));
         }
         setMapping(found);
         return found;

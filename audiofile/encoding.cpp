@@ -87,8 +87,7 @@ void checkEncoding(const SF_INFO& info, const Encoding& encoding) {
     if (encoding.quality) {
         if (codec == Codec::Opus) throw Failure("opus takes no --quality: use --bitrate");
         if (codec == Codec::None)
-            throw Failure(
-                fmt::format("{} takes no --quality: it always keeps everything", formatName(info.format)));
+            throw Failure(fmt::format("{} has no --quality to choose", formatName(info.format)));
         requireWithin("--quality", *encoding.quality, 0.0,
                       codec == Codec::Flac  ? 8.0
                       : codec == Codec::Mp3 ? 9.0
@@ -98,7 +97,7 @@ void checkEncoding(const SF_INFO& info, const Encoding& encoding) {
         if (codec == Codec::Vorbis || codec == Codec::Flac)
             throw Failure(fmt::format("{} takes no --bitrate: use --quality", formatName(info.format)));
         if (codec == Codec::None)
-            throw Failure(fmt::format("{} takes no --bitrate", formatName(info.format)));
+            throw Failure(fmt::format("{} has no --bitrate to choose", formatName(info.format)));
         if (codec == Codec::Mp3) checkMp3Bitrate(*encoding.bitrateKbps, info.samplerate);
         if (codec == Codec::Opus)
             requireWithin("--bitrate", *encoding.bitrateKbps, kOpusLowest * info.channels,

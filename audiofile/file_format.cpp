@@ -131,6 +131,7 @@ std::string formatName(int format) {
         const bool known = sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof info) == 0 && info.name;
         return known ? std::string(info.name) : fmt::format("{:#x}", number);
     };
+    if (type && subtype && type->name == subtype->name) return std::string(type->name);
     return fmt::format("{} {}", type ? std::string(type->name) : own(format & SF_FORMAT_TYPEMASK),
                        subtype ? std::string(subtype->name) : own(format & SF_FORMAT_SUBMASK));
 }

@@ -58,7 +58,7 @@ const FileSubtype* fileSubtypeOf(int format);
 const FileType* fileTypeFor(const std::filesystem::path& path);
 /// Whether there are files of this format, channels and sample rate.
 bool canBeWritten(int format, int channels, int sampleRate);
-/// "wav pcm_24"; libsndfile's own words for what can only be read.
+/// "wav pcm_24", or "mp3"; libsndfile's own words for what can only be read.
 std::string formatName(int format);
 
 }  // namespace vanta

@@ -18,18 +18,21 @@ constexpr std::size_t kPiece = 4096;
 }  // namespace
 
 /// The library with the buffers that it reads from. It calls back from C, which no exception may pass.
+/// Samples go through it interleaved: with a buffer for each channel, version 0.1.3 writes beyond them.
 struct ResampledReader::Converter {
     Converter(AudioReader& from, double fromRate, double toRate)
-        : source(from), samples(static_cast<std::size_t>(from.channelCount()) * kPiece) {
-        const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_S, SOXR_FLOAT32_S);
+        : source(from),
+          width(static_cast<std::size_t>(from.channelCount())),
+          planar(width * kPiece),
+          interleaved(width * kPiece) {
+        for (std::size_t c = 0; c < width; ++c) channels.push_back(planar.data() + c * kPiece);
+        const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
         const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_VHQ, 0);
         const soxr_runtime_spec_t runtime = soxr_runtime_spec(1);
         soxr_error_t error = nullptr;
-        const auto width = static_cast<unsigned>(from.channelCount());
-        handle = soxr_create(fromRate, toRate, width, &error, &io, &quality, &runtime);
+        handle = soxr_create(fromRate, toRate, static_cast<unsigned>(width), &error, &io, &quality, &runtime);
         if (!handle)
             throw Failure(fmt::format("cannot be converted from {} to {} Hz: {}", fromRate, toRate, error));
-        for (std::size_t c = 0; c < width; ++c) pointers.push_back(samples.data() + c * kPiece);
         soxr_set_input_fn(handle, &Converter::supply, this, kPiece);
     }
     ~Converter() { soxr_delete(handle); }
@@ -38,31 +41,37 @@ struct ResampledReader::Converter {
 
     static std::size_t supply(void* self, soxr_in_t* data, std::size_t wanted) {
         auto& its = *static_cast<Converter*>(self);
-        *data = its.pointers.data();
+        *data = its.interleaved.data();
         try {
-            if (its.ended || its.failure) return 0;
-            const std::size_t got = its.source.read(its.pointers, std::min(wanted, kPiece));
-            its.ended = got < std::min(wanted, kPiece);
-            for (float* const channel : its.pointers) its.silenceOthers(std::span(channel, got));
-            return got;
+            return its.failure ? 0 : its.fetch(std::min(wanted, kPiece));
         } catch (...) {
             its.failure = std::current_exception();
             return 0;
         }
     }
 
-    /// A filter would spread what is not a number over all that follows.
-    void silenceOthers(std::span<float> channel) {
-        for (float& sample : channel) {
-            if (std::isfinite(sample)) continue;
-            sample = 0.0f;
-            ++notFinite;
+    std::size_t fetch(std::size_t wanted) {
+        if (ended) return 0;
+        const std::size_t got = source.read(channels, wanted);
+        ended = got < wanted;
+        for (std::size_t c = 0; c < width; ++c) {
+            for (std::size_t i = 0; i < got; ++i) interleaved[i * width + c] = number(channels[c][i]);
         }
+        return got;
+    }
+
+    /// A filter would spread what is not a number over all that follows.
+    float number(float sample) {
+        if (std::isfinite(sample)) return sample;
+        ++notFinite;
+        return 0.0f;
     }
 
     AudioReader& source;
-    std::vector<float> samples;
-    std::vector<float*> pointers;
+    std::size_t width;
+    std::vector<float> planar;
+    std::vector<float*> channels;
+    std::vector<float> interleaved;
     soxr_t handle = nullptr;
     bool ended = false;
     std::int64_t notFinite = 0;
@@ -91,20 +100,20 @@ std::int64_t ResampledReader::notFinite() const {
 }
 
 std::size_t ResampledReader::read(std::span<float* const> channels, std::size_t frames) {
-    const std::size_t wanted =
-        static_cast<std::size_t>(std::min<std::int64_t>(left_, static_cast<std::int64_t>(frames)));
-    std::size_t done = 0;
-    std::vector<float*> to(channels.begin(), channels.end());
-    while (done < wanted) {
-        const std::size_t got = soxr_output(converter_->handle, to.data(), wanted - done);
+    const auto wanted = static_cast<std::size_t>(std::min(left_, static_cast<std::int64_t>(frames)));
+    const std::size_t width = channels.size();
+    // The length is promised; what the filter leaves open at the very end is silence.
+    result_.assign(wanted * width, 0.0f);
+    for (std::size_t done = 0; done < wanted;) {
+        const std::size_t got = soxr_output(converter_->handle, result_.data() + done * width, wanted - done);
         if (converter_->failure) std::rethrow_exception(converter_->failure);
         if (const char* error = soxr_error(converter_->handle)) throw Failure(error);
         if (got == 0) break;
-        for (float*& channel : to) channel += got;
         done += got;
     }
-    // The length is promised; what the filter leaves open at the very end is silence.
-    for (float* channel : to) std::fill(channel, channel + (wanted - done), 0.0f);
+    for (std::size_t c = 0; c < width; ++c) {
+        for (std::size_t i = 0; i < wanted; ++i) channels[c][i] = result_[i * width + c];
+    }
     left_ -= static_cast<std::int64_t>(wanted);
     return wanted;
 }

@@ -38,6 +38,7 @@ private:
     double toRate_;
     std::unique_ptr<Converter> converter_;
     std::int64_t left_ = 0;
+    std::vector<float> result_;  ///< interleaved
 };
 
 }  // namespace vanta

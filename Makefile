@@ -33,6 +33,8 @@ uninstall:
 	@cmake -DPREFIX="$(abspath $(PREFIX))" -DDESTDIR="$(STAGE)" -P cmake/installed_files.cmake
 
 test: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus libgl1-mesa-dri
+# The last two read and make files independently of us.
+test: PACKAGES += $(ARTWORK_PACKAGES) xvfb ffmpeg flac
 test: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS)
@@ -54,6 +56,7 @@ bench: setup
 	@build/vanta_bench --benchmark_out=build/bench.json --benchmark_out_format=json
 
 asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus libgl1-mesa-dri
+asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb ffmpeg flac
 asan tsan: setup
 	@cmake --preset $@ > /dev/null
 	@cmake --build --preset $@ --parallel $(JOBS)

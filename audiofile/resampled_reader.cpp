@@ -27,7 +27,7 @@ struct ResampledReader::Converter {
           interleaved(width * kPiece) {
         for (std::size_t c = 0; c < width; ++c) channels.push_back(planar.data() + c * kPiece);
         const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
-        const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_VHQ, 0);
+        const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_VHQ, SOXR_ROLLOFF_NONE);
         const soxr_runtime_spec_t runtime = soxr_runtime_spec(1);
         soxr_error_t error = nullptr;
         handle = soxr_create(fromRate, toRate, static_cast<unsigned>(width), &error, &io, &quality, &runtime);

@@ -120,11 +120,16 @@ void addChunks(const std::filesystem::path& path, std::span<const NewChunk> chun
     // libsndfile counts all that stands behind the audio of a Wave64 as part of it.
     const bool endsWithAudio = list.format->family == ChunkFormat::Wave64;
     std::string before;
-    std::string behind(endsWithAudio ? 0 : list.format->padding(list.length), '\0');
-    for (const NewChunk& chunk : chunks)
-        (chunk.beforeAudio || endsWithAudio ? before : behind) +=
-            list.format->chunk(chunk.name, chunk.content);
-    writeRange(path, list.length, behind);
+    const std::uint64_t end = list.chunks.back().end();
+    std::string behind(endsWithAudio ? 0 : list.format->padding(end), '\0');
+    const bool isLarge = list.find("ds64");
+    for (const NewChunk& chunk : chunks) {
+        // libsndfile loses its way in an RF64 after a chunk of odd size.
+        const bool stays = chunk.beforeAudio && !(isLarge && chunk.content.size() % 2);
+        (stays || endsWithAudio ? before : behind) += list.format->chunk(chunk.name, chunk.content);
+    }
+    // Not at the end of the file, as some have a byte too many.
+    if (!endsWithAudio) writeRange(path, end, behind);
     if (!before.empty()) writeRange(path, audio->header, before, true);
     updateLength(path);
 }

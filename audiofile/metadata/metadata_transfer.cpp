@@ -51,18 +51,13 @@ bool belongsToItsFile(Family family, std::string_view name) {
     return false;
 }
 
-/// WAV and Wave64 share two kinds of chunk under names of their own. Empty where there is no such name.
+/// WAV and Wave64 share one kind of chunk under names of their own. Empty where there is no such name.
 std::string nameIn(const ChunkFormat& to, const ChunkFormat& from, const std::string& name) {
     if (to.endian != from.endian) return {};
     if (to.family == from.family) return name;
-    constexpr std::array<std::pair<std::string_view, std::string_view>, 2> kShared{
-        {{"bext", "bext"}, {"LIST", "list"}}};
-    for (const auto& [wave, wave64] : kShared) {
-        if (from.family == Family::Riff && to.family == Family::Wave64 && name == wave)
-            return wave64Name(wave64);
-        if (from.family == Family::Wave64 && to.family == Family::Riff && name == wave64Name(wave64))
-            return std::string(wave);
-    }
+    if (from.family == Family::Riff && to.family == Family::Wave64 && name == "bext") return wave64Name(name);
+    if (from.family == Family::Wave64 && to.family == Family::Riff && name == wave64Name("bext"))
+        return "bext";
     return {};
 }
 

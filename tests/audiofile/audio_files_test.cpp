@@ -4,10 +4,8 @@
 #include <sndfile.h>
 
 #include <cmath>
-#include <cstring>
 
 #include "audiofile/audio_file_reader.hpp"
-#include "audiofile/audio_file_tags.hpp"
 #include "audiofile/audio_file_writer.hpp"
 #include "audiofile/cut_off.hpp"
 #include "foundation/failure.hpp"
@@ -73,7 +71,7 @@ TEST(AudioFiles, EveryExactFormatGivesBackWhatItTook) {
         for (const FileSubtype& subtype : fileSubtypes()) {
             SF_INFO info{0, kRate, 2, type.format | subtype.format, 0, 0};
             const bool exact = subtype.kind == FileSubtype::Integer || subtype.kind == FileSubtype::Float;
-            if (!exact || !sf_format_check(&info)) continue;
+            if (!exact || !canBeWritten(info.format, 2, kRate)) continue;
             const std::string name = formatName(info.format);
             const Channels channels{onGrid(subtype.bits, 1, 5003), onGrid(subtype.bits, 2, 5003)};
             const auto path = folder / (name + ".audio");
@@ -92,7 +90,7 @@ TEST(AudioFiles, EveryExactFormatGivesBackWhatItTook) {
 
 TEST(AudioFiles, LossyAndCompandedFormatsKeepLengthAndLevel) {
     const TempFolder folder;
-    for (const char* name : {"wav ulaw", "wav alaw", "ogg vorbis", "ogg opus"}) {
+    for (const char* name : {"wav ulaw", "wav alaw", "ogg vorbis", "ogg opus", "mp3 mp3"}) {
         const std::string_view text(name);
         const auto blank = text.find(' ');
         const int format =
@@ -130,45 +128,6 @@ TEST(AudioFiles, SamplesBeyondFullScaleAreRefusedOrCountedNeverSilentlyCut) {
     AudioFileWriter wide(targetAt(folder / "c.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, 1));
     writeAll(wide, loud);
     EXPECT_EQ(readSound(folder / "c.wav").channels, loud);
-}
-
-TEST(AudioFiles, TextsCuesAndBroadcastDataAreCarriedOverWithoutStaleLoudness) {
-    const TempFolder folder;
-    SF_INFO info{0, kRate, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 0, 0};
-    SoundFile from(sf_open((folder / "from.wav").c_str(), SFM_WRITE, &info));
-    sf_set_string(from.get(), SF_STR_TITLE, "Lamp");
-    sf_set_string(from.get(), SF_STR_ARTIST, "Keeper");
-    SF_BROADCAST_INFO broadcast{};
-    std::strcpy(broadcast.description, "mix 3");
-    broadcast.time_reference_low = 172800000;
-    broadcast.version = 2;
-    broadcast.loudness_value = -2300;
-    ASSERT_EQ(sf_command(from.get(), SFC_SET_BROADCAST_INFO, &broadcast, sizeof broadcast), SF_TRUE);
-    SF_CUES cues{};
-    cues.cue_count = 2;
-    cues.cue_points[1].indx = 1;
-    cues.cue_points[1].sample_offset = 4;
-    ASSERT_EQ(sf_command(from.get(), SFC_SET_CUE, &cues, sizeof cues), SF_TRUE);
-    const Signal audio(16);
-    sf_writef_float(from.get(), audio.data(), 16);
-    from.reset();
-
-    AudioFileReader reader(folder / "from.wav");
-    AudioFileWriter writer(targetAt(folder / "to.wav", info.format, 1));
-    copyTags(reader.handle(), writer.handle());
-    writeAll(writer, {audio});
-    AudioFileReader result(folder / "to.wav");
-    EXPECT_STREQ(sf_get_string(result.handle(), SF_STR_TITLE), "Lamp");
-    EXPECT_STREQ(sf_get_string(result.handle(), SF_STR_ARTIST), "Keeper");
-    SF_BROADCAST_INFO kept{};
-    ASSERT_EQ(sf_command(result.handle(), SFC_GET_BROADCAST_INFO, &kept, sizeof kept), SF_TRUE);
-    EXPECT_STREQ(kept.description, "mix 3");
-    EXPECT_EQ(kept.time_reference_low, 172800000u);
-    EXPECT_EQ(kept.loudness_value, 0x7FFF);
-    SF_CUES keptCues{};
-    ASSERT_EQ(sf_command(result.handle(), SFC_GET_CUE, &keptCues, sizeof keptCues), SF_TRUE);
-    ASSERT_EQ(keptCues.cue_count, 2u);
-    EXPECT_EQ(keptCues.cue_points[1].sample_offset, 4u);
 }
 
 TEST(AudioFiles, FilesThatEndBeforeTheirAudioAreFound) {
@@ -243,6 +202,10 @@ TEST(AudioFiles, TheFormatFollowsTheWishTheExtensionTheSource) {
         {SF_FORMAT_CAF | SF_FORMAT_ALAC_24, "a.caf", "", "", "caf pcm_24"},
         {SF_FORMAT_CAF | SF_FORMAT_ALAC_16, "a.caf", "", "", "caf alac_16"},
         {SF_FORMAT_OGG | SF_FORMAT_VORBIS, "a.wav", "", "", "wav float"},
+        {wav24, "a.mp3", "", "", "mp3"},
+        {SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, "a.wav", "", "", "wav float"},
+        {SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, "a.flac", "", "", "flac pcm_24"},
+        {wav24, "a.tmp", "wav", "", "wav pcm_24"},
         {SF_FORMAT_WAV | SF_FORMAT_IMA_ADPCM, "a.wav", "", "", "wav float"}};
     for (const auto& [source, path, type, subtype, chosen] : cases) {
         const int format =
@@ -251,6 +214,8 @@ TEST(AudioFiles, TheFormatFollowsTheWishTheExtensionTheSource) {
     }
     EXPECT_THROW(chooseFormat({wav24, 48000, 2, 1}, "a.flac", {nullptr, findFileSubtype("float")}), Failure);
     EXPECT_THROW(chooseFormat({wav24, 48000, 10, 1}, "a.flac", {}), Failure);
+    for (const char* unknown : {"a.wave2", "a.m4a", "a.WAV.part"})
+        EXPECT_THROW(chooseFormat({wav24, 48000, 2, 1}, unknown, {}), Failure) << unknown;
 
     const StreamShape hours{SF_FORMAT_WAV | SF_FORMAT_PCM_24, 96000, 6, std::int64_t{96000} * 3600};
     EXPECT_EQ(formatName(chooseFormat(hours, "a.wav", {})), "rf64 pcm_24") << "what a WAV cannot hold";

@@ -114,6 +114,9 @@ TEST_F(CommandErrors, WrongUsageIsToldInOneLineWithWhatWouldBeRight) {
         {"--loudness -14 --unity-gain", "--loudness cannot be reached with Unity Gain on"},
         {"--loudness -14 --audition", "--loudness cannot be reached with Audition Limiting on"},
         {"--max-true-peak -1 --set Bypass=Bypassed", "--max-true-peak cannot be reached with Bypass on"},
+        {"--quality 3 --bitrate 128", "--quality and --bitrate cannot be combined: choose one"},
+        {"--replaygain both", "unknown ReplayGain mode 'both': use track or album"},
+        {"--rate 7999", "--rate cannot be '7999': use a number from 8000 to 384000"},
         {"--report out.wav", "--report and an output are the same file"},
         {"--preset Punchi", "unknown preset 'Punchi' (did you mean Punchy?)"}};
     for (const auto& [option, text] : options)
@@ -135,6 +138,11 @@ TEST_F(CommandErrors, WhatCannotBeDoneIsToldInOneLineAndLosesNothing) {
         {"eleven.wav out.wav", "eleven.wav: has 11 channels: up to 10 are supported"},
         {"in.wav out.wav --layout 5.1", "in.wav: has 2 channels, but the layout 5.1 has 6: use stereo"},
         {"in.wav out.flac --subtype float", "out.flac: flac files cannot hold"},
+        {"in.wav out.wave2; in.wav out.m4a", "is no extension of a file type that can be written: use wav, "},
+        {"in.wav out.wav --quality 3", "wav pcm_16 has no --quality to choose"},
+        {"in.wav out.flac --quality 9; in.wav out.flac --quality 8.5", "use 0 to 8"},
+        {"in.wav out.opus --quality 3", "opus takes no --quality: use --bitrate"},
+        {"in.wav out.mp3 --bitrate 200", "use 64, 80, 96, 112, 128, 160, 192, 224, 256, 320"},
         {"in.wav out.wav --side-chain slow.wav",
          "has 44100 Hz, but as the side chain of in.wav it needs 48000 Hz"},
         {"in.wav out.wav --side-chain short.wav", "has 100 frames"},

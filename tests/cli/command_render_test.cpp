@@ -158,7 +158,14 @@ TEST_F(CommandRender, IntegersAreTheDitheredSamplesOrElseTheNearest) {
     const ProgramRun coarse = render("in.wav coarse.wav --dither 24 --subtype pcm_16");
     EXPECT_THAT(coarse.err, HasSubstr("dithered to 24 bits, then rounded to the 16 bits of pcm_16"));
 
-    render("in.wav plain.wav --subtype pcm_16");
+    // Dither by itself: the same as the one that is asked for.
+    const ProgramRun reduced = render("in.wav reduced.wav --subtype pcm_16 --seed 5");
+    EXPECT_THAT(reduced.out, HasSubstr("dithered to 16 bits"));
+    EXPECT_THAT(reduced.out, HasSubstr("--dither off leaves it out"));
+    EXPECT_EQ(readBytes(folder / "reduced.wav"), readBytes(folder / "16.wav"));
+    EXPECT_THAT(render("16.wav copy.flac").out, HasSubstr("no dither")) << "nothing is reduced";
+
+    render("in.wav plain.wav --subtype pcm_16 --dither off");
     const auto integers = readIntegers(folder / "plain.wav");
     for (std::size_t i = 0; i < integers.size(); ++i)
         ASSERT_LE(std::abs(integers[i] / 65536.0 - static_cast<double>(tone[i / 2]) * 32768), 0.51) << i;

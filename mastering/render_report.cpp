@@ -57,6 +57,8 @@ Json renderObject(const MasteringJob& job, const RenderOutcome& outcome) {
     }
     const LimiterSettings& settings = *file.settings;
     object["format"] = formatName(file.format);
+    object["sample_rate"] = file.sampleRate;
+    object["dither_bits"] = VantaParameters::ditherBits(settings.dithering.currentIndex());
     object["style"] = settings.style.text(settings.style.value());
     object["input_trim_db"] = rounded(file.inputTrimDb);
     object["gain_db"] = rounded(settings.gain);

@@ -7,12 +7,12 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <thread>
 
-#include "foundation/ascii.hpp"
 #include "tests/cli/program.hpp"
 #include "tests/support/sound_files.hpp"
 
@@ -175,9 +175,9 @@ TEST_F(CommandFiles, WhatOnlyOneKindOfTagKnowsStaysInItAndIsNamedElsewhere) {
     render("in.flac out2.flac --quiet");
     const auto sheet = [&](const char* name) {
         return outputOf("metaflac --list --block-type=CUESHEET " + (folder / name).string() +
-                        " | tail -n +2");
+                        " | tail -n +4");
     };
-    EXPECT_THAT(sheet("in.flac"), HasSubstr("CUESHEET"));
+    EXPECT_THAT(sheet("in.flac"), HasSubstr("LEAD-OUT"));
     EXPECT_EQ(sheet("out2.flac"), sheet("in.flac"));
     EXPECT_THAT(render("in.flac out2.wav --quiet").err, HasSubstr("the cue sheet"));
 
@@ -185,26 +185,31 @@ TEST_F(CommandFiles, WhatOnlyOneKindOfTagKnowsStaysInItAndIsNamedElsewhere) {
         "coding_history=A=ANALOGUE bext.wav");
     render("bext.wav bext2.wav --quiet --gain 3 --subtype pcm_24");
     const Probed broadcast = probe("bext2.wav");
-    EXPECT_EQ(broadcast.tags.at("description"), "mix");
+    EXPECT_EQ(broadcast.tags.at("comment"), "mix");
     EXPECT_THAT(broadcast.tags.at("coding_history"),
                 ContainsRegex("A=ANALOGUE\r\nA=PCM,F=48000,W=24,M=stereo,T=Vanta 2; Modern; Gain 3.00 dB"));
-    EXPECT_NEAR(std::stod(broadcast.tags.at("loudness_value")),
-                secondOpinion({folder / "bext2.wav"}).integrated, 0.05);
-    EXPECT_NEAR(std::stod(broadcast.tags.at("max_true_peak_level")),
-                secondOpinion({folder / "bext2.wav"}).truePeak, 0.2);
+    // EBU Tech 3285: in hundredths, 412 bytes into the chunk, the true peak four bytes on.
+    const std::string bytes = readBytes(folder / "bext2.wav");
+    const auto figure = [&](std::size_t offset) {
+        std::int16_t value = 0;
+        std::memcpy(&value, bytes.data() + bytes.find("bext") + 8 + offset, sizeof value);
+        return value / 100.0;
+    };
+    const SecondOpinion judged = secondOpinion({folder / "bext2.wav"});
+    EXPECT_NEAR(figure(412), judged.integrated, 0.05);
+    EXPECT_NEAR(figure(416), judged.truePeak, 0.2);
 }
 
 TEST_F(CommandFiles, MasksOfSpeakersSurvive) {
-    writeSound(folder / "mono.wav", {pinkNoise(1, kRate / 2, 0.1)}, SF_FORMAT_WAV | SF_FORMAT_PCM_24, kRate);
-    const std::vector<std::string> layouts{"2.1",        "3.0", "3.1", "4.0",      "quad",
-                                           "quad(side)", "4.1", "5.0", "5.1",      "5.1(side)",
-                                           "6.0",        "6.1", "7.1", "7.1(wide)"};
+    writeSound(folder / "mono.wav", {pinkNoise(1, 4800, 0.1)}, SF_FORMAT_WAV | SF_FORMAT_PCM_24, kRate);
+    const std::vector<std::string> layouts{"2.1", "4.0",       "quad(side)", "4.1",
+                                           "5.1", "5.1(side)", "7.1",        "7.1(wide)"};
     for (const std::string& layout : layouts) {
         run(fmt::format("ffmpeg -v error -y -i mono.wav -af 'aformat=channel_layouts={}' in.wav", layout));
         run(fmt::format("ffmpeg -v error -y -i mono.wav -af 'aformat=channel_layouts={}' in.w64", layout));
         ASSERT_EQ(probe("in.wav").audio.at("channel_layout"), layout);
-        for (const char* files : {"in.wav out.wav", "in.w64 out.w64", "in.wav out.w64", "in.w64 out.wav",
-                                  "in.wav out.flac", "in.wav out.aiff", "in.wav out.caf"}) {
+        for (const char* files : {"in.wav out.wav", "in.w64 out.w64", "in.wav out.w64", "in.wav out.flac",
+                                  "in.wav out.aiff", "in.wav out.caf"}) {
             render(std::string(files) + " --force --quiet");
             const std::string output = words(files).back();
             // In these three ffprobe takes the usual layout for one with the pair at the sides; back in a WAV
@@ -241,7 +246,9 @@ TEST_F(CommandFiles, EqualSettingsGiveEqualBytesAtAnyTime) {
     int compared = 0;
     for (const std::string& name : folder.names()) {
         if (!name.starts_with("a")) continue;
-        EXPECT_EQ(readBytes(folder / name), readBytes(folder / ("b" + name.substr(1)))) << name;
+        std::string again = name;
+        again[0] = 'b';
+        EXPECT_EQ(readBytes(folder / name), readBytes(folder / again)) << name;
         ++compared;
     }
     EXPECT_GE(compared, 14);

@@ -45,6 +45,10 @@ std::int32_t quantised(float sample, int bits) {
 
 AudioFileWriter::AudioFileWriter(const Target& target)
     : target_(target), subtype_(fileSubtypeOf(target.format)) {
+    isOwnAlac(target_.format) ? openAlac() : openSoundFile();
+}
+
+void AudioFileWriter::openSoundFile() {
     const int descriptor = ::open(target_.file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor < 0) fail(std::strerror(errno));
     SF_INFO info = infoOf(target_);
@@ -66,10 +70,9 @@ void AudioFileWriter::write(std::span<const float* const> channels, std::size_t 
     if (subtype_->isLimited()) checkRange();
     const auto count = static_cast<sf_count_t>(frames);
     sf_count_t taken = 0;
+    if (alac_) return writeAlac(count);
     if (subtype_->kind == FileSubtype::Integer) {
-        integers_.resize(interleaved_.size());
-        std::ranges::transform(interleaved_, integers_.begin(),
-                               [this](float sample) { return quantised(sample, subtype_->bits); });
+        quantise();
         taken = sf_writef_int(file_.get(), integers_.data(), count);
     } else {
         taken = sf_writef_float(file_.get(), interleaved_.data(), count);
@@ -93,13 +96,29 @@ void AudioFileWriter::checkRange() {
     clipped_ += beyond;
 }
 
+void AudioFileWriter::openAlac() try {
+    alac_ = std::make_unique<AlacFile>(target_.file, target_.sampleRate,
+                                       static_cast<int>(target_.fileChannel.size()), subtype_->bits);
+} catch (const Failure& failure) {
+    fail(failure.what());
+}
+
+void AudioFileWriter::writeAlac(sf_count_t frames) try {
+    quantise();
+    alac_->write(integers_);
+    written_ += frames;
+} catch (const Failure& failure) {
+    fail(failure.what());
+}
+
+void AudioFileWriter::quantise() {
+    integers_.resize(interleaved_.size());
+    std::ranges::transform(interleaved_, integers_.begin(),
+                           [this](float sample) { return quantised(sample, subtype_->bits); });
+}
+
 void AudioFileWriter::finish() {
-    sf_write_sync(file_.get());
-    const bool failed = sf_error(file_.get()) != SF_ERR_NO_ERROR;
-    const std::string reason = reasonOf(file_.get());
-    const bool closed = sf_close(file_.release()) == 0;
-    if (failed) fail(reason);
-    if (!closed) fail("closing it failed");
+    closeEncoder();
     // Some encoders write their last part on closing and keep quiet when that fails.
     checkLength();
     try {
@@ -109,6 +128,22 @@ void AudioFileWriter::finish() {
         fail(failure.what());
     }
     checkLength();
+}
+
+void AudioFileWriter::closeEncoder() {
+    if (alac_) {
+        try {
+            return alac_->finish();
+        } catch (const Failure& failure) {
+            fail(failure.what());
+        }
+    }
+    sf_write_sync(file_.get());
+    const bool failed = sf_error(file_.get()) != SF_ERR_NO_ERROR;
+    const std::string reason = reasonOf(file_.get());
+    const bool closed = sf_close(file_.release()) == 0;
+    if (failed) fail(reason);
+    if (!closed) fail("closing it failed");
 }
 
 void AudioFileWriter::checkLength() const {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "audiofile/alac/alac_file.hpp"
 #include "audiofile/audio_file_reader.hpp"
 #include "audiofile/encoding.hpp"
 #include "audiofile/file_format.hpp"
@@ -42,7 +43,6 @@ public:
     /// Failure if the file cannot be created.
     explicit AudioFileWriter(const Target& target);
 
-    SNDFILE* handle() const { return file_.get(); }
     /// After `finish`: false if the file's type has no place for the positions that were to be declared.
     bool positionsDeclared() const { return declared_; }
     /// Samples that were cut at full scale.
@@ -54,6 +54,11 @@ public:
 
 private:
     void interleave(std::span<const float* const> channels, std::size_t frames);
+    void openAlac();
+    void openSoundFile();
+    void writeAlac(sf_count_t frames);
+    void closeEncoder();
+    void quantise();
     void checkRange();
     void declareSpeakers();
     /// Failure unless all that was written can be read back.
@@ -63,6 +68,7 @@ private:
     Target target_;
     const FileSubtype* subtype_;
     SoundFile file_;
+    std::unique_ptr<AlacFile> alac_;  ///< in place of the above
     bool declared_ = true;
     std::int64_t clipped_ = 0;
     sf_count_t written_ = 0;

@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
-#include <vector>
 
 #include "foundation/ascii.hpp"
 
@@ -30,8 +28,6 @@ constexpr auto kTypes = std::to_array<FileType>({
     {"au", SF_FORMAT_AU, "au snd", "Sun/NeXT AU", SpeakerOrder::Wave, Beyond4GiB::TheSame},
 });
 
-// libsndfile 1.2.0 writes Apple Lossless of more than 16 bits beyond its buffer when a block of stereo does
-// not compress well: such files are read, and written as plain integers.
 constexpr auto kSubtypes = std::to_array<FileSubtype>({
     {"pcm_u8", SF_FORMAT_PCM_U8, FileSubtype::Integer, 8, "8-bit integer, unsigned"},
     {"pcm_s8", SF_FORMAT_PCM_S8, FileSubtype::Integer, 8, "8-bit integer"},
@@ -41,9 +37,9 @@ constexpr auto kSubtypes = std::to_array<FileSubtype>({
     {"float", SF_FORMAT_FLOAT, FileSubtype::Float, 32, "32-bit floating point"},
     {"double", SF_FORMAT_DOUBLE, FileSubtype::Float, 64, "64-bit floating point"},
     {"alac_16", SF_FORMAT_ALAC_16, FileSubtype::Integer, 16, "16-bit Apple Lossless"},
-    {"alac_20", SF_FORMAT_ALAC_20, FileSubtype::Integer, 20, "20-bit Apple Lossless", false},
-    {"alac_24", SF_FORMAT_ALAC_24, FileSubtype::Integer, 24, "24-bit Apple Lossless", false},
-    {"alac_32", SF_FORMAT_ALAC_32, FileSubtype::Integer, 32, "32-bit Apple Lossless", false},
+    {"alac_20", SF_FORMAT_ALAC_20, FileSubtype::Integer, 20, "20-bit Apple Lossless"},
+    {"alac_24", SF_FORMAT_ALAC_24, FileSubtype::Integer, 24, "24-bit Apple Lossless"},
+    {"alac_32", SF_FORMAT_ALAC_32, FileSubtype::Integer, 32, "32-bit Apple Lossless"},
     {"ulaw", SF_FORMAT_ULAW, FileSubtype::Companded, 14, "G.711 mu-law"},
     {"alaw", SF_FORMAT_ALAW, FileSubtype::Companded, 13, "G.711 A-law"},
     {"vorbis", SF_FORMAT_VORBIS, FileSubtype::Lossy, 0, "Vorbis"},
@@ -76,10 +72,8 @@ std::span<const FileType> fileTypes() {
     return kTypes;
 }
 
-std::vector<FileSubtype> fileSubtypes() {
-    std::vector<FileSubtype> result;
-    std::ranges::copy_if(kSubtypes, std::back_inserter(result), &FileSubtype::written);
-    return result;
+std::span<const FileSubtype> fileSubtypes() {
+    return kSubtypes;
 }
 
 const FileType* findFileType(std::string_view name) {
@@ -87,8 +81,7 @@ const FileType* findFileType(std::string_view name) {
 }
 
 const FileSubtype* findFileSubtype(std::string_view name) {
-    const FileSubtype* found = findByName(kSubtypes, name);
-    return found && found->written ? found : nullptr;
+    return findByName(kSubtypes, name);
 }
 
 const FileType* fileTypeOf(int format) {
@@ -111,10 +104,16 @@ const FileType* fileTypeFor(const std::filesystem::path& path) {
     return found == kTypes.end() ? nullptr : &*found;
 }
 
+bool isOwnAlac(int format) {
+    const FileSubtype* subtype = fileSubtypeOf(format);
+    return subtype && subtype->bits > 16 && subtype->name.starts_with("alac");
+}
+
 bool canBeWritten(int format, int channels, int sampleRate) {
     // libsndfile takes MP3 in other containers for a format, and cannot write it.
     const bool isMp3 = (format & SF_FORMAT_SUBMASK) == SF_FORMAT_MPEG_LAYER_III;
     if (isMp3 && (format & SF_FORMAT_TYPEMASK) != SF_FORMAT_MPEG) return false;
+    if (isOwnAlac(format) && channels > 2) return false;
     SF_INFO info{};
     info.samplerate = sampleRate;
     info.channels = channels;

@@ -4,7 +4,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace vanta {
 
@@ -31,22 +30,20 @@ struct FileType {
     bool isNamedBy(const std::filesystem::path& path) const;
 };
 
-/// A kind of sample.
+/// A kind of sample that can be written.
 struct FileSubtype {
     std::string_view name;
     int format;  ///< libsndfile's subtype
     enum Kind { Integer, Float, Companded, Lossy } kind;
     int bits;  ///< that a sample takes, or for Companded is worth; 0 for Lossy
     std::string_view description;
-    bool written = true;  ///< false: only read
 
     /// Whether a sample beyond full scale cannot be written.
     bool isLimited() const { return kind == Integer || kind == Companded; }
 };
 
 std::span<const FileType> fileTypes();
-/// Those that can be written.
-std::vector<FileSubtype> fileSubtypes();
+std::span<const FileSubtype> fileSubtypes();
 
 /// By name, without regard to case. Null if there is none that can be written.
 const FileType* findFileType(std::string_view name);
@@ -56,6 +53,8 @@ const FileType* fileTypeOf(int format);
 const FileSubtype* fileSubtypeOf(int format);
 /// The first type that the path's extension names; null if there is none.
 const FileType* fileTypeFor(const std::filesystem::path& path);
+/// Whether this is Apple Lossless of more than 16 bits: `audiofile/alac` writes it, of one or two channels.
+bool isOwnAlac(int format);
 /// Whether there are files of this format, channels and sample rate.
 bool canBeWritten(int format, int channels, int sampleRate);
 /// "wav pcm_24", or "mp3"; libsndfile's own words for what can only be read.

@@ -71,7 +71,7 @@ int chooseSubtype(const StreamShape& source, const FileType& type, const std::fi
     const bool opusFile = equalsIgnoringCase(path.extension().string(), ".opus");
     if (opusFile && type.format == SF_FORMAT_OGG) return SF_FORMAT_OPUS;
     const FileSubtype* own = fileSubtypeOf(source.format);
-    if (own && own->written && canHold(type.format | own->format, source)) return own->format;
+    if (own && canHold(type.format | own->format, source)) return own->format;
     for (const int subtype : substitutes(own)) {
         if (canHold(type.format | subtype, source)) return subtype;
     }

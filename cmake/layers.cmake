@@ -106,7 +106,8 @@ vanta_layer(interface/frame SEES foundation plugin/base plugin/parameters plugin
             interface/hints interface/menus interface/midi)
 
 vanta_layer(audiofile/chunks SEES foundation)
-vanta_layer(audiofile SEES foundation audiofile/chunks)
+vanta_layer(audiofile/alac SEES foundation audiofile/chunks)
+vanta_layer(audiofile SEES foundation audiofile/chunks audiofile/alac)
 vanta_layer(audiofile/metadata SEES foundation audiofile/chunks audiofile)
 vanta_layer(measure SEES foundation kernel dsp/metering audiofile)
 vanta_layer(mastering SEES foundation plugin/parameters host/offline audiofile audiofile/metadata measure)
@@ -144,7 +145,7 @@ set(interface_rooms interface/meters interface/loudness interface/binding interf
     interface/menus interface/midi interface/frame)
 set(file_rooms audiofile measure mastering)
 set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
-set(file_rooms audiofile/chunks audiofile audiofile/metadata measure mastering)
+set(file_rooms audiofile/chunks audiofile/alac audiofile audiofile/metadata measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/processor)
 vanta_layer(tests/foundation SEES foundation tests/support)

@@ -88,6 +88,45 @@ TEST(AudioFiles, EveryExactFormatGivesBackWhatItTook) {
     EXPECT_GE(tried, 40);
 }
 
+TEST(AudioFiles, AppleLosslessOfAnyWordLengthGivesBackExtremes) {
+    const TempFolder folder;
+    constexpr std::size_t kPacket = 4096;
+    Signal clicks(3 * kPacket);
+    for (std::size_t i = 0; i < clicks.size(); i += 997) clicks[i] = i % 2 ? 1e-6f : -0.75f;
+    Signal signs(2 * kPacket);
+    for (std::size_t i = 0; i < signs.size(); ++i) signs[i] = i % 3 ? -1.0f : 0.75f;
+    const Signal silence(kPacket + 1);
+    const Signal programs[] = {silence, clicks, signs, sine(997, kRate, 5 * kPacket - 1, 0.9),
+                               onGrid(20, 5, 9000)};
+    for (const Signal& program : programs) {
+        for (const int subtype : {SF_FORMAT_ALAC_20, SF_FORMAT_ALAC_24, SF_FORMAT_ALAC_32}) {
+            for (const std::size_t frames :
+                 {std::size_t{1}, std::size_t{9}, kPacket - 1, kPacket, program.size()}) {
+                const Signal part(program.begin(), program.begin() + static_cast<std::ptrdiff_t>(
+                                                                         std::min(frames, program.size())));
+                Signal other(part.rbegin(), part.rend());
+                for (const Channels& channels : {Channels{part}, Channels{part, other}}) {
+                    const int width = static_cast<int>(channels.size());
+                    for (const int major : {SF_FORMAT_CAF | subtype, SF_FORMAT_WAV | SF_FORMAT_PCM_32}) {
+                        const int bits = fileSubtypeOf(subtype)->bits;
+                        Channels rounded = channels;
+                        for (Signal& channel : rounded)
+                            for (float& s : channel)
+                                s = static_cast<float>(quantised(s, std::min(bits, 24)) / 2147483648.0);
+                        const auto path = folder / fmt::format("{:x}", major);
+                        std::filesystem::remove(path);
+                        AudioFileWriter writer(targetAt(path, major, width));
+                        writeAll(writer, rounded);
+                    }
+                    ASSERT_TRUE(readIntegers(folder / fmt::format("{:x}", SF_FORMAT_CAF | subtype)) ==
+                                readIntegers(folder / fmt::format("{:x}", SF_FORMAT_WAV | SF_FORMAT_PCM_32)))
+                        << fmt::format("{:x}", subtype) << ", " << frames << " frames, " << width;
+                }
+            }
+        }
+    }
+}
+
 TEST(AudioFiles, LossyAndCompandedFormatsKeepLengthAndLevel) {
     const TempFolder folder;
     for (const char* name : {"wav ulaw", "wav alaw", "ogg vorbis", "ogg opus", "mp3 mp3"}) {
@@ -199,7 +238,7 @@ TEST(AudioFiles, TheFormatFollowsTheWishTheExtensionTheSource) {
         {SF_FORMAT_WAV | SF_FORMAT_PCM_U8, "a.flac", "", "", "flac pcm_s8"},
         {SF_FORMAT_WAV | SF_FORMAT_PCM_32, "a.flac", "", "", "flac pcm_24"},
         {SF_FORMAT_CAF | SF_FORMAT_ALAC_20, "a.wav", "", "", "wav pcm_24"},
-        {SF_FORMAT_CAF | SF_FORMAT_ALAC_24, "a.caf", "", "", "caf pcm_24"},
+        {SF_FORMAT_CAF | SF_FORMAT_ALAC_24, "a.caf", "", "", "caf alac_24"},
         {SF_FORMAT_CAF | SF_FORMAT_ALAC_16, "a.caf", "", "", "caf alac_16"},
         {SF_FORMAT_OGG | SF_FORMAT_VORBIS, "a.wav", "", "", "wav float"},
         {wav24, "a.mp3", "", "", "mp3"},

@@ -270,6 +270,14 @@ TEST_F(CommandFiles, CodecsAndRatesAreWhatWasAskedFor) {
     EXPECT_GT(kbps("--quality 9", "out.ogg"), 2.0 * kbps("--quality 1", "out.ogg"));
     EXPECT_GT(kbps("--quality 0", "out.flac"), kbps("--quality 8", "out.flac"));
 
+    render("in.wav lossless.caf --quiet --subtype alac_24");
+    EXPECT_EQ(probe("lossless.caf").audio.at("codec_name"), "alac");
+    render("in.wav plain.wav --quiet");
+    const auto samples = [&](const char* name) {
+        return outputOf("ffmpeg -v error -i " + (folder / name).string() + " -c:a pcm_s32le -f md5 -");
+    };
+    EXPECT_EQ(samples("lossless.caf"), samples("plain.wav"));
+
     render("in.wav cd.wav --quiet --rate 44100");
     EXPECT_EQ(probe("cd.wav").audio.at("sample_rate"), "44100");
     EXPECT_EQ(readSound(folder / "cd.wav").channels[0].size(), 4u * 44100u);

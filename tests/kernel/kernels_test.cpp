@@ -14,6 +14,7 @@
 
 #include <fmt/format.h>
 
+#include "kernel/allpass_kernels.hpp"
 #include "kernel/convolver_kernels.hpp"
 #include "kernel/fir_kernels.hpp"
 #include "kernel/follower.hpp"
@@ -21,6 +22,7 @@
 #include "kernel/mix.hpp"
 #include "kernel/mixer_kernels.hpp"
 #include "kernel/scan.hpp"
+#include "kernel/wave_shaper_kernels.hpp"
 #include "tests/support/instruction_sets.hpp"
 #include "tests/support/signals.hpp"
 
@@ -30,6 +32,7 @@ namespace {
 constexpr double kEpsilon = std::numeric_limits<float>::epsilon();
 constexpr std::size_t kLengths[] = {0, 1, 2, 3, 4, 5, 7, 8, 15, 16, 17, 33, 64, 131};
 constexpr float kCanary = -12345.0f;
+constexpr double kHalfPi = std::numbers::pi / 2;
 
 /// Values between two ends.
 Signal uniform(float low, float high, unsigned seed) {
@@ -249,6 +252,62 @@ TEST(ConvolverKernels, FindTheOneSampleThatDiffers) {
     }
 }
 
+// --- Wave shapers ---
+
+double tube(double t) {
+    if (t < -1.75481796) return -1.17545104;
+    if (t >= 0.320018) return 0.629932761;
+    const double w = t + 0.032847;
+    return t < -0.08905 ? 0.75 * (std::pow(1 + w, 12) - 1) + 0.25 * w - 0.01 : 3.9375 * t - 6.153 * t * t;
+}
+
+double limited(double x) {
+    return std::clamp(x, -1.0, 1.0);
+}
+
+TEST(WaveShaperKernels, BendLikeTheirTwins) {
+    struct Case {
+        kernel::UnaryKernel::Function kernel;
+        double (*twin)(double);
+    };
+    const Case cases[] = {
+        {kernel::vectorClipArcTanFast, [](double x) { return std::atan(x * kHalfPi) / kHalfPi; }},
+        {kernel::vectorClipDivAbsFast, [](double x) { return x / (1 + std::abs(x)); }},
+        {kernel::vectorClipSineFast, [](double x) { return std::sin(limited(x) * kHalfPi); }},
+        {kernel::vectorClipPolynomeOrder2Fast,
+         [](double x) { return limited(x) * (2 - std::abs(limited(x))); }},
+        {kernel::vectorClipPolynomeOrder3Fast,
+         [](double x) { return limited(x) * (1.5 - 0.5 * limited(x) * limited(x)); }},
+        {kernel::vectorClipRectifyFast,
+         [](double x) { return std::abs(limited(x)) * (2 - std::abs(limited(x))); }},
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        SCOPED_TRACE(i);
+        expectTwin(amplitudes(), cases[i].kernel, cases[i].twin, units(4, 1e-30));
+        expectTwin(uniform(-3.0f, 3.0f, 8), cases[i].kernel, cases[i].twin, units(4));
+    }
+    // Its pieces end in sums of parts that nearly cancel, and the twelfth power multiplies what is rounded.
+    expectTwin(uniform(-2.5f, 0.6f, 9), kernel::vectorClipTubeFast, tube, absolute(12 * kEpsilon));
+    expectTwin(amplitudes(), kernel::vectorClipTubeFast, tube, units(12, 0.05));
+}
+
+TEST(WaveShaperKernels, ScaleByATableThatEndsAtBothEnds) {
+    const auto in = uniform(-2.0f, 2.0f, 31), place = uniform(-0.2f, 1.2f, 32);
+    Signal table = uniform(0.5f, 1.5f, 33);
+    constexpr std::size_t kPoints = 41;
+    table.resize(kPoints + 1);
+    table.back() = table[kPoints - 1];
+    const auto scaled = [&](const float* a, std::size_t start, float* out, std::size_t n) {
+        kernel::scaleByTable(a, place.data() + start, table.data(), kPoints, out, n);
+    };
+    const auto twin = [&](double x, std::size_t i) {
+        const double at = std::clamp(static_cast<double>(place[i]), 0.0, 1.0) * (kPoints - 1);
+        const auto point = static_cast<std::size_t>(at);
+        return x * std::lerp(double{table[point]}, double{table[point + 1]}, at - std::floor(at));
+    };
+    expectTwin(in, scaled, twin, units(kPoints, 1.0));
+}
+
 // --- Half-band filters ---
 
 constexpr std::size_t kCounts[] = {0, 1, 2, 3, 7, 8, 15, 16, 17, 31, 33, 64, 65, 100, 511, 512, 513, 1030};
@@ -316,6 +375,61 @@ TEST(FirKernels, DecimateAsTheirScalarTwin) {
                     ASSERT_NEAR(out[j], dot(filter.data(), input.data() + 2 * j, taps), tolerance(taps)) << j;
                 }
                 ASSERT_EQ(out.back(), kCanary);
+            }
+        }
+    });
+}
+
+/// Both branches in double precision, sample by sample, at the lower rate.
+struct BranchTwin {
+    explicit BranchTwin(std::span<const float> coefficients) : coefficient(coefficients) {}
+    double step(std::size_t branch, double x) {
+        for (std::size_t i = branch; i < coefficient.size(); i += 2) {
+            const double c = coefficient[i];
+            y1[i] = c * x + x1[i] - c * y1[i];
+            x1[i] = x;
+            x = y1[i];
+        }
+        return x;
+    }
+    std::span<const float> coefficient;
+    double x1[6] = {}, y1[6] = {};
+};
+
+TEST(AllpassKernels, SplitAndMergeAsTheirScalarTwin) {
+    const float coefficients[] = {0.085f, 0.29f, 0.52f, 0.71f, 0.85f, 0.95f};
+    forEachInstructionSet([&](const char* set) {
+        for (std::size_t sections = 0; sections <= 6; ++sections) {
+            SCOPED_TRACE(fmt::format("{}, {} all-passes", set, sections));
+            kernel::AllpassBranches split;
+            split.pairCount = static_cast<int>(sections / 2);
+            split.hasLast = sections % 2 != 0;
+            for (std::size_t i = 0; i < sections; ++i) {
+                auto& pair = i + 1 == sections && split.hasLast ? split.last : split.pairs[i / 2];
+                pair.coefficient[i % 2] = coefficients[i];
+            }
+            kernel::AllpassBranches merge = split;
+            BranchTwin splitTwin{std::span(coefficients).first(sections)}, mergeTwin = splitTwin;
+            const auto in = whiteNoise(sections, 2 * 2000);
+            float odd = 0.0f;
+            std::size_t at = 0;
+            for (const std::size_t count : kCounts) {
+                if (at + count > 2000) break;
+                Signal high(2 * count + 1, kCanary), low(count + 1, kCanary);
+                kernel::splitBranches(in.data() + at, split, high.data(), count);
+                kernel::mergeBranches(in.data() + 2 * at, merge, low.data(), count);
+                for (std::size_t i = 0; i < count; ++i) {
+                    for (std::size_t branch = 0; branch < 2; ++branch) {
+                        ASSERT_NEAR(high[2 * i + branch], splitTwin.step(branch, in[at + i]), 2e-5) << at + i;
+                    }
+                    const float* pair = in.data() + 2 * (at + i);
+                    const double merged = mergeTwin.step(0, pair[0]) + mergeTwin.step(1, odd);
+                    ASSERT_NEAR(low[i], merged / 2, 2e-5) << at + i;
+                    odd = pair[1];
+                }
+                ASSERT_EQ(high.back(), kCanary);
+                ASSERT_EQ(low.back(), kCanary);
+                at += count;
             }
         }
     });

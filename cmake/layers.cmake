@@ -39,6 +39,7 @@ vanta_layer(dsp/filter SEES foundation wave)
 vanta_layer(dsp/convolver SEES foundation kernel wave)
 vanta_layer(dsp/dither SEES foundation wave)
 vanta_layer(dsp/sr SEES foundation kernel wave)
+vanta_layer(dsp/saturator SEES foundation kernel wave dsp/envelope dsp/mixer dsp/sr)
 vanta_layer(dsp/metering SEES foundation kernel wave dsp/detector dsp/mixer dsp/filter)
 
 vanta_layer(plugin/base SEES foundation)
@@ -58,7 +59,7 @@ vanta_layer(limiter/clippers SEES foundation kernel wave dsp/detector dsp/convol
 vanta_layer(limiter/parameters SEES dsp/dither plugin/base plugin/parameters limiter/styles)
 vanta_layer(limiter/latency SEES foundation dsp/sr limiter/styles limiter/resources limiter/clippers limiter/parameters)
 vanta_layer(limiter/engine SEES foundation kernel wave dsp/envelope dsp/delay dsp/detector dsp/mixer dsp/filter
-            dsp/convolver plugin/base plugin/parameters plugin/presets limiter/styles limiter/modulation
+            dsp/convolver dsp/saturator plugin/base plugin/parameters plugin/presets limiter/styles limiter/modulation
             limiter/clippers limiter/latency)
 vanta_layer(limiter/processor SEES foundation wave dsp/detector dsp/mixer dsp/filter dsp/dither dsp/sr dsp/metering
             plugin/parameters plugin/processor limiter/styles limiter/resources limiter/clippers limiter/parameters
@@ -133,7 +134,7 @@ vanta_layer(tools/preset_table SEES plugin/presets limiter/model limiter/factory
 
 # Tests may see whatever they test, and nothing above it.
 set(signal_rooms foundation kernel wave
-    dsp/envelope dsp/delay dsp/detector dsp/mixer dsp/filter dsp/convolver dsp/dither dsp/sr dsp/metering)
+    dsp/envelope dsp/delay dsp/detector dsp/mixer dsp/filter dsp/convolver dsp/dither dsp/sr dsp/saturator dsp/metering)
 set(plugin_rooms plugin/base plugin/parameters plugin/presets plugin/settings plugin/metering plugin/midi
     plugin/processor plugin/model)
 set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/clippers limiter/parameters
@@ -151,7 +152,7 @@ vanta_layer(tests/support SEES foundation wave limiter/processor)
 vanta_layer(tests/foundation SEES foundation tests/support)
 vanta_layer(tests/kernel SEES kernel tests/support)
 vanta_layer(tests/wave SEES foundation kernel wave tests/support)
-vanta_layer(tests/dsp SEES ${signal_rooms} limiter/clippers tests/support)
+vanta_layer(tests/dsp SEES ${signal_rooms} limiter/clippers limiter/engine tests/support)
 vanta_layer(tests/plugin SEES foundation wave ${plugin_rooms} tests/support)
 vanta_layer(tests/limiter SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms} tests/support tests/plugin)
 vanta_layer(tests/conformance SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms} ${host_rooms} measure tools/song

@@ -22,6 +22,7 @@ constexpr std::uint32_t kSignalOrigins = 1u << kAudioInputSource | 1u << kTrigge
 
 ModulationLayout DynamicsEngine::modulationLayout(const EngineLayout& layout) {
     ModulationLayout result;
+    result.limitsSignals = layout.configuration().limitsSignals;
     result.elementTargetCount = layout.elementTargetCount();
     result.slotCount = layout.configuration().slotCount;
     for (const EngineSource& source : layout.sources()) {

@@ -31,6 +31,7 @@ class SmoothingKernel;
 class DynamicsEngine final : public GenericParameterResponder {
 public:
     class AbstractStereoLinker;
+    class BandSplitter;
     class StereoLinkerFactory;
     class Parameters;
     class Processor;

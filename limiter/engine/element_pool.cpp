@@ -11,6 +11,33 @@ namespace {
 static_assert(choicesAre(
     ElementKind::Filter, "Slope",
     {{"6", EQFilter::Order1}, {"12", EQFilter::Order2}, {"24", EQFilter::Order4}, {"48", EQFilter::Order8}}));
+static_assert(choicesAre(ElementKind::Saturator, "Transfer Function",
+                         {{"ArcTan", WaveShaper::ArcTan},
+                          {"Exp", WaveShaper::Exp},
+                          {"DivAbs", WaveShaper::DivAbs},
+                          {"DivRootSquare", WaveShaper::DivRootSquare},
+                          {"TanHyperbolic", WaveShaper::TanHyperbolic},
+                          {"ErrorFunction", WaveShaper::ErrorFunction},
+                          {"Sine", WaveShaper::Sine},
+                          {"PolynomeOrder2", WaveShaper::PolynomeOrder2},
+                          {"PolynomeOrder3", WaveShaper::PolynomeOrder3},
+                          {"PolynomeOrder4", WaveShaper::PolynomeOrder4},
+                          {"PolynomeOrder5", WaveShaper::PolynomeOrder5},
+                          {"Tube", WaveShaper::Tube},
+                          {"Triode", WaveShaper::Triode},
+                          {"Rectify", WaveShaper::Rectify}}));
+static_assert(choicesAre(ElementKind::Crossover, "Processing Mode",
+                         {{"Filters", DynamicsEngine::BandSplitter::Filters},
+                          {"Subtract", DynamicsEngine::BandSplitter::Subtract}}));
+static_assert(choicesAre(ElementKind::Crossover, "Filter Slope",
+                         {{"6 dB/oct", CrossoverFilter::Order1},
+                          {"12 dB/oct", CrossoverFilter::Order2},
+                          {"24 dB/oct", CrossoverFilter::Order4}}));
+static_assert(choicesAre(ElementKind::Converter, "Conversion",
+                         {{"Ampl to dB", DBConverter::AmplitudeToDb},
+                          {"dB to Ampl", DBConverter::DbToAmplitude},
+                          {"Ampl GC to dB", DBConverter::AmplitudeGainChangeToDb},
+                          {"dB to Ampl GC", DBConverter::DbToAmplitudeGainChange}}));
 static_assert(choicesAre(ElementKind::Detector, "Mode",
                          {{"Peak", DetectorChain::Peak},
                           {"RMS", DetectorChain::Rms},
@@ -45,7 +72,10 @@ Element& add(ElementPool::List<Element>& list, Arguments&&... arguments) {
 ElementPool::ElementPool(DynamicsEngine& engine, ModulationMatrix::VoiceMatrix& voice, int channel)
     : engine_(engine), channel_(channel) {
     build<ElementKind::Filter>(engine, voice);
+    build<ElementKind::Saturator>(engine, voice);
+    build<ElementKind::Crossover>(engine, voice);
     build<ElementKind::Detector>(engine, voice);
+    build<ElementKind::Converter>(engine, voice);
     build<ElementKind::PeakHold>(engine, voice);
     build<ElementKind::AveragingFilter>(engine, voice);
     build<ElementKind::Capacitor>(engine, voice);
@@ -107,6 +137,26 @@ ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Filter>& w
     return {&set.highPass, &set.lowPass};
 }
 
+ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Saturator>& wiring) {
+    Saturator& saturator = add(saturators_, wiring.environment());
+    saturator.source = &wiring.input("Input");
+    saturator.drive.setSource(&wiring.input("Drive"));
+    wiring.drive("Transfer Function", saturator.transferFunction);
+    wiring.setSource(saturator);
+    return {&saturator};
+}
+
+ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Crossover>& wiring) {
+    DynamicsEngine::BandSplitter& splitter =
+        add(crossovers_, wiring.environment(), wiring.input("Input"), wiring.input("Frequency"));
+    wiring.drive("Processing Mode", splitter.processingMode);
+    wiring.drive("Filter Slope", splitter.low.slope);
+    wiring.drive("Filter Slope", splitter.high.slope);
+    wiring.setSource(splitter.output(0), 0);
+    wiring.setSource(splitter.output(1), 1);
+    return {&splitter.low, &splitter.high};
+}
+
 ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Detector>& wiring) {
     wave::Producer& signal = wiring.input("Input");
     DynamicsEngine::AbstractStereoLinker& linker = engine_.linker(wiring.element());
@@ -133,6 +183,14 @@ ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Detector>&
     }
     wiring.setSource(chain.output);
     return chain.statefulNodes();
+}
+
+ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::Converter>& wiring) {
+    DBConverter& converter = add(converters_, wiring.environment());
+    converter.source = &wiring.input("Input");
+    wiring.drive("Conversion", converter.conversion);
+    wiring.setSource(converter);
+    return {&converter};
 }
 
 ElementPool::Nodes ElementPool::make(const ElementWiring<ElementKind::PeakHold>& wiring) {

@@ -6,12 +6,15 @@
 
 #include "dsp/delay/averaging_filter.hpp"
 #include "dsp/delay/delay_line.hpp"
+#include "dsp/detector/db_converter.hpp"
 #include "dsp/detector/peak_hold.hpp"
 #include "dsp/detector/transfer_curve_processor.hpp"
 #include "dsp/envelope/capacitor.hpp"
 #include "dsp/filter/eq_filter.hpp"
 #include "dsp/mixer/effect_mixer.hpp"
 #include "dsp/mixer/mixer.hpp"
+#include "dsp/saturator/saturator.hpp"
+#include "limiter/engine/band_splitter.hpp"
 #include "limiter/engine/detector_chain.hpp"
 #include "limiter/engine/element_wiring.hpp"
 #include "limiter/engine/staged_control.hpp"
@@ -52,7 +55,10 @@ private:
 
     // One for each kind: makes an element and wires it.
     Nodes make(const ElementWiring<ElementKind::Filter>& wiring);
+    Nodes make(const ElementWiring<ElementKind::Saturator>& wiring);
+    Nodes make(const ElementWiring<ElementKind::Crossover>& wiring);
     Nodes make(const ElementWiring<ElementKind::Detector>& wiring);
+    Nodes make(const ElementWiring<ElementKind::Converter>& wiring);
     Nodes make(const ElementWiring<ElementKind::PeakHold>& wiring);
     Nodes make(const ElementWiring<ElementKind::AveragingFilter>& wiring);
     Nodes make(const ElementWiring<ElementKind::Capacitor>& wiring);
@@ -70,7 +76,10 @@ private:
     DynamicsEngine& engine_;
     int channel_;
     List<FilterSet> filters_;
+    List<Saturator> saturators_;
+    List<DynamicsEngine::BandSplitter> crossovers_;
     List<DetectorChain> detectors_;
+    List<DBConverter> converters_;
     List<PeakHold> peakHolds_;
     List<StagedControl> averages_;
     List<StagedControl> holds_;

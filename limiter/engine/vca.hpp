@@ -29,7 +29,7 @@ public:
     ~VCA() override;
 
     /// The gain that the product uses, with the delay of the gain path.
-    wave::Producer& gain() { return gainOutput_; }
+    wave::Producer& gain() { return *gain_; }
     /// Samples of latency of one Convolver in the gain path. Set-up.
     void setConvolverBlock(int samples);
     /// Lets look-ahead move in a course: the gain crossfades from one delay to the next. Without one it
@@ -57,6 +57,8 @@ private:
     class LookAheadMixer;
     /// 1 - x
     class GainFactorConverter;
+    /// Of a style that nobody has listened to: no gain is infinite.
+    class GainLimit;
 
     VANTA_REALTIME void updateDelay();
     int delayFor(int convolvers, int smartClippers) const;
@@ -72,6 +74,8 @@ private:
     std::unique_ptr<GainFactorConverter> gainFactor_;
     DBConverter gainFromDb_;
     wave::Router gainOutput_;
+    std::unique_ptr<GainLimit> gainLimit_;  ///< null where signals are not limited
+    wave::Producer* gain_ = &gainOutput_;
     Mixer multiplier_;
 };
 

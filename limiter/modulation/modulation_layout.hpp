@@ -17,6 +17,8 @@ struct SourceInfo {
 struct ModulationLayout {
     int targetCount() const { return elementTargetCount + slotCount; }
 
+    /// Every input takes what is not finite for silence, and limits magnitudes to kernel::kLargestSample.
+    bool limitsSignals = false;
     int elementTargetCount = 0;
     int slotCount = 0;
     std::vector<SourceInfo> sources;

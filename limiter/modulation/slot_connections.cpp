@@ -51,8 +51,10 @@ void ModulationMatrix::visitUpstream(const SlotState& slot) {
             if (feeding->mode != SlotMode::Off) visitUpstream(*feeding);
         }
     };
+    const SourceInfo& source = layout_.sources[static_cast<std::size_t>(slot.source)];
     visit(slot.levelTarget);
-    for (int input : layout_.sources[static_cast<std::size_t>(slot.source)].inputs) visit(input);
+    if (source.control >= 0) visit(source.control);
+    for (int input : source.inputs) visit(input);
 }
 
 std::uint32_t ModulationMatrix::originsOf(int index) {

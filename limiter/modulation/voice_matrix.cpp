@@ -65,6 +65,15 @@ void ModulationMatrix::TargetSum::clamp(float low, float high) {
     }
 }
 
+void ModulationMatrix::TargetSum::sanitize() {
+    if (constant_) {
+        kernel::sanitize(&value_, &value_, 1);
+        return;
+    }
+    kernel::sanitize(first_ ? first_ : out_, out_, static_cast<std::size_t>(count_));
+    first_ = nullptr;
+}
+
 bool ModulationMatrix::TargetSum::finish() {
     const bool wasConstant = constant_;
     if (constant_ || first_) expand();
@@ -129,7 +138,8 @@ void ModulationMatrix::VoiceMatrix::TargetController::produce(wave::BasicBlock<f
         return;
     }
     const bool audio = voice_.matrix_.isAudio(state_);
-    if (audio && state_.slots.size() == 1 && publishSingleSlot(samples)) return;
+    const bool mayPass = audio && !voice_.matrix_.layout_.limitsSignals;
+    if (mayPass && state_.slots.size() == 1 && publishSingleSlot(samples)) return;
 
     TargetSum sum(block->data(), samples);
     sum.start(global_.current().data(), global_.isConstant());
@@ -142,6 +152,7 @@ void ModulationMatrix::VoiceMatrix::TargetController::produce(wave::BasicBlock<f
         const float* gain = level.pullData(samples);
         sum.add(in, source->isConstant(), gain, level.isConstant());
     }
+    if (voice_.matrix_.layout_.limitsSignals) sum.sanitize();
     if (!audio) sum.clamp(state_.lowLimit, state_.highLimit);
     setConstant(sum.finish());
 }

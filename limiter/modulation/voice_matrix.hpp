@@ -16,6 +16,8 @@ public:
     void start(const float* block, bool isConstant);
     void add(const float* source, bool sourceConstant, const float* level, bool levelConstant);
     void clamp(float low, float high);
+    /// Takes what is not finite for silence, and limits the rest.
+    void sanitize();
     /// Fills the block. Whether it holds one value throughout.
     bool finish();
 

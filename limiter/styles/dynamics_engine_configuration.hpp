@@ -30,6 +30,9 @@ struct DynamicsEngineConfiguration {
     Counts capacity = tableCapacity();   ///< by ElementKind
     Counts built = tableCapacity();      ///< by ElementKind
     int slotCount = EngineTable::element(ElementKind::Slot).capacity;
+    /// Whether every input takes what is not finite for silence and limits absurd magnitudes. A style that
+    /// nobody has listened to can amplify without end; those that come with the program need no check.
+    bool limitsSignals = true;
     float lookAheadLimit = 50.0f;
     float peakHoldLimit = 50.0f;
     float rmsWindowLimit = 50.0f;
@@ -41,6 +44,7 @@ struct DynamicsEngineConfiguration {
 /// What a limiter's channel needs: the elements that its styles use, and no more.
 constexpr DynamicsEngineConfiguration limiterConfiguration() {
     DynamicsEngineConfiguration result;
+    result.limitsSignals = false;
     result.maxConvolversInGainPath = 1;
     result.maxSmartClippersInGainPath = 1;
     result.maxOutputSmartClippers = 1;

@@ -26,10 +26,13 @@
 #include "dsp/mixer/effect_mixer.hpp"
 #include "dsp/mixer/mixer.hpp"
 #include "dsp/mixer/static_mixer.hpp"
+#include "dsp/saturator/saturator.hpp"
 #include "dsp/sr/converter_filter.hpp"
+#include "dsp/sr/iir_converter_style.hpp"
 #include "dsp/sr/true_peak_exposer.hpp"
 #include "limiter/clippers/overshoot_limiter.hpp"
 #include "limiter/clippers/smart_clipper.hpp"
+#include "limiter/engine/band_splitter.hpp"
 #include "wave/delay.hpp"
 #include "wave/router.hpp"
 #include "wave/volume_filter.hpp"
@@ -168,6 +171,27 @@ void buildCrossover(Patch& p, int variant) {
     Patch::set(crossover.frequency, 10.0f);
 }
 
+/// Variants: slope, and 3 more for the difference. Both bands, one after the other.
+void buildSplitter(Patch& p, int variant) {
+    auto& octaves = p.make<wave::FloatParameterSource>(p.environment, 9.0f);
+    auto& splitter = p.make<DynamicsEngine::BandSplitter>(p.environment, p.input(), octaves);
+    splitter.low.slope = variant % 3;
+    splitter.high.slope = variant % 3;
+    splitter.processingMode = variant / 3;
+    p.ends = {&splitter.output(0), &splitter.output(1)};
+    p.midway = [&] { splitter.processingMode = 1 - splitter.processingMode; };
+}
+
+/// Variants: transfer function; 32 more with a drive that moves, and 64 for each doubling of the rate.
+void buildSaturator(Patch& p, int variant) {
+    auto& saturator = p.filter<Saturator>();
+    saturator.transferFunction = variant % 32;
+    saturator.converterStyle.setFactor(1 << variant / 64);
+    Patch::set(saturator.drive, 11.0f);
+    if (variant & 32) p.move(saturator.drive, -36.0f, 36.0f);
+    p.midway = [&] { saturator.transferFunction = WaveShaper::Triode; };
+}
+
 void buildDither(Patch& p, int shaping) {
     setDitherSeed(4711);
     auto& dither = p.filter<DitherFilter>();
@@ -192,21 +216,23 @@ void buildMovingConvolver(Patch& p, int taps) {
     p.filter<Convolver>(kernel);
 }
 
+template <typename Style>
 void buildUp(Patch& p, int factor) {
     p.oversampled.setFactor(factor);
-    auto& up = p.end<sr::InterpolatorFilter>(p.oversampled, p.make<sr::ConverterStyle>(p.oversampled));
+    auto& up = p.end<sr::InterpolatorFilter>(p.oversampled, p.make<Style>(p.oversampled));
     up.source = &p.input();
 }
 
+template <typename Style>
 void buildDown(Patch& p, int factor) {
-    buildUp(p, factor);
-    auto& down = p.make<sr::DecimatorFilter>(p.make<sr::ConverterStyle>(p.oversampled));
+    buildUp<Style>(p, factor);
+    auto& down = p.make<sr::DecimatorFilter>(p.make<Style>(p.oversampled));
     down.source = p.ends[0];
     p.ends = {&down};
 }
 
 void buildSkip(Patch& p, int mode) {
-    buildUp(p, 4);
+    buildUp<sr::ConverterStyle>(p, 4);
     auto& skip = p.make<sr::SkipDecimatorFilter>(p.make<sr::ConverterStyle>(p.oversampled),
                                                  static_cast<sr::SkipDecimator::Mode>(mode));
     skip.source = p.ends[0];
@@ -249,7 +275,7 @@ void buildOvershoot(Patch& p, int mode) {
 
 // Sums and logarithms of one value and of many round differently.
 const Bounds ring{.gap = true}, rounded{.constant = 4e-7}, roundedDb{.constant = 2e-5}, tail{.tail = true},
-    steered{.constant = kAny, .gap = true};
+    steered{.constant = kAny, .gap = true}, ringing{.gap = true, .tail = true};
 
 std::vector<Element> singleElements() {
     return {
@@ -321,9 +347,22 @@ std::vector<Element> elements() {
         add("DitherFilter", Feed::Audio, buildDither, shaping, {.reset = 60 * 0x1p-15});
     }
     for (int factor = 1; factor <= 32; factor *= 2) {
-        add("InterpolatorFilter", Feed::Audio, buildUp, factor, ring);
-        add("DecimatorFilter", Feed::Audio, buildDown, factor, ring);
+        add("InterpolatorFilter", Feed::Audio, buildUp<sr::ConverterStyle>, factor, ring);
+        add("DecimatorFilter", Feed::Audio, buildDown<sr::ConverterStyle>, factor, ring);
+        // The recursive ones go up to 8, of which as much counts whole as the rate allows, also when it
+        // changes.
+        if (factor > 4) continue;
+        add("IIRInterpolator", Feed::Audio, buildUp<sr::IIRConverterStyle>, factor, ringing);
+        add("IIRDecimator", Feed::Audio, buildDown<sr::IIRConverterStyle>, factor, ringing);
     }
+    for (int function = 0; function < WaveShaper::kCurveCount; ++function) {
+        add("Saturator", Feed::Audio, buildSaturator, function);
+    }
+    for (const int variant : {32, 43, 64 + 2, 64 + 32, 128 + 11, 192 + 13}) {
+        add("Saturator", Feed::Audio, buildSaturator, variant, variant > 64 ? ringing : rounded);
+    }
+    for (int variant = 0; variant < 6; ++variant)
+        add("BandSplitter", Feed::Audio, buildSplitter, variant, tail);
     for (int i = 0; i < 3; ++i) {
         add("SkipDecimatorFilter", Feed::Audio, buildSkip, i, ring);
         add("EffectMixer", Feed::Audio, buildEffectMixer, i, rounded);

@@ -7,6 +7,7 @@
 
 #include "dsp/filter/crossover_filter.hpp"
 #include "dsp/filter/eq_filter.hpp"
+#include "limiter/engine/band_splitter.hpp"
 #include "tests/support/element_rig.hpp"
 #include "tests/support/signals.hpp"
 
@@ -232,6 +233,62 @@ TEST(CrossoverFilter, SplitsIntoBandsThatSumToAnAllPass) {
                                               : -20.0 * std::log10(1.0 + std::pow(4.0, orders[slope]));
                 EXPECT_NEAR(levelAt(response, hz), expected, 0.05) << "response " << response;
             }
+        }
+    }
+}
+
+/// Low plus high of a splitter whose frequency takes a course in octaves, and a CrossoverFilter's all-pass on
+/// the same course.
+struct Reunited {
+    Reunited(int slope, int mode, const Signal& in, const Signal& course) {
+        wave::Environment environment(kBlock);
+        environment.setSampleRate(48000.0f);
+        VectorSource source(environment, in);
+        VectorSource frequency(environment, course, ConstantFlag::WhereTrue);
+        DynamicsEngine::BandSplitter splitter(environment, source, frequency);
+        splitter.low.slope = slope;
+        splitter.high.slope = slope;
+        splitter.processingMode = mode;
+        CrossoverFilter all(environment);
+        all.source = &source;
+        all.response = CrossoverFilter::AllPass;
+        all.slope = slope;
+        all.frequency.setSource(&frequency);
+        wave::Producer* const ends[] = {&splitter.output(0), &splitter.output(1), &all};
+        const auto out = runElements(environment, ends, evenBlocks(static_cast<int>(in.size()), kBlock));
+        allPass = out[2];
+        low = out[0];
+        for (std::size_t i = 0; i < in.size(); ++i) sum.push_back(out[0][i] + out[1][i]);
+    }
+    Signal low, sum, allPass;
+};
+
+TEST(BandSplitter, LosesNothingOfTheSignalAlsoWhileItsFrequencyGlides) {
+    using Splitter = DynamicsEngine::BandSplitter;
+    const Signal noise = whiteNoise(5, 24000, 0.5), tone = sine(900.0, 48000.0, 24000, 0.5);
+    const Signal still(24000, octaves(900.0));
+    Signal gliding = still, racing = still;
+    for (std::size_t i = 0; i < gliding.size(); ++i) {
+        const double at = static_cast<double>(i);
+        gliding[i] += static_cast<float>(2.0 * std::sin(at / 4000));  // up to 3.5 octaves a second
+        racing[i] += static_cast<float>(4.0 * std::sin(at / 300));    // 640 of them
+    }
+    for (int slope = CrossoverFilter::Order1; slope <= CrossoverFilter::Order4; ++slope) {
+        for (const Signal* course : std::initializer_list<const Signal*>{&still, &gliding, &racing}) {
+            SCOPED_TRACE(testing::Message() << "slope " << slope << (course == &still ? ", still" : ""));
+            const Reunited subtracted(slope, Splitter::Subtract, noise, *course);
+            EXPECT_LT(nullDb(subtracted.sum, noise), -130.0) << "the difference is rounded once";
+            EXPECT_GT(nullDb(subtracted.low, noise), -20.0);
+            const Reunited filtered(slope, Splitter::Filters, noise, *course);
+            // Sections in a row that move do not commute: from order 4 on the sum is near the all-pass, and
+            // as loud as what came in.
+            const bool exact = course == &still || slope < CrossoverFilter::Order4;
+            EXPECT_LT(nullDb(filtered.sum, filtered.allPass), exact                ? -130.0
+                                                              : course == &gliding ? -35.0
+                                                                                   : -15.0);
+            EXPECT_NEAR(db(rms(filtered.sum) / rms(noise)), 0.0, course == &racing ? 0.06 : 0.001);
+            const Reunited heard(slope, Splitter::Filters, tone, *course);
+            EXPECT_LT(db(amplitudeAt(heard.sum, 9000.0 / 48000.0)), -100.0) << "clicks";
         }
     }
 }

@@ -148,7 +148,7 @@ set(file_rooms audiofile measure mastering)
 set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
 set(file_rooms audiofile/chunks audiofile/alac audiofile audiofile/metadata measure mastering)
 
-vanta_layer(tests/support SEES foundation wave limiter/processor)
+vanta_layer(tests/support SEES foundation wave limiter/styles limiter/engine limiter/processor)
 vanta_layer(tests/foundation SEES foundation tests/support)
 vanta_layer(tests/kernel SEES kernel tests/support)
 vanta_layer(tests/wave SEES foundation kernel wave tests/support)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "foundation/fast_exponential.hpp"
 #include "foundation/numbers.hpp"
@@ -12,8 +13,10 @@ namespace {
 /// A stored power of 1.0001 counts as 1.
 constexpr float kUnitPowerWithin = 1e-4f + kEqualWithin;
 
+/// Never infinite: what has once been in the sum would be there for good.
 float signedPower(double x, double exponent, bool keepSign) {
-    const double magnitude = std::pow(std::abs(x), exponent);
+    constexpr double kLargest = double{std::numeric_limits<float>::max()};
+    const double magnitude = std::min(std::pow(std::abs(x), exponent), kLargest);
     return static_cast<float>(keepSign && x < 0.0 ? -magnitude : magnitude);
 }
 

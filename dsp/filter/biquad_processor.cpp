@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cmath>
 
 namespace vanta {
 
@@ -75,6 +76,7 @@ bool BiquadProcessor::process(const float* in, float* out, int samples) {
         for (int section = 0; section < sectionCount_; ++section)
             runSection(section, section ? out : in, out);
         pending_ = Pending::None;
+        if (ranAway()) startOver(out, samples);
         blend(in, out);
     } else {
         restart();
@@ -113,6 +115,21 @@ void BiquadProcessor::runSection(int section, const float* in, float* out) {
         out += counts_[run];
     }
     state = {x1, x2, y1, y2};
+}
+
+bool BiquadProcessor::ranAway() const {
+    // Far above what any resonance makes of the largest sample, and far below what a float can hold.
+    constexpr double kLargest = 0x1p50;
+    const auto within = [](const State& state) {
+        return std::abs(state.y1) <= kLargest && std::abs(state.y2) <= kLargest;
+    };
+    return !std::all_of(states_.begin(), states_.begin() + sectionCount_, within);
+}
+
+void BiquadProcessor::startOver(float* out, int samples) {
+    pending_ = Pending::Clear;
+    std::replace_if(
+        out, out + samples, [](float y) { return !std::isfinite(y); }, 0.0f);
 }
 
 void BiquadProcessor::blend(const float* dry, float* out) {

@@ -12,7 +12,8 @@ namespace vanta {
 
 /// Runs a cascade of second-order sections with coefficients that may change within a block, to the sample
 /// and without touching the state, and fades between the filtered and the dry signal. Direct form I, in
-/// double precision within a section and in single precision between two.
+/// double precision within a section and in single precision between two. Coefficients that race can feed
+/// the state until it runs away; then the cascade starts over from silence.
 class BiquadProcessor final : public wave::DynamicMaxBlockSizeListener, public wave::Component {
 public:
     enum ResetMode {
@@ -69,6 +70,8 @@ private:
     BiquadCoefficients* runCoefficients(std::size_t run);
     void initialise(State& state, float first) const;
     void runSection(int section, const float* in, float* out);
+    bool ranAway() const;
+    void startOver(float* out, int samples);
     void blend(const float* dry, float* out);
     void blendRun(const AmountRun& run, const float* dry, float* out);
     void finishBlock();

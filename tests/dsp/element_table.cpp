@@ -102,7 +102,7 @@ void buildPeakHold(Patch& p, int moving) {
 
 void buildAverage(Patch& p, int variant) {
     auto& average = p.filter<AveragingFilter>(5.0f);
-    average.power = variant == 2 ? 2.0f : 1.0f;
+    average.power = variant == 4 ? 10.0f : variant == 2 ? 2.0f : 1.0f;
     average.conversion = variant == 3 ? AveragingFilter::GainReduction : AveragingFilter::Plain;
     Patch::set(average.window, 4.0f);
     if (variant == 1) p.move(average.window, 0.0f, 5.0f);
@@ -169,6 +169,13 @@ void buildCrossover(Patch& p, int variant) {
     crossover.response = variant % 3;
     crossover.slope = variant / 3;
     Patch::set(crossover.frequency, 10.0f);
+}
+
+/// From end to end of the scale, many times a second.
+void buildRacing(Patch& p, int slope) {
+    auto& crossover = p.filter<CrossoverFilter>();
+    crossover.slope = slope;
+    p.move(crossover.frequency, 2.0f, 15.0f);
 }
 
 /// Variants: slope, and 3 more for the difference. Both bands, one after the other.
@@ -293,6 +300,7 @@ std::vector<Element> singleElements() {
         {"AveragingFilter", Feed::Audio, buildAverage, {}, 0},
         {"AveragingFilter_moving", Feed::Audio, buildAverage, {}, 1},
         {"AveragingFilter_of_powers", Feed::Audio, buildAverage, {}, 2},
+        {"AveragingFilter_of_tenth_powers", Feed::Audio, buildAverage, {.split = 2e-6}, 4},
         {"AveragingFilter_of_gains", Feed::Reduction, buildAverage, {}, 3},
         {"DelayLine_interpolated", Feed::Audio, buildDelayLine, steered, DelayLine::Interpolated},
         {"DelayLine_taps", Feed::Audio, buildDelayLine, ring, DelayLine::TwoTaps},
@@ -342,6 +350,11 @@ std::vector<Element> elements() {
         add("Mixer", Feed::Audio, buildMixer, operation);
     }
     for (int i = 0; i < 15; ++i) add("CrossoverFilter", Feed::Audio, buildCrossover, i, tail);
+    for (int slope = 0; slope < 5; ++slope) {
+        // Coefficients follow in steps from the beginning of a block on.
+        add("CrossoverFilter_racing", Feed::Audio, buildRacing, slope,
+            {.split = kAny, .constant = kAny, .tail = true});
+    }
     for (int shaping = 0; shaping < 4; ++shaping) {
         // The generator goes on through a reset.
         add("DitherFilter", Feed::Audio, buildDither, shaping, {.reset = 60 * 0x1p-15});

@@ -8,12 +8,10 @@
 #include <vector>
 
 #include "foundation/binary_data.hpp"
-#include "limiter/engine/dynamics_processor.hpp"
 #include "limiter/engine/engine_parameters.hpp"
-#include "limiter/engine/stereo_linker.hpp"
 #include "limiter/processor/style_routing.hpp"
 #include "limiter/resources/style_resources.hpp"
-#include "tests/support/element_rig.hpp"
+#include "tests/support/engine_rig.hpp"
 #include "tests/support/limiter_rig.hpp"
 
 namespace vanta::test {
@@ -59,34 +57,15 @@ TEST(StagedControl, KeepsTheLeadBetweenWindowAndHold) {
     for (const Signal& each : out) EXPECT_EQ(each.back(), 0.25f);
 }
 
-/// The engine of one channel with nothing around it.
-struct EngineRig : DynamicsEngine::StereoLinkerFactory {
-    EngineRig(Style style, Signal in) : signal(environment, std::move(in)) {
+/// The engine of one channel in a style.
+struct StyledRig : EngineRig {
+    StyledRig(Style style, Signal in) : EngineRig(limiterConfiguration(), {std::move(in)}) {
         addResources(styleResources());
-        engine.attach(*this);
-        channel = std::make_unique<DynamicsEngine::Processor>(engine, 0, signal);
         for (const Resource& record : styleResources()) engine.loadStyle(std::string(record.name));
         engine.applyStyle(static_cast<int>(style));
         engine.applyAllParameters();
-        channel->setTap(styleRouting(style).tappedConvolver);
+        channels[0]->setTap(styleRouting(style).tappedConvolver);
     }
-    std::unique_ptr<DynamicsEngine::AbstractStereoLinker> createStereoLinker() override {
-        return std::make_unique<DefaultStereoLinker>(environment, kMonoLayout);
-    }
-    void set(int position, float value) { engine.parameterAt(position)->setValue(value, 0); }
-    void run(const std::vector<int>& blocks) {
-        engine.applyPendingParameters();
-        const auto more = runElement(environment, *channel, blocks);
-        out.insert(out.end(), more.begin(), more.end());
-    }
-
-    wave::Environment environment{256};
-    EngineLayout layout{limiterConfiguration()};
-    ModulationMatrix matrix{environment, DynamicsEngine::modulationLayout(layout)};
-    DynamicsEngine engine{layout, matrix};
-    VectorSource signal;
-    std::unique_ptr<DynamicsEngine::Processor> channel;
-    Signal out;
 };
 
 class LookAheadInMotion : public testing::TestWithParam<Style> {};
@@ -107,14 +86,14 @@ TEST_P(LookAheadInMotion, LetsNoPeakThroughInWhateverBlocks) {
         }
     }
     const auto run = [&](unsigned seed) {
-        EngineRig rig(GetParam(), in);
+        StyledRig rig(GetParam(), in);
         const int knob = GetParam() == Style::Safe ? kMainReleasePosition : kCustom1Position;
         rig.set(kMainThresholdPosition, kThresholdDb);
         for (const float share : {1.0f, 0.02f, 1.0f}) {
             rig.set(knob, share);
             rig.run(randomBlocks(kHalf, 256, seed++));
         }
-        return rig.out;
+        return rig.out[0];
     };
     const Signal out = run(1);
     const double ceiling = std::pow(10.0, kThresholdDb / 20);

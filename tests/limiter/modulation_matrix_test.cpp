@@ -49,6 +49,23 @@ TEST(ModulationMatrix, LeavesTheSlotOffThatClosesALoopUntilTheOtherGoes) {
     EXPECT_EQ(rig.matrix.slotMode(1), Mode::PerVoice);
 }
 
+TEST(ModulationMatrix, SeesALoopThroughAControl) {
+    ModulationLayout layout = twoElements();
+    layout.sources.push_back({0, {}, 1});  // a main control, which hands out the value of target 1
+    wave::Environment environment(64);
+    ModulationMatrix matrix(environment, layout);
+    matrix.setGlobalSource(3, matrix.globalTarget(1));
+    auto& controller = matrix.controller();
+    controller.setSource(0, 3);
+    controller.setTarget(0, 1);
+    EXPECT_EQ(matrix.slotMode(0), Mode::Off) << "a control would feed itself";
+    controller.setTarget(0, 0);
+    EXPECT_NE(matrix.slotMode(0), Mode::Off);
+    controller.setSource(1, 0);
+    controller.setTarget(1, 1);
+    EXPECT_EQ(matrix.slotMode(1), Mode::Off) << "element 0 follows the control that it would feed";
+}
+
 TEST(ModulationMatrix, AddsUpWhatItsSlotsSendToATarget) {
     Rig rig;
     rig.connect(0, 2, 1, 3.0f);

@@ -8,6 +8,7 @@
 #include "cli/listing_commands.hpp"
 #include "cli/measure_command.hpp"
 #include "cli/parsing.hpp"
+#include "cli/patch_command.hpp"
 #include "cli/preset_commands.hpp"
 #include "cli/render_command.hpp"
 #include "cli/standard_streams.hpp"
@@ -27,12 +28,13 @@ public:
         app_.description(std::string(text::kOverview));
         app_.require_subcommand(1);
         app_.set_version_flag("--version", "vanta " VANTA_VERSION, "print the version");
-        commands_ = {declareRender(app_), declareMeasure(app_)};
+        commands_ = {declareRender(app_), declarePatch(app_), declareMeasure(app_)};
         for (const auto& declare : {declareListingCommands, declarePresetCommands, declareStateCommands})
             std::ranges::move(declare(app_), std::back_inserter(commands_));
         describe(app_, "Options");
         for (const Command& command : commands_) {
-            const bool hasFileOptions = command.app->get_name() == "render";
+            const std::string& name = command.app->get_name();
+            const bool hasFileOptions = name == "render" || name == "patch";
             describe(*command.app, hasFileOptions ? "File" : "Options");
         }
         groupCommands(app_);

@@ -15,7 +15,6 @@
 #include "cli/output_file.hpp"
 #include "cli/piped_files.hpp"
 #include "cli/progress_bar.hpp"
-#include "cli/render_arguments.hpp"
 #include "cli/render_text.hpp"
 #include "cli/routes.hpp"
 #include "cli/standard_streams.hpp"
@@ -95,7 +94,8 @@ void checkGoals(const RenderGoals& goals, const LimiterSettings& settings) {
     }
 }
 
-void checkReport(const RenderArguments& arguments, std::span<const Route> routes) {
+void checkReport(const RenderArguments& arguments, std::span<const Route> routes,
+                 std::span<const fs::path> alsoRead) {
     if (arguments.reportFile.empty()) return;
     std::vector<fs::path> taken;
     for (const Route& route : routes) {
@@ -105,7 +105,7 @@ void checkReport(const RenderArguments& arguments, std::span<const Route> routes
             throw UsageError("--report and an output are the same file: use two different ones");
     }
     if (!arguments.sideChain.empty()) taken.emplace_back(arguments.sideChain);
-    for (const std::string& file : arguments.settings.files()) taken.emplace_back(file);
+    taken.insert(taken.end(), alsoRead.begin(), alsoRead.end());
     checkOutput(arguments.reportFile, taken, true);
 }
 
@@ -169,10 +169,16 @@ int tryOut(const MasteringJob& job, std::span<const Route> routes) {
     return failed ? kExitFailed : kExitDone;
 }
 
-int runRender(RenderArguments arguments) {
+}  // namespace
+
+int runRender(RenderArguments arguments, std::optional<RenderPatch> patch) {
     const RenderGoals goals = goalsOf(arguments);
     checkGain(arguments);
-    const RenderOptions options = optionsOf(arguments);
+    RenderOptions options = optionsOf(arguments);
+    if (patch) {
+        options.patch = std::move(patch->style);
+        options.alsoRead.emplace_back(patch->file);
+    }
     LimiterSettings settings;
     arguments.settings.applyTo(settings, !arguments.sideChain.empty());
     checkGoals(goals, settings);
@@ -184,7 +190,7 @@ int runRender(RenderArguments arguments) {
                                   .name = arguments.name,
                                   .recursive = arguments.recursive,
                                   .type = options.format.type});
-    checkReport(arguments, routes);
+    checkReport(arguments, routes, options.alsoRead);
     const MasteringJob job{settings, options, goals};
     if (arguments.dryRun) return tryOut(job, routes);
 
@@ -195,8 +201,6 @@ int runRender(RenderArguments arguments) {
         writeOutput(arguments.reportFile, pipes.named(renderReportJson(job, outcomes)));
     return reporter.anyFailed() ? kExitFailed : kExitDone;
 }
-
-}  // namespace
 
 Command declareRender(CLI::App& program) {
     CLI::App* const app = program.add_subcommand("render", std::string(text::kRender));

@@ -30,16 +30,15 @@ std::string ditherText(const RenderedFile& file) {
     return bits == 0 ? ", no dither" : fmt::format(", dithered to {} bits", bits);
 }
 
-std::string summary(const RenderedFile& file) {
+std::string summary(const MasteringJob& job, const RenderedFile& file) {
     const RenderResult& result = file.result;
     const double rate = file.sampleRate;
     const double length = static_cast<double>(result.outputFrames) / rate;
-    const auto& style = file.settings->style;
     return fmt::format(
         "{} -> {} ({}{}): {}, peak {} in, {} out, "
         "gain reduction up to {:.1f} dB, latency {} samples ({:.1f} ms), {} real time\n",
         printable(file.route.input.string()), printable(file.route.output.string()), formatName(file.format),
-        ditherText(file), style.text(style.value()), peakText(result.input), peakText(result.output),
+        ditherText(file), job.styleName(), peakText(result.input), peakText(result.output),
         result.largestReductionDb, result.latencySamples, 1000.0 * result.latencySamples / rate,
         speedText(length / std::max(file.seconds, 1e-6)));
 }
@@ -99,7 +98,8 @@ std::string truePeakLine(const MasteringJob& job, const RenderedFile& file) {
 
 std::string renderText(const MasteringJob& job, const RenderOutcome& outcome) {
     const RenderedFile& file = outcome.file;
-    std::string text = summary(file) + figuresLine("before", file.before) + figuresLine("after", file.after);
+    std::string text =
+        summary(job, file) + figuresLine("before", file.before) + figuresLine("after", file.after);
     if (file.after) text += reductionLine(file.result);
     if (file.ditherAdded)
         text += "  dithered, as the input has more than 16 bits; --dither off leaves it out\n";

@@ -8,12 +8,14 @@ namespace vanta::text {
 // What a command is for: the first line also stands in the list of commands.
 extern const std::string_view kOverview;
 extern const std::string_view kRender;
+extern const std::string_view kPatch;
 extern const std::string_view kMeasure;
 extern const std::string_view kPresetSave;
 extern const std::string_view kStateSave;
 
 // Printed below the options.
 extern const std::string_view kRenderExamples;
+extern const std::string_view kPatchExamples;
 extern const std::string_view kMeasureExamples;
 
 // Options as OptionDeclarer reads them.

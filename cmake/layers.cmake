@@ -76,8 +76,8 @@ vanta_layer(host/clap SEES foundation plugin/midi plugin/model host/common)
 vanta_layer(host/vst3 SEES foundation plugin/midi plugin/presets plugin/model host/common)
 vanta_layer(host/lv2 SEES foundation plugin/parameters plugin/midi plugin/model host/common)
 vanta_layer(host/jack SEES foundation plugin/midi plugin/presets plugin/model host/common)
-vanta_layer(host/offline SEES foundation kernel wave dsp/dither plugin/base plugin/parameters limiter/parameters
-            limiter/processor)
+vanta_layer(host/offline SEES foundation kernel wave dsp/dither plugin/base plugin/parameters limiter/styles
+            limiter/parameters limiter/processor)
 
 vanta_layer(gui/artwork SEES foundation)
 vanta_layer(gui/graphics SEES foundation kernel)
@@ -111,7 +111,7 @@ vanta_layer(audiofile/alac SEES foundation audiofile/chunks)
 vanta_layer(audiofile SEES foundation audiofile/chunks audiofile/alac)
 vanta_layer(audiofile/metadata SEES foundation audiofile/chunks audiofile)
 vanta_layer(measure SEES foundation kernel dsp/metering audiofile)
-vanta_layer(mastering SEES foundation plugin/parameters host/offline audiofile audiofile/metadata measure)
+vanta_layer(mastering SEES foundation plugin/parameters limiter/styles host/offline audiofile audiofile/metadata measure)
 vanta_layer(cli SEES foundation plugin/parameters plugin/presets plugin/settings plugin/model
             limiter/styles limiter/parameters limiter/model limiter/factory host/offline audiofile measure mastering)
 vanta_layer(app SEES cli)

@@ -263,6 +263,7 @@ RenderResult FileRender::runLimiter(AudioFileWriter& writer, const Progress& pro
     return vanta::render({.settings = *file_.settings,
                           .input = source_.audio(),
                           .output = writer,
+                          .patch = job_.options.patch ? &*job_.options.patch : nullptr,
                           .sideChain = source_.sideChain(),
                           .layout = source_.mapping().layout,
                           .sampleRate = static_cast<double>(file_.sampleRate),

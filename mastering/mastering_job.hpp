@@ -9,6 +9,7 @@
 #include "foundation/progress.hpp"
 #include "host/offline/limiter_settings.hpp"
 #include "host/offline/render.hpp"
+#include "limiter/styles/style_patch.hpp"
 
 namespace vanta {
 
@@ -26,6 +27,7 @@ struct RenderGoals {
 /// How files are rendered.
 struct RenderOptions {
     std::filesystem::path sideChain;      ///< empty: none
+    std::optional<StylePatch> patch;      ///< in place of the style that is set
     std::optional<ChannelLayout> layout;  ///< where files leave it open
     FormatWish format;
     bool dither = true;         ///< where the word length is reduced to 16 bits, unless the settings dither
@@ -56,6 +58,8 @@ struct MasteringJob {
     bool takesAllTogether() const {
         return goals.album || options.replayGain == RenderOptions::ReplayGain::Album;
     }
+    /// What the style in use is called.
+    std::string styleName() const;
 };
 
 }  // namespace vanta

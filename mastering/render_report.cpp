@@ -59,7 +59,7 @@ Json renderObject(const MasteringJob& job, const RenderOutcome& outcome) {
     object["format"] = formatName(file.format);
     object["sample_rate"] = file.sampleRate;
     object["dither_bits"] = VantaParameters::ditherBits(settings.dithering.currentIndex());
-    object["style"] = settings.style.text(settings.style.value());
+    object["style"] = job.styleName();
     object["input_trim_db"] = rounded(file.inputTrimDb);
     object["gain_db"] = rounded(settings.gain);
     object["output_level_db"] = rounded(settings.outputLevel);

@@ -7,8 +7,8 @@
 namespace vanta {
 
 OfflineHost::OfflineHost(const LimiterSettings& settings, ChannelLayout layout, float sampleRate,
-                         int blockSamples, int sideChainChannels)
-    : processor_(layout),
+                         int blockSamples, int sideChainChannels, const StylePatch* patch)
+    : processor_(layout, patch),
       channels_(static_cast<std::size_t>(channelCount(layout))),
       blockLength_(blockSamples) {
     processor_.prepare(sampleRate, blockSamples);

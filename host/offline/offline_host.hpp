@@ -16,8 +16,9 @@ namespace vanta {
 class OfflineHost {
 public:
     /// `sampleRate` in Hz. `sideChainChannels` is 0 without a side chain, at most as many as the layout has.
+    /// A patch, which outlives the host, takes the place of the style that is set.
     OfflineHost(const LimiterSettings& settings, ChannelLayout layout, float sampleRate, int blockSamples,
-                int sideChainChannels);
+                int sideChainChannels, const StylePatch* patch = nullptr);
 
     int latency() const { return processor_.latency(); }
     int blockSamples() const { return blockLength_; }

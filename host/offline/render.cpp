@@ -51,7 +51,7 @@ public:
     explicit Render(const RenderJob& job)
         : job_(job),
           host_(job_.settings, job_.layout, static_cast<float>(job_.sampleRate), job_.blockSamples,
-                job_.sideChain ? job_.sideChain->channelCount() : 0),
+                job_.sideChain ? job_.sideChain->channelCount() : 0, job_.patch),
           toDrop_(host_.latency()) {
         result_.latencySamples = host_.latency();
     }

@@ -6,6 +6,7 @@
 #include "foundation/channel_layout.hpp"
 #include "foundation/progress.hpp"
 #include "host/offline/limiter_settings.hpp"
+#include "limiter/styles/style_patch.hpp"
 
 namespace vanta {
 
@@ -17,7 +18,8 @@ struct RenderJob {
     const LimiterSettings& settings;
     AudioReader& input;
     AudioWriter& output;
-    AudioReader* sideChain = nullptr;  ///< at the input's rate; silence follows where it ends early
+    const StylePatch* patch = nullptr;  ///< in place of the style that is set
+    AudioReader* sideChain = nullptr;   ///< at the input's rate; silence follows where it ends early
     ChannelLayout layout = kStereoLayout;
     double sampleRate = 44100.0;  ///< Hz, kLowestSampleRate to kHighestSampleRate
     int blockSamples = kUsualBlock;

@@ -158,6 +158,10 @@ int DynamicsEngine::loadStyle(const std::string& resourceName) {
     BinaryResourceReader reader(resourceName);
     PresetPreloader loader(*this, std::string(kStyleTag), values);
     if (!readPreset(loader, reader, kStyleVersion)) std::fill(values.begin(), values.end(), 0.0f);
+    return addStyle(std::move(values));
+}
+
+int DynamicsEngine::addStyle(std::vector<float> values) {
     styles_.push_back(std::move(values));
     return static_cast<int>(styles_.size()) - 1;
 }

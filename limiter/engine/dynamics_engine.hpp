@@ -50,6 +50,8 @@ public:
     /// Reads a style resource. Result: its index in the order of loading. A resource that cannot be read
     /// keeps its place with all values 0.
     int loadStyle(const std::string& resourceName);
+    /// The same with values in table order.
+    int addStyle(std::vector<float> values);
     /// Sets all parameters from a style. One thread at a time, or the styles mix.
     VANTA_REALTIME void applyStyle(int index);
     StyleValues styleValues(int index) const { return {styles_[static_cast<std::size_t>(index)]}; }

@@ -5,8 +5,12 @@
 namespace vanta {
 
 SignalPathDelays delaysOf(const VantaParameters& parameters, double baseRate) {
+    return delaysOf(parameters, baseRate, styleStages(parameters.style.mapped()));
+}
+
+SignalPathDelays delaysOf(const VantaParameters& parameters, double baseRate, const StageCounts& stages) {
     return {baseRate, 1 << parameters.oversampling.currentIndex(), parameters.truePeakLimiting.mapped(),
-            styleStages(parameters.style.mapped())};
+            stages};
 }
 
 bool changesDelays(const VantaParameters& parameters, int index) {

@@ -7,7 +7,6 @@
 #include "foundation/numbers.hpp"
 #include "limiter/clippers/overshoot_limiter.hpp"
 #include "limiter/clippers/smart_clipper.hpp"
-#include "limiter/styles/dynamics_engine_configuration.hpp"
 
 namespace vanta {
 
@@ -15,10 +14,6 @@ namespace {
 
 /// The delay of one look-ahead stage is the longest look-ahead that a channel is built for.
 constexpr double kLookAheadSeconds = double{limiterConfiguration().lookAheadLimit} / 1000.0;
-/// The most that the engine's configuration can put into one path.
-constexpr StageCounts kMostStages{limiterConfiguration().built[indexOf(ElementKind::Vca)],
-                                  limiterConfiguration().built[indexOf(ElementKind::Convolver)],
-                                  limiterConfiguration().maxOutputSmartClippers};
 
 int exposerDelay(double rate) {
     return sr::filterLatency(sr::truePeakFactor(rate), rate, kExposerAttenuationDb, kPassbandHz) / 2;
@@ -56,18 +51,23 @@ SignalPathDelays::SignalPathDelays(double baseRate, int oversampling, bool trueP
     total = converters + overshoot + whole;
 }
 
-SignalPathLimits::SignalPathLimits(double baseRate, int oversampling) {
+StageCounts mostStages(const DynamicsEngineConfiguration& configuration) {
+    return {configuration.built[indexOf(ElementKind::Vca)],
+            configuration.built[indexOf(ElementKind::Convolver)], configuration.maxOutputSmartClippers};
+}
+
+SignalPathLimits::SignalPathLimits(double baseRate, int oversampling, const StageCounts& most) {
     const double rate = baseRate * oversampling;
-    engine = stageDelay(rate, kMostStages);
+    engine = stageDelay(rate, most);
     truePeak = exposerDelay(rate);
     overshoot = overshootDelay(baseRate, true);
     meter = overshoot + converterLatency(baseRate, oversampling) / 2;
 }
 
-int largestLatency(double baseRate) {
+int largestLatency(double baseRate, const StageCounts& most) {
     int largest = 0;
     for (int factor = 1; factor <= sr::ConverterStyle::kMaxFactor; factor *= 2) {
-        largest = std::max(largest, SignalPathDelays(baseRate, factor, true, kMostStages).total);
+        largest = std::max(largest, SignalPathDelays(baseRate, factor, true, most).total);
     }
     return largest;
 }

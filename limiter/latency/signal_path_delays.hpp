@@ -1,5 +1,7 @@
 #pragma once
 
+#include "limiter/styles/dynamics_engine_configuration.hpp"
+
 namespace vanta {
 
 /// What lies in a path of gain, and delays the audio that waits for it.
@@ -27,9 +29,12 @@ struct SignalPathDelays {
     int total;       ///< as reported to the host
 };
 
+/// The most that an engine of this configuration can put into one path.
+StageCounts mostStages(const DynamicsEngineConfiguration& configuration);
+
 /// The longest that each delay of the path can become at a rate, in samples of its own domain.
 struct SignalPathLimits {
-    SignalPathLimits(double baseRate, int oversampling);
+    SignalPathLimits(double baseRate, int oversampling, const StageCounts& most);
 
     int engine;
     int truePeak;
@@ -39,7 +44,7 @@ struct SignalPathLimits {
 };
 
 /// The longest latency that any setting has at a rate in Hz, in samples of that rate.
-int largestLatency(double baseRate);
+int largestLatency(double baseRate, const StageCounts& most);
 
 /// Samples by which a Convolver of the engine delays: the size of its transform.
 inline constexpr int kConvolverSamples = 256;

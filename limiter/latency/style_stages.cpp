@@ -5,25 +5,22 @@
 #include "limiter/resources/style_resources.hpp"
 #include "limiter/styles/engine_layout.hpp"
 #include "limiter/styles/style_record.hpp"
-#include "limiter/styles/style_values.hpp"
 
 namespace vanta {
 namespace {
 
-StageCounts stagesOf(const Resource& style) {
-    const std::vector<float> record = readStyleRecord(style.bytes);
-    const StyleValues values(record);
-    return {values.integerAt(kLookAheadStagesPosition), values.integerAt(kOutputConvolversPosition),
-            values.integerAt(kOutputSmartClippersPosition)};
-}
-
 std::vector<StageCounts> stagesOfAll() {
     std::vector<StageCounts> all;
-    for (const Resource& style : styleResources()) all.push_back(stagesOf(style));
+    for (const Resource& style : styleResources()) all.push_back(stagesOf(readStyleRecord(style.bytes)));
     return all;
 }
 
 }  // namespace
+
+StageCounts stagesOf(StyleValues values) {
+    return {values.integerAt(kLookAheadStagesPosition), values.integerAt(kOutputConvolversPosition),
+            values.integerAt(kOutputSmartClippersPosition)};
+}
 
 StageCounts styleStages(LimitingStyle style) {
     static const std::vector<StageCounts> stages = stagesOfAll();

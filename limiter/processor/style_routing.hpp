@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 
 #include "limiter/styles/style_names.hpp"
 
@@ -19,6 +20,11 @@ struct StyleRouting {
     int tappedConvolver = -1;
     /// By Detector: those of the look-ahead stage follow one parameter, those of the release stage the other.
     std::array<Link, 4> links{Link::Transients, Link::Release, Link::Release, Link::Free};
+
+    /// Detectors that only patches have are free.
+    constexpr Link linkOf(std::size_t detector) const {
+        return detector < links.size() ? links[detector] : Link::Free;
+    }
 };
 
 constexpr StyleRouting styleRouting(LimitingStyle style) {

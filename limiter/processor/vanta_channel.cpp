@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "foundation/numbers.hpp"
-#include "limiter/processor/style_routing.hpp"
 
 namespace vanta {
 
@@ -156,7 +155,7 @@ void VantaChannel::setDelayLimits(const SignalPathLimits& limits) {
     gainPadDelay_.setMaxDelay(limits.pad + wave::SubEnvironment::kMaxFactor / 2);
 }
 
-void VantaChannel::setDelays(const SignalPathDelays& delays, LimitingStyle style) {
+void VantaChannel::setDelays(const SignalPathDelays& delays, const StyleRouting& routing, int style) {
     detectionDelay_.setDelay(delays.truePeak);
     overshootDelay_.setDelay(delays.overshoot);
     dryOutDelay_.setDelay(delays.meter);
@@ -169,7 +168,7 @@ void VantaChannel::setDelays(const SignalPathDelays& delays, LimitingStyle style
     // The converters ring for half their length after the first sample has come through.
     outputPeaks_.warmUpSamples = delays.total + delays.converters;
     prepareSwitch(delays);
-    routeGain(style);
+    routeGain(routing, style);
 }
 
 // For the next switch to or from the side chain. Converters that rest fill first. And the engine gets the
@@ -183,19 +182,17 @@ void VantaChannel::prepareSwitch(const SignalPathDelays& delays) {
 }
 
 // The audio delay of a VCA as the style has it: the VCA itself may not have taken it up yet.
-int VantaChannel::audioDelayOf(int vca, LimitingStyle style) const {
+int VantaChannel::audioDelayOf(int vca, int style) const {
     constexpr ElementKind kind = ElementKind::Vca;
     const auto value = [&](int parameter) {
-        return engine_.styleValues(static_cast<int>(style))
-            .integerAt(engine_.layout().position(kind, vca, parameter));
+        return engine_.styleValues(style).integerAt(engine_.layout().position(kind, vca, parameter));
     };
     return stageDelay(engine_.environment().sampleRate(),
                       {1, value(parameterIndex(kind, "Num Convolvers In Gain Path")),
                        value(parameterIndex(kind, "Num SmartClippers In Gain Path"))});
 }
 
-void VantaChannel::routeGain(LimitingStyle style) {
-    const StyleRouting routing = styleRouting(style);
+void VantaChannel::routeGain(const StyleRouting& routing, int style) {
     wave::Producer* gain = &processor_.vcaGain(routing.firstVca);
     if (routing.secondVca >= 0) {
         stageDelay_.source = gain;

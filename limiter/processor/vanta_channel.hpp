@@ -12,6 +12,7 @@
 #include "limiter/latency/signal_path_delays.hpp"
 #include "limiter/parameters/vanta_parameters.hpp"
 #include "limiter/processor/level_signals.hpp"
+#include "limiter/processor/style_routing.hpp"
 #include "plugin/processor/processor_channel.hpp"
 #include "wave/delay.hpp"
 #include "wave/router.hpp"
@@ -70,7 +71,8 @@ public:
 
     // Audio thread, without allocation.
 
-    void setDelays(const SignalPathDelays& delays, LimitingStyle style);
+    /// `style` is the engine's index of the style in use.
+    void setDelays(const SignalPathDelays& delays, const StyleRouting& routing, int style);
     /// dB; `targetDb` is the highest level that leaves the channel.
     void setLevels(float outputLevelDb, float targetDb);
     /// Lets Convolver `index` hand on its input late but unsmoothed; -1 lets none.
@@ -100,8 +102,8 @@ private:
     void wireAudition();
     void bind(VantaParameters& parameters);
     void prepareSwitch(const SignalPathDelays& delays);
-    void routeGain(LimitingStyle style);
-    int audioDelayOf(int vca, LimitingStyle style) const;
+    void routeGain(const StyleRouting& routing, int style);
+    int audioDelayOf(int vca, int style) const;
 
     DynamicsEngine& engine_;
     const wave::SubEnvironment& oversampled_;

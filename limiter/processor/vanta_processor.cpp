@@ -3,6 +3,7 @@
 #include "foundation/resource.hpp"
 #include "limiter/latency/parameter_delays.hpp"
 #include "limiter/latency/style_stages.hpp"
+#include "limiter/processor/patch_routing.hpp"
 #include "limiter/resources/style_resources.hpp"
 #include "plugin/parameters/parameter_change_forwarder.hpp"
 
@@ -18,8 +19,8 @@ static_assert(StyleRouting{}.links.size() == limiterConfiguration().built[indexO
 
 }  // namespace
 
-VantaProcessor::VantaProcessor(ChannelLayout layout)
-    : GenericPluginProcessor(layout), VantaParameters(static_cast<GenericPluginBase&>(*this)) {
+VantaProcessor::VantaProcessor(ChannelLayout layout, const StylePatch* patch)
+    : GenericPluginProcessor(layout), VantaParameters(static_cast<GenericPluginBase&>(*this)), patch_(patch) {
     initialize();
     wave::Environment& root = environment();
     oversampledEnvironment_ = std::make_unique<wave::SubEnvironment>(root);
@@ -46,18 +47,38 @@ void VantaProcessor::reset() {
     meters_->resetLoudness();
 }
 
+DynamicsEngineConfiguration VantaProcessor::configuration() const {
+    return patch_ ? patchConfiguration() : limiterConfiguration();
+}
+
+StageCounts VantaProcessor::stagesOfStyle(LimitingStyle selected) const {
+    return patch_ ? stagesOf(patch_->values) : styleStages(selected);
+}
+
+int VantaProcessor::styleIndex() const {
+    return patch_ ? patchIndex_ : static_cast<int>(appliedValue(style));
+}
+
+StyleRouting VantaProcessor::routing() const {
+    return patch_ ? patchRouting_ : styleRouting(applied(style));
+}
+
 void VantaProcessor::initShared() {
     addResources(styleResources());
 }
 
 void VantaProcessor::buildEngine() {
-    engineLayout_ = std::make_unique<EngineLayout>(limiterConfiguration());
+    engineLayout_ = std::make_unique<EngineLayout>(configuration());
     modulationMatrix_ = std::make_unique<ModulationMatrix>(*oversampledEnvironment_,
                                                            DynamicsEngine::modulationLayout(*engineLayout_));
     dynamicsEngine_ = std::make_unique<DynamicsEngine>(*engineLayout_, *modulationMatrix_);
     dynamicsEngine_->attach(*this);
     for (const Resource& record : styleResources()) {
         dynamicsEngine_->loadStyle(std::string(record.name));
+    }
+    if (patch_) {
+        patchIndex_ = dynamicsEngine_->addStyle(patch_->values);
+        patchRouting_ = patchRouting(*engineLayout_, patch_->values);
     }
 
     gain.target = dynamicsEngine_->parameterAt(kMainThresholdPosition);
@@ -116,10 +137,11 @@ void VantaProcessor::applyInitialValues() {
 }
 
 void VantaProcessor::updateLatency() {
+    const auto current = [&] { return delaysOf(*this, sampleRate(), stagesOfStyle(style.mapped())).total; };
     // Several threads may each set one of the parameters: whoever stores last has seen them all.
     do {
-        setLatency(delaysOf(*this, sampleRate()).total);
-    } while (latency() != delaysOf(*this, sampleRate()).total);
+        setLatency(current());
+    } while (latency() != current());
 }
 
 void VantaProcessor::parameterAboutToChange(int index) {
@@ -127,7 +149,7 @@ void VantaProcessor::parameterAboutToChange(int index) {
 }
 
 void VantaProcessor::loadStyle() {
-    dynamicsEngine_->applyStyle(static_cast<int>(appliedValue(style)));
+    dynamicsEngine_->applyStyle(styleIndex());
     reassertMainControls();
 }
 
@@ -157,7 +179,8 @@ void VantaProcessor::sampleRateChanged() {
 }
 
 void VantaProcessor::oversampledRateChanged(void*) {
-    const SignalPathLimits limits(environment().sampleRate(), oversampledEnvironment_->factor());
+    const SignalPathLimits limits(environment().sampleRate(), oversampledEnvironment_->factor(),
+                                  mostStages(configuration()));
     for (auto& channel : vantaChannels_) channel->setDelayLimits(limits);
     levels_->setDelayLimits(limits);
     updateLatency();
@@ -165,10 +188,9 @@ void VantaProcessor::oversampledRateChanged(void*) {
 }
 
 void VantaProcessor::updateDelays() {
-    const LimitingStyle current = applied(style);
     const SignalPathDelays now(environment().sampleRate(), oversampledEnvironment_->factor(),
-                               applied(truePeakLimiting), styleStages(current));
-    for (auto& channel : vantaChannels_) channel->setDelays(now, current);
+                               applied(truePeakLimiting), stagesOfStyle(applied(style)));
+    for (auto& channel : vantaChannels_) channel->setDelays(now, routing(), styleIndex());
     levels_->setDelays(now);
     meters_->setPathDelay(now.total);
 }
@@ -186,17 +208,17 @@ void VantaProcessor::oversamplingChanged(void*) {
 
 void VantaProcessor::styleChanged(void*) {
     loadStyle();
-    const StyleRouting routing = styleRouting(applied(style));
-    for (auto& channel : vantaChannels_) channel->setTap(routing.tappedConvolver);
-    assignLinkers(routing);
+    const StyleRouting now = routing();
+    for (auto& channel : vantaChannels_) channel->setTap(now.tappedConvolver);
+    assignLinkers(now);
     restart();
 }
 
-void VantaProcessor::assignLinkers(const StyleRouting& routing) {
+void VantaProcessor::assignLinkers(const StyleRouting& links) {
     channelLinkTransients.clearTargets();
     channelLinkRelease.clearTargets();
     for (std::size_t i = 0; i < stereoLinkers_.size(); ++i) {
-        switch (routing.links[i]) {
+        switch (links.linkOf(i)) {
             case StyleRouting::Link::Transients:
                 channelLinkTransients.addTarget(stereoLinkers_[i]->amount);
                 break;

@@ -9,6 +9,7 @@
 #include "limiter/processor/style_routing.hpp"
 #include "limiter/processor/vanta_channel.hpp"
 #include "limiter/processor/vanta_meters.hpp"
+#include "limiter/styles/style_patch.hpp"
 #include "plugin/processor/generic_plugin_processor.hpp"
 
 namespace vanta {
@@ -19,7 +20,8 @@ class VantaProcessor final : public GenericPluginProcessor,
                              public VantaParameters,
                              private DynamicsEngine::StereoLinkerFactory {
 public:
-    explicit VantaProcessor(ChannelLayout layout);
+    /// A patch, which outlives the processor, takes the place of whatever style is selected.
+    explicit VantaProcessor(ChannelLayout layout, const StylePatch* patch = nullptr);
     ~VantaProcessor() override;
 
     int tailLength() const override { return 64; }
@@ -30,7 +32,9 @@ public:
 
 protected:
     void initShared() override;
-    int largestLatency(float sampleRate) const override { return vanta::largestLatency(sampleRate); }
+    int largestLatency(float sampleRate) const override {
+        return vanta::largestLatency(sampleRate, mostStages(configuration()));
+    }
     void parameterAboutToChange(int index) override;
     void applyPendingParameters() override;
     void sampleRateChanged() override;
@@ -38,6 +42,12 @@ protected:
 
 private:
     std::unique_ptr<DynamicsEngine::AbstractStereoLinker> createStereoLinker() override;
+
+    DynamicsEngineConfiguration configuration() const;
+    StageCounts stagesOfStyle(LimitingStyle selected) const;
+    /// Of the style in use.
+    int styleIndex() const;
+    StyleRouting routing() const;
 
     void buildEngine();
     void buildChannels();
@@ -67,6 +77,9 @@ private:
     void updateOvershootMode();
     void restart();
 
+    const StylePatch* patch_;  ///< null: the styles that the program carries
+    int patchIndex_ = 0;       ///< of the patch among the engine's styles
+    StyleRouting patchRouting_;
     std::vector<DefaultStereoLinker*> stereoLinkers_;  ///< one per Detector, owned by the engine
     std::unique_ptr<wave::SubEnvironment> oversampledEnvironment_;
     std::unique_ptr<sr::ConverterStyle> oversamplingStyle_;

@@ -2,6 +2,7 @@
 
 #include <zlib.h>
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -15,12 +16,19 @@
 #include "limiter/model/preset_maps.hpp"
 #include "limiter/model/vanta_plugin.hpp"
 #include "limiter/model/vanta_preset.hpp"
+#include "limiter/resources/style_resources.hpp"
+#include "limiter/styles/style_check.hpp"
+#include "limiter/styles/style_patch.hpp"
+#include "limiter/styles/style_record.hpp"
+#include "limiter/styles/style_source.hpp"
 #include "plugin/base/generic_plugin_base.hpp"
 #include "plugin/midi/controller_mapping.hpp"
 #include "plugin/model/session_state.hpp"
 #include "plugin/presets/preset_map.hpp"
 #include "plugin/presets/setup_archive.hpp"
 #include "plugin/settings/settings_file.hpp"
+#include "tests/support/engine_rig.hpp"
+#include "tests/support/random_patch.hpp"
 #include "tests/support/temp_folder.hpp"
 
 namespace vanta::fuzz {
@@ -166,6 +174,46 @@ void runPNG(std::string_view bytes) {
     }
 }
 
+/// The engine built to capacity, with a sound that goes on. What a record says need not have been checked.
+void runEngine(std::span<const float> values) {
+    static test::EngineRig rig(DynamicsEngineConfiguration(),
+                               {test::Signal(600, 0.7f), test::pinkNoise(1, 600, 0.3)});
+    for (test::VectorSource& signal : rig.signals) signal.rewind();
+    rig.set(values);
+    rig.run({256, 1, 255});
+    for (test::Signal& channel : rig.out) {
+        for (const float sample : channel) require(std::isfinite(sample), "a sample that is not finite");
+        channel.clear();
+    }
+}
+
+const EngineLayout& patchLayout() {
+    static const EngineLayout layout(patchConfiguration());
+    return layout;
+}
+
+void runStyle(std::string_view bytes) {
+    std::vector<float> values;
+    try {
+        values = readStyleRecord(bytesOf(bytes));
+    } catch (const StyleError&) {
+        return;
+    }
+    if (checkStyle(patchLayout(), values).empty()) {
+        const std::string source = writeStyleSource(patchLayout(), values);
+        require(parseStyleSource(patchLayout(), source, "x").size() == values.size(),
+                "a source that is refused");
+    }
+    runEngine(values);
+}
+
+void runStyleSource(std::string_view bytes) {
+    try {
+        runEngine(readStylePatch(bytes, "x.style").values);
+    } catch (const StyleError&) {
+    }
+}
+
 std::string asText(std::span<const std::byte> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
@@ -214,6 +262,15 @@ std::vector<std::string> archiveSamples() {
     return {asText(factoryArchive()).substr(0, 1200)};
 }
 
+std::vector<std::string> styleSamples() {
+    return {asText(styleResources().front().bytes),
+            asText(writeStyleRecord(test::randomPatch(patchLayout(), 1)))};
+}
+
+std::vector<std::string> styleSourceSamples() {
+    return {writeStyleSource(patchLayout(), readStyleRecord(styleResources().front().bytes))};
+}
+
 std::string chunk(const std::string& type, const std::string& data) {
     const auto size = static_cast<char>(data.size());
     return std::string("\0\0\0", 3) + size + type + data + "....";  // nobody reads the checksum
@@ -251,6 +308,8 @@ constexpr Target kTargets[] = {
     {"settings", runSettings, settingsSamples},
     {"archive", runArchive, archiveSamples},
     {"png", runPNG, pngSamples, 2048},
+    {"style", runStyle, styleSamples, 256},
+    {"style_source", runStyleSource, styleSourceSamples, 256},
 };
 
 }  // namespace

@@ -10,7 +10,7 @@ if [ -w /dev/shm ]; then TMPDIR=/dev/shm; fi
 TMPDIR=$(mktemp -d "${TMPDIR:-/tmp}/vanta-fuzz.XXXXXX")
 export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT
-for target in preset preset_map controller_map session settings archive png; do
+for target in preset preset_map controller_map session settings archive png style style_source; do
     echo "== $target"
     corpus=$folder/corpus/$target
     mkdir -p "$corpus"

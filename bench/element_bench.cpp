@@ -9,7 +9,9 @@
 #include "dsp/detector/detector.hpp"
 #include "dsp/detector/peak_hold.hpp"
 #include "dsp/envelope/capacitor.hpp"
+#include "dsp/saturator/saturator.hpp"
 #include "dsp/sr/converter_filter.hpp"
+#include "dsp/sr/iir_converter_style.hpp"
 #include "dsp/sr/true_peak_exposer.hpp"
 #include "tests/support/element_rig.hpp"
 #include "tests/support/signals.hpp"
@@ -61,10 +63,11 @@ void convolver(benchmark::State& state) {
 }
 BENCHMARK(convolver)->Arg(1)->Arg(222)->Arg(7056)->Arg(30720)->Arg(70560);
 
+template <typename Style>
 void upAndDown(benchmark::State& state) {
     Bed bed;
     wave::SubEnvironment oversampled(bed.environment);
-    sr::ConverterStyle style(oversampled);
+    Style style(oversampled);
     sr::InterpolatorFilter up(oversampled, style);
     sr::DecimatorFilter down(style);
     up.source = bed.source.get();
@@ -73,7 +76,20 @@ void upAndDown(benchmark::State& state) {
     for (auto _ : state) bed.run(down);
     report(state);
 }
-BENCHMARK(upAndDown)->RangeMultiplier(2)->Range(2, 32);
+BENCHMARK(upAndDown<sr::ConverterStyle>)->RangeMultiplier(2)->Range(2, 32);
+BENCHMARK(upAndDown<sr::IIRConverterStyle>)->RangeMultiplier(2)->Range(2, 8);
+
+/// The factor around the curve.
+void saturator(benchmark::State& state) {
+    Bed bed;
+    Saturator element(bed.environment);
+    element.source = bed.source.get();
+    element.transferFunction = WaveShaper::PolynomeOrder3;
+    element.converterStyle.setFactor(static_cast<int>(state.range(0)));
+    for (auto _ : state) bed.run(element);
+    report(state);
+}
+BENCHMARK(saturator)->RangeMultiplier(2)->Range(1, 8);
 
 void truePeakExposer(benchmark::State& state) {
     Bed bed(static_cast<float>(state.range(0)));

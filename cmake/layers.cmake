@@ -181,3 +181,4 @@ vanta_layer(tests/cli SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_ro
             tests/support tests/plugin)
 vanta_layer(bench SEES ${signal_rooms} limiter/styles limiter/processor ${gui_rooms} app/gallery measure tests/support
             tests/gui)
+vanta_layer(bench SEES ${signal_rooms} limiter/styles limiter/engine limiter/processor gui/graphics gui/text measure tests/support)

@@ -5,6 +5,14 @@
 
 namespace vanta {
 
+namespace {
+
+/// 24 dB above full scale. What holds the ceiling behind the engine can take a gain that is much smaller back
+/// only as exactly as its window adds up.
+constexpr float kLargestOutput = 16.0f;
+
+}  // namespace
+
 DynamicsEngine::Processor::Processor(DynamicsEngine& engine, int channel, wave::Producer& channelSignal)
     : Filter(engine.environment(), wave::OwnBlock::No),
       engine_(engine),
@@ -21,6 +29,10 @@ DynamicsEngine::Processor::Processor(DynamicsEngine& engine, int channel, wave::
     voice_.setSource(kTriggerInputSource, triggerInput_);
     outputRouter_.setInput(0, voice_.controller(kOutputTarget));
     outputRouter_.setInput(1, filterMonitor_);
+    if (engine.layout().configuration().limitsSignals) {
+        outputLimit_ = std::make_unique<SignalLimit>(environment(), outputRouter_, kLargestOutput);
+        output_ = outputLimit_.get();
+    }
     tapDelay_.setMaxDelay(kConvolverSamples);
     tapDelay_.setDelay(kConvolverSamples);
     buildSolo();
@@ -76,8 +88,8 @@ void DynamicsEngine::Processor::linkTo(Processor& partner) {
 
 void DynamicsEngine::Processor::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>*, int samples,
                                         int) {
-    outputRouter_.pull(samples);
-    publish(outputRouter_);
+    output_->pull(samples);
+    publish(*output_);
 }
 
 // Solo listens to the filters that have it set, in place of the output.

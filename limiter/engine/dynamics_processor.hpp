@@ -7,6 +7,7 @@
 #include "dsp/mixer/mixer.hpp"
 #include "limiter/engine/dynamics_engine.hpp"
 #include "limiter/engine/element_pool.hpp"
+#include "limiter/engine/signal_limit.hpp"
 #include "wave/delay.hpp"
 #include "wave/router.hpp"
 
@@ -52,6 +53,8 @@ private:
     Mixer filterMonitor_;  ///< the filters that are soloed
     std::vector<std::unique_ptr<Property<bool>>> filterSolo_;
     wave::Router outputRouter_;
+    std::unique_ptr<SignalLimit> outputLimit_;  ///< null where signals are not limited
+    wave::Producer* output_ = &outputRouter_;
     wave::DelayFilter tapDelay_;
     int tapIndex_ = -1;
     std::vector<std::unique_ptr<Convolver>> convolvers_;

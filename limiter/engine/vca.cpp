@@ -51,19 +51,6 @@ protected:
     }
 };
 
-class DynamicsEngine::VCA::GainLimit final : public wave::Filter {
-public:
-    explicit GainLimit(wave::Environment& environment, wave::Producer& gain) : Filter(environment) {
-        source = &gain;
-    }
-
-protected:
-    void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples, int) override {
-        kernel::sanitize(in.data(), out->data(), static_cast<std::size_t>(samples));
-        setConstant(source->isConstant());
-    }
-};
-
 DynamicsEngine::VCA::VCA(wave::Environment& environment, const DynamicsEngineConfiguration& configuration,
                          wave::Producer& input, wave::Producer& gainChangeInput)
     : Filter(environment, wave::OwnBlock::No),
@@ -103,7 +90,7 @@ DynamicsEngine::VCA::VCA(wave::Environment& environment, const DynamicsEngineCon
     gainOutput_.selected = domain.value();
 
     if (configuration.limitsSignals) {
-        gainLimit_ = std::make_unique<GainLimit>(environment, gainOutput_);
+        gainLimit_ = std::make_unique<SignalLimit>(environment, gainOutput_, kernel::kLargestSample);
         gain_ = gainLimit_.get();
     }
     multiplier_.setInput(0, &audioRouter_);

@@ -5,6 +5,7 @@
 #include "dsp/mixer/mixer.hpp"
 #include "foundation/property.hpp"
 #include "limiter/engine/dynamics_engine.hpp"
+#include "limiter/engine/signal_limit.hpp"
 #include "limiter/latency/signal_path_delays.hpp"
 #include "wave/delay.hpp"
 #include "wave/float_parameter_source.hpp"
@@ -57,8 +58,6 @@ private:
     class LookAheadMixer;
     /// 1 - x
     class GainFactorConverter;
-    /// Of a style that nobody has listened to: no gain is infinite.
-    class GainLimit;
 
     VANTA_REALTIME void updateDelay();
     int delayFor(int convolvers, int smartClippers) const;
@@ -74,7 +73,7 @@ private:
     std::unique_ptr<GainFactorConverter> gainFactor_;
     DBConverter gainFromDb_;
     wave::Router gainOutput_;
-    std::unique_ptr<GainLimit> gainLimit_;  ///< null where signals are not limited
+    std::unique_ptr<SignalLimit> gainLimit_;  ///< null where signals are not limited
     wave::Producer* gain_ = &gainOutput_;
     Mixer multiplier_;
 };

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "tests/support/engine_rig.hpp"
+#include "tests/support/limiter_rig.hpp"
 #include "tests/support/random_patch.hpp"
 #include "tests/support/realtime_trap.hpp"
 
@@ -47,6 +48,35 @@ TEST(Patches, AreFiniteWhateverTheirWiring) {
         silent += peak(rig.out[0]) == 0.0 ? 1 : 0;
     }
     EXPECT_LT(silent, kPatches / 8) << "patches that are not heard show nothing";
+}
+
+TEST(Patches, CannotHarmTheLimiterAroundThem) {
+    const EngineLayout layout(patchConfiguration());
+    for (const unsigned seed : {1u, 2u, 3u, 4u, 5u, 6u, 7u, 36u}) {
+        for (const bool sideChain : {false, true}) {
+            SCOPED_TRACE(fmt::format("patch {}{}", seed, sideChain ? ", side chain" : ""));
+            const StylePatch patch{"random", randomPatch(layout, seed)};
+            LimiterSetup setup;
+            setup.oversamplingIndex = static_cast<int>(seed % 3);
+            setup.truePeak = seed % 2 == 0;
+            setup.gainDb = 6.0f;
+            setup.outputLevelDb = -1.0f;
+            setup.patch = &patch;
+            setup.further = [&](VantaProcessor& limiter) {
+                limiter.sideChainTriggering.setMapped(sideChain);
+                limiter.auditionLimiting.setMapped(seed % 4 == 3);
+            };
+            LimiterRig rig(setup);
+            if (sideChain) rig.limiter().setSideChainInUse(true);
+            const Channels in = {pinkNoise(seed, 30000, 0.3), pinkNoise(seed + 9, 30000, 0.3)};
+            for (const Signal& channel : rig.process(in, 300, sideChain ? in : Channels())) {
+                for (const float x : channel) ASSERT_TRUE(std::isfinite(x)) << x;
+                // A side chain and what is removed may exceed it.
+                if (sideChain || seed % 4 == 3) continue;
+                ASSERT_LE(db(peak(channel)), -0.999);
+            }
+        }
+    }
 }
 
 }  // namespace

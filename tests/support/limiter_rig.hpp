@@ -42,6 +42,7 @@ struct LimiterSetup {
     float outputLevelDb = 0.0f;
     double rate = 44100.0;
     ChannelLayout layout = kStereoLayout;
+    const StylePatch* patch = nullptr;  ///< in place of the style
     /// What else is set before the first block.
     std::function<void(VantaProcessor&)> further = {};
 
@@ -56,7 +57,7 @@ inline std::string describe(const LimiterSetup& setup) {
 
 class LimiterRig {
 public:
-    explicit LimiterRig(const LimiterSetup& setup) : limiter_(setup.layout) {
+    explicit LimiterRig(const LimiterSetup& setup) : limiter_(setup.layout, setup.patch) {
         limiter_.prepare(static_cast<float>(setup.rate));
         limiter_.style.setMapped(setup.style);
         limiter_.oversampling.setValue(static_cast<float>(setup.oversamplingIndex), 0);

@@ -20,8 +20,9 @@ namespace vanta {
 
 namespace {
 
-/// A style that fills every slot and every parameter takes a tenth of it.
-constexpr std::uintmax_t kLongestSource = 500'000;
+/// A style that fills every slot and every parameter takes a third of it.
+constexpr std::uintmax_t kLongestSource = 100'000;
+constexpr std::size_t kLongestLine = 400;
 constexpr std::size_t kMostFaults = 20;
 
 std::string readSource(const std::string& file) {
@@ -39,7 +40,8 @@ void printFaults(std::string_view faults) {
     std::size_t count = 0;
     while (!faults.empty()) {
         const std::size_t end = std::min(faults.find('\n'), faults.size());
-        if (++count <= kMostFaults) printError(faults.substr(0, end));
+        const std::string_view line = faults.substr(0, std::min(end, kLongestLine));
+        if (++count <= kMostFaults) printError(std::string(line) + (end > kLongestLine ? "..." : ""));
         faults.remove_prefix(std::min(end + 1, faults.size()));
     }
     if (count > kMostFaults) printError(fmt::format("and {} more", count - kMostFaults));

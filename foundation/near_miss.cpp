@@ -44,6 +44,8 @@ std::string_view nearMiss(std::string_view text, std::span<const std::string_vie
     std::size_t nearest = 1 + typed.size() / 3;
     std::string_view result;
     for (const std::string_view name : names) {
+        // As many edits are needed at least as the lengths differ by.
+        if (typed.size() > name.size() + nearest) continue;
         const std::string known = lowered(name);
         const bool begun = typed.size() >= 2 && known.starts_with(typed);
         const std::size_t distance = begun ? 1 : editDistance(typed, known);

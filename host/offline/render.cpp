@@ -32,19 +32,6 @@ void check(const RenderJob& job) {
     }
 }
 
-void note(std::span<const float* const> channels, std::size_t frames, StreamLevels& levels) {
-    for (const float* channel : channels) {
-        for (std::size_t i = 0; i < frames; ++i) {
-            const float magnitude = std::abs(channel[i]);
-            if (std::isfinite(magnitude)) {
-                levels.peak = std::max(levels.peak, magnitude);
-            } else {
-                ++levels.notFinite;
-            }
-        }
-    }
-}
-
 /// One run through a limiter, block by block.
 class Render {
 public:
@@ -78,7 +65,7 @@ private:
     void fill(AudioReader& reader, std::span<float* const> channels, StreamLevels& levels, bool isInput) {
         const auto wanted = static_cast<std::size_t>(job_.blockSamples);
         const std::size_t frames = isInput && inputEnded_ ? 0 : reader.read(channels, wanted);
-        note({channels.data(), channels.size()}, frames, levels);
+        noteLevels({channels.data(), channels.size()}, frames, levels);
         for (float* channel : channels) std::fill(channel + frames, channel + wanted, 0.0f);
         if (!isInput) return;
         if (job_.inputTrimDb != 0.0) trim(channels, frames);
@@ -104,7 +91,7 @@ private:
         const auto channels = host_.input();
         for (std::size_t i = 0; i < channels.size(); ++i) from[i] = channels[i] + dropped;
         const std::span<const float* const> block(from.data(), channels.size());
-        note(block, static_cast<std::size_t>(frames), result_.output);
+        noteLevels(block, static_cast<std::size_t>(frames), result_.output);
         job_.output.write(block, static_cast<std::size_t>(frames));
         result_.outputFrames += frames;
     }
@@ -125,6 +112,19 @@ std::unique_ptr<Render> begin(const RenderJob& job) {
 }
 
 }  // namespace
+
+void noteLevels(std::span<const float* const> channels, std::size_t frames, StreamLevels& levels) {
+    for (const float* channel : channels) {
+        for (std::size_t i = 0; i < frames; ++i) {
+            const float magnitude = std::abs(channel[i]);
+            if (std::isfinite(magnitude)) {
+                levels.peak = std::max(levels.peak, magnitude);
+            } else {
+                ++levels.notFinite;
+            }
+        }
+    }
+}
 
 RenderResult render(const RenderJob& job) {
     check(job);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "foundation/audio_stream.hpp"
 #include "foundation/channel_layout.hpp"
@@ -34,6 +35,9 @@ struct StreamLevels {
     float peak = 0.0f;           ///< largest magnitude of a sample, as a factor of full scale
     std::int64_t notFinite = 0;  ///< samples that are not numbers; they count as 0
 };
+
+/// Adds samples to what is known of a stream.
+void noteLevels(std::span<const float* const> channels, std::size_t frames, StreamLevels& levels);
 
 struct RenderResult {
     std::int64_t inputFrames = 0;

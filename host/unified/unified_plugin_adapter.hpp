@@ -103,6 +103,12 @@ public:
     VANTA_REALTIME void parameterWasSet(int index) override;
 
 protected:
+    /// The model takes in what the audio side plays already, ahead of the owner thread. Any thread of the
+    /// host but the audio thread.
+    void takeAllThatWaits();
+    /// The levels of the processor go to the model, and the interface's wishes the other way. On the thread
+    /// of the interface.
+    virtual void transferLevels();
     virtual std::unique_ptr<GenericPlugin> createModel(ChannelLayout layout);
     virtual std::unique_ptr<GenericPluginProcessor> createProcessor(ChannelLayout layout);
 
@@ -113,11 +119,9 @@ private:
     float giveOwn(int index);
     void takeFromHost(int index, float value, bool modelHasIt);
     float takeFromProcessor(int index);
-    void takeAllThatWaits();
     void tell(int index, float value);
     bool isApart(const GenericPluginBase& side, int index, double position) const;
     void deliverAgainIfApart(int index, double position);
-    void transferLevels();
     int deliverAudioSideChanges();
 
     const RoundTrip roundTrip_;

@@ -18,3 +18,8 @@ set(VANTA_VST3_SDK_VERSION "VST 3.7.4")
 set(VANTA_WEB_SITE "https://www.quillmark.example/vanta2")
 set(VANTA_WEB_SUPPORT "https://www.quillmark.example/support")
 set(VANTA_WEB_MANUAL "https://www.quillmark.example/vanta2/manual")
+# What AAX asks for besides: the maker and the plug-in in four characters each, and the start of the effect's name. The same
+# holds for them.
+set(VANTA_AAX_MANUFACTURER "Qmrk")
+set(VANTA_AAX_CODE "Vn2p")
+set(VANTA_AAX_DOMAIN "com.quillmark.")

@@ -79,6 +79,9 @@ vanta_layer(host/jack SEES foundation plugin/midi plugin/presets plugin/model ho
 vanta_layer(host/offline SEES foundation kernel wave dsp/dither plugin/base plugin/parameters limiter/styles
             limiter/parameters limiter/processor)
 
+vanta_layer(host/aax/standin)
+vanta_layer(host/aax_host SEES foundation plugin/parameters host/unified host/common host/aax/standin host/offline)
+
 vanta_layer(gui/artwork SEES foundation)
 vanta_layer(gui/graphics SEES foundation kernel)
 vanta_layer(gui/text SEES foundation gui/graphics)
@@ -89,6 +92,10 @@ vanta_layer(gui/offscreen SEES foundation gui/graphics gui/text gui/tree gui/con
 vanta_layer(gui/desktop SEES foundation)
 vanta_layer(gui/opengl SEES foundation gui/graphics)
 vanta_layer(gui/x11 SEES foundation gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/opengl)
+
+# Above the toolkit, as its editor is asked by it.
+vanta_layer(host/aax SEES foundation wave plugin/base plugin/parameters plugin/settings plugin/midi plugin/processor plugin/model
+            limiter/model limiter/factory host/unified host/common host/aax/standin gui/graphics gui/tree gui/controls)
 
 vanta_layer(interface/meters SEES foundation wave gui/graphics gui/tree gui/animation gui/controls)
 vanta_layer(interface/loudness SEES foundation wave plugin/parameters limiter/parameters gui/graphics gui/tree
@@ -118,6 +125,7 @@ vanta_layer(app SEES cli)
 vanta_layer(app/clap SEES host/clap)
 vanta_layer(app/vst3 SEES host/vst3)
 vanta_layer(app/lv2 SEES host/lv2)
+vanta_layer(app/aax SEES plugin/model host/common host/aax/standin host/aax)
 vanta_layer(app/gallery SEES foundation gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
 vanta_layer(app/jack SEES foundation plugin/model host/common host/jack cli)
 
@@ -139,13 +147,13 @@ set(plugin_rooms plugin/base plugin/parameters plugin/presets plugin/settings pl
     plugin/processor plugin/model)
 set(limiter_rooms limiter/styles limiter/resources limiter/modulation limiter/clippers limiter/parameters
     limiter/latency limiter/engine limiter/processor limiter/model limiter/factory)
-set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline)
+set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline host/aax/standin host/aax_host
+    host/aax)
 set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/opengl
     gui/x11)
 set(interface_rooms interface/meters interface/loudness interface/binding interface/controls interface/hints
     interface/menus interface/midi interface/frame)
 set(file_rooms audiofile measure mastering)
-set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
 set(file_rooms audiofile/chunks audiofile/alac audiofile audiofile/metadata measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/styles limiter/engine limiter/processor)

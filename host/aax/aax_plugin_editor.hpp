@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+
+#include "gui/tree/user_interface.hpp"
+#include "host/aax/editor_interface.hpp"
+#include "host/aax/standin/aax.hpp"
+
+namespace vanta {
+
+/// Shows the interface of an instance in a window of the host's and carries its wishes to the host. Without
+/// an interface to open it still answers for the view's size. The host's main thread.
+class AaxPluginEditor final : public AAX_CEffectGUI,
+                              public gui::UserInterface::MouseHook,
+                              public EditorListener {
+public:
+    explicit AaxPluginEditor(EditorPlatform platform) : platform_(std::move(platform)) {}
+    ~AaxPluginEditor() override;
+
+    AAX_Result GetViewSize(AAX_Point* size) const override;
+
+    // EditorListener
+
+    void setParameter(int index, float value) override;
+    void beginGesture(int index) override;
+    void endGesture(int index) override;
+    bool resize(int width, int height) override;
+
+    // MouseHook
+
+    /// Offers presses on a control to the host, which has a menu of its own for some. `modifiers` as in
+    /// gui::modifier.
+    bool mousePressed(int button, gui::Point point, int modifiers) override;
+
+    /// Pixels per unit, of the interface that is shown or that would be.
+    double interfaceScale() const;
+    /// `modifiers` with those that only the host knows of.
+    int withHostModifiers(int modifiers) const;
+
+protected:
+    AAX_Result CreateViewContents() override;
+    void DeleteViewContents() override;
+
+private:
+    double automaticScale() const;
+    AAX_Point pixels(int width, int height) const;
+
+    const EditorPlatform platform_;
+    GenericPlugin* model_ = nullptr;
+    std::unique_ptr<EditorInterface> interface_;
+};
+
+}  // namespace vanta

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "cli/aax_commands.hpp"
 #include "cli/help_format.hpp"
 #include "cli/listing_commands.hpp"
 #include "cli/measure_command.hpp"
@@ -29,12 +30,13 @@ public:
         app_.require_subcommand(1);
         app_.set_version_flag("--version", "vanta " VANTA_VERSION, "print the version");
         commands_ = {declareRender(app_), declarePatch(app_), declareMeasure(app_)};
-        for (const auto& declare : {declareListingCommands, declarePresetCommands, declareStateCommands})
+        for (const auto& declare :
+             {declareListingCommands, declarePresetCommands, declareStateCommands, declareAaxCommands})
             std::ranges::move(declare(app_), std::back_inserter(commands_));
         describe(app_, "Options");
         for (const Command& command : commands_) {
             const std::string& name = command.app->get_name();
-            const bool hasFileOptions = name == "render" || name == "patch";
+            const bool hasFileOptions = name == "render" || name == "patch" || name == "aax-render";
             describe(*command.app, hasFileOptions ? "File" : "Options");
         }
         groupCommands(app_);

@@ -7,12 +7,6 @@
 
 namespace vanta {
 
-namespace {
-
-constexpr double kLongestTail = 3600.0;  // seconds
-
-}  // namespace
-
 void RenderArguments::declareTo(CLI::App& app) {
     settings.declareTo(app);
     app.add_option("files", files)->type_name("IN... OUT");

@@ -13,6 +13,8 @@ namespace vanta {
 
 /// What the command line of `vanta render` says, before it is understood.
 struct RenderArguments {
+    static constexpr double kLongestTail = 3600.0;  ///< seconds
+
     /// Adds all options of the command.
     void declareTo(CLI::App& app);
 

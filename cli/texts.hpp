@@ -10,6 +10,8 @@ extern const std::string_view kOverview;
 extern const std::string_view kRender;
 extern const std::string_view kPatch;
 extern const std::string_view kMeasure;
+extern const std::string_view kAaxScan;
+extern const std::string_view kAaxRender;
 extern const std::string_view kPresetSave;
 extern const std::string_view kStateSave;
 
@@ -17,10 +19,12 @@ extern const std::string_view kStateSave;
 extern const std::string_view kRenderExamples;
 extern const std::string_view kPatchExamples;
 extern const std::string_view kMeasureExamples;
+extern const std::string_view kAaxRenderExamples;
 
 // Options as OptionDeclarer reads them.
 extern const std::string_view kSettingsOptions;
 extern const std::string_view kRenderOptions;
 extern const std::string_view kMeasureOptions;
+extern const std::string_view kAaxRenderOptions;
 
 }  // namespace vanta::text

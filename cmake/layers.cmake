@@ -120,7 +120,8 @@ vanta_layer(audiofile/metadata SEES foundation audiofile/chunks audiofile)
 vanta_layer(measure SEES foundation kernel dsp/metering audiofile)
 vanta_layer(mastering SEES foundation plugin/parameters limiter/styles host/offline audiofile audiofile/metadata measure)
 vanta_layer(cli SEES foundation plugin/parameters plugin/presets plugin/settings plugin/model
-            limiter/styles limiter/parameters limiter/model limiter/factory host/offline audiofile measure mastering)
+            limiter/styles limiter/parameters limiter/model limiter/factory host/aax_host host/offline audiofile measure
+            mastering)
 vanta_layer(app SEES cli)
 vanta_layer(app/clap SEES host/clap)
 vanta_layer(app/vst3 SEES host/vst3)
@@ -178,11 +179,8 @@ vanta_layer(tests/gui SEES foundation ${gui_rooms} app/gallery tests/support)
 vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} ${limiter_rooms} host/unified gui/artwork
             gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11 ${interface_rooms} tests/support
             tests/plugin tests/host tests/gui)
-vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
 vanta_layer(tests/audiofile SEES foundation audiofile/chunks audiofile audiofile/metadata tests/support)
-vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
 vanta_layer(tests/fuzz SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
-vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)
 vanta_layer(tests/mastering SEES foundation host/offline ${file_rooms} tools/song tests/support)
 vanta_layer(tests/cli SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} ${file_rooms} cli tools/song

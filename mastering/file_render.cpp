@@ -260,7 +260,7 @@ void FileRender::renderAs(int format, bool mayClip) {
 }
 
 RenderResult FileRender::runLimiter(AudioFileWriter& writer, const Progress& progress) {
-    return vanta::render({.settings = *file_.settings,
+    const RenderJob job{.settings = *file_.settings,
                           .input = source_.audio(),
                           .output = writer,
                           .patch = job_.options.patch ? &*job_.options.patch : nullptr,
@@ -271,7 +271,8 @@ RenderResult FileRender::runLimiter(AudioFileWriter& writer, const Progress& pro
                           .inputTrimDb = file_.inputTrimDb,
                           .tailSamples = tailSamples(),
                           .ditherSeed = job_.options.ditherSeed,
-                          .progress = progress});
+                          .progress = progress};
+    return job_.options.renderer ? job_.options.renderer(job) : vanta::render(job);
 }
 
 // What the file holds counts, not what was sent there: it went through dither, rounding and maybe a codec.

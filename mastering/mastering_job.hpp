@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -42,6 +43,8 @@ struct RenderOptions {
     bool measure = true;                          ///< inputs and outputs, also where no goal asks for it
     std::vector<std::filesystem::path> alsoRead;  ///< further files that no output may replace
     WorkWatcher watcher;                          ///< of every render and measurement; may be empty
+    /// Renders a stream in place of `render`; may be empty.
+    std::function<RenderResult(const RenderJob&)> renderer;
 };
 
 /// What files that are mastered together have in common. A goal renders them with a Gain of its own in

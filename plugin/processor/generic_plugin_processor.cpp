@@ -46,6 +46,7 @@ void GenericPluginProcessor::initialize() {
         isCounted_ = true;
     }
     environment_ = std::make_unique<wave::Environment>(kMaxSubBlock);
+    sampleRate_.store(environment_->sampleRate(), std::memory_order_relaxed);
     environment_->sampleRateChanged.addHandler(this, &GenericPluginProcessor::onSampleRateChanged);
     eventReceiver_ = createEventReceiver();
     midiDecoder_ = std::make_unique<MidiDecoder>(*eventReceiver_);
@@ -60,12 +61,10 @@ std::unique_ptr<AbstractMusicEventReceiver> GenericPluginProcessor::createEventR
 }
 
 void GenericPluginProcessor::prepare(float sampleRate, int largestBlock) {
+    // First, as what hears of the change asks for it.
+    sampleRate_.store(sampleRate, std::memory_order_relaxed);
     environment_->setSampleRate(sampleRate);
     if (largestBlock > 0) largestBlockAnnounced(largestBlock);
-}
-
-float GenericPluginProcessor::sampleRate() const {
-    return environment_->sampleRate();
 }
 
 void GenericPluginProcessor::onSampleRateChanged(void*) {

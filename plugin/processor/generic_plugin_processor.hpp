@@ -92,7 +92,8 @@ public:
     /// Builds for a sample rate in Hz, and resets everything, unless it is the present one. `largestBlock` is
     /// the most samples that a host's block will have, 0 if the host does not say. Allocates.
     void prepare(float sampleRate, int largestBlock = 0);
-    float sampleRate() const;
+    /// Hz. Any thread.
+    float sampleRate() const { return sampleRate_.load(std::memory_order_relaxed); }
     void setAdapter(ProcessorAdapter* hostAdapter) { adapter = hostAdapter; }
     /// Whether the host delivers a side chain after the main inputs.
     void setSideChainInUse(bool inUse) { sideChainInUse = inUse; }
@@ -161,6 +162,7 @@ private:
     std::vector<Channel*> channels_;
     std::array<std::atomic<int>, kControllerCount> controllerTargets_;
     std::unique_ptr<wave::Environment> environment_;
+    std::atomic<float> sampleRate_{0.0f};  ///< of the environment, for other threads
     float lastHostPosition_ = 0.0f;
     int learnedController_ = -1;
     int hostBlockSamples_ = 0;

@@ -10,7 +10,7 @@ WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
 .PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz \
-        preset-table artwork artwork-sheet gallery clean
+        preset-table aax-table artwork artwork-sheet gallery clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
@@ -79,6 +79,11 @@ gallery: setup
 preset-table: build
 	@cmake --build build --parallel $(JOBS) --target preset_table
 	@build/preset_table > docs/presets.md.new && mv docs/presets.md.new docs/presets.md
+
+# What the AAX module says of itself, whatever the settings of whoever asks. The first lines of the page stay.
+aax-table: plugins build
+	@{ head -n 6 docs/aax.md; XDG_CONFIG_HOME=$(CURDIR)/build/no-settings build/vanta aax-scan build/plugins/vanta-aax.so; } \
+	   > docs/aax.md.new && mv docs/aax.md.new docs/aax.md
 
 # Draws the sources of the pictures anew, those that tools/artwork draws.
 artwork: PACKAGES += $(ARTWORK_PACKAGES)

@@ -174,6 +174,8 @@ vanta_layer(tests/host/clap SEES foundation host/common host/clap tests/support 
 vanta_layer(tests/host/vst3 SEES foundation host/common host/vst3 tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/lv2 SEES foundation ${plugin_rooms} ${limiter_rooms} host/common host/lv2 host/offline tests/support
             tests/plugin tests/host/formats)
+vanta_layer(tests/host/aax SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics gui/tree gui/controls host/unified
+            host/common host/offline host/aax/standin host/aax_host host/aax tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/jack SEES foundation plugin/midi host/common host/jack tests/support tests/plugin)
 vanta_layer(tests/gui SEES foundation ${gui_rooms} app/gallery tests/support)
 vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} ${limiter_rooms} host/unified gui/artwork

@@ -35,6 +35,8 @@ grep -q "<project_license>LicenseRef-proprietary<" "$metainfo" || fail "the lice
 # As they were built, where hosts look for them.
 for plugin in "$build"/plugins/*; do
   [ -e "$plugin" ] || continue
+  # No host of this system looks for it.
+  [ "${plugin##*/}" != vanta-aax.so ] || continue
   diff -r "$plugin" "$root/lib/${plugin##*.}/${plugin##*/}"
 done
 

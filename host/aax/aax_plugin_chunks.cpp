@@ -71,17 +71,12 @@ AAX_Result AaxPluginAdapter::GetChunkIDFromIndex(std::int32_t index, AAX_CTypeID
     return AAX_SUCCESS;
 }
 
-/// A host's own value, or the model's where that is newer and the host has yet to answer.
+/// What is heard, which is what the host has set last; or the model's where the host has yet to answer.
 double AaxPluginAdapter::chunkNumber(int index) const {
-    const AbstractPluginParameter& parameter = *model().parameterAt(index);
-    const AAX_IParameter& host = *GetParameter(aaxParameterId(index).c_str());
-    const bool isNewer =
-        std::abs(host.GetNormalizedValue() - hostPosition(parameter, parameter.value())) > kEcho;
-    if (isNewer) return hostNumber(parameter, parameter.value());
-    float number = 0.0f;
-    std::int32_t step = 0;
-    if (host.GetValueAsFloat(&number)) return static_cast<double>(number);
-    return host.GetValueAsInt32(&step) ? step : 0.0;
+    const AbstractPluginParameter& shown = *model().parameterAt(index);
+    const AbstractPluginParameter& heard = *processor().parameterAt(index);
+    const double distance = hostPosition(shown, shown.value()) - hostPosition(heard, heard.value());
+    return hostNumber(shown, std::abs(distance) > kEcho ? shown.value() : heard.value());
 }
 
 AAX_CChunkDataParser AaxPluginAdapter::valuesForChunk() {

@@ -24,6 +24,8 @@ public:
         bool isSampleAccurate = true;        ///< values take effect at their sample, else with the block
         std::vector<ChannelLayout> layouts;  ///< that the format offers
         bool hasCallsBesideBlocks = true;    ///< of the main thread, while another runs a block
+        bool hasValuesInBlocks = true;       ///< else the host sets them on other threads
+        bool hasOfflineMode = true;          ///< of the calls that render blocks
     };
     struct Change {
         int offset;
@@ -87,5 +89,6 @@ inline std::vector<ChannelLayout> allLayouts() {
 std::unique_ptr<FormatHost> makeClapHost();
 std::unique_ptr<FormatHost> makeVst3Host();
 std::unique_ptr<FormatHost> makeLv2Host();
+std::unique_ptr<FormatHost> makeAaxHost();
 
 }  // namespace vanta::test

@@ -6,6 +6,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "aax_parameter.hpp"
 
@@ -28,6 +29,9 @@ public:
 
 private:
     struct Packet {
+        Packet(const AAX_IParameter& its, AAX_CFieldIndex to, std::uint32_t bytes, Handler writer)
+            : parameter(its), field(to), size(bytes), handler(std::move(writer)) {}
+
         const AAX_IParameter& parameter;
         AAX_CFieldIndex field;
         std::uint32_t size;

@@ -41,6 +41,7 @@ TEST_P(AaxValues, FromMidi) {
 TEST_P(AaxValues, FromAPresetByHandOrByProgramChange) {
     AaxSession session(component(), GetParam());
     session.plugin().lockOutput.setMapped(false);
+    session.plugin().statics().settings.enableMidiProgramChanges = true;
     session.idle();
     const auto before = session.plugin().parameterValues();
     const auto entry = session.plugin().statics().presetAt(0, 3);
@@ -55,9 +56,33 @@ TEST_P(AaxValues, FromAPresetByHandOrByProgramChange) {
     session.send({{0, 2, {0xC0, 5, 0, 0}}});
     session.playSilence();
     session.idle();
-    const bool follows = session.plugin().statics().settings.enableMidiProgramChanges;
-    EXPECT_EQ(session.plugin().presetState().name(), follows ? other->name : entry->name);
+    EXPECT_EQ(session.plugin().presetState().name(), other->name);
     for (int i = 0; i < session.count(); ++i) session.expectAgreement(i, session.model(i).value());
+}
+
+TEST_P(AaxValues, FromAControllerThatWasLearned) {
+    struct Learning final : GenericPlugin::Listener {
+        explicit Learning(AaxSession& learned) : session(learned) {}
+        void onEvent(const PluginEvent& event) override {
+            const auto* const moved = std::get_if<ControllerMoved>(&event);
+            const auto held = session.plugin().statics().lock();
+            if (moved && session.plugin().statics().controllers.targetOf(moved->number) != 0)
+                session.plugin().statics().controllers.assign(moved->number, 0);
+        }
+        AaxSession& session;
+    };
+    AaxSession session(component(), GetParam());
+    Learning interface(session);
+    session.plugin().setListener(&interface);
+    for (const int data : {3, 127}) {
+        session.send({{0, 3, {0xB0, 74, static_cast<std::uint8_t>(data), 0}}});
+        session.playSilence();
+        session.adapter().syncLevels();
+        session.idle();
+        session.adapter().syncLevels();
+    }
+    session.expectAgreement(0, 30.0f);
+    session.plugin().setListener(nullptr);
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, AaxValues, testing::Values(Answers::AtOnce, Answers::OnIdle),

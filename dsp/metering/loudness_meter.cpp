@@ -107,6 +107,7 @@ void LoudnessMeter::propertyChanged(AbstractProperty& property) {
 
 void LoudnessMeter::reset() {
     const double rate = environment().sampleRate();
+    sampleRate_.store(environment().sampleRate(), std::memory_order_relaxed);
     gateMomentary_.reset(rate);
     gateShortTerm_.reset(rate);
     waiting_ = true;
@@ -223,7 +224,7 @@ float LoudnessMeter::LoudnessSource::value(Info info) {
     if (isPeak && peakResetRequested_.load(std::memory_order_acquire)) return kNoLoudness;
     const std::int64_t elapsed = meter_.timer_.elapsed();
     const float blockMs = 2000.0f * static_cast<float>(meter_.environment().hostBlockSamples()) /
-                          meter_.environment().sampleRate();
+                          meter_.sampleRate_.load(std::memory_order_relaxed);
     const bool runs = static_cast<float>(elapsed) <= std::max(static_cast<float>(kStaleMs), blockMs);
     if (index_ == IntegratedSource || info == Extreme || !meter_.measuring_.load(std::memory_order_relaxed) ||
         runs) {

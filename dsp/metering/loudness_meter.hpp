@@ -82,8 +82,9 @@ private:
     wave::StreamWatch stream_;
     std::atomic<bool> newData_{false};  ///< a block was measured since the last read
     std::atomic<bool> resetRequested_{false};
-    std::atomic<bool> measuring_{true};  ///< `enabled`, for the reader
-    SteadyIntervalTimer timer_;          ///< the reader's
+    std::atomic<bool> measuring_{true};    ///< `enabled`, for the reader
+    std::atomic<float> sampleRate_{0.0f};  ///< Hz, for the reader
+    SteadyIntervalTimer timer_;            ///< the reader's
 };
 
 /// Weights one channel and takes its sliding mean squares. Publishes that of 400 ms.

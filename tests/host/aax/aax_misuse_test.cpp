@@ -108,7 +108,7 @@ TEST_F(AaxMisuse, ThreeThreadsAtTheParametersWhileRatesChange) {
     std::atomic<bool> done{false};
     std::thread audio([&] {
         auto channels = session.silence(256);
-        for (int n = 0; n < 400; ++n) {
+        for (int n = 0; n < 2000; ++n) {
             if (n % 50 == 0) session.host.setSampleRate(n % 100 == 0 ? 44100.0f : 48000.0f);
             if (n % 30 == 0) session.host.reset();
             session.send({{7, 3, {0xB0, 20, static_cast<std::uint8_t>(n % 128), 0}}});

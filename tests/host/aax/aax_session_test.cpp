@@ -101,7 +101,8 @@ TEST_F(AaxSessions, HaveTheFormThatHostsWereTold) {
     EXPECT_EQ(chunks[kName].size(), 122u);
     EXPECT_EQ(name.size, 122);
     EXPECT_STREQ(name.name, "Quillmark Preset Name");
-    EXPECT_EQ(std::string(name.data(), 65), std::string(64, 'x') + '\0');
+    EXPECT_EQ(std::string(name.data(), 64), std::string(64, 'x'));
+    EXPECT_EQ(name.data()[64], '\0');
     AAX_SPlugInChunk& values = chunkOf(chunks[kValues]);
     EXPECT_EQ(values.version, -1);
     EXPECT_EQ(values.size, static_cast<std::int32_t>(chunks[kValues].size()));

@@ -187,6 +187,5 @@ vanta_layer(tests/measure SEES foundation audiofile measure tests/support)
 vanta_layer(tests/mastering SEES foundation host/offline ${file_rooms} tools/song tests/support)
 vanta_layer(tests/cli SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} ${file_rooms} cli tools/song
             tests/support tests/plugin)
-vanta_layer(bench SEES ${signal_rooms} limiter/styles limiter/processor ${gui_rooms} app/gallery measure tests/support
-            tests/gui)
-vanta_layer(bench SEES ${signal_rooms} limiter/styles limiter/engine limiter/processor gui/graphics gui/text measure tests/support)
+vanta_layer(bench SEES ${signal_rooms} limiter/styles limiter/engine limiter/processor ${gui_rooms} app/gallery measure
+            tests/support tests/gui)

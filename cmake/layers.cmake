@@ -100,6 +100,8 @@ vanta_layer(host/aax SEES foundation wave plugin/base plugin/parameters plugin/s
 vanta_layer(interface/meters SEES foundation wave gui/graphics gui/tree gui/animation gui/controls)
 vanta_layer(interface/loudness SEES foundation wave plugin/parameters limiter/parameters gui/graphics gui/tree
             gui/animation gui/controls interface/meters)
+vanta_layer(interface/display SEES foundation wave plugin/metering limiter/parameters gui/graphics gui/tree gui/animation
+            gui/controls interface/meters)
 
 vanta_layer(interface/binding SEES foundation plugin/base plugin/parameters plugin/settings plugin/model gui/graphics gui/tree
             gui/animation gui/controls)
@@ -154,6 +156,9 @@ set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/contr
     gui/x11)
 set(interface_rooms interface/meters interface/loudness interface/binding interface/controls interface/hints
     interface/menus interface/midi interface/frame)
+set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline)
+set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
+set(interface_rooms interface/meters interface/display)
 set(file_rooms audiofile measure mastering)
 set(file_rooms audiofile/chunks audiofile/alac audiofile audiofile/metadata measure mastering)
 

@@ -1,0 +1,77 @@
+// What a level display looks like.
+
+#include <algorithm>
+#include <cmath>
+
+#include "interface/display/compression.hpp"
+#include "interface/display/level_time_display.hpp"
+
+namespace vanta::interface {
+namespace {
+
+/// The tip of a label, above the field of its number.
+constexpr float kLabelTip = 3.0f;
+/// How far a label's picture lies below its level.
+constexpr float kLabelGap = 8.0f;
+
+}  // namespace
+
+void LevelTimeDisplay::paint(gui::Canvas& canvas) {
+    if (infinite_) {
+        paintInfinite(canvas);
+    } else if (!needsReset_) {
+        paintScrolling(canvas);
+    }
+    grid_.paint(canvas);
+    const Curve* leading = leadingCurve();
+    paintPen(canvas, infinite_ && leading ? static_cast<float>(infiniteColumns()) : penPosition());
+    paintLabels(canvas);
+}
+
+void LevelTimeDisplay::paintScrolling(gui::Canvas& canvas) {
+    const float x = penPosition();
+    strips_.paint(canvas, x, displayAlpha);
+    if (penAlpha_ >= 255) return;
+    const gui::Rect right{x, 0.0f, width(), height()};
+    const int opacity = gui::multiplyBytes(255 - penAlpha_, displayAlpha);
+    for (const auto& line : curves_) line->paintRest(canvas, right, opacity);
+}
+
+void LevelTimeDisplay::paintInfinite(gui::Canvas& canvas) {
+    for (const auto& line : curves_) {
+        if (!line->isEnabled()) continue;
+        const float columns = static_cast<float>(line->table().size()) - kTableLead;
+        const float right = std::clamp(columns, 0.0f, width());
+        if (right > 0.0f) line->paintTable(canvas, {0.0f, 0.0f, right, height()}, displayAlpha);
+        if (right < width()) line->paintRest(canvas, {right, 0.0f, width(), height()}, displayAlpha);
+    }
+}
+
+void LevelTimeDisplay::paintPen(gui::Canvas& canvas, float x) {
+    if (incomingLine_->isEmpty() || x >= width() - 0.1f) return;
+    const gui::Rect& whole = incomingLine_->logicalRect();
+    canvas.drawStretched(*incomingLine_, gui::Rect::ofSize(x - lineOffset, 0.0f, whole.width(), height()),
+                         whole, whole.height() * 0.25f, gui::multiplyBytes(penAlpha_, displayAlpha));
+}
+
+gui::Rect LevelTimeDisplay::labelBounds(const PeakLabel& label) const {
+    const gui::Rect& picture = peakLabel_->logicalRect();
+    const float x = (penPosition() - static_cast<float>(label.distance)) * squeezeFactor();
+    return gui::Rect::ofSize(x - picture.width() * 0.5f, std::trunc(levelToPosition(label.level)) + kLabelGap,
+                             picture.width(), picture.height());
+}
+
+void LevelTimeDisplay::paintLabels(gui::Canvas& canvas) {
+    for (int place = 0; const PeakLabel* label = labels_.published(place); ++place) {
+        const int opacity = gui::multiplyBytes(displayAlpha, label->alpha);
+        if (opacity == 0) continue;
+        const gui::Rect at = labelBounds(*label);
+        canvas.drawBitmap(*peakLabel_, at.origin(), opacity);
+        gui::Text& text = *labelTexts_[static_cast<std::size_t>(label->index)];
+        const float left = at.left + (at.width() - text.width()) * 0.5f;
+        const float top = at.top + kLabelTip + (at.height() - kLabelTip - text.height()) * 0.5f;
+        canvas.drawText(text, {left, top}, opacity);
+    }
+}
+
+}  // namespace vanta::interface

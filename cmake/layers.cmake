@@ -188,6 +188,12 @@ vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} ${
             tests/plugin tests/host tests/gui)
 vanta_layer(tests/audiofile SEES foundation audiofile/chunks audiofile audiofile/metadata tests/support)
 vanta_layer(tests/fuzz SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
+vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
+vanta_layer(tests/interface SEES foundation wave ${gui_rooms} ${interface_rooms} tests/gui tests/support)
+vanta_layer(tests/interface/display SEES foundation wave plugin/metering limiter/parameters ${gui_rooms} ${interface_rooms}
+            tests/gui tests/support)
+vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
+vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)
 vanta_layer(tests/mastering SEES foundation host/offline ${file_rooms} tools/song tests/support)
 vanta_layer(tests/cli SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} ${file_rooms} cli tools/song

@@ -1,6 +1,7 @@
 // What a curve looks like.
 
 #include <algorithm>
+#include <cmath>
 
 #include "gui/graphics/curve_shapes.hpp"
 #include "interface/display/compression.hpp"
@@ -12,7 +13,15 @@ namespace vanta::interface {
 void DisplayCurve::paintStrip(gui::Canvas& canvas, const gui::Rect& area) {
     if (!enabled_) return;
     painted_ = std::min(static_cast<int>(area.right), StripRing::kWidth);
-    paintTable(canvas, area, 255);
+    // A curve starts at a whole device pixel, where a column need not: then the one before it does.
+    const float inPixels = area.left * canvas.scale();
+    const int before = inPixels == std::floor(inPixels) ? 0 : 1;
+    gui::Rect aligned = area;
+    aligned.left -= static_cast<float>(before);
+    const gui::Canvas::State saved = canvas.state();
+    canvas.clip = canvas.clip.value().intersected(area);
+    paint(canvas, gui::Graph(table_, kTableLead - before), aligned, 255);
+    canvas.setState(saved);
 }
 
 void DisplayCurve::paintTable(gui::Canvas& canvas, const gui::Rect& area, int alpha) const {

@@ -200,3 +200,5 @@ vanta_layer(tests/cli SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_ro
             tests/support tests/plugin)
 vanta_layer(bench SEES ${signal_rooms} limiter/styles limiter/engine limiter/processor ${gui_rooms} app/gallery measure
             tests/support tests/gui)
+vanta_layer(bench SEES ${signal_rooms} plugin/metering limiter/styles limiter/processor gui/artwork gui/graphics gui/text
+            gui/tree gui/animation gui/offscreen interface/display measure tests/support)

@@ -93,9 +93,17 @@ HWY_INLINE V faded(D d, V pixels, V factor) {
     return hn::Xor(scaled(d, hn::Xor(pixels, invert), factor), invert);
 }
 
+/// Large pictures are transparent for long stretches, where the target need not even be fetched.
+template <typename D, typename V>
+HWY_INLINE bool isTransparent(D d, V pixels) {
+    return hn::AllTrue(d, hn::Eq(pixels, hn::Set(d, kOpacity)));
+}
+
 void blendRow(const std::uint32_t* source, std::uint32_t* target, std::size_t count) {
     vectorLoop<std::uint32_t>(count, [&](auto d, std::size_t i) {
-        hn::StoreU(over(d, hn::LoadU(d, source + i), hn::LoadU(d, target + i)), d, target + i);
+        const auto pixels = hn::LoadU(d, source + i);
+        if (isTransparent(d, pixels)) return;
+        hn::StoreU(over(d, pixels, hn::LoadU(d, target + i)), d, target + i);
     });
 }
 

@@ -1,5 +1,7 @@
 #include "gui/offscreen/offscreen_interface.hpp"
 
+#include <algorithm>
+
 #include "gui/controls/popup_menu.hpp"
 #include "gui/controls/text_editor.hpp"
 #include "gui/text/x11_text.hpp"
@@ -8,15 +10,6 @@
 
 namespace vanta::gui {
 namespace {
-
-class StandingTimer final : public Timer {
-public:
-    using Timer::Timer;
-
-protected:
-    void stopPlatformTimer() override {}
-    void startPlatformTimer() override {}
-};
 
 template <typename Dialog>
 class CancelledDialog final : public Dialog {
@@ -34,6 +27,19 @@ protected:
 
 }  // namespace
 
+class OffscreenInterface::StandingTimer final : public Timer {
+public:
+    explicit StandingTimer(OffscreenInterface& interface) : Timer(interface), owner_(interface) {}
+    ~StandingTimer() override { std::erase(owner_.running_, this); }
+
+protected:
+    void stopPlatformTimer() override { std::erase(owner_.running_, this); }
+    void startPlatformTimer() override { owner_.running_.push_back(this); }
+
+private:
+    OffscreenInterface& owner_;
+};
+
 OffscreenInterface::OffscreenInterface(float width, float height, SteadyIntervalTimer::Clock clock)
     : UserInterface(clock), root_(make<RootControl>()) {
     root_.bounds = Rect::ofSize(0.0f, 0.0f, width, height);
@@ -42,6 +48,15 @@ OffscreenInterface::OffscreenInterface(float width, float height, SteadyInterval
 void OffscreenInterface::setScale(float scale) {
     deviceBacking().setScale(scale);
     refresh();
+}
+
+void OffscreenInterface::frame() {
+    for (const auto due = running_; Timer * timer : due) {
+        // An earlier one may have stopped or deleted it.
+        if (std::ranges::find(running_, timer) != running_.end() && timer->frameLocked)
+            timer->onTick.raise(timer);
+    }
+    drainRelay();
 }
 
 std::unique_ptr<Bitmap> OffscreenInterface::picture() {

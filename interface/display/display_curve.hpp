@@ -79,7 +79,7 @@ public:
     void squeeze(float factor);
 
     /// Paints the newest columns into a strip: `area` has their width.
-    void paintStrip(gui::Canvas& canvas, const gui::Rect& area);
+    void paintStrip(gui::Canvas& canvas, const gui::Rect& area, int stripWidth);
     void paintTable(gui::Canvas& canvas, const gui::Rect& area, int alpha) const;
     void paintRest(gui::Canvas& canvas, const gui::Rect& area, int alpha) const;
 

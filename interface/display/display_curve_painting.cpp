@@ -6,13 +6,12 @@
 #include "gui/graphics/curve_shapes.hpp"
 #include "interface/display/compression.hpp"
 #include "interface/display/display_curve.hpp"
-#include "interface/display/strip_ring.hpp"
 
 namespace vanta::interface {
 
-void DisplayCurve::paintStrip(gui::Canvas& canvas, const gui::Rect& area) {
+void DisplayCurve::paintStrip(gui::Canvas& canvas, const gui::Rect& area, int stripWidth) {
     if (!enabled_) return;
-    painted_ = std::min(static_cast<int>(area.right), StripRing::kWidth);
+    painted_ = std::min(static_cast<int>(area.right), stripWidth);
     // A curve starts at a whole device pixel, where a column need not: then the one before it does.
     const float inPixels = area.left * canvas.scale();
     const int before = inPixels == std::floor(inPixels) ? 0 : 1;

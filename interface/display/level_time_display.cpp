@@ -98,7 +98,7 @@ void LevelTimeDisplay::refreshTree() {
 }
 
 void LevelTimeDisplay::layStrips() {
-    strips_.resize(width(), height());
+    strips_.resize(width(), height(), ui().accelerated ? StripRing::kUploadedWidth : StripRing::kCopiedWidth);
     needsReset_ = true;
 }
 
@@ -207,7 +207,7 @@ void LevelTimeDisplay::advance(int columns) {
 
 void LevelTimeDisplay::writeStrips(int columns) {
     strips_.write(columns, [this](gui::Canvas& canvas, const gui::Rect& area) {
-        for (const auto& line : curves_) line->paintStrip(canvas, area);
+        for (const auto& line : curves_) line->paintStrip(canvas, area, strips_.stripWidth());
     });
 }
 

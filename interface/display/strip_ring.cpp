@@ -6,13 +6,14 @@
 namespace vanta::interface {
 
 /// As many as a width can touch at both ends, one for a pen between two pixels, and the one being written.
-void StripRing::resize(float width, float height) {
+void StripRing::resize(float width, float height, int stripWidth) {
+    width_ = stripWidth;
     height_ = height;
-    const int count = static_cast<int>(std::max(width, 0.0f) / kWidth + 0.96875f + 2.0f);
+    const int count = static_cast<int>(std::ceil(std::max(width, 0.0f) / static_cast<float>(width_))) + 2;
     strips_.resize(static_cast<std::size_t>(count));
     for (auto& strip : strips_) {
         if (!strip) strip = ui_.createBitmap();
-        strip->setLogicalSize(kWidth, height);
+        strip->setLogicalSize(static_cast<float>(width_), height);
         strip->hasAlpha = true;
     }
     current_ = 0;
@@ -24,7 +25,8 @@ void StripRing::clear(const Draw& drawOld) {
     column_ = 0;
     for (std::size_t i = 0; i < strips_.size(); ++i) {
         strips_[i]->fill();
-        if (i > 0) drawOld(strips_[i]->canvas(), gui::Rect{0.0f, 0.0f, kWidth, height_});
+        if (i > 0)
+            drawOld(strips_[i]->canvas(), gui::Rect::ofSize(0.0f, 0.0f, static_cast<float>(width_), height_));
     }
 }
 
@@ -32,13 +34,13 @@ void StripRing::write(int columns, const Draw& draw) {
     gui::Rect area =
         gui::Rect::ofSize(static_cast<float>(column_), 0.0f, static_cast<float>(columns), height_);
     while (columns > 0) {
-        const int count = std::min(kWidth - column_, columns);
+        const int count = std::min(width_ - column_, columns);
         draw(strips_[current_]->canvas(), area);
         columns -= count;
         column_ += count;
-        if (column_ < kWidth) return;
+        if (column_ < width_) return;
         nextStrip();
-        area = area.translated({-static_cast<float>(kWidth), 0.0f});
+        area = area.translated({-static_cast<float>(width_), 0.0f});
     }
 }
 
@@ -49,10 +51,11 @@ void StripRing::nextStrip() {
 }
 
 void StripRing::paint(gui::Canvas& canvas, float x, int alpha) const {
+    const auto width = static_cast<float>(width_);
     float left = x - static_cast<float>(column_);
-    for (std::size_t i = 0; i < strips_.size() && left > -kWidth; ++i) {
+    for (std::size_t i = 0; i < strips_.size() && left > -width; ++i) {
         canvas.drawBitmap(*strips_[(current_ + i) % strips_.size()], {left, 0.0f}, alpha);
-        left -= kWidth;
+        left -= width;
     }
 }
 

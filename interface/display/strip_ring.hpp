@@ -13,7 +13,10 @@ namespace vanta::interface {
 /// form a ring, of which the newest is being written.
 class StripRing {
 public:
-    static constexpr int kWidth = 32;  ///< columns of a strip
+    /// Columns of a strip where a renderer uploads those that have changed, and where pixels are copied in
+    /// memory, which is quicker by long rows.
+    static constexpr int kUploadedWidth = 32;
+    static constexpr int kCopiedWidth = 512;
 
     /// Draws at a canvas what lies in an area of it. Parts may lie outside.
     using Draw = std::function<void(gui::Canvas& canvas, const gui::Rect& area)>;
@@ -21,7 +24,8 @@ public:
     explicit StripRing(gui::UserInterface& interface) : ui_(interface) {}
 
     /// Enough strips for a picture of this size, in logical units, without a content. To be cleared then.
-    void resize(float width, float height);
+    void resize(float width, float height, int stripWidth);
+    int stripWidth() const { return width_; }
     /// Empties all strips; `drawOld` fills those that are not being written.
     void clear(const Draw& drawOld);
     /// Appends columns. `draw` is called for each strip that gets some; the area has the width of all.
@@ -35,7 +39,8 @@ private:
     gui::UserInterface& ui_;
     std::vector<std::unique_ptr<gui::Bitmap>> strips_;
     std::size_t current_ = 0;  ///< the strip that is written; older ones follow
-    int column_ = 0;           ///< columns of it that are written, below kWidth
+    int column_ = 0;           ///< columns of it that are written, below their width
+    int width_ = kUploadedWidth;
     float height_ = 0.0f;
 };
 

@@ -34,7 +34,6 @@ public:
         addResources(gui::artworkResources());
         now = 0;
         ui.deviceBacking().setScale(deviceScale);
-        ui.accelerated = true;
         animator.running = true;
         display = &ui.make<LimiterDisplay>(&animator, levels);
         display->sampleRate = static_cast<float>(rate);
@@ -55,8 +54,7 @@ public:
         const auto due = static_cast<std::int64_t>(static_cast<double>(now) * 0.001 * rate);
         const std::int64_t blocks = due / kBlock - heldBack - delivered / kBlock;
         if (audioRuns && blocks > 0) deliver(static_cast<int>(blocks));
-        ui.tickFrameTimers();
-        ui.drainRelay();
+        ui.frame();
     }
     /// Frames of these lengths in turn. The result is how many of them repainted something.
     int run(int totalMs, const std::vector<int>& frames, const std::vector<int>& heldBack = {0}) {

@@ -25,6 +25,7 @@ ColumnRule DisplayCurve::rule() const {
 }
 
 void DisplayCurve::propertyChanged(AbstractProperty& property) {
+    display_.curvesChanged();
     if (&property == &belowColor || &property == &aboveColor || &property == &lineColor ||
         &property == &lineGradient) {
         enabled_ = belowColor.value().alpha != 0 || aboveColor.value().alpha != 0 ||

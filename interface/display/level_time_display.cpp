@@ -102,6 +102,11 @@ void LevelTimeDisplay::layStrips() {
     needsReset_ = true;
 }
 
+void LevelTimeDisplay::curvesChanged() {
+    cache_.forget();
+    markDirty();
+}
+
 void LevelTimeDisplay::fadePicture(int target) {
     if (!animator()) {
         displayAlpha = target;
@@ -160,6 +165,7 @@ void LevelTimeDisplay::reset() {
     labels_.clear();
     squeezeFrames_ = squeezeCount_ = 0;
     infiniteSpeed_ = kUsualSpeed;
+    cache_.release();
     needsReset_ = false;
     markDirty();
 }

@@ -6,6 +6,7 @@
 
 #include "foundation/interval_timer.hpp"
 #include "gui/graphics/text.hpp"
+#include "interface/display/column_cache.hpp"
 #include "interface/display/display_curve.hpp"
 #include "interface/display/peak_label_ring.hpp"
 #include "interface/display/pen_motion.hpp"
@@ -61,6 +62,8 @@ public:
     void fadePicture(int target);
     /// The next frame starts with an empty picture.
     void restart() { needsReset_ = true; }
+    /// Curves look otherwise: from the next column on, in Infinite at once.
+    void curvesChanged();
 
     bool isInfinite() const { return infinite_; }
     /// Of Infinite, in logical units a second; halved with each compression.
@@ -110,6 +113,8 @@ private:
 
     void paintScrolling(gui::Canvas& canvas);
     void paintInfinite(gui::Canvas& canvas);
+    void paintTables(gui::Canvas& canvas, int opacity) const;
+    float settledColumns() const;
     void paintPen(gui::Canvas& canvas, float x);
     void paintLabels(gui::Canvas& canvas);
 
@@ -129,6 +134,7 @@ private:
     int squeezeFrames_ = 0;  ///< length of the halving that is under way, 0 for none
     int squeezeCount_ = 0;   ///< of which so many frames have passed
     Spline ease_;
+    ColumnCache cache_;  ///< of Infinite
 
     PeakLabelRing labels_{*this};
     std::array<std::unique_ptr<gui::Text>, PeakLabelRing::kCount> labelTexts_;

@@ -9,6 +9,8 @@
 namespace vanta::interface {
 namespace {
 
+/// Columns to the right that a line's shape depends on.
+constexpr float kLookAhead = 4.0f;
 /// The tip of a label, above the field of its number.
 constexpr float kLabelTip = 3.0f;
 /// How far a label's picture lies below its level.
@@ -37,13 +39,37 @@ void LevelTimeDisplay::paintScrolling(gui::Canvas& canvas) {
     for (const auto& line : curves_) line->paintRest(canvas, right, opacity);
 }
 
+/// Columns of all curves that no later column changes.
+float LevelTimeDisplay::settledColumns() const {
+    auto columns = static_cast<std::size_t>(width());
+    for (const auto& line : curves_) {
+        if (line->isEnabled()) columns = std::min(columns, line->table().size());
+    }
+    return std::max(static_cast<float>(columns) - kTableLead - kLookAhead, 0.0f);
+}
+
+/// In memory each pixel costs, and what has settled is kept; a renderer draws curves as quickly as pictures.
 void LevelTimeDisplay::paintInfinite(gui::Canvas& canvas) {
+    if (ui().accelerated || squeezeFrames_ != 0 || displayAlpha < 255) {
+        cache_.forget();
+        return paintTables(canvas, displayAlpha);
+    }
+    const float settled = settledColumns();
+    cache_.extend(ui(), localBounds(), settled, [this](gui::Canvas& kept) { paintTables(kept, 255); });
+    cache_.paint(canvas);
+    const gui::Canvas::State saved = canvas.state();
+    canvas.clip = canvas.clip.value().intersected({settled, 0.0f, width(), height()});
+    paintTables(canvas, 255);
+    canvas.setState(saved);
+}
+
+void LevelTimeDisplay::paintTables(gui::Canvas& canvas, int opacity) const {
     for (const auto& line : curves_) {
         if (!line->isEnabled()) continue;
         const float columns = static_cast<float>(line->table().size()) - kTableLead;
         const float right = std::clamp(columns, 0.0f, width());
-        if (right > 0.0f) line->paintTable(canvas, {0.0f, 0.0f, right, height()}, displayAlpha);
-        if (right < width()) line->paintRest(canvas, {right, 0.0f, width(), height()}, displayAlpha);
+        if (right > 0.0f) line->paintTable(canvas, {0.0f, 0.0f, right, height()}, opacity);
+        if (right < width()) line->paintRest(canvas, {right, 0.0f, width(), height()}, opacity);
     }
 }
 

@@ -179,6 +179,36 @@ TEST(LevelTimeDisplay, KeepsAPeakThroughTenCompressions) {
     }
 }
 
+int worstDifference(const gui::Bitmap& a, const gui::Bitmap& b) {
+    int worst = 0;
+    for (int y = 0; y < a.pixelRect().bottom; ++y) {
+        for (int x = 0; x < a.pixelRect().right; ++x) {
+            const gui::Color first = gui::toColor(a.row(y)[x]);
+            const gui::Color second = gui::toColor(b.row(y)[x]);
+            worst = std::max({worst, std::abs(first.red - second.red), std::abs(first.green - second.green),
+                              std::abs(first.blue - second.blue)});
+        }
+    }
+    return worst;
+}
+
+TEST(LevelTimeDisplay, KeepsTheSamePictureInInfiniteAsItWouldPaint) {
+    for (const float scale : {1.0f, 1.5f, 2.0f}) {
+        DisplayRig rig(300, 300, scale);
+        rig.signal = beats;
+        rig.loudness = -12.0f;
+        rig.setMode(DisplayMode::Infinite);
+        for (int i = 0; i < 40; ++i) {
+            rig.run(100);
+            const auto kept = rig.ui.picture();
+            rig.ui.accelerated = true;
+            const auto painted = rig.ui.picture();
+            rig.ui.accelerated = false;
+            ASSERT_LE(worstDifference(*kept, *painted), 3) << i << ", scale " << scale;
+        }
+    }
+}
+
 /// Straight from the table of all columns, as if they had been painted at once.
 TEST(LevelTimeDisplay, PaintsStripsWithoutASeam) {
     for (const float scale : {1.0f, 1.5f, 2.0f}) {
@@ -212,16 +242,7 @@ TEST(LevelTimeDisplay, PaintsStripsWithoutASeam) {
             set.entries[0].lineWidth = curve.lineWidth;
             set.bottom = curve.bottomColor;
             whole.canvas().drawCurves(set, {0, 0, 300, 300}, {0, 0}, gui::Canvas::CurveOrientation::OverX);
-            int worst = 0;
-            for (int y = 0; y < picture->pixelRect().bottom; ++y) {
-                for (int x = 0; x < picture->pixelRect().right; ++x) {
-                    const gui::Color a = gui::toColor(picture->row(y)[x]);
-                    const gui::Color b = gui::toColor(whole.bitmap.row(y)[x]);
-                    worst = std::max({worst, std::abs(a.red - b.red), std::abs(a.green - b.green),
-                                      std::abs(a.blue - b.blue)});
-                }
-            }
-            EXPECT_LE(worst, 2) << "scale " << scale << ", speed " << speed;
+            EXPECT_LE(worstDifference(*picture, whole.bitmap), 2) << "scale " << scale << ", speed " << speed;
         }
     }
 }

@@ -18,18 +18,6 @@ constexpr float kSqueezeMs = 500.0f;
 constexpr float kLabelPoints = 7.5f;
 constexpr gui::Color kLabelColor{230, 233, 240, 255};
 
-/// Two digits, never less than the level is.
-std::string levelText(float level, bool roundDown) {
-    const auto rounded = [&](float factor) {
-        return (roundDown ? std::floor(level * factor + 0.0005f) : std::ceil(level * factor - 0.0005f)) /
-               factor;
-    };
-    const float tenths = rounded(10.0f);
-    if (std::abs(tenths) < 10.0f - 0.0005f) return signedNumber("%+.1f", tenths);
-    level = tenths;
-    return signedNumber("%+.0f", rounded(1.0f));
-}
-
 }  // namespace
 
 LevelTimeDisplay::LevelTimeDisplay(gui::UserInterface& interface, gui::Animator* animatedBy)
@@ -298,8 +286,10 @@ void LevelTimeDisplay::advanceLabels(int columns) {
 }
 
 void LevelTimeDisplay::labelPublished(PeakLabel& label) {
-    const bool roundDown = curveAt(labelCurve).operation == RealTimeOperation::Minimum;
-    labelTexts_[static_cast<std::size_t>(label.index)]->text = levelText(label.level, roundDown) + " dB";
+    LevelFormat format;
+    if (curveAt(labelCurve).operation == RealTimeOperation::Minimum)
+        format.interpretation = LevelInterpretation::Reduction;
+    labelTexts_[static_cast<std::size_t>(label.index)]->text = formatLevel(label.level, format).text + " dB";
     fade(label, 255);
 }
 

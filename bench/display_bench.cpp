@@ -32,7 +32,11 @@ struct Scene {
         display->sampleRate = static_cast<float>(kRate);
         display->setBounds(ui.rootControl().localBounds());
         display->parent = &ui.rootControl();
-        display->setMeterScale(interface::MeterScale::Db48, 798.0f, 0.0f, 0);
+        const auto mapping = interface::curveOf(interface::MeterScale::Db48);
+        display->curve = mapping;
+        display->scale = (798.0f - LimiterDisplay::kOffScale) / -mapping.toDisplay(-48.0f);
+        display->grid().extras = std::vector<float>{-48.0f};
+        display->grid().steps = &interface::stepsOf(interface::MeterScale::Db48);
         display->setMode(mode, 1330.0f);
         page->setLogicalSize(1330.0f, 798.0f);
         for (int i = 0; i < 1200; ++i) frame();

@@ -10,6 +10,7 @@
 #include "cli/measure_command.hpp"
 #include "cli/parsing.hpp"
 #include "cli/patch_command.hpp"
+#include "cli/plot_command.hpp"
 #include "cli/preset_commands.hpp"
 #include "cli/render_command.hpp"
 #include "cli/standard_streams.hpp"
@@ -29,14 +30,14 @@ public:
         app_.description(std::string(text::kOverview));
         app_.require_subcommand(1);
         app_.set_version_flag("--version", "vanta " VANTA_VERSION, "print the version");
-        commands_ = {declareRender(app_), declarePatch(app_), declareMeasure(app_)};
+        commands_ = {declareRender(app_), declarePatch(app_), declareMeasure(app_), declarePlot(app_)};
         for (const auto& declare :
              {declareListingCommands, declarePresetCommands, declareStateCommands, declareAaxCommands})
             std::ranges::move(declare(app_), std::back_inserter(commands_));
         describe(app_, "Options");
         for (const Command& command : commands_) {
             const std::string& name = command.app->get_name();
-            const bool hasFileOptions = name == "render" || name == "patch" || name == "aax-render";
+            const bool hasFileOptions = name == "render" || name == "patch" || name == "plot" || name == "aax-render";
             describe(*command.app, hasFileOptions ? "File" : "Options");
         }
         groupCommands(app_);

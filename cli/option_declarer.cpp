@@ -31,7 +31,8 @@ std::vector<OptionHelp> readOptionHelp(std::string_view text) {
 }
 
 CLI::Option* OptionDeclarer::described(CLI::Option* option, const std::string& flag) const {
-    const auto found = std::ranges::find(help_, flag, &OptionHelp::flag);
+    // The text knows an option by its long name.
+    const auto found = std::ranges::find(help_, flag.substr(flag.rfind(',') + 1), &OptionHelp::flag);
     if (found == help_.end()) throw std::logic_error(flag + " has no help");
     if (!found->value.empty()) option->type_name(found->value);
     return option->description(found->text)->group(found->group);

@@ -26,6 +26,7 @@ class OptionDeclarer {
 public:
     OptionDeclarer(CLI::App& app, std::string_view text) : app_(app), help_(readOptionHelp(text)) {}
 
+    /// `flag` is "--gain", or with a short form "-o,--output".
     template <typename Target>
     CLI::Option* option(const std::string& flag, Target& target) {
         return described(app_.add_option(flag, target), flag);

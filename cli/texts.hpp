@@ -12,6 +12,7 @@ extern const std::string_view kPatch;
 extern const std::string_view kMeasure;
 extern const std::string_view kAaxScan;
 extern const std::string_view kAaxRender;
+extern const std::string_view kPlot;
 extern const std::string_view kPresetSave;
 extern const std::string_view kStateSave;
 
@@ -20,11 +21,14 @@ extern const std::string_view kRenderExamples;
 extern const std::string_view kPatchExamples;
 extern const std::string_view kMeasureExamples;
 extern const std::string_view kAaxRenderExamples;
+extern const std::string_view kPlotExamples;
 
 // Options as OptionDeclarer reads them.
 extern const std::string_view kSettingsOptions;
 extern const std::string_view kRenderOptions;
 extern const std::string_view kMeasureOptions;
 extern const std::string_view kAaxRenderOptions;
+extern const std::string_view kPlotOptions;
+extern const std::string_view kViewOptions;
 
 }  // namespace vanta::text

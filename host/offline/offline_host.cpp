@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "foundation/binary_data.hpp"
 #include "foundation/numbers.hpp"
 
 namespace vanta {
@@ -31,6 +32,16 @@ OfflineHost::OfflineHost(const LimiterSettings& settings, ChannelLayout layout, 
 void OfflineHost::process() {
     processor_.processBlock(pointers_.data(), static_cast<int>(pointers_.size()), pointers_.data(),
                             static_cast<int>(channels_), blockLength_);
+}
+
+void OfflineHost::readLevels(LevelExchange& levels) {
+    transfer_.clear();
+    transfer_.seekp(0);
+    transfer_.seekg(0);
+    BinaryDataWriter writer(transfer_);
+    processor_.writeVisualData(writer);
+    BinaryDataReader reader(transfer_);
+    levels.read(reader);
 }
 
 double OfflineHost::largestReductionDb() const {

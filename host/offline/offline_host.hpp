@@ -3,11 +3,13 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <sstream>
 #include <vector>
 
 #include "host/offline/gain_reduction_meter.hpp"
 #include "host/offline/limiter_settings.hpp"
 #include "limiter/processor/vanta_processor.hpp"
+#include "plugin/metering/level_exchange.hpp"
 
 namespace vanta {
 
@@ -28,6 +30,9 @@ public:
     std::span<float* const> sideChain() { return std::span(pointers_).subspan(channels_); }
     /// Processes the block in place: the result replaces the input.
     void process();
+    /// Hands over what a display shows, and has it recorded from now on. Audio that is not read within about
+    /// a tenth of a second is lost.
+    void readLevels(LevelExchange& levels);
 
     /// The largest gain reduction of any channel, in dB; the first `latency()` samples, in which the output
     /// is not the file's yet, do not count.
@@ -46,6 +51,7 @@ private:
     int blockLength_;
     std::vector<float> samples_;
     std::vector<float*> pointers_;
+    std::stringstream transfer_;  ///< reused, so that it need not grow anew
 };
 
 }  // namespace vanta

@@ -1,7 +1,5 @@
 #include "interface/display/limiter_display.hpp"
 
-#include "limiter/parameters/meter_order.hpp"
-
 namespace vanta::interface {
 namespace {
 
@@ -75,25 +73,10 @@ void LimiterDisplay::setMode(DisplayMode mode, float rootWidth) {
     }
 }
 
-void LimiterDisplay::setMeterScale(MeterScale newScale, float interfaceHeight, float rangeDb, int loudness) {
-    const float range = newScale == MeterScale::Loudness ? rangeDb : rangeOf(newScale);
-    const LevelCurve mapping = curveOf(newScale);
-    curve = mapping;
-    scale = (interfaceHeight - kZeroPosition - kFoot) / -mapping.toDisplay(-range);
-
-    const float reference = referenceOf(newScale);
-    grid().steps = &stepsOf(newScale);
-    grid().labelShift = reference;
-    grid().tickOrigin = reference;
-    grid().extras = isKScale(newScale) ? std::vector<float>{reference, 0.0f, reference - range}
-                                       : std::vector<float>{-range};
-
-    wave::LevelSource* slow = &levels_.level(static_cast<int>(ProgrammeLevel::Momentary));
-    if (isKScale(newScale)) {
-        slow = &levels_.combinedLevel(static_cast<int>(ChannelLevel::RmsOrLoudness));
-    } else if (newScale == MeterScale::Loudness) {
-        slow = &levels_.level(loudness);
-    }
+void LimiterDisplay::showSlowLevel(MeterScale meterScale, ProgrammeLevel timeScale) {
+    const ProgrammeLevel shown = meterScale == MeterScale::Loudness ? timeScale : ProgrammeLevel::Momentary;
+    wave::LevelSource* slow = &levels_.level(static_cast<int>(shown));
+    if (isKScale(meterScale)) slow = &levels_.combinedLevel(static_cast<int>(ChannelLevel::RmsOrLoudness));
     curveAt(SlowLevel).levelSource = slow;
 }
 

@@ -2,6 +2,7 @@
 
 #include "interface/display/level_time_display.hpp"
 #include "interface/meters/meter_scale.hpp"
+#include "limiter/parameters/meter_order.hpp"
 #include "plugin/metering/level_exchange.hpp"
 
 namespace vanta::interface {
@@ -18,8 +19,8 @@ public:
 
     /// Full scale lies here, in logical units from the top.
     static constexpr float kZeroPosition = 57.0f;
-    /// What lies below the scale, in logical units.
-    static constexpr float kFoot = 44.0f;
+    /// What the scale leaves of the height, above and below it, in logical units.
+    static constexpr float kOffScale = 101.0f;
 
     LimiterDisplay(gui::UserInterface& interface, gui::Animator* animatedBy, LevelExchange& levels);
 
@@ -27,9 +28,9 @@ public:
     void setMode(DisplayMode mode, float rootWidth);
     /// `mode` or a bypass takes the picture away, softly.
     void showPicture(bool shown) { fadePicture(shown ? 255 : 0); }
-    /// The scale of the levels, for an interface of this height. `rangeDb` and `loudness` count for the scale
-    /// Loudness: how far down it reaches, and which programme level the slow curve shows.
-    void setMeterScale(MeterScale scale, float interfaceHeight, float rangeDb, int loudness);
+    /// The slow level that goes with a scale of the meters: RMS on a K-scale, loudness on the others.
+    /// `timeScale` is which one counts on the scale Loudness.
+    void showSlowLevel(MeterScale meterScale, ProgrammeLevel timeScale);
 
     void refreshTree() override;
 

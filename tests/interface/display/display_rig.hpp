@@ -39,7 +39,11 @@ public:
         display->sampleRate = static_cast<float>(rate);
         display->setBounds(gui::Rect::ofSize(0.0f, 0.0f, width, height));
         display->parent = &ui.rootControl();
-        display->setMeterScale(MeterScale::Db48, height, 0.0f, 0);
+        const auto mapping = curveOf(MeterScale::Db48);
+        display->curve = mapping;
+        display->scale = (height - LimiterDisplay::kOffScale) / -mapping.toDisplay(-48.0f);
+        display->grid().extras = std::vector<float>{-48.0f};
+        display->grid().steps = &stepsOf(MeterScale::Db48);
         setMode(DisplayMode::Fast);
         ui.drainRelay();
         ui.rootControl().takeDirtyRect();

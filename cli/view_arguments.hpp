@@ -1,0 +1,35 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "cli/settings_arguments.hpp"
+
+namespace vanta {
+
+/// How a command line wants the display to look.
+struct ViewArguments {
+    /// Adds --mode, --meter-scale, --scale and --size.
+    void declareTo(CLI::App& app);
+
+    /// Sets Display Mode and Meter Scale to what is asked for. Else the mode is `usualMode`, unless the other
+    /// options set it, and the scale stays. UsageError for unknown words.
+    void applyTo(LimiterSettings& settings, const SettingsArguments& others,
+                 VantaParameters::DisplayMode usualMode) const;
+
+    struct Size {
+        float width;  ///< logical units
+        float height;
+    };
+    /// UsageError for what is no size from 200 x 150 to 4000 x 3000.
+    Size chosenSize(Size usual) const;
+    /// Pixels of a logical unit: 1, 1.5 or 2. UsageError for any other.
+    float chosenScale(float usual) const;
+
+    std::string mode;
+    std::string meterScale;
+    std::string scale;
+    std::string size;
+};
+
+}  // namespace vanta

@@ -1,0 +1,117 @@
+#include "plot/limiting_plot.hpp"
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+
+#include "gui/offscreen/offscreen_interface.hpp"
+#include "gui/offscreen/png_writer.hpp"
+#include "host/offline/offline_host.hpp"
+#include "interface/page/limiter_page.hpp"
+
+namespace vanta {
+namespace {
+
+/// Short enough for each frame of the display to find something new.
+constexpr int kBlock = 256;
+/// Sixty a second, in the whole milliseconds that the display's clock knows.
+constexpr std::array<int, 3> kFrameMs{17, 17, 16};
+/// What the display keeps waiting for frames and audio that come unevenly.
+constexpr int kFramesBehind = 6;
+
+LevelCounts levelCounts(ChannelLayout layout) {
+    return {.channels = channelCount(layout),
+            .audio = kCountOf<RecordedAudio>,
+            .levelsPerChannel = kCountOf<ChannelLevel>,
+            .globalLevels = kCountOf<ProgrammeLevel>,
+            .spectra = 0};
+}
+
+/// Milliseconds of the stream that is being drawn. An interface takes its clock as a plain function.
+thread_local std::int64_t streamTime = 0;
+std::int64_t readStreamTime() {
+    return streamTime;
+}
+
+/// One run through a limiter, and the interface over it.
+class Plotter {
+public:
+    explicit Plotter(const LimitingPlot& plot)
+        : plot_(plot),
+          host_(plot.settings, plot.layout, static_cast<float>(plot.sampleRate), kBlock,
+                plot.sideChain ? plot.sideChain->channelCount() : 0),
+          levels_(levelCounts(plot.layout)),
+          ui_(plot.width, plot.height, &readStreamTime) {
+        streamTime = 0;
+        ui_.deviceBacking().setScale(plot.scale);
+        page_.emplace(ui_, plot.settings, levels_, static_cast<float>(plot.sampleRate));
+        host_.readLevels(levels_);
+    }
+
+    void run() {
+        while (!inputEnded_) {
+            playBlock();
+            if (plot_.progress && !plot_.progress(read_)) throw Stopped();
+        }
+        // What was read last is still on its way through limiter and display.
+        const std::int64_t end = played_ + host_.latency();
+        while (played_ < end) playBlock();
+        for (int i = 0; i < kFramesBehind; ++i) frame();
+    }
+    void write(const std::filesystem::path& file) { gui::writePng(*ui_.picture(), file.string()); }
+
+private:
+    void playBlock() {
+        read_ += fill(plot_.input, host_.input(), inputEnded_ ? 0 : plot_.endSamples - read_);
+        if (plot_.sideChain) fill(*plot_.sideChain, host_.sideChain(), kBlock);
+        host_.process();
+        played_ += kBlock;
+        while (static_cast<double>(played_) >= static_cast<double>(nextFrameMs()) * 0.001 * plot_.sampleRate)
+            frame();
+    }
+
+    /// The result is how much could be read; an end of the input is noted.
+    std::int64_t fill(AudioReader& reader, std::span<float* const> channels, std::int64_t most) {
+        const auto wanted = static_cast<std::size_t>(std::clamp<std::int64_t>(most, 0, kBlock));
+        const std::size_t frames = wanted > 0 ? reader.read(channels, wanted) : 0;
+        for (float* channel : channels) std::fill(channel + frames, channel + kBlock, 0.0f);
+        if (&reader == &plot_.input && frames < kBlock) inputEnded_ = true;
+        return static_cast<std::int64_t>(frames);
+    }
+
+    std::int64_t nextFrameMs() const { return streamTime + kFrameMs[frames_ % kFrameMs.size()]; }
+    void frame() {
+        streamTime = nextFrameMs();
+        ++frames_;
+        host_.readLevels(levels_);
+        ui_.frame();
+    }
+
+    const LimitingPlot& plot_;
+    OfflineHost host_;
+    LevelExchange levels_;
+    gui::OffscreenInterface ui_;
+    std::optional<interface::LimiterPage> page_;
+    std::int64_t read_ = 0;
+    std::int64_t played_ = 0;
+    std::size_t frames_ = 0;
+    bool inputEnded_ = false;
+};
+
+void check(const LimitingPlot& plot) {
+    if (!(plot.sampleRate >= kLowestSampleRate && plot.sampleRate <= kHighestSampleRate))
+        throw std::invalid_argument("the sample rate is out of range");
+    if (!(plot.width >= 1.0f && plot.height >= 1.0f && plot.width <= 8192.0f && plot.height <= 8192.0f))
+        throw std::invalid_argument("the size is out of range");
+}
+
+}  // namespace
+
+void writeLimitingPlot(const std::filesystem::path& file, const LimitingPlot& plot) {
+    check(plot);
+    Plotter plotter(plot);
+    plotter.run();
+    plotter.write(file);
+}
+
+}  // namespace vanta

@@ -1,0 +1,104 @@
+#include "app/scope/engine.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "foundation/failure.hpp"
+#include "host/jack/port_names.hpp"
+
+namespace vanta {
+namespace {
+
+/// A file has no events.
+class NoEvents final : public HostEventSource {
+public:
+    bool next(HostEvent&) override { return false; }
+};
+
+}  // namespace
+
+Engine::Engine(AudioFileReader& reader, ChannelLayout layout)
+    : sampleRate_(static_cast<double>(reader.info().samplerate)),
+      player_(reader),
+      plugin_(*this, layout),
+      buffers_(static_cast<std::size_t>(player_.channelCount()), std::vector<float>(kLargestBlock)) {
+    plugin_.activate(sampleRate_, kLargestBlock);
+}
+
+Engine::~Engine() {
+    jack_.reset();
+    quit_.store(true);
+    if (clock_.joinable()) clock_.join();
+}
+
+std::string Engine::start(bool useJack) {
+    if (useJack && startJack()) return fmt::format("JACK, as {}", jack_get_client_name(jack_.get()));
+    clock_ = std::thread([this] { runClock(); });
+    return "nobody, at the pace of a clock";
+}
+
+bool Engine::startJack() {
+    try {
+        jack_ = openJack({.clientName = "vanta-scope"});
+    } catch (const Failure&) {
+        return false;
+    }
+    if (jack_get_sample_rate(jack_.get()) != static_cast<jack_nframes_t>(sampleRate_)) {
+        jack_.reset();
+        return false;
+    }
+    for (const std::string& speaker : portSpeakers(plugin_.layout()))
+        ports_.push_back(jack_port_register(jack_.get(), ("out_" + speaker).c_str(), JACK_DEFAULT_AUDIO_TYPE,
+                                            JackPortIsOutput | JackPortIsTerminal, 0));
+    jack_set_process_callback(
+        jack_.get(),
+        [](jack_nframes_t frames, void* engine) {
+            Engine& self = *static_cast<Engine*>(engine);
+            std::array<float*, kMaxChannels> outputs{};
+            for (std::size_t i = 0; i < self.ports_.size(); ++i)
+                outputs[i] = static_cast<float*>(jack_port_get_buffer(self.ports_[i], frames));
+            self.play({outputs.data(), self.ports_.size()}, static_cast<int>(frames));
+            return 0;
+        },
+        this);
+    if (std::ranges::count(ports_, nullptr) > 0 || jack_activate(jack_.get()) != 0) {
+        jack_.reset();
+        return false;
+    }
+    const char** const speakers =
+        jack_get_ports(jack_.get(), nullptr, JACK_DEFAULT_AUDIO_TYPE, JackPortIsPhysical | JackPortIsInput);
+    for (std::size_t i = 0; speakers && i < ports_.size() && speakers[i]; ++i)
+        jack_connect(jack_.get(), jack_port_name(ports_[i]), speakers[i]);
+    jack_free(speakers);
+    return true;
+}
+
+/// Keeps to the time of the start, so that late wake-ups do not add up.
+void Engine::runClock() {
+    using Clock = std::chrono::steady_clock;
+    std::array<float*, kMaxChannels> outputs{};
+    for (std::size_t i = 0; i < buffers_.size(); ++i) outputs[i] = buffers_[i].data();
+    const auto start = Clock::now();
+    for (std::int64_t blocks = 1; !quit_.load(); ++blocks) {
+        play({outputs.data(), buffers_.size()}, kBlock);
+        std::this_thread::sleep_until(start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(
+                                                  static_cast<double>(blocks * kBlock) / sampleRate_)));
+    }
+}
+
+void Engine::play(std::span<float* const> outputs, int samples) {
+    if (paused_.load()) {
+        for (float* output : outputs) std::fill_n(output, samples, 0.0f);
+    } else {
+        player_.play(outputs, samples);
+    }
+    std::array<const float*, kMaxChannels> inputs{};
+    std::ranges::copy(outputs, inputs.begin());
+    NoEvents events;
+    plugin_.process({.inputs = {inputs.data(), outputs.size()}, .sideChain = {}, .outputs = outputs, .samples = samples},
+                    events);
+}
+
+}  // namespace vanta

@@ -19,14 +19,6 @@ constexpr std::array<int, 3> kFrameMs{17, 17, 16};
 /// What the display keeps waiting for frames and audio that come unevenly.
 constexpr int kFramesBehind = 6;
 
-LevelCounts levelCounts(ChannelLayout layout) {
-    return {.channels = channelCount(layout),
-            .audio = kCountOf<RecordedAudio>,
-            .levelsPerChannel = kCountOf<ChannelLevel>,
-            .globalLevels = kCountOf<ProgrammeLevel>,
-            .spectra = 0};
-}
-
 /// Milliseconds of the stream that is being drawn. An interface takes its clock as a plain function.
 thread_local std::int64_t streamTime = 0;
 std::int64_t readStreamTime() {
@@ -40,11 +32,12 @@ public:
         : plot_(plot),
           host_(plot.settings, plot.layout, static_cast<float>(plot.sampleRate), kBlock,
                 plot.sideChain ? plot.sideChain->channelCount() : 0),
-          levels_(levelCounts(plot.layout)),
+          levels_(interface::levelCounts(plot.layout)),
+          link_(plot.settings, levels_, plot.layout),
           ui_(plot.width, plot.height, &readStreamTime) {
         streamTime = 0;
         ui_.deviceBacking().setScale(plot.scale);
-        page_.emplace(ui_, plot.settings, levels_, static_cast<float>(plot.sampleRate));
+        ui_.make<interface::LimiterPage>(link_, static_cast<float>(plot.sampleRate));
         host_.readLevels(levels_);
     }
 
@@ -90,8 +83,8 @@ private:
     const LimitingPlot& plot_;
     OfflineHost host_;
     LevelExchange levels_;
+    interface::ExchangeLink link_;
     gui::OffscreenInterface ui_;
-    std::optional<interface::LimiterPage> page_;
     std::int64_t read_ = 0;
     std::int64_t played_ = 0;
     std::size_t frames_ = 0;

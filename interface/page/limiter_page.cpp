@@ -2,12 +2,19 @@
 
 #include "foundation/resource.hpp"
 #include "gui/artwork/artwork_resources.hpp"
+#include "gui/controls/shape.hpp"
 #include "gui/tree/root_control.hpp"
 
 namespace vanta::interface {
 namespace {
 
 constexpr int kFramesPerSecond = 60;
+constexpr float kScaleWidth = 44.0f;
+constexpr gui::Color kDarkGlass{8, 9, 12, 168};
+constexpr gui::Color kHalfGlass{8, 9, 12, 128};
+constexpr gui::Color kClearGlass{8, 9, 12, 0};
+constexpr float kTopBar = 48.0f;  ///< the last 8 units are its shadow
+constexpr float kBottomBar = 27.0f;
 
 gui::Animator& makeAnimator(gui::UserInterface& interface) {
     addResources(gui::artworkResources());
@@ -19,36 +26,97 @@ gui::Animator& makeAnimator(gui::UserInterface& interface) {
 
 }  // namespace
 
-LimiterPage::LimiterPage(gui::UserInterface& interface, const VantaParameters& parameters,
-                         LevelExchange& levels, float sampleRate)
-    : ui_(interface),
-      parameters_(parameters),
+LevelCounts levelCounts(ChannelLayout layout) {
+    return {.channels = channelCount(layout),
+            .audio = kCountOf<RecordedAudio>,
+            .levelsPerChannel = kCountOf<ChannelLevel>,
+            .globalLevels = kCountOf<ProgrammeLevel>,
+            .spectra = 0};
+}
+
+LimiterPage::LimiterPage(gui::UserInterface& interface, ExchangeLink& link, float sampleRate)
+    : Component(interface),
+      link_(link),
       animator_(&makeAnimator(interface)),
-      display_(&interface.make<LimiterDisplay>(animator_, levels)) {
-    ui_.loadBackdrop("Background");
+      display_(&interface.make<LimiterDisplay>(animator_, link.levels())) {
+    interface.loadBackdrop("Background");
+    gui::RootControl& root = interface.rootControl();
     display_->sampleRate = sampleRate;
-    display_->setBounds(ui_.rootControl().localBounds());
-    display_->parent = &ui_.rootControl();
+    display_->anchor = gui::anchor::kTopLeft;
+    display_->grid().showLabels = false;
+    display_->parent = &root;
+    buildScale();
+    panel_ = &interface.make<VantaMeterPanel>(root, link, animator_, VantaMeterPanel::Form::Regular);
+    panel_->setMainScale(display_, {&numbers_->grid(), &display_->grid()});
+    buildBars();
+    link_.onRestart = [this] { display_->restart(); };
+    root.onResize.addHandler(this, &LimiterPage::layOut);
+    panel_->onResize.addHandler(this, &LimiterPage::layOut);
     follow();
+    layOut();
+}
+
+LimiterPage::~LimiterPage() {
+    link_.onRestart = nullptr;
+    if (!ui().isDestroying()) ui().rootControl().onResize.removeHandler(this, &LimiterPage::layOut);
+}
+
+/// Dark glass, so that numbers can be read on the moving picture.
+void LimiterPage::buildScale() {
+    auto& glass = ui().make<gui::Shape>();
+    glass.gradient = gui::Gradient(kClearGlass, kHalfGlass, 0.3f, kDarkGlass);
+    glass.direction = gui::Shape::Direction::Right;
+    glass.parent = &ui().rootControl();
+    scale_ = &glass;
+    numbers_ = &ui().make<DisplayGridControl>();
+    numbers_->anchor = gui::anchor::kAll;
+    numbers_->parent = scale_;
+    DisplayGrid& grid = numbers_->grid();
+    grid.setDisplay(display_);
+    grid.margins = display_->grid().margins.value();
+    grid.format = display_->grid().format.value();
+    grid.minimumSpacing = display_->grid().minimumSpacing.value();
+    grid.labelColor = display_->grid().labelColor.value();
+    grid.labelAlignment = gui::Alignment::Right;
+    grid.labelInset = 4.0f;
+    grid.showLines = false;
+}
+
+void LimiterPage::buildBars() {
+    topBar_ = &addBar("LogoBar", 100.0f);
+    bottomBar_ = &addBar("BottomBar", 50.0f);
+}
+
+gui::Image& LimiterPage::addBar(const char* picture, float tile) {
+    auto& bar = ui().make<gui::Image>();
+    bar.stretchMode = gui::Image::StretchMode::Stretched;
+    bar.tile = tile;
+    bar.load(picture);
+    bar.parent = &ui().rootControl();
+    return bar;
+}
+
+void LimiterPage::layOut(void* /*sender*/) {
+    const gui::Rect& all = ui().rootControl().localBounds();
+    const float right = panel_->bounds.value().left;
+    display_->setBounds({0.0f, 0.0f, right, all.height()});
+    scale_->setBounds(gui::Rect{right - kScaleWidth, 0.0f, right, all.height()});
+    numbers_->setBounds(scale_->localBounds());
+    topBar_->setBounds({0.0f, 0.0f, all.width(), kTopBar});
+    bottomBar_->setBounds({0.0f, all.height() - kBottomBar, all.width(), all.height()});
+    display_->setMode(static_cast<DisplayMode>(mode_), all.width());
 }
 
 void LimiterPage::follow() {
-    const auto mode = static_cast<DisplayMode>(parameters_.displayMode.currentIndex());
-    display_->setMode(mode, ui_.rootControl().localBounds().width());
-    const bool isShown = mode != DisplayMode::Off && !parameters_.bypass.mapped();
-    if (isShown != (display_->displayAlpha > 0)) display_->showPicture(isShown);
-    followScale();
-}
-
-void LimiterPage::followScale() {
-    const auto kind = static_cast<MeterScale>(parameters_.meterScale.currentIndex());
-    const LevelCurve mapping = curveOf(kind);
-    const float range = kind == MeterScale::Loudness ? 32.0f : rangeOf(kind);
-    display_->curve = mapping;
-    display_->scale =
-        (ui_.rootControl().localBounds().height() - LimiterDisplay::kOffScale) / -mapping.toDisplay(-range);
-    display_->grid().steps = &stepsOf(kind);
-    display_->showSlowLevel(kind, static_cast<ProgrammeLevel>(parameters_.loudnessTimeScale.currentIndex()));
+    const VantaParameters& parameters = link_.parameters();
+    mode_ = static_cast<VantaParameters::DisplayMode>(parameters.displayMode.currentIndex());
+    display_->setMode(static_cast<DisplayMode>(mode_), ui().rootControl().localBounds().width());
+    const bool isShown = mode_ != VantaParameters::DisplayMode::Off && !parameters.bypass.mapped();
+    if (isShown != isShown_) display_->showPicture(isShown);
+    isShown_ = isShown;
+    panel_->parameterChanged(VantaMeterPanel::kAllParameters);
+    display_->showSlowLevel(static_cast<MeterScale>(parameters.meterScale.currentIndex()),
+                            static_cast<ProgrammeLevel>(parameters.loudnessTimeScale.currentIndex()));
 }
 
 }  // namespace vanta::interface

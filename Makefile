@@ -11,6 +11,7 @@ JOBS   ?= $(shell nproc)
 
 .PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz \
         preset-table aax-table artwork artwork-sheet gallery clean
+        preset-table artwork artwork-sheet gallery scope clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
@@ -74,6 +75,11 @@ fuzz: setup
 gallery: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS) --target vanta-gallery
+
+# A window with display and meters over a file: build/vanta-scope FILE
+scope: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
+	@cmake --build build --parallel $(JOBS) --target vanta-scope
 
 # Takes a minute: plays the demonstration song through all factory presets.
 preset-table: build

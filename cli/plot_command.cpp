@@ -23,8 +23,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr ViewArguments::Size kUsualSize{1330.0f, 798.0f};
-
 void check(const PlotArguments& arguments) {
     if (arguments.files.size() != 1) throw UsageError("plot needs one file; see 'vanta plot --help'");
     if (arguments.output.empty()) throw UsageError("plot needs a picture to write: use -o PICTURE.png");
@@ -39,7 +37,7 @@ int runPlot(const PlotArguments& arguments) {
     LimiterSettings settings;
     arguments.settings.applyTo(settings, !arguments.sideChain.empty());
     arguments.view.applyTo(settings, arguments.settings, VantaParameters::DisplayMode::Infinite);
-    const ViewArguments::Size size = arguments.view.chosenSize(kUsualSize);
+    const ViewArguments::Size size = arguments.view.chosenSize();
     const float scale = arguments.view.chosenScale(1.0f);
 
     watchForInterrupts();

@@ -52,8 +52,8 @@ void ViewArguments::applyTo(LimiterSettings& settings, const SettingsArguments& 
         settings.meterScale.setValue(static_cast<float>(chosen(meterScale, "meter scale", kMeterScales)), 0);
 }
 
-ViewArguments::Size ViewArguments::chosenSize(Size usual) const {
-    if (size.empty()) return usual;
+ViewArguments::Size ViewArguments::chosenSize() const {
+    if (size.empty()) return {1330.0f, 798.0f};
     const auto x = std::min(size.find('x'), size.size());
     const auto width = readNumber(size.substr(0, x));
     const auto height = readNumber(x < size.size() ? size.substr(x + 1) : "");

@@ -131,6 +131,9 @@ vanta_layer(app/lv2 SEES host/lv2)
 vanta_layer(app/aax SEES plugin/model host/common host/aax/standin host/aax)
 vanta_layer(app/gallery SEES foundation gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
 vanta_layer(app/jack SEES foundation plugin/model host/common host/jack cli)
+vanta_layer(app/scope SEES foundation plugin/parameters plugin/metering plugin/model limiter/parameters limiter/model
+            host/common host/jack host/offline gui/graphics gui/tree gui/animation gui/opengl gui/x11 interface/page
+            audiofile mastering plot cli)
 
 vanta_layer(tools/song SEES foundation)
 vanta_layer(tools/compile_artwork SEES foundation)

@@ -49,9 +49,10 @@ bool Engine::startJack() {
         jack_.reset();
         return false;
     }
-    for (const std::string& speaker : portSpeakers(plugin_.layout()))
-        ports_.push_back(jack_port_register(jack_.get(), ("out_" + speaker).c_str(), JACK_DEFAULT_AUDIO_TYPE,
-                                            JackPortIsOutput | JackPortIsTerminal, 0));
+    for (const std::string_view speaker : portSpeakers(plugin_.layout()))
+        ports_.push_back(jack_port_register(jack_.get(), fmt::format("out_{}", speaker).c_str(),
+                                            JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput | JackPortIsTerminal,
+                                            0));
     jack_set_process_callback(
         jack_.get(),
         [](jack_nframes_t frames, void* engine) {
@@ -83,8 +84,9 @@ void Engine::runClock() {
     const auto start = Clock::now();
     for (std::int64_t blocks = 1; !quit_.load(); ++blocks) {
         play({outputs.data(), buffers_.size()}, kBlock);
-        std::this_thread::sleep_until(start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(
-                                                  static_cast<double>(blocks * kBlock) / sampleRate_)));
+        std::this_thread::sleep_until(
+            start + std::chrono::duration_cast<Clock::duration>(
+                        std::chrono::duration<double>(static_cast<double>(blocks * kBlock) / sampleRate_)));
     }
 }
 
@@ -97,8 +99,9 @@ void Engine::play(std::span<float* const> outputs, int samples) {
     std::array<const float*, kMaxChannels> inputs{};
     std::ranges::copy(outputs, inputs.begin());
     NoEvents events;
-    plugin_.process({.inputs = {inputs.data(), outputs.size()}, .sideChain = {}, .outputs = outputs, .samples = samples},
-                    events);
+    plugin_.process(
+        {.inputs = {inputs.data(), outputs.size()}, .sideChain = {}, .outputs = outputs, .samples = samples},
+        events);
 }
 
 }  // namespace vanta

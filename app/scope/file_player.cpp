@@ -27,7 +27,8 @@ FilePlayer::~FilePlayer() {
 void FilePlayer::play(std::span<float* const> channels, int samples) {
     const std::uint64_t from = played_.load(std::memory_order_relaxed);
     const std::uint64_t ready = written_.load(std::memory_order_acquire) - from;
-    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(ready, static_cast<std::uint64_t>(samples)));
+    const auto count =
+        static_cast<std::size_t>(std::min<std::uint64_t>(ready, static_cast<std::uint64_t>(samples)));
     for (std::size_t c = 0; c < channels.size(); ++c) {
         for (std::size_t i = 0; i < count; ++i) channels[c][i] = channels_[c][(from + i) & (kAhead - 1)];
         std::fill(channels[c] + count, channels[c] + samples, 0.0f);

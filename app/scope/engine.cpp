@@ -28,6 +28,8 @@ Engine::Engine(AudioFileReader& reader, ChannelLayout layout)
 }
 
 Engine::~Engine() {
+    // A connection that the server has ended is not ours to close: JACK's library would ask the server.
+    if (serverHasGone_.load()) static_cast<void>(jack_.release());
     jack_.reset();
     quit_.store(true);
     if (clock_.joinable()) clock_.join();
@@ -35,8 +37,18 @@ Engine::~Engine() {
 
 std::string Engine::start(bool useJack) {
     if (useJack && startJack()) return fmt::format("JACK, as {}", jack_get_client_name(jack_.get()));
-    clock_ = std::thread([this] { runClock(); });
+    startClock();
     return "nobody, at the pace of a clock";
+}
+
+void Engine::startClock() {
+    clock_ = std::thread([this] { runClock(); });
+}
+
+void Engine::keepPlaying() {
+    if (!serverHasGone_.exchange(false)) return;
+    static_cast<void>(jack_.release());
+    startClock();
 }
 
 bool Engine::startJack() {
@@ -64,6 +76,8 @@ bool Engine::startJack() {
             return 0;
         },
         this);
+    jack_on_shutdown(
+        jack_.get(), [](void* engine) { static_cast<Engine*>(engine)->serverHasGone_.store(true); }, this);
     if (std::ranges::count(ports_, nullptr) > 0 || jack_activate(jack_.get()) != 0) {
         jack_.reset();
         return false;

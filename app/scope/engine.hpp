@@ -26,6 +26,9 @@ public:
     /// Starts to play. `useJack`: asks for a server. The result says where to.
     std::string start(bool useJack);
 
+    /// Now and then: goes on by the clock if the server has gone.
+    void keepPlaying();
+
     HostedPlugin& plugin() { return plugin_; }
     VantaPlugin& model() { return static_cast<VantaPlugin&>(plugin_.model()); }
     double sampleRate() const { return sampleRate_; }
@@ -41,6 +44,7 @@ private:
     static constexpr int kLargestBlock = 8192;
 
     bool startJack();
+    void startClock();
     void runClock();
     VANTA_REALTIME void play(std::span<float* const> outputs, int samples);
 
@@ -53,6 +57,7 @@ private:
     HostedPlugin plugin_;
     std::atomic<bool> paused_{false};
     std::atomic<bool> quit_{false};
+    std::atomic<bool> serverHasGone_{false};
     std::vector<std::vector<float>> buffers_;
     std::vector<jack_port_t*> ports_;
     std::thread clock_;

@@ -65,7 +65,7 @@ ScopeWindow::ScopeWindow(Engine& engine, const gui::X11Settings& settings)
     keys.takeFocus();
     auto& drain = *ui_.createTimer().release();  // the interface deletes it
     drain.interval = kDrainMs;
-    drain.onTick.setHandler(this, &ScopeWindow::frame);
+    drain.onTick.setHandler(this, &ScopeWindow::drain);
     drain.running = true;
     ui_.onClose.addHandler(this, &ScopeWindow::closed);
     ui_.show();
@@ -73,6 +73,11 @@ ScopeWindow::ScopeWindow(Engine& engine, const gui::X11Settings& settings)
 
 void ScopeWindow::frame(void* /*sender*/) {
     engine_.model().adapter()->syncLevels();
+}
+
+void ScopeWindow::drain(void* sender) {
+    engine_.keepPlaying();
+    frame(sender);
 }
 
 void ScopeWindow::set(AbstractPluginParameter& parameter, float value) {

@@ -27,7 +27,8 @@ public:
 
 private:
     void set(AbstractPluginParameter& parameter, float value);
-    void frame(void* = nullptr);
+    void frame(void*);
+    void drain(void*);
     void closed(void*) { ui_.quit(); }
 
     Engine& engine_;

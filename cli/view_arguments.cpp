@@ -58,8 +58,8 @@ ViewArguments::Size ViewArguments::chosenSize() const {
     const auto width = readNumber(size.substr(0, x));
     const auto height = readNumber(x < size.size() ? size.substr(x + 1) : "");
     const bool isWhole = width && height && width->length == x && height->length == size.size() - x - 1;
-    if (!isWhole || !isWithin(width->value, 200, 4000) || !isWithin(height->value, 150, 3000))
-        throw UsageError(fmt::format("--size cannot be '{}': use a size from 200x150 to 4000x3000", size));
+    if (!isWhole || !isWithin(width->value, 400, 4000) || !isWithin(height->value, 350, 3000))
+        throw UsageError(fmt::format("--size cannot be '{}': use a size from 400x350 to 4000x3000", size));
     return {static_cast<float>(width->value), static_cast<float>(height->value)};
 }
 

@@ -21,7 +21,7 @@ struct ViewArguments {
         float width;  ///< logical units
         float height;
     };
-    /// 1330 x 798 unless told. UsageError for what is no size from 200 x 150 to 4000 x 3000.
+    /// 1330 x 798 unless told. UsageError for what is no size from 400 x 350 to 4000 x 3000.
     Size chosenSize() const;
     /// Pixels of a logical unit: 1, 1.5 or 2. UsageError for any other.
     float chosenScale(float usual) const;

@@ -247,6 +247,41 @@ TEST(LevelTimeDisplay, PaintsStripsWithoutASeam) {
     }
 }
 
+/// Slow Down, Fast at uneven frames, Slow, Infinite at 15 frames a second, Off half-way.
+TEST(LevelTimeDisplay, LooksAsReviewed) {
+    const struct {
+        DisplayMode mode;
+        std::size_t pace;
+    } states[] = {{DisplayMode::SlowDown, 0},
+                  {DisplayMode::Fast, 5},
+                  {DisplayMode::Slow, 0},
+                  {DisplayMode::Infinite, 4},
+                  {DisplayMode::Off, 0}};
+    constexpr float kWidth = 180.0f;
+    constexpr float kHeight = 350.0f;
+    for (const float scale : {1.0f, 1.5f, 2.0f}) {
+        test::Sheet sheet(5 * kWidth, kHeight, scale);
+        float left = 0.0f;
+        for (const auto& state : states) {
+            DisplayRig rig(kWidth, kHeight, scale);
+            rig.ui.loadBackdrop("Background");
+            rig.signal = beats;
+            rig.loudness = -14.0f;
+            const Pace pace = paces()[state.pace];
+            if (state.mode != DisplayMode::Off) rig.setMode(state.mode);
+            rig.run(3500, pace.frames, pace.heldBack);
+            if (state.mode == DisplayMode::Off) {
+                rig.display->showPicture(false);
+                rig.run(150);
+            }
+            const auto picture = rig.ui.picture();
+            sheet.canvas().drawBitmap(*picture, {left, 0.0f});
+            left += kWidth;
+        }
+        test::expectPicture(sheet.bitmap, test::atScale("display", scale), 1);
+    }
+}
+
 TEST(LevelTimeDisplay, RepaintsNothingWhileFlatAndReadsNothingWhileHidden) {
     DisplayRig rig;
     rig.setMode(DisplayMode::SlowDown);

@@ -6,7 +6,7 @@ string(TIMESTAMP VANTA_BUILD_DATE %Y-%m-%d UTC)
 # What is there already is not ours to remove later: see installed_files.cmake.
 install(CODE "include(\"${PROJECT_SOURCE_DIR}/cmake/installed_files.cmake\")\nvanta_before_install()")
 
-install(TARGETS vanta vanta-jack RUNTIME DESTINATION bin COMPONENT programs)
+install(TARGETS vanta vanta-jack vanta-scope RUNTIME DESTINATION bin COMPONENT programs)
 
 # Hosts look in lib, whatever the machine's own folder of libraries is called.
 set(modules)
@@ -25,20 +25,21 @@ if(TARGET vanta_vst3)
   install(DIRECTORY ${VANTA_PLUGINS_DIR}/vanta.vst3 DESTINATION lib/vst3 USE_SOURCE_PERMISSIONS COMPONENT plugins)
 endif()
 
-# vanta_man_page(PROGRAM SUMMARY SEE-ALSO)
-function(vanta_man_page program summary see_also)
+# vanta_man_page(PROGRAM SUMMARY SEE-ALSO...)
+function(vanta_man_page program summary)
   set(page ${VANTA_INSTALL_DIR}/${program}.1)
   add_custom_command(OUTPUT ${page}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${VANTA_INSTALL_DIR}
     COMMAND man_page $<TARGET_FILE:${program}> ${program} ${summary} "${VANTA_PRODUCT_NAME} ${PROJECT_VERSION}"
-            ${VANTA_BUILD_DATE} ${see_also} > ${page}
+            ${VANTA_BUILD_DATE} ${ARGN} > ${page}
     DEPENDS man_page ${program}
     VERBATIM)
   set_property(GLOBAL APPEND PROPERTY vanta_man_pages ${page})
   install(FILES ${page} DESTINATION share/man/man1 COMPONENT documentation)
 endfunction()
-vanta_man_page(vanta "mastering limiter for audio files" vanta-jack)
+vanta_man_page(vanta "mastering limiter for audio files" vanta-jack vanta-scope)
 vanta_man_page(vanta-jack "mastering limiter as a client of JACK" vanta)
+vanta_man_page(vanta-scope "window onto a file that plays through a mastering limiter" vanta)
 
 set(templates ${PROJECT_SOURCE_DIR}/resources/install)
 configure_file(${templates}/vanta-jack.desktop.in ${VANTA_INSTALL_DIR}/vanta-jack.desktop @ONLY)
@@ -51,4 +52,4 @@ install(CODE "vanta_after_install()")
 
 get_property(pages GLOBAL PROPERTY vanta_man_pages)
 add_custom_target(product ALL DEPENDS ${pages})
-add_dependencies(product vanta vanta-jack plugins ${modules})
+add_dependencies(product vanta vanta-jack vanta-scope plugins ${modules})

@@ -20,7 +20,7 @@ desktop=$root/share/applications/vanta-jack.desktop
 for file in "$metainfo" "$desktop" "$root"/share/icons/hicolor/scalable/apps/vanta.svg; do
   [ -s "$file" ] || fail "$file is missing"
 done
-for name in vanta vanta-jack; do
+for name in vanta vanta-jack vanta-scope; do
   "$root/bin/$name" --version | grep -q "^$name [0-9.]*$" || fail "$name does not say its version"
   page=$root/share/man/man1/$name.1
   [ -s "$page" ] || fail "$page is missing"

@@ -1,4 +1,4 @@
-// Prints a manual page of a program of ours: PROGRAM NAME SUMMARY SOURCE DATE SEE-ALSO
+// Prints a manual page of a program of ours: PROGRAM NAME SUMMARY SOURCE DATE SEE-ALSO...
 
 #include <fmt/format.h>
 
@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cstdio>
 #include <memory>
+#include <span>
 #include <sstream>
 #include <stdexcept>
 
@@ -125,7 +126,7 @@ void printCommands(const std::string& program, const std::string& path, const He
 }
 
 void printPage(const std::string& program, const std::string& name, const std::string& summary,
-               const std::string& source, const std::string& date, const std::string& seeAlso) {
+               const std::string& source, const std::string& date, std::span<const char* const> seeAlso) {
     const HelpPage page = readHelpPage(helpOf(program, {}));
     const bool hasCommands = page.usage.ends_with(" COMMAND");
     std::string title = name;
@@ -144,7 +145,9 @@ void printPage(const std::string& program, const std::string& name, const std::s
     if (!page.examples.empty()) fmt::print(".SH EXAMPLES\n");
     printExamples(page);
     if (!page.exitStatus.empty()) fmt::print(".SH \"EXIT STATUS\"\n{}\n", roff(page.exitStatus));
-    fmt::print(".SH \"SEE ALSO\"\n.BR {} (1)\n", roff(seeAlso));
+    fmt::print(".SH \"SEE ALSO\"\n");
+    for (std::size_t i = 0; i < seeAlso.size(); ++i)
+        fmt::print(".BR {} (1){}\n", roff(seeAlso[i]), i + 1 < seeAlso.size() ? "," : "");
 }
 
 }  // namespace
@@ -152,8 +155,8 @@ void printPage(const std::string& program, const std::string& name, const std::s
 
 int main(int argc, char** argv) {
     try {
-        if (argc != 7) throw std::runtime_error("use: man_page PROGRAM NAME SUMMARY SOURCE DATE SEE-ALSO");
-        vanta::printPage(argv[1], argv[2], argv[3], argv[4], argv[5], argv[6]);
+        if (argc < 7) throw std::runtime_error("use: man_page PROGRAM NAME SUMMARY SOURCE DATE SEE-ALSO...");
+        vanta::printPage(argv[1], argv[2], argv[3], argv[4], argv[5], {argv + 6, argv + argc});
         return 0;
     } catch (const std::exception& error) {
         fmt::print(stderr, "man_page: {}\n", error.what());

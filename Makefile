@@ -12,6 +12,7 @@ JOBS   ?= $(shell nproc)
 .PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz \
         preset-table aax-table artwork artwork-sheet gallery clean
         preset-table artwork artwork-sheet gallery scope clean
+        preset-table artwork artwork-sheet gallery scope display-pictures clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
@@ -80,6 +81,11 @@ gallery: setup
 scope: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS) --target vanta-scope
+
+# The demonstration song in every mode of the display, for docs/display.md.
+display-pictures: build
+	@cmake --build build --parallel $(JOBS) --target render_song
+	@tools/display_pictures.sh
 
 # Takes a minute: plays the demonstration song through all factory presets.
 preset-table: build

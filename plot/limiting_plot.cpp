@@ -16,8 +16,8 @@ namespace {
 constexpr int kBlock = 256;
 /// Sixty a second, in the whole milliseconds that the display's clock knows.
 constexpr std::array<int, 3> kFrameMs{17, 17, 16};
-/// What the display keeps waiting for frames and audio that come unevenly.
-constexpr int kFramesBehind = 6;
+/// What the display keeps waiting, for frames and audio that come unevenly.
+constexpr double kSecondsBehind = 0.05;
 
 /// Milliseconds of the stream that is being drawn. An interface takes its clock as a plain function.
 thread_local std::int64_t streamTime = 0;
@@ -42,21 +42,25 @@ public:
     }
 
     void run() {
-        while (!inputEnded_) {
+        while (played_ < endOfPlay()) {
             playBlock();
             if (plot_.progress && !plot_.progress(read_)) throw Stopped();
         }
-        // What was read last is still on its way through limiter and display.
-        const std::int64_t end = played_ + host_.latency();
-        while (played_ < end) playBlock();
-        for (int i = 0; i < kFramesBehind; ++i) frame();
     }
     void write(const std::filesystem::path& file) { gui::writePng(*ui_.picture(), file.string()); }
 
 private:
+    /// What is to be seen last is still on its way through limiter and display for a while, in which the
+    /// stream goes on, or silence.
+    std::int64_t endOfPlay() const {
+        const std::int64_t end = inputEnded_ ? std::min(read_, plot_.endSamples) : plot_.endSamples;
+        const auto behind = static_cast<std::int64_t>(kSecondsBehind * plot_.sampleRate) + host_.latency();
+        return std::min(end, std::numeric_limits<std::int64_t>::max() - behind) + behind;
+    }
+
     void playBlock() {
-        read_ += fill(plot_.input, host_.input(), inputEnded_ ? 0 : plot_.endSamples - read_);
-        if (plot_.sideChain) fill(*plot_.sideChain, host_.sideChain(), kBlock);
+        read_ += fill(plot_.input, host_.input());
+        if (plot_.sideChain) fill(*plot_.sideChain, host_.sideChain());
         host_.process();
         played_ += kBlock;
         while (static_cast<double>(played_) >= static_cast<double>(nextFrameMs()) * 0.001 * plot_.sampleRate)
@@ -64,11 +68,11 @@ private:
     }
 
     /// The result is how much could be read; an end of the input is noted.
-    std::int64_t fill(AudioReader& reader, std::span<float* const> channels, std::int64_t most) {
-        const auto wanted = static_cast<std::size_t>(std::clamp<std::int64_t>(most, 0, kBlock));
-        const std::size_t frames = wanted > 0 ? reader.read(channels, wanted) : 0;
+    std::int64_t fill(AudioReader& reader, std::span<float* const> channels) {
+        const bool isInput = &reader == &plot_.input;
+        const std::size_t frames = isInput && inputEnded_ ? 0 : reader.read(channels, kBlock);
         for (float* channel : channels) std::fill(channel + frames, channel + kBlock, 0.0f);
-        if (&reader == &plot_.input && frames < kBlock) inputEnded_ = true;
+        if (isInput && frames < kBlock) inputEnded_ = true;
         return static_cast<std::int64_t>(frames);
     }
 

@@ -18,7 +18,7 @@ struct LimitingPlot {
     AudioReader* sideChain = nullptr;  ///< at the input's rate; silence follows where it ends early
     ChannelLayout layout = kStereoLayout;
     double sampleRate = 44100.0;  ///< Hz, kLowestSampleRate to kHighestSampleRate
-    /// Of the input: there the display is seen. Later audio is not read.
+    /// Of the input: there the display is seen.
     std::int64_t endSamples = std::numeric_limits<std::int64_t>::max();
     float width = 1330.0f;  ///< logical units
     float height = 798.0f;

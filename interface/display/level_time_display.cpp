@@ -77,16 +77,11 @@ void LevelTimeDisplay::propertyChanged(AbstractProperty& property) {
 
 void LevelTimeDisplay::resized() {
     LevelDisplay::resized();
-    layStrips();
+    needsReset_ = true;
 }
 
 void LevelTimeDisplay::refreshTree() {
     LevelDisplay::refreshTree();
-    layStrips();
-}
-
-void LevelTimeDisplay::layStrips() {
-    strips_.resize(width(), height(), ui().accelerated ? StripRing::kUploadedWidth : StripRing::kCopiedWidth);
     needsReset_ = true;
 }
 
@@ -143,6 +138,7 @@ void LevelTimeDisplay::sleep() {
 
 void LevelTimeDisplay::reset() {
     for (const auto& line : curves_) line->reset();
+    strips_.resize(width(), height(), ui().accelerated ? StripRing::kUploadedWidth : StripRing::kCopiedWidth);
     strips_.clear([this](gui::Canvas& canvas, const gui::Rect& area) {
         for (const auto& line : curves_) line->paintRest(canvas, area, 255);
     });

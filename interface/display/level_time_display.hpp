@@ -94,7 +94,6 @@ private:
     int samplesPerColumn(const Curve& first) const;
     void advance(int columns);
     void writeStrips(int columns);
-    void layStrips();
     bool isFlat() const;
     void movePen();
     bool hasMoved() const;

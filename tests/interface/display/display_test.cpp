@@ -312,6 +312,26 @@ TEST(LevelTimeDisplay, RepaintsNothingWhileFlatAndReadsNothingWhileHidden) {
     EXPECT_EQ(rig.display->displayAlpha, 255);
 }
 
+TEST(LevelTimeDisplay, StartsAnewWithAnotherSizeAndSleepsWithoutColours) {
+    DisplayRig rig;
+    rig.signal = beats;
+    rig.run(4000);
+    ASSERT_NE(rig.display->labels().published(0), nullptr);
+    rig.display->setWidth(700.0f);
+    rig.frame(17);
+    EXPECT_EQ(rig.display->labels().published(0), nullptr);
+    EXPECT_FALSE(rig.display->curveAt(0).isPrimed());
+    rig.run(2000);
+    for (int index = 0; index < 4; ++index) {
+        DisplayCurve& curve = rig.display->curveAt(index);
+        for (auto* color : {&curve.lineColor, &curve.aboveColor, &curve.belowColor}) *color = gui::Color{};
+    }
+    rig.run(5000);
+    EXPECT_EQ(rig.run(2000), 0);
+    rig.display->curveAt(0).lineColor = gui::Color{255, 255, 255, 255};
+    EXPECT_GT(rig.run(2000), 100);
+}
+
 TEST(LevelTimeDisplay, LabelsHaveRoomAndTellThePeak) {
     std::mt19937 random(3);
     for (const auto mode :

@@ -14,28 +14,31 @@
 
 namespace vanta::interface {
 
+/// What is recorded at a sample, on both channels.
+struct RecordedSample {
+    float input = 0.0f;
+    float output = 0.0f;
+    float gain = 1.0f;
+};
+
 /// The limiter's display in an interface without a window, at a time that is told. Audio comes in batches of
 /// whole blocks, as a processor hands it over.
-class DisplayRig {
+template <typename Interface>
+class BasicDisplayRig {
 public:
     static constexpr int kBlock = 256;
 
-    /// What is recorded at a sample, on both channels.
-    struct Sample {
-        float input = 0.0f;
-        float output = 0.0f;
-        float gain = 1.0f;
-    };
+    using Sample = RecordedSample;
     using Signal = std::function<Sample(std::int64_t)>;
 
-    explicit DisplayRig(float width = 800.0f, float height = 480.0f, float deviceScale = 1.0f,
-                        double sampleRate = 48000.0)
-        : ui(width, height, &readClock), animator(ui.make<gui::Animator>()), rate(sampleRate) {
+    explicit BasicDisplayRig(float width = 800.0f, float height = 480.0f, float deviceScale = 1.0f,
+                             double sampleRate = 48000.0)
+        : ui(width, height, &readClock), animator(ui.template make<gui::Animator>()), rate(sampleRate) {
         addResources(gui::artworkResources());
         now = 0;
         ui.deviceBacking().setScale(deviceScale);
         animator.running = true;
-        display = &ui.make<LimiterDisplay>(&animator, levels);
+        display = &ui.template make<LimiterDisplay>(&animator, levels);
         display->sampleRate = static_cast<float>(rate);
         display->setBounds(gui::Rect::ofSize(0.0f, 0.0f, width, height));
         display->parent = &ui.rootControl();
@@ -96,7 +99,7 @@ public:
     }
 
     LevelExchange levels{{2, 3, 3, 3, 0}};
-    gui::OffscreenInterface ui;
+    Interface ui;
     gui::Animator& animator;
     LimiterDisplay* display;
     double rate;
@@ -109,5 +112,7 @@ public:
 private:
     static std::int64_t readClock() { return now; }
 };
+
+using DisplayRig = BasicDisplayRig<gui::OffscreenInterface>;
 
 }  // namespace vanta::interface

@@ -76,8 +76,8 @@ vanta_layer(host/clap SEES foundation plugin/midi plugin/model host/common)
 vanta_layer(host/vst3 SEES foundation plugin/midi plugin/presets plugin/model host/common)
 vanta_layer(host/lv2 SEES foundation plugin/parameters plugin/midi plugin/model host/common)
 vanta_layer(host/jack SEES foundation plugin/midi plugin/presets plugin/model host/common)
-vanta_layer(host/offline SEES foundation kernel wave dsp/dither plugin/base plugin/parameters limiter/styles
-            limiter/parameters limiter/processor)
+vanta_layer(host/offline SEES foundation kernel wave dsp/dither plugin/base plugin/parameters plugin/metering
+            limiter/styles limiter/parameters limiter/processor)
 
 vanta_layer(host/aax/standin)
 vanta_layer(host/aax_host SEES foundation plugin/parameters host/unified host/common host/aax/standin host/offline)
@@ -102,6 +102,8 @@ vanta_layer(interface/loudness SEES foundation wave plugin/parameters limiter/pa
             gui/animation gui/controls interface/meters)
 vanta_layer(interface/display SEES foundation wave plugin/metering limiter/parameters gui/graphics gui/tree gui/animation
             gui/controls interface/meters)
+vanta_layer(interface/page SEES foundation wave plugin/parameters plugin/metering limiter/parameters gui/artwork
+            gui/graphics gui/tree gui/animation gui/controls interface/meters interface/loudness interface/display)
 
 vanta_layer(interface/binding SEES foundation plugin/base plugin/parameters plugin/settings plugin/model gui/graphics gui/tree
             gui/animation gui/controls)
@@ -115,6 +117,8 @@ vanta_layer(interface/frame SEES foundation plugin/base plugin/parameters plugin
             plugin/model gui/graphics gui/tree gui/animation gui/controls interface/binding interface/controls
             interface/hints interface/menus interface/midi)
 
+vanta_layer(plot SEES foundation plugin/metering limiter/parameters host/offline gui/graphics gui/tree gui/offscreen
+            interface/page)
 vanta_layer(audiofile/chunks SEES foundation)
 vanta_layer(audiofile/alac SEES foundation audiofile/chunks)
 vanta_layer(audiofile SEES foundation audiofile/chunks audiofile/alac)
@@ -122,8 +126,8 @@ vanta_layer(audiofile/metadata SEES foundation audiofile/chunks audiofile)
 vanta_layer(measure SEES foundation kernel dsp/metering audiofile)
 vanta_layer(mastering SEES foundation plugin/parameters limiter/styles host/offline audiofile audiofile/metadata measure)
 vanta_layer(cli SEES foundation plugin/parameters plugin/presets plugin/settings plugin/model
-            limiter/styles limiter/parameters limiter/model limiter/factory host/aax_host host/offline audiofile measure
-            mastering)
+            limiter/styles limiter/parameters limiter/model limiter/factory host/aax_host host/offline plot audiofile
+            measure mastering)
 vanta_layer(app SEES cli)
 vanta_layer(app/clap SEES host/clap)
 vanta_layer(app/vst3 SEES host/vst3)
@@ -157,12 +161,8 @@ set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack h
     host/aax)
 set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/opengl
     gui/x11)
-set(interface_rooms interface/meters interface/loudness interface/binding interface/controls interface/hints
-    interface/menus interface/midi interface/frame)
-set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack host/offline)
-set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
-set(interface_rooms interface/meters interface/display)
-set(file_rooms audiofile measure mastering)
+set(interface_rooms interface/meters interface/loudness interface/display interface/page interface/binding
+    interface/controls interface/hints interface/menus interface/midi interface/frame)
 set(file_rooms audiofile/chunks audiofile/alac audiofile audiofile/metadata measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/styles limiter/engine limiter/processor)
@@ -191,17 +191,12 @@ vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} ${
             tests/plugin tests/host tests/gui)
 vanta_layer(tests/audiofile SEES foundation audiofile/chunks audiofile audiofile/metadata tests/support)
 vanta_layer(tests/fuzz SEES ${signal_rooms} ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
-vanta_layer(tests/gui SEES foundation ${gui_rooms} tests/support)
-vanta_layer(tests/interface SEES foundation wave ${gui_rooms} ${interface_rooms} tests/gui tests/support)
-vanta_layer(tests/interface/display SEES foundation wave plugin/metering limiter/parameters ${gui_rooms} ${interface_rooms}
-            tests/gui tests/support)
-vanta_layer(tests/fuzz SEES foundation ${plugin_rooms} ${limiter_rooms} gui/graphics tests/support tests/plugin)
-vanta_layer(tests/audiofile SEES foundation audiofile tests/support)
+vanta_layer(tests/interface/display SEES foundation wave ${plugin_rooms} limiter/parameters limiter/model host/common
+            gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/opengl gui/x11
+            ${interface_rooms} tests/gui tests/support)
 vanta_layer(tests/measure SEES foundation audiofile measure tests/support)
 vanta_layer(tests/mastering SEES foundation host/offline ${file_rooms} tools/song tests/support)
 vanta_layer(tests/cli SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} ${file_rooms} cli tools/song
             tests/support tests/plugin)
-vanta_layer(bench SEES ${signal_rooms} limiter/styles limiter/engine limiter/processor ${gui_rooms} app/gallery measure
-            tests/support tests/gui)
-vanta_layer(bench SEES ${signal_rooms} plugin/metering limiter/styles limiter/processor gui/artwork gui/graphics gui/text
-            gui/tree gui/animation gui/offscreen interface/display measure tests/support)
+vanta_layer(bench SEES ${signal_rooms} plugin/metering limiter/styles limiter/engine limiter/processor ${gui_rooms}
+            interface/display app/gallery measure tests/support tests/gui)

@@ -247,8 +247,9 @@ bool UnifiedPluginAdapter::hasWork() const {
 }
 
 int UnifiedPluginAdapter::pumpEvents() {
-    if (!model_->owner().isThisThread()) return 0;
-    return deliverAudioSideChanges() + model_->pumpEvents();
+    // Whoever becomes owner meanwhile waits, and finds the host told.
+    const int delivered = model_->owner().runAsOwner([this] { return deliverAudioSideChanges(); });
+    return delivered + model_->pumpEvents();
 }
 
 int UnifiedPluginAdapter::claimAndPump() {

@@ -55,11 +55,12 @@ AudioFileReader::AudioFileReader(const std::filesystem::path& path) : path_(path
         throw failure(path_, fmt::format("has a sample rate of {} Hz: rates from {} to {} Hz are supported",
                                          info_.samplerate, kLowestSampleRate, kHighestSampleRate));
     }
+    positions_ = statedPositions();
     fileChannel_.resize(static_cast<std::size_t>(info_.channels));
     std::iota(fileChannel_.begin(), fileChannel_.end(), 0);
 }
 
-std::vector<int> AudioFileReader::positions() const {
+std::vector<int> AudioFileReader::statedPositions() const {
     std::vector<int> speakers(static_cast<std::size_t>(info_.channels));
     const auto bytes = static_cast<int>(speakers.size() * sizeof(int));
     if (sf_command(file_.get(), SFC_GET_CHANNEL_MAP_INFO, speakers.data(), bytes) == SF_TRUE) return speakers;
@@ -97,6 +98,12 @@ ChannelMapping AudioFileReader::mapTo(std::optional<ChannelLayout> layout,
 }
 
 void AudioFileReader::rewind() {
+    if (!file_) {
+        SF_INFO info{};
+        file_.reset(sf_open_fd(openForReading(path_), SFM_READ, &info, SF_TRUE));
+        if (!file_ || info.frames != info_.frames || info.channels != info_.channels)
+            throw failure(path_, "was changed by somebody else meanwhile");
+    }
     if (sf_seek(file_.get(), 0, SEEK_SET) != 0) throw failure(path_, sf_strerror(file_.get()));
     delivered_ = 0;
 }

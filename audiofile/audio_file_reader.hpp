@@ -30,7 +30,7 @@ public:
     const SF_INFO& info() const { return info_; }
     SNDFILE* handle() const { return file_.get(); }
     /// The speakers that the file names, in libsndfile's numbers; empty if it names none.
-    std::vector<int> positions() const;
+    const std::vector<int>& positions() const { return positions_; }
     /// How the channels are ordered where no positions are named.
     SpeakerOrder usualOrder() const;
     StreamShape shape() const { return {info_.format, info_.samplerate, info_.channels, info_.frames}; }
@@ -41,15 +41,21 @@ public:
     ChannelMapping mapTo(std::optional<ChannelLayout> layout, std::vector<std::string>& warnings);
     /// The same for a mapping that is known.
     void setMapping(const ChannelMapping& mapping) { fileChannel_ = mapping.fileChannel; }
+    /// Back to the first frame, also after `rest`.
     void rewind();
+    /// Closes the file until the next `rewind`: a program can only have so many open.
+    void rest() { file_.reset(); }
 
     int channelCount() const override { return info_.channels; }
     std::size_t read(std::span<float* const> channels, std::size_t frames) override;
 
 private:
+    std::vector<int> statedPositions() const;
+
     std::filesystem::path path_;
     SF_INFO info_{};
     SoundFile file_;
+    std::vector<int> positions_;
     std::vector<int> fileChannel_;
     std::vector<float> interleaved_;
     sf_count_t delivered_ = 0;

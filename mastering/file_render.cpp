@@ -86,6 +86,7 @@ FileRender::FileRender(const Route& route, const MasteringJob& job)
     job_.settings.applyTo(*file_.settings);
     checkDestination();
     chooseOutput();
+    source_.rest();
 }
 
 void FileRender::chooseOutput() {
@@ -247,6 +248,7 @@ void FileRender::renderAs(int format, bool mayClip) {
     source_.rewind();
     const Progress progress = watch(job_.options.watcher, work(file_.renders));
     file_.result = runLimiter(writer, progress);
+    source_.rest();
     if (!file_.result.complete) throw Stopped();
     if (file_.result.output.notFinite > 0) {
         throw Failure(
@@ -261,17 +263,17 @@ void FileRender::renderAs(int format, bool mayClip) {
 
 RenderResult FileRender::runLimiter(AudioFileWriter& writer, const Progress& progress) {
     const RenderJob job{.settings = *file_.settings,
-                          .input = source_.audio(),
-                          .output = writer,
-                          .patch = job_.options.patch ? &*job_.options.patch : nullptr,
-                          .sideChain = source_.sideChain(),
-                          .layout = source_.mapping().layout,
-                          .sampleRate = static_cast<double>(file_.sampleRate),
-                          .blockSamples = job_.options.blockSamples,
-                          .inputTrimDb = file_.inputTrimDb,
-                          .tailSamples = tailSamples(),
-                          .ditherSeed = job_.options.ditherSeed,
-                          .progress = progress};
+                        .input = source_.audio(),
+                        .output = writer,
+                        .patch = job_.options.patch ? &*job_.options.patch : nullptr,
+                        .sideChain = source_.sideChain(),
+                        .layout = source_.mapping().layout,
+                        .sampleRate = static_cast<double>(file_.sampleRate),
+                        .blockSamples = job_.options.blockSamples,
+                        .inputTrimDb = file_.inputTrimDb,
+                        .tailSamples = tailSamples(),
+                        .ditherSeed = job_.options.ditherSeed,
+                        .progress = progress};
     return job_.options.renderer ? job_.options.renderer(job) : vanta::render(job);
 }
 

@@ -21,6 +21,11 @@ void RenderSource::rewind() {
     if (convertedSideChain_) convertedSideChain_->restart();
 }
 
+void RenderSource::rest() {
+    input_.rest();
+    if (sideChain_) sideChain_->rest();
+}
+
 AudioReader& RenderSource::audio() {
     if (convertedInput_) return *convertedInput_;
     return input_;

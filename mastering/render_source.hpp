@@ -38,6 +38,8 @@ public:
 
     /// Both files start again.
     void rewind();
+    /// Both are closed until then.
+    void rest();
 
 private:
     void openSideChain(const std::filesystem::path& path);

@@ -98,6 +98,18 @@ TEST_F(CommandRender, FoldersAreRenderedSideBySideAndToldInOrder) {
     }
 }
 
+TEST_F(CommandRender, AnAlbumMayHaveMoreFilesThanAProgramMayOpen) {
+    for (int i = 0; i < 60; ++i)
+        write(std::to_string(i) + ".wav", {whiteNoise(static_cast<std::uint64_t>(i), kRate, 0.05)},
+              SF_FORMAT_PCM_16);
+    const ProgramRun run =
+        runProgram(folder.path, words("render . --out-dir out --loudness -20 --loudness-mode album --quiet"),
+                   "ulimit -n 30; exec");
+    EXPECT_EQ(run.code, 0) << run.err;
+    using Entries = std::filesystem::directory_iterator;
+    EXPECT_EQ(std::distance(Entries(folder / "out"), Entries()), 60);
+}
+
 TEST_F(CommandRender, PipesGoInAndOut) {
     write("in.wav", {whiteNoise(1, 20000, 0.3)}, SF_FORMAT_PCM_24);
     render("in.wav plain.wav --gain 6");

@@ -197,7 +197,9 @@ TEST_P(OpenGlPicture, TheGalleryLooksTheSame) {
     const Difference found(test::pixelsOf(*page),
                            wide.frame(page->pixelRect().right, page->pixelRect().bottom,
                                       [&](Canvas& canvas) { ui.rootControl().drawTree(canvas); }));
-    EXPECT_LE(found.worst, 3);
+    // Curves leave columns out whose neighbours are nearly as steep.
+    EXPECT_LE(found.worst, 20);
+    EXPECT_LE(found.notable, page->pixelRect().right * page->pixelRect().bottom / 2000);
 }
 
 }  // namespace

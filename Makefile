@@ -10,9 +10,7 @@ WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
 .PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz \
-        preset-table aax-table artwork artwork-sheet gallery clean
-        preset-table artwork artwork-sheet gallery scope clean
-        preset-table artwork artwork-sheet gallery scope display-pictures clean
+        preset-table aax-table artwork artwork-sheet gallery scope display-pictures bench-commands clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
@@ -34,9 +32,8 @@ install: setup
 uninstall:
 	@cmake -DPREFIX="$(abspath $(PREFIX))" -DDESTDIR="$(STAGE)" -P cmake/installed_files.cmake
 
-test: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus libgl1-mesa-dri
 # The last two read and make files independently of us.
-test: PACKAGES += $(ARTWORK_PACKAGES) xvfb ffmpeg flac
+test: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus libgl1-mesa-dri ffmpeg flac
 test: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS)
@@ -57,8 +54,14 @@ bench: setup
 	@cmake --build build --parallel $(JOBS) --target vanta_bench
 	@build/vanta_bench --benchmark_out=build/bench.json --benchmark_out_format=json
 
-asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus libgl1-mesa-dri
-asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb ffmpeg flac
+# Whole commands beside what else a mastering script would call.
+bench-commands: PACKAGES += ffmpeg sox bc time
+bench-commands: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
+	@cmake --build build --parallel $(JOBS) --target vanta render_song loudness_peer
+	@bench/commands.sh
+
+asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus libgl1-mesa-dri ffmpeg flac
 asan tsan: setup
 	@cmake --preset $@ > /dev/null
 	@cmake --build --preset $@ --parallel $(JOBS)

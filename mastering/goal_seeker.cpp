@@ -90,7 +90,9 @@ private:
                 "{}: too short or too quiet to measure loudness, so {:.2f} LUFS cannot be reached", names(),
                 target()));
         }
-        forecast_.emplace(timelines, *lufs);
+        const auto style =
+            job_.options.patch ? std::nullopt : std::optional(job_.settings.style.currentIndex());
+        forecast_.emplace(timelines, *lufs, LoudnessForecast::usualSoftnessDb(style));
         double gainDb = 0.0;
         for (int round = 0; round < 3; ++round) {
             gainDb = likelyGain();
@@ -167,8 +169,8 @@ private:
             toleranceLu_ = kLoudnessToleranceLu;
             if (!lufs || std::abs(search_->nearestLufs() - target()) > toleranceLu_) failToReach(lufs);
         }
-        // One pass says how soft the limiting is. What is still missing then is for the search.
-        if (state == LoudnessSearch::State::Searching && lufs && reached_.passes == 1) {
+        // A pass or two say how soft the limiting is. What is still missing then is for the search.
+        if (state == LoudnessSearch::State::Searching && lufs && reached_.passes <= 2) {
             forecast_->learn(triedDb, *lufs - meanLevel());
             search_->propose(likelyGain());
         }
@@ -240,7 +242,7 @@ private:
     const MasteringJob& job_;
     const RenderGoals& goals_;
     std::vector<double> levels_;  ///< Output Level of each file in the next pass, in dB
-    double toleranceLu_ = 0.05;   ///< half of what is promised: other meters differ a little
+    double toleranceLu_ = 0.07;   ///< less than is promised: other meters differ a little
     std::optional<LoudnessForecast> forecast_;
     std::optional<LoudnessSearch> search_;  ///< of the Gain, where a loudness is asked for
     GoalsReached reached_;

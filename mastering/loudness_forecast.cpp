@@ -4,8 +4,10 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "foundation/numbers.hpp"
+#include "limiter/styles/style_names.hpp"
 
 namespace vanta {
 
@@ -13,7 +15,18 @@ namespace {
 
 /// Moments that share a 400 ms window.
 constexpr std::size_t kWindow = 4;
-constexpr double kUsualSoftnessDb = 5.0;
+/// Of the demonstration song at 9 dB of Gain.
+constexpr std::array kStyleSoftnessDb = std::to_array<std::pair<LimitingStyle, double>>({
+    {LimitingStyle::Transparent, 12.0},
+    {LimitingStyle::Punchy, 9.0},
+    {LimitingStyle::Dynamic, 9.0},
+    {LimitingStyle::Allround, 9.0},
+    {LimitingStyle::Aggressive, 20.0},
+    {LimitingStyle::Modern, 9.5},
+    {LimitingStyle::Bus, 3.4},
+    {LimitingStyle::Safe, 0.01},
+});
+constexpr double kUsualSoftnessDb = 9.0;
 constexpr double kLeastSoftnessDb = 0.01;
 constexpr double kMostSoftnessDb = 1000.0;
 /// The gates of BS.1770: absolute, and relative to what passes it.
@@ -50,8 +63,8 @@ double solve(double low, double high, double wanted, Function&& function) {
 }  // namespace
 
 LoudnessForecast::LoudnessForecast(std::span<const std::span<const TimelinePoint>> timelines,
-                                   double integratedLufs)
-    : softnessDb_(kUsualSoftnessDb) {
+                                   double integratedLufs, double softnessDb)
+    : softnessDb_(softnessDb) {
     for (const auto& timeline : timelines) {
         for (const TimelinePoint& point : timeline) {
             const auto peak = static_cast<double>(point.truePeak);
@@ -78,6 +91,13 @@ double LoudnessForecast::lufs(double gainDb, double softnessDb) const {
     const double gated =
         meanAbove(powers, std::max(absolute * powerOf(kRelativeGateLu), powerOf(kAbsoluteGateLufs)));
     return gated > 0.0 ? 10.0 * std::log10(gated) + biasLu_ : kAbsoluteGateLufs;
+}
+
+double LoudnessForecast::usualSoftnessDb(std::optional<int> style) {
+    for (const auto& [known, softnessDb] : kStyleSoftnessDb) {
+        if (style && static_cast<int>(known) == *style) return softnessDb;
+    }
+    return kUsualSoftnessDb;
 }
 
 double LoudnessForecast::gainFor(double wanted, double lowestDb, double highestDb) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -13,8 +14,13 @@ namespace vanta {
 /// learned from what limiting did.
 class LoudnessForecast {
 public:
-    /// The timelines of all that is measured together, and its integrated loudness in LUFS.
-    LoudnessForecast(std::span<const std::span<const TimelinePoint>> timelines, double integratedLufs);
+    /// The timelines of all that is measured together, its integrated loudness in LUFS, and the softness to
+    /// begin with, in dB.
+    LoudnessForecast(std::span<const std::span<const TimelinePoint>> timelines, double integratedLufs,
+                     double softnessDb);
+
+    /// What music usually shows of a style, by its index; of any style for null.
+    static double usualSoftnessDb(std::optional<int> style);
 
     /// Integrated LUFS after so much gain into a limiter at full scale.
     double lufs(double gainDb) const { return lufs(gainDb, softnessDb_); }

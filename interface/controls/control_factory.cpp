@@ -50,7 +50,8 @@ gui::ToggleButton& ControlFactory::addPictureToggle(const gui::Rect& at, const s
 }
 
 gui::Image& ControlFactory::addImage(gui::Point at, const std::string& imageName) {
-    auto& made = add<gui::Image>(gui::Rect{}, imageName);
+    auto& made = add<gui::Image>(gui::Rect{});
+    made.load(imageName);
     made.setPosition(at);
     return made;
 }

@@ -12,7 +12,12 @@ namespace vanta::interface {
 namespace {
 
 constexpr float kInset = 7.0f;
-constexpr float kTrackStart = 23.0f;
+/// From the edges to the groove, whose picture has it left of the middle.
+constexpr float kGrooveTop = 27.0f;
+constexpr float kGrooveBottom = 6.0f;
+/// From the edges to the thumb at the ends of its way: no bar covers the number on it.
+constexpr float kThumbTop = 23.0f;
+constexpr float kThumbBottom = -2.0f;
 constexpr float kFineFactor = 0.01f;
 constexpr int kTrackAlpha = 140;
 /// Where the glow is strongest, from the upper end.
@@ -33,8 +38,9 @@ GainSlider::GainSlider(gui::UserInterface& interface, gui::Animator* animatedBy,
     : Switch(interface, animatedBy, &sharedStyle),
       meter_(interface.createBitmap()),
       caption_(interface.createText()) {
-    trackStart = kTrackStart;
-    trackEnd = kTrackStart;
+    const float halfThumb = style().thumbNormal->logicalRect().height() / 2.0f;
+    trackStart = kThumbTop + halfThumb;
+    trackEnd = kThumbBottom + halfThumb;
     fineFactor = kFineFactor;
     caption_->fontSize = 9.75f;
     caption_->fontName = std::string("Inter Medium");
@@ -55,8 +61,8 @@ void GainSlider::refreshTree() {
 /// The glow has the shape of the groove, so that no light falls beside it.
 void GainSlider::renderMeter() {
     const float width = localBounds().width() - kInset, height = localBounds().height() - kInset;
-    const gui::Bitmap& groove = *style().track;
-    if (width < 1.0f || height < 1.0f || groove.isEmpty()) return;
+    const gui::Bitmap& picture = *style().track;
+    if (width < 1.0f || groove().isEmpty() || picture.isEmpty()) return;
     const auto makeLayer = [&] {
         std::unique_ptr<gui::Bitmap> layer = ui().createBitmap();
         layer->setLogicalSize(width, height);
@@ -70,18 +76,22 @@ void GainSlider::renderMeter() {
     for (float y = 0.0f; y < height; y += step) {
         glow->canvas().fillRect({0.0f, y, width, y + step}, glowAt(y + step / 2.0f, height));
     }
-    const gui::Rect& size = groove.logicalRect();
-    const float left = (localBounds().width() - size.width()) / 2.0f;
-    shape->canvas().drawStretched(groove, {left, 0.0f, left + size.width(), height}, size);
+    shape->canvas().drawStretched(picture, groove().translated({-kInset, -kInset}), picture.logicalRect());
     meter_ = makeLayer();
     meter_->hasAlpha = true;
     meter_->canvas().drawBitmapMasked(*glow, glow->logicalRect(), {}, *shape, {});
     markDirty();
 }
 
+gui::Rect GainSlider::groove() const {
+    return {kInset, kGrooveTop, kInset + style().track->logicalRect().width(),
+            localBounds().height() - kGrooveBottom};
+}
+
 void GainSlider::paintTrack(gui::Canvas& canvas) {
-    Switch::paintTrack(canvas);
-    if (!meter_->isEmpty()) canvas.drawBitmap(*meter_, gui::Point{}, kTrackAlpha);
+    const auto look = rollover().crossfade(*style().track, *style().trackActive);
+    canvas.drawStretched(look.picture, groove(), look.picture.logicalRect(), 0.0f, look.alpha);
+    if (!meter_->isEmpty()) canvas.drawBitmap(*meter_, gui::Point{kInset, kInset}, kTrackAlpha);
 }
 
 void GainSlider::paintThumb(gui::Canvas& canvas) {

@@ -25,6 +25,8 @@ protected:
 
 private:
     void renderMeter();
+    /// Where the groove is drawn.
+    gui::Rect groove() const;
     void captionChanged(void*) { markDirty(); }
 
     std::unique_ptr<gui::Bitmap> meter_;

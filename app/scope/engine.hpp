@@ -38,6 +38,8 @@ public:
     void setPaused(bool paused) { paused_.store(paused); }
     bool isPaused() const { return paused_.load(); }
     void restart() { player_.restart(); }
+    void setLooping(bool looping) { player_.setLooping(looping); }
+    bool isLooping() const { return player_.isLooping(); }
 
 private:
     static constexpr int kBlock = 256;

@@ -38,25 +38,26 @@ void FilePlayer::play(std::span<float* const> channels, int samples) {
 
 void FilePlayer::readAhead() {
     while (!quit_.load()) {
-        if (room() < kPortion) {
+        const bool isOver = atEnd_ && !looping_.load() && !restart_.load();
+        if (room() < kPortion || isOver) {
             std::this_thread::sleep_for(kNap);
             continue;
         }
         try {
             readPortion();
         } catch (const std::exception& error) {
-            std::fprintf(stderr, "vanta-scope: %s\n", error.what());
+            std::fprintf(stderr, "the file ends here: %s\n", error.what());
             return;
         }
     }
 }
 
 void FilePlayer::readPortion() {
-    if (restart_.exchange(false)) reader_.rewind();
+    if (restart_.exchange(false) || (atEnd_ && looping_.load())) reader_.rewind();
     std::vector<float*> targets;
     for (auto& channel : portion_) targets.push_back(channel.data());
     const std::size_t count = reader_.read(targets, kPortion);
-    if (count < kPortion) reader_.rewind();
+    atEnd_ = count < kPortion;
     const std::uint64_t at = written_.load(std::memory_order_relaxed);
     for (std::size_t c = 0; c < channels_.size(); ++c) {
         for (std::size_t i = 0; i < count; ++i) channels_[c][(at + i) & (kAhead - 1)] = portion_[c][i];

@@ -11,8 +11,8 @@
 
 namespace vanta {
 
-/// Plays a file round and round: a thread of its own reads ahead, so that whoever plays never waits for a
-/// disk.
+/// Plays a file, round and round unless told: a thread of its own reads ahead, so that whoever plays never
+/// waits for a disk.
 class FilePlayer {
 public:
     /// The reader is open and mapped to a layout, and outlives this.
@@ -26,6 +26,9 @@ public:
     VANTA_REALTIME void play(std::span<float* const> channels, int samples);
     /// From the beginning, soon. Any thread.
     void restart() { restart_.store(true); }
+    /// Whether it starts over when it has ended. Any thread.
+    void setLooping(bool looping) { looping_.store(looping); }
+    bool isLooping() const { return looping_.load(); }
 
 private:
     static constexpr std::size_t kAhead = std::size_t{1} << 17;  ///< samples; a power of two
@@ -42,6 +45,8 @@ private:
     std::atomic<std::uint64_t> written_{0};
     std::atomic<std::uint64_t> played_{0};
     std::atomic<bool> restart_{false};
+    std::atomic<bool> looping_{true};
+    bool atEnd_ = false;  ///< of the reader; the thread's, once it runs
     std::atomic<bool> quit_{false};
     std::thread thread_;
 };

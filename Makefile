@@ -11,6 +11,7 @@ JOBS   ?= $(shell nproc)
 
 .PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz \
         preset-table aax-table artwork artwork-sheet gallery scope display-pictures bench-commands clean
+        preset-table artwork artwork-sheet gallery scope app clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
@@ -89,6 +90,10 @@ scope: setup
 display-pictures: build
 	@cmake --build build --parallel $(JOBS) --target render_song
 	@tools/display_pictures.sh
+# The limiter in a window of its own: build/vanta-app FILE
+app: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
+	@cmake --build build --parallel $(JOBS) --target vanta-app
 
 # Takes a minute: plays the demonstration song through all factory presets.
 preset-table: build

@@ -6,7 +6,7 @@ string(TIMESTAMP VANTA_BUILD_DATE %Y-%m-%d UTC)
 # What is there already is not ours to remove later: see installed_files.cmake.
 install(CODE "include(\"${PROJECT_SOURCE_DIR}/cmake/installed_files.cmake\")\nvanta_before_install()")
 
-install(TARGETS vanta vanta-jack vanta-scope RUNTIME DESTINATION bin COMPONENT programs)
+install(TARGETS vanta vanta-app vanta-jack vanta-scope RUNTIME DESTINATION bin COMPONENT programs)
 
 # Hosts look in lib, whatever the machine's own folder of libraries is called.
 set(modules)
@@ -38,6 +38,7 @@ function(vanta_man_page program summary)
   install(FILES ${page} DESTINATION share/man/man1 COMPONENT documentation)
 endfunction()
 vanta_man_page(vanta "mastering limiter for audio files" vanta-jack vanta-scope)
+vanta_man_page(vanta-app "mastering limiter in a window of its own" vanta vanta-jack)
 vanta_man_page(vanta-jack "mastering limiter as a client of JACK" vanta)
 vanta_man_page(vanta-scope "window onto a file that plays through a mastering limiter" vanta)
 
@@ -52,4 +53,4 @@ install(CODE "vanta_after_install()")
 
 get_property(pages GLOBAL PROPERTY vanta_man_pages)
 add_custom_target(product ALL DEPENDS ${pages})
-add_dependencies(product vanta vanta-jack vanta-scope plugins ${modules})
+add_dependencies(product vanta vanta-app vanta-jack vanta-scope plugins ${modules})

@@ -138,6 +138,9 @@ vanta_layer(app/jack SEES foundation plugin/model host/common host/jack cli)
 vanta_layer(app/scope SEES foundation plugin/parameters plugin/metering plugin/model limiter/parameters limiter/model
             host/common host/jack host/offline gui/graphics gui/tree gui/animation gui/opengl gui/x11 interface/page
             audiofile mastering plot cli)
+vanta_layer(app/window SEES foundation plugin/parameters plugin/settings plugin/model limiter/factory limiter/model host/common
+            host/jack gui/tree gui/offscreen gui/opengl gui/x11 interface/binding interface/layout audiofile mastering cli
+            app/scope)
 
 vanta_layer(tools/song SEES foundation)
 vanta_layer(tools/compile_artwork SEES foundation)

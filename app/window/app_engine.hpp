@@ -1,0 +1,26 @@
+#pragma once
+
+#include "host/common/hosted_plugin.hpp"
+
+namespace vanta {
+
+/// What plays through the limiter that a window shows: a file, or the clients of a JACK server. The main
+/// thread.
+class AppEngine {
+public:
+    virtual ~AppEngine() = default;
+
+    virtual HostedPlugin& plugin() = 0;
+    /// Sound runs from here on. The result says from where to where.
+    virtual std::string start() = 0;
+    /// A hundred times a second at least.
+    virtual void pump() = 0;
+
+    // Where there is a file.
+
+    virtual void togglePause() {}
+    virtual void toggleLoop() {}
+    virtual void restart() {}
+};
+
+}  // namespace vanta

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "foundation/failure.hpp"
 #include "host/jack/port_names.hpp"
@@ -19,8 +20,9 @@ public:
 
 }  // namespace
 
-Engine::Engine(AudioFileReader& reader, ChannelLayout layout)
-    : sampleRate_(static_cast<double>(reader.info().samplerate)),
+Engine::Engine(AudioFileReader& reader, ChannelLayout layout, std::string clientName)
+    : clientName_(std::move(clientName)),
+      sampleRate_(static_cast<double>(reader.info().samplerate)),
       player_(reader),
       plugin_(*this, layout),
       buffers_(static_cast<std::size_t>(player_.channelCount()), std::vector<float>(kLargestBlock)) {
@@ -53,7 +55,7 @@ void Engine::keepPlaying() {
 
 bool Engine::startJack() {
     try {
-        jack_ = openJack({.clientName = "vanta-scope"});
+        jack_ = openJack({.clientName = clientName_});
     } catch (const Failure&) {
         return false;
     }

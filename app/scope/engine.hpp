@@ -17,8 +17,8 @@ namespace vanta {
 /// at the pace of a clock.
 class Engine final : private HostCallbacks {
 public:
-    /// The reader is mapped to `layout`.
-    Engine(AudioFileReader& reader, ChannelLayout layout);
+    /// The reader is mapped to `layout`. JACK knows the engine by `clientName`.
+    Engine(AudioFileReader& reader, ChannelLayout layout, std::string clientName = "vanta-scope");
     ~Engine() override;
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
@@ -54,6 +54,7 @@ private:
     void latencyChanged() override {}
     void pumpRequested() override {}
 
+    const std::string clientName_;
     double sampleRate_;
     FilePlayer player_;
     HostedPlugin plugin_;

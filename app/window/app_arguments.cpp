@@ -33,7 +33,7 @@ std::optional<InterfaceSize> readSize(const std::string& text) {
 
 void AppArguments::declareTo(CLI::App& app) {
     settings.declareTo(app);
-    app.add_option("file", files)->type_name("FILE");
+    app.add_option("file", files)->type_name("[FILE]");
     OptionDeclarer add(app, text::kAppOptions);
     add.option("--size", size);
     add.option("--scale", scale);

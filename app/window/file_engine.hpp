@@ -9,7 +9,7 @@ namespace vanta {
 class FileEngine final : public AppEngine {
 public:
     FileEngine(AudioFileReader& reader, ChannelLayout layout, bool usesJack)
-        : engine_(reader, layout), usesJack_(usesJack) {}
+        : engine_(reader, layout, "vanta-app"), usesJack_(usesJack) {}
 
     HostedPlugin& plugin() override { return engine_.plugin(); }
     std::string start() override { return "plays to " + engine_.start(usesJack_); }

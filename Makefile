@@ -10,8 +10,7 @@ WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
 .PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz \
-        preset-table aax-table artwork artwork-sheet gallery scope display-pictures bench-commands clean
-        preset-table artwork artwork-sheet gallery scope app clean
+        preset-table aax-table artwork artwork-sheet gallery scope app display-pictures bench-commands clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null

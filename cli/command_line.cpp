@@ -37,7 +37,8 @@ public:
         describe(app_, "Options");
         for (const Command& command : commands_) {
             const std::string& name = command.app->get_name();
-            const bool hasFileOptions = name == "render" || name == "patch" || name == "plot" || name == "aax-render";
+            const bool hasFileOptions =
+                name == "render" || name == "patch" || name == "plot" || name == "aax-render";
             describe(*command.app, hasFileOptions ? "File" : "Options");
         }
         groupCommands(app_);

@@ -117,6 +117,11 @@ vanta_layer(interface/frame SEES foundation plugin/base plugin/parameters plugin
             plugin/model gui/graphics gui/tree gui/animation gui/controls interface/binding interface/controls
             interface/hints interface/menus interface/midi)
 
+vanta_layer(interface/layout SEES foundation wave plugin/base plugin/parameters plugin/metering plugin/model
+            limiter/parameters limiter/model gui/artwork gui/graphics gui/tree gui/animation gui/controls interface/meters
+            interface/loudness interface/display interface/binding interface/controls interface/hints interface/menus
+            interface/frame)
+
 vanta_layer(plot SEES foundation plugin/metering limiter/parameters host/offline gui/graphics gui/tree gui/offscreen
             interface/page)
 vanta_layer(audiofile/chunks SEES foundation)
@@ -165,7 +170,7 @@ set(host_rooms host/unified host/common host/clap host/vst3 host/lv2 host/jack h
 set(gui_rooms gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/desktop gui/offscreen gui/opengl
     gui/x11)
 set(interface_rooms interface/meters interface/loudness interface/display interface/page interface/binding
-    interface/controls interface/hints interface/menus interface/midi interface/frame)
+    interface/controls interface/hints interface/menus interface/midi interface/frame interface/layout)
 set(file_rooms audiofile/chunks audiofile/alac audiofile audiofile/metadata measure mastering)
 
 vanta_layer(tests/support SEES foundation wave limiter/styles limiter/engine limiter/processor)

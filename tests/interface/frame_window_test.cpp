@@ -32,7 +32,8 @@ private:
     std::function<void()> action_;
 };
 
-class FrameWindowTest : public ::testing::Test {
+/// Painted in memory or, by a thread of its own, with OpenGL.
+class FrameWindowTest : public ::testing::TestWithParam<bool> {
 protected:
     FrameWindowTest() {
         addResources(gui::artworkResources());
@@ -43,14 +44,22 @@ protected:
         settings.width = 800.0f;
         settings.height = 480.0f;
         settings.displayName = server.name();
+        if (GetParam()) settings.acceleration = gui::AccelerationMode::kForced | 1;
         ui = std::make_unique<gui::X11Interface>(settings);
         frame = std::make_unique<TestFrame>(*ui, session.host.model());
         ui->show();
         gui::settle(*ui);
+        EXPECT_EQ(ui->accelerated, GetParam());
     }
     void shut() {
         frame.reset();
         ui.reset();
+    }
+    /// As the interface's own messages do it: what paints on another thread waits.
+    template <typename Action>
+    void held(const Action& action) {
+        const gui::RootControl::MessageScope scope(ui->rootControl());
+        action();
     }
     float gain() { return session.model(0).value(); }
 
@@ -61,7 +70,7 @@ protected:
     std::unique_ptr<TestFrame> frame;
 };
 
-TEST_F(FrameWindowTest, AKnobIsTurnedAndTakenBackByTheKeyboard) {
+TEST_P(FrameWindowTest, AKnobIsTurnedAndTakenBackByTheKeyboard) {
     server.movePointer(39, 119);
     server.press();
     for (int y = 110; y >= 40; y -= 10) {
@@ -72,7 +81,7 @@ TEST_F(FrameWindowTest, AKnobIsTurnedAndTakenBackByTheKeyboard) {
     gui::settle(*ui);
     EXPECT_GT(gain(), 1.0f);
     EXPECT_TRUE(frame->valueDisplay().isShowing());
-    frame->bindings().control(0)->takeFocus();
+    held([&] { frame->bindings().control(0)->takeFocus(); });
     gui::settle(*ui);
     server.holdKey(XK_Control_L, true);
     server.typeKey(XK_z);
@@ -81,7 +90,7 @@ TEST_F(FrameWindowTest, AKnobIsTurnedAndTakenBackByTheKeyboard) {
     EXPECT_TRUE(gui::runUntil(*ui, [&] { return frame->bindings().control(0)->value == 0; }));
 }
 
-TEST_F(FrameWindowTest, OpensAndClosesWhileAudioRunsAndMenusAreOpen) {
+TEST_P(FrameWindowTest, OpensAndClosesWhileAudioRunsAndMenusAreOpen) {
     std::atomic<bool> stop{false};
     std::thread audio([&] {
         for (int i = 0; !stop; ++i) {
@@ -91,10 +100,12 @@ TEST_F(FrameWindowTest, OpensAndClosesWhileAudioRunsAndMenusAreOpen) {
     });
     for (int round = 0; round < 10; ++round) {
         if (!ui) open();
-        frame->commands().toggleMidiLearn();
+        held([&] { frame->commands().toggleMidiLearn(); });
         gui::runUntil(*ui, [&, frames = 0]() mutable { return ++frames > 20; });
-        new Later(*ui, [&] { shut(); });
-        if (round % 2) frame->presetsMenu().show({10.0f, 10.0f});
+        held([&] {
+            new Later(*ui, [&] { shut(); });
+            if (round % 2) frame->presetsMenu().show({10.0f, 10.0f});
+        });
         if (ui) gui::runUntil(*ui, [&] { return !ui; });
         ASSERT_FALSE(ui);
         EXPECT_EQ(session.host.model().owner().listener(), nullptr);
@@ -102,6 +113,9 @@ TEST_F(FrameWindowTest, OpensAndClosesWhileAudioRunsAndMenusAreOpen) {
     stop = true;
     audio.join();
 }
+
+INSTANTIATE_TEST_SUITE_P(Renderers, FrameWindowTest, ::testing::Bool(),
+                         [](const auto& each) { return each.param ? "OpenGl" : "Memory"; });
 
 }  // namespace
 }  // namespace vanta::interface

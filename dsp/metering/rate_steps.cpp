@@ -1,16 +1,32 @@
 #include "dsp/metering/rate_steps.hpp"
 
 #include <algorithm>
+#include <limits>
 #include <numbers>
 
 #include "kernel/fir_kernels.hpp"
 
 namespace vanta {
+namespace {
+
+/// The modified Bessel function of the first kind and order 0, by its power series (Abramowitz and Stegun,
+/// 9.6.12). The standard library's asks lgamma, which writes a variable of the whole process on any thread.
+double besselI0(double x) {
+    double term = 1.0;
+    double sum = 1.0;
+    for (double k = 1.0; term > std::numeric_limits<double>::epsilon() * sum; ++k) {
+        term *= x * x / (4.0 * k * k);
+        sum += term;
+    }
+    return sum;
+}
+
+}  // namespace
 
 double kaiserWindow(double place) {
     constexpr double kBeta = 7.86;
     if (std::abs(place) >= 1.0) return 0.0;
-    return std::cyl_bessel_i(0.0, kBeta * std::sqrt(1.0 - place * place)) / std::cyl_bessel_i(0.0, kBeta);
+    return besselI0(kBeta * std::sqrt(1.0 - place * place)) / besselI0(kBeta);
 }
 
 RecentSamples::RecentSamples(std::size_t kept) : kept_(kept), end_(kept), samples_(2 * kept + 4096) {}

@@ -47,7 +47,7 @@ int openForReading(const std::filesystem::path& path) {
 AudioFileReader::AudioFileReader(const std::filesystem::path& path) : path_(path) {
     file_.reset(sf_open_fd(openForReading(path_), SFM_READ, &info_, SF_TRUE));
     if (isCutOff(path_)) throw failure(path_, "is cut off: it holds less audio than its header announces");
-    if (!file_) throw failure(path_, fmt::format("is not a readable audio file: {}", sf_strerror(nullptr)));
+    if (!file_) throw failure(path_, "is not a readable audio file, or is damaged");
     if (info_.frames == SF_COUNT_MAX) throw failure(path_, "is cut off: its end is missing");
     if (info_.frames <= 0) throw failure(path_, "contains no audio");
     if (!info_.seekable) throw failure(path_, "is not seekable: convert it to another file type first");
@@ -104,7 +104,8 @@ void AudioFileReader::rewind() {
         if (!file_ || info.frames != info_.frames || info.channels != info_.channels)
             throw failure(path_, "was changed by somebody else meanwhile");
     }
-    if (sf_seek(file_.get(), 0, SEEK_SET) != 0) throw failure(path_, sf_strerror(file_.get()));
+    if (sf_seek(file_.get(), 0, SEEK_SET) != 0)
+        throw failure(path_, "is damaged: it cannot be read from its start again");
     delivered_ = 0;
 }
 

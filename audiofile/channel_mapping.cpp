@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 
+#include "audiofile/speaker_mask.hpp"
 #include "foundation/failure.hpp"
 
 namespace vanta {
@@ -15,28 +16,12 @@ namespace {
 
 constexpr int kRearCenter = 180;
 
-/// Speakers in the order of the bits of a WAV's channel mask (Microsoft, WAVEFORMATEXTENSIBLE).
-constexpr std::array<int, 19> kWaveOrder{
-    SF_CHANNEL_MAP_MONO,
-    SF_CHANNEL_MAP_LEFT,
-    SF_CHANNEL_MAP_RIGHT,
-    SF_CHANNEL_MAP_CENTER,
-    SF_CHANNEL_MAP_LFE,
-    SF_CHANNEL_MAP_REAR_LEFT,
-    SF_CHANNEL_MAP_REAR_RIGHT,
-    SF_CHANNEL_MAP_FRONT_LEFT_OF_CENTER,
-    SF_CHANNEL_MAP_FRONT_RIGHT_OF_CENTER,
-    SF_CHANNEL_MAP_REAR_CENTER,
-    SF_CHANNEL_MAP_SIDE_LEFT,
-    SF_CHANNEL_MAP_SIDE_RIGHT,
-    SF_CHANNEL_MAP_TOP_CENTER,
-    SF_CHANNEL_MAP_TOP_FRONT_LEFT,
-    SF_CHANNEL_MAP_TOP_FRONT_CENTER,
-    SF_CHANNEL_MAP_TOP_FRONT_RIGHT,
-    SF_CHANNEL_MAP_TOP_REAR_LEFT,
-    SF_CHANNEL_MAP_TOP_REAR_CENTER,
-    SF_CHANNEL_MAP_TOP_REAR_RIGHT,
-};
+/// Speakers in the order of the bits of a WAV's channel mask, after the one that has none.
+constexpr auto kWaveOrder = [] {
+    std::array<int, kSpeakerOfMaskBit.size() + 1> order{SF_CHANNEL_MAP_MONO};
+    std::ranges::copy(kSpeakerOfMaskBit, order.begin() + 1);
+    return order;
+}();
 
 /// The order of Xiph's codecs (Vorbis I specification, 4.3.9), continued for what it leaves open.
 constexpr std::array<int, 16> kVorbisOrder{

@@ -18,27 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array<int, 18> kSpeakerOfBit{
-    SF_CHANNEL_MAP_LEFT,
-    SF_CHANNEL_MAP_RIGHT,
-    SF_CHANNEL_MAP_CENTER,
-    SF_CHANNEL_MAP_LFE,
-    SF_CHANNEL_MAP_REAR_LEFT,
-    SF_CHANNEL_MAP_REAR_RIGHT,
-    SF_CHANNEL_MAP_FRONT_LEFT_OF_CENTER,
-    SF_CHANNEL_MAP_FRONT_RIGHT_OF_CENTER,
-    SF_CHANNEL_MAP_REAR_CENTER,
-    SF_CHANNEL_MAP_SIDE_LEFT,
-    SF_CHANNEL_MAP_SIDE_RIGHT,
-    SF_CHANNEL_MAP_TOP_CENTER,
-    SF_CHANNEL_MAP_TOP_FRONT_LEFT,
-    SF_CHANNEL_MAP_TOP_FRONT_CENTER,
-    SF_CHANNEL_MAP_TOP_FRONT_RIGHT,
-    SF_CHANNEL_MAP_TOP_REAR_LEFT,
-    SF_CHANNEL_MAP_TOP_REAR_CENTER,
-    SF_CHANNEL_MAP_TOP_REAR_RIGHT,
-};
-
 constexpr std::uint64_t kExtensible = 0xFFFE;
 constexpr std::size_t kPlainFormatBytes = 16;
 constexpr std::size_t kMaskAt = 20;
@@ -126,9 +105,9 @@ bool stateInFormat(const fs::path& file, const ChunkList& list, std::uint32_t ma
 std::optional<std::uint32_t> maskOf(std::span<const int> speakers) {
     std::uint32_t mask = 0;
     for (const int speaker : speakers) {
-        const auto found = std::ranges::find(kSpeakerOfBit, speaker);
-        if (found == kSpeakerOfBit.end()) return std::nullopt;
-        const std::uint32_t bit = 1U << (found - kSpeakerOfBit.begin());
+        const auto found = std::ranges::find(kSpeakerOfMaskBit, speaker);
+        if (found == kSpeakerOfMaskBit.end()) return std::nullopt;
+        const std::uint32_t bit = 1U << (found - kSpeakerOfMaskBit.begin());
         if (mask >= bit) return std::nullopt;
         mask |= bit;
     }
@@ -137,8 +116,8 @@ std::optional<std::uint32_t> maskOf(std::span<const int> speakers) {
 
 std::vector<int> speakersOf(std::uint32_t mask) {
     std::vector<int> speakers;
-    for (std::size_t bit = 0; bit < kSpeakerOfBit.size(); ++bit) {
-        if (mask >> bit & 1) speakers.push_back(kSpeakerOfBit[bit]);
+    for (std::size_t bit = 0; bit < kSpeakerOfMaskBit.size(); ++bit) {
+        if (mask >> bit & 1) speakers.push_back(kSpeakerOfMaskBit[bit]);
     }
     return speakers;
 }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <sndfile.h>
+
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -10,6 +13,28 @@ namespace vanta {
 
 /// Speakers as the bits of a WAV's channel mask (Microsoft, WAVEFORMATEXTENSIBLE). Files name them in the
 /// order of the bits.
+
+/// In libsndfile's numbers.
+inline constexpr std::array<int, 18> kSpeakerOfMaskBit{
+    SF_CHANNEL_MAP_LEFT,
+    SF_CHANNEL_MAP_RIGHT,
+    SF_CHANNEL_MAP_CENTER,
+    SF_CHANNEL_MAP_LFE,
+    SF_CHANNEL_MAP_REAR_LEFT,
+    SF_CHANNEL_MAP_REAR_RIGHT,
+    SF_CHANNEL_MAP_FRONT_LEFT_OF_CENTER,
+    SF_CHANNEL_MAP_FRONT_RIGHT_OF_CENTER,
+    SF_CHANNEL_MAP_REAR_CENTER,
+    SF_CHANNEL_MAP_SIDE_LEFT,
+    SF_CHANNEL_MAP_SIDE_RIGHT,
+    SF_CHANNEL_MAP_TOP_CENTER,
+    SF_CHANNEL_MAP_TOP_FRONT_LEFT,
+    SF_CHANNEL_MAP_TOP_FRONT_CENTER,
+    SF_CHANNEL_MAP_TOP_FRONT_RIGHT,
+    SF_CHANNEL_MAP_TOP_REAR_LEFT,
+    SF_CHANNEL_MAP_TOP_REAR_CENTER,
+    SF_CHANNEL_MAP_TOP_REAR_RIGHT,
+};
 
 /// Nothing if a speaker, in libsndfile's numbers, has no bit, or they stand in another order.
 std::optional<std::uint32_t> maskOf(std::span<const int> speakers);

@@ -58,6 +58,8 @@ struct Motion {
     GroupPart share;  ///< of the distance, covered in this sample
     GroupPart pass;   ///< change of the level after the sample by that before it
     GroupPart bend;   ///< by how much the share falls for each dB of distance
+    GroupPart time;   ///< s, never negative
+    GroupPart reach;  ///< s per dB: four times what the time changes, or `time` itself
 };
 
 /// The controls of half a group.
@@ -114,7 +116,8 @@ struct Controls {
         const auto one = all(1.0f);
         auto time = hn::IfThenElse(attacking, attack, release);
         if constexpr (kPlain) {
-            return {time, hn::Sub(one, time), hn::Zero(GroupTag())};
+            const auto none = hn::Zero(GroupTag());
+            return {time, hn::Sub(one, time), none, none, none};
         } else {
             const auto size = hn::Abs(distance);
             auto timeByDistance = hn::Zero(GroupTag());
@@ -136,26 +139,34 @@ struct Controls {
             const auto covered = vectorExpComplement(GroupTag(), y);
             const auto rest = hn::Sub(one, covered);
             const auto bend = hn::Mul(hn::Mul(rest, y), hn::Mul(perSecond, timeByDistance));
-            return {covered, hn::MulAdd(size, bend, rest), bend};
+            const auto length = hn::Abs(time);
+            const auto reach = hn::Mul(hn::Max(length, hn::Abs(timeByDistance)), all(4.0f));
+            return {covered, hn::MulAdd(size, bend, rest), bend, length, reach};
         }
     }
 };
 
-/// Whether a sample's motion must be found anew after the level before it has `moved` from the guess: it is
-/// on the other side of attack and release, or the step's second order counts. That is (share bent twice) (2
-/// + |x|) / 2 bend moved^2 at most, and a level keeps 1/share times what every sample adds.
+/// Whether a sample's motion must be found anew after the level before it has `moved` from the guess: where
+/// it is on the other side of attack and release, where its time has changed by a quarter, and where the
+/// step's second order counts. That is (2 + |x|) / 2 bend moved^2 at most, and a level keeps 1/share times
+/// what every sample adds.
 template <FollowerLaw law>
 HWY_INLINE auto unsettled(const Motion& motion, GroupPart distance, GroupPart moved) {
     const auto now = hn::Sub(distance, moved);
     const auto edge = all(Controls<law>::kAttackAbove);
     const auto crossed = hn::Xor(hn::Gt(distance, edge), hn::Gt(now, edge));
-    const auto apart = hn::And(crossed, hn::Gt(hn::Max(hn::Abs(now), hn::Abs(distance)), all(kSettled)));
     if constexpr (Controls<law>::kPlain) {
-        return apart;
+        // Attack and release meet at 0: there it does not matter which it is. The recursion is its own
+        // linearisation, but a slope next to 1 is rounded by 2^-25, in each of 32 samples; another round
+        // leaves only what that makes of the correction.
+        const auto apart = hn::And(crossed, hn::Gt(hn::Max(hn::Abs(now), hn::Abs(distance)), all(kSettled)));
+        return hn::Or(apart, hn::Gt(hn::Abs(moved), all(1.0f)));
     } else {
+        const auto size = hn::Abs(moved);
+        const auto far = hn::Gt(hn::Mul(size, motion.reach), motion.time);
         const auto curvature = hn::Mul(hn::Abs(motion.bend), hn::Add(all(2.0f), hn::Abs(distance)));
         const auto error = hn::Mul(curvature, hn::Mul(moved, moved));
-        return hn::Or(apart, hn::Gt(error, hn::Mul(all(2.0f * kSettled), motion.share)));
+        return hn::Or(hn::Or(crossed, far), hn::Gt(error, hn::Mul(all(2.0f * kSettled), motion.share)));
     }
 }
 
@@ -188,11 +199,14 @@ HWY_INLINE void followGroup(const FollowerTrack& track, std::size_t at,
             residual[part] = hn::MulAdd(share[part], distance[part], hn::Sub(before[part], course[part]));
         }
         const Group change = solveRecursion(pass, residual);
-        const Group moved = samplesBefore(change);
+        Group moved = before;
         for (std::size_t part = 0; part < 2; ++part) {
-            course[part] = hn::Add(course[part], change[part]);
-            before[part] = hn::Add(before[part], moved[part]);
+            // A share of 1 arrives exactly: whether the next sample is an attack may hang on the last digit.
+            const auto arrives = hn::Eq(share[part], all(1.0f));
+            course[part] = hn::IfThenElse(arrives, target[part], hn::Add(course[part], change[part]));
         }
+        before = samplesBefore(course);
+        for (std::size_t part = 0; part < 2; ++part) moved[part] = hn::Sub(before[part], moved[part]);
         if (hn::AllFalse(d, hn::Or(unsettled<law>(motion[0], distance[0], moved[0]),
                                    unsettled<law>(motion[1], distance[1], moved[1])))) {
             break;

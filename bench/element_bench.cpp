@@ -166,7 +166,7 @@ void peakHold(benchmark::State& state) {
     for (auto _ : state) bed.run(element);
     report(state);
 }
-BENCHMARK(peakHold)->Arg(0)->Arg(5)->Arg(50);
+BENCHMARK(peakHold)->Arg(0)->Arg(1)->Arg(5)->Arg(50);
 
 }  // namespace
 }  // namespace vanta::bench

@@ -4,16 +4,22 @@
 
 #include "foundation/numbers.hpp"
 #include "kernel/mix.hpp"
+#include "kernel/sliding_maximum.hpp"
 
 namespace vanta {
+
+namespace {
+
+constexpr int kLongestShort = static_cast<int>(kernel::kLongestDoubledHold);
+
+}  // namespace
 
 PeakHold::PeakHold(wave::Environment& owner, float largestHoldMs)
     : Filter(owner),
       hold(owner, 0.0f, 0.0f, largestHoldMs),
       largestHoldMs_(largestHoldMs),
       magnitude_(owner),
-      delayed_(owner),
-      delay_(owner) {
+      ring_(1) {
     makeResettable();
     prepare();
     reset();
@@ -21,18 +27,21 @@ PeakHold::PeakHold(wave::Environment& owner, float largestHoldMs)
 
 void PeakHold::prepare() {
     largestHold_ = samplesInMs(largestHoldMs_, environment().sampleRate());
+    const int maxBlock = environment().maxBlockSize();
     // One sample more than the hold, to see on which side of a peak the hold ends.
-    delay_.setMaxDelay(largestHold_ + 1);
+    const int size = largestHold_ + 1 + maxBlock;
+    if (size != ring_.size()) ring_ = wave::MirroredRing(size);
+    scratch_.resize(std::min(largestHold_, kLongestShort) + maxBlock);
+    rest_.resize(largestHold_ + 1);
     queue_.resize(largestHold_);
 }
 
 void PeakHold::reset() {
-    delay_.clear();
-    queue_.clear();
-    position_ = covered_ = 0;
+    ring_.clear();
+    segmentHold_ = -1;
+    forgetPeaks(0);
     standstill_ = 0;
     previous_ = 0.0f;
-    falling_ = false;
 }
 
 int PeakHold::holdSamples(float ms) const {
@@ -42,18 +51,25 @@ int PeakHold::holdSamples(float ms) const {
 void PeakHold::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples, int) {
     const float* holdMs = hold.pullData(samples);
     kernel::magnitude(in.data(), magnitude_.data(), static_cast<std::size_t>(samples));
-    delay_.write(magnitude_.data(), samples);
+    ring_.write(magnitude_.data(), samples);
     if (!hold.isConstant()) {
         followStandstill(samples);
+        segmentHold_ = -1;
         holdVarying(holdMs, out->data(), samples);
         return;
     }
     const int holdLength = holdSamples(holdMs[0]);
-    if (followStandstill(samples) >= samples + holdLength || (holdLength == 0 && queue_.empty())) {
-        rest(holdLength, samples);
+    const bool still = followStandstill(samples) >= samples + holdLength;
+    if (still || holdLength <= kLongestShort) segmentHold_ = -1;
+    if (still || holdLength == 0) {
+        publish(magnitude_, source->blockFlags());
+    } else if (holdLength <= kLongestShort) {
+        kernel::slidingMaximum(ring_.newest(samples + holdLength), static_cast<std::size_t>(holdLength),
+                               scratch_.data(), out->data(), static_cast<std::size_t>(samples));
     } else {
-        holdSteadily(holdLength, out->data(), samples);
+        holdLong(holdLength, out->data(), samples);
     }
+    forgetPeaks(samples);
 }
 
 /// How many of the newest samples are known to be equal.
@@ -67,26 +83,36 @@ std::int64_t PeakHold::followStandstill(int samples) {
     return standstill_;
 }
 
-/// Nothing within the hold differs from the samples themselves.
-void PeakHold::rest(int holdLength, int samples) {
-    publish(magnitude_, source->blockFlags());
-    queue_.clear();
-    position_ += static_cast<std::uint32_t>(samples);
-    covered_ = static_cast<std::uint32_t>(holdLength);
-    previous_ = magnitude_[samples - 1];
-    falling_ = false;
+// Segments are one sample longer than the hold, so that a window never lies across more than one border.
+void PeakHold::holdLong(int holdLength, float* out, int samples) {
+    if (holdLength != segmentHold_) beginSegment(holdLength, samples);
+    for (int done = 0; done < samples;) {
+        const int count = std::min(samples - done, holdLength + 1 - segmentPosition_);
+        kernel::maximumSoFar(magnitude_.data() + done, rest_.data() + segmentPosition_, segmentHighest_,
+                             out + done, static_cast<std::size_t>(count));
+        done += count;
+        segmentPosition_ += count;
+        if (segmentPosition_ > holdLength) beginSegment(holdLength, samples - done);
+    }
 }
 
-void PeakHold::holdSteadily(int holdLength, float* out, int samples) {
-    const auto count = static_cast<std::size_t>(samples);
-    const auto window = static_cast<std::uint32_t>(holdLength);
-    const float* magnitude = magnitude_.data();
-    cover(window, samples);
-    for (int i = 0; i < samples; ++i) out[i] = advance(magnitude[i], window);
-    covered_ = window;
-    delay_.read(holdLength, delayed_.data(), samples);
-    kernel::maximum(out, magnitude, out, count);
-    kernel::maximum(out, delayed_.data(), out, count);
+/// The segment begins with the next sample. `samplesAhead` samples of the ring have not been held yet.
+void PeakHold::beginSegment(int holdLength, int samplesAhead) {
+    kernel::maximumOfRest(ring_.newest(holdLength, samplesAhead), rest_.data(),
+                          static_cast<std::size_t>(holdLength));
+    rest_[holdLength] = 0.0f;
+    segmentHold_ = holdLength;
+    segmentPosition_ = 0;
+    segmentHighest_ = 0.0f;
+}
+
+/// A hold that moves finds the peaks of what came until now in the ring.
+void PeakHold::forgetPeaks(int samples) {
+    queue_.clear();
+    position_ += static_cast<std::uint32_t>(samples);
+    covered_ = 0;
+    falling_ = false;
+    if (samples > 0) previous_ = magnitude_[samples - 1];
 }
 
 void PeakHold::holdVarying(const float* holdMs, float* out, int samples) {
@@ -128,9 +154,7 @@ void PeakHold::cover(std::uint32_t holdLength, int samplesAhead) {
 
 /// The magnitude `distance` samples before the next one to be taken in.
 float PeakHold::past(std::uint32_t distance, int samplesAhead) const {
-    const int back = samplesAhead + static_cast<int>(distance);
-    if (back > delay_.written()) return 0.0f;
-    return delay_.ring()[(delay_.writePosition() - back) & delay_.mask()];
+    return *ring_.newest(1, samplesAhead + static_cast<int>(distance) - 1);
 }
 
 }  // namespace vanta

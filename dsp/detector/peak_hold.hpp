@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include "dsp/detector/peak_queue.hpp"
-#include "wave/delay.hpp"
 #include "wave/float_parameter_source.hpp"
+#include "wave/mirrored_ring.hpp"
 #include "wave/producer.hpp"
 
 namespace vanta {
@@ -28,23 +28,32 @@ protected:
 private:
     int holdSamples(float ms) const;
     VANTA_REALTIME std::int64_t followStandstill(int samples);
-    VANTA_REALTIME void rest(int holdLength, int samples);
-    VANTA_REALTIME void holdSteadily(int holdLength, float* out, int samples);
+    VANTA_REALTIME void holdLong(int holdLength, float* out, int samples);
+    VANTA_REALTIME void beginSegment(int holdLength, int samplesAhead);
     VANTA_REALTIME void holdVarying(const float* holdMs, float* out, int samples);
     VANTA_REALTIME float advance(float magnitude, std::uint32_t holdLength);
     VANTA_REALTIME void cover(std::uint32_t holdLength, int samplesAhead);
     VANTA_REALTIME float past(std::uint32_t distance, int samplesAhead) const;
+    VANTA_REALTIME void forgetPeaks(int samples);
 
     float largestHoldMs_;
     int largestHold_ = 0;  ///< samples
     wave::BasicBlock<float> magnitude_;
-    wave::BasicBlock<float> delayed_;
-    wave::Delay delay_;  ///< of the magnitude
-    PeakQueue queue_;
-    std::uint32_t position_ = 0;
-    std::uint32_t covered_ = 0;    ///< how many samples before `position_` the queue knows all peaks of
+    wave::MirroredRing ring_;      ///< of the magnitude
     std::int64_t standstill_ = 0;  ///< how many of the newest samples hold `stillValue_`
     float stillValue_ = 0.0f;
+
+    // A steady hold: short ones need scratch alone.
+    wave::AlignedBuffer<float> scratch_;
+    wave::AlignedBuffer<float> rest_;  ///< of the hold before the segment, the maximum from each sample on
+    int segmentHold_ = -1;             ///< that the segment was begun for; negative: none
+    int segmentPosition_ = 0;
+    float segmentHighest_ = 0.0f;
+
+    // A moving hold.
+    PeakQueue queue_;
+    std::uint32_t position_ = 0;
+    std::uint32_t covered_ = 0;  ///< how many samples before `position_` the queue knows all peaks of
     float previous_ = 0.0f;
     bool falling_ = false;
 };

@@ -94,10 +94,10 @@ void buildDetector(Patch& p, int variant) {
     if (variant & 64) p.move(detector.threshold, -60.0f, 0.0f), p.move(detector.ratio, 1.0f, 5.0f);
 }
 
-void buildPeakHold(Patch& p, int moving) {
-    auto& hold = p.filter<PeakHold>(5.0f);
-    Patch::set(hold.hold, 3.0f);
-    if (moving) p.move(hold.hold, 0.0f, 5.0f);
+void buildPeakHold(Patch& p, int course) {
+    auto& hold = p.filter<PeakHold>(20.0f);
+    Patch::set(hold.hold, course == 2 ? 18.0f : 1.0f);
+    if (course == 1) p.move(hold.hold, 0.0f, 5.0f);
 }
 
 void buildAverage(Patch& p, int variant) {
@@ -297,6 +297,7 @@ std::vector<Element> singleElements() {
         {"RMSFilter_amplitude", Feed::Audio, buildRms, {}, RMSFilter::Amplitude},
         {"PeakHold", Feed::Audio, buildPeakHold, {}, 0},
         {"PeakHold_moving", Feed::Audio, buildPeakHold, {}, 1},
+        {"PeakHold_long", Feed::Audio, buildPeakHold, {}, 2},
         {"AveragingFilter", Feed::Audio, buildAverage, {}, 0},
         {"AveragingFilter_moving", Feed::Audio, buildAverage, {}, 1},
         {"AveragingFilter_of_powers", Feed::Audio, buildAverage, {}, 2},

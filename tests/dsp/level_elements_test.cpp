@@ -139,7 +139,7 @@ TEST(TransferCurveProcessor, BendsByItsStrengthOnEveryInstructionSet) {
 // --- PeakHold ---
 
 constexpr double kRate = 48000.0;
-constexpr float kLargestMs = 5.0f;
+constexpr float kLargestMs = 15.0f;
 
 /// Every sample compared with all of its window.
 Signal slidingMaximum(const Signal& in, const std::vector<int>& hold) {
@@ -173,14 +173,16 @@ std::vector<Signal> signals(std::size_t count) {
 TEST(PeakHold, IsTheMaximumOfItsWindowExactlyWhereverTheHoldMoves) {
     constexpr int kCount = 8000;
     Random random(4);
-    std::vector<std::vector<int>> courses(4);
+    std::vector<std::vector<int>> courses(5);
     for (int i = 0; i < kCount; ++i) {
         courses[0].push_back(i % 480 < 240 ? i % 480 : 480 - i % 480);  // a sample at a time
         courses[1].push_back(random.between(0, 240));                   // anywhere at once
         courses[2].push_back(i % 600 < 300 ? 0 : 200);                  // off and on
         courses[3].push_back(i % 200 * 7 % 241);
+        // Stands still for many blocks, moves, and comes back.
+        courses[4].push_back(i % 4000 < 1600 ? 600 : i % 4000 < 2400 ? 30 + i % 600 : 100);
     }
-    for (const int hold : {0, 1, 2, 3, 7, 48, 239, 240}) courses.emplace_back(kCount, hold);
+    for (const int hold : {0, 1, 2, 3, 4, 7, 48, 239, 511, 512, 700, 720}) courses.emplace_back(kCount, hold);
     for (const Signal& in : signals(kCount)) {
         for (std::size_t course = 0; course < courses.size(); ++course) {
             Signal ms;
@@ -195,7 +197,7 @@ TEST(PeakHold, IsTheMaximumOfItsWindowExactlyWhereverTheHoldMoves) {
 
 TEST(PeakHold, TruncatesItsHoldAndLimitsItToTheLargest) {
     for (const auto& [ms, samples] :
-         {std::pair(1.0f, 48), {1.02f, 48}, {5.0f, 240}, {1000.0f, 240}, {-1.0f, 0}}) {
+         {std::pair(1.0f, 48), {1.02f, 48}, {15.0f, 720}, {1000.0f, 720}, {-1.0f, 0}}) {
         ElementRig<PeakHold> rig(impulse(1000), kLargestMs);
         rig.play(rig.element.hold, Signal(1000, ms));
         const Signal out = rig.run(1000);

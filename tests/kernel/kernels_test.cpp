@@ -22,6 +22,7 @@
 #include "kernel/mix.hpp"
 #include "kernel/mixer_kernels.hpp"
 #include "kernel/scan.hpp"
+#include "kernel/sliding_maximum.hpp"
 #include "kernel/wave_shaper_kernels.hpp"
 #include "tests/support/instruction_sets.hpp"
 #include "tests/support/signals.hpp"
@@ -211,6 +212,44 @@ TEST(ScanKernels, FindTheExtremesOfAnyBlock) {
             EXPECT_EQ(kernel::highestMagnitude(in, count), std::abs(*large));
         }
     }
+}
+
+TEST(SlidingMaximum, IsTheLargestOfEveryWindow) {
+    // Mostly falling: the largest is often the oldest.
+    auto in = whiteNoise(8, 1400);
+    for (std::size_t i = 0; i < in.size(); ++i) in[i] = std::abs(in[i]) - static_cast<float>(i % 300) / 300;
+    const auto largest = [&](std::size_t from, std::size_t count) {
+        const auto first = in.begin() + static_cast<std::ptrdiff_t>(from);
+        return *std::max_element(first, first + static_cast<std::ptrdiff_t>(count));
+    };
+    forEachInstructionSet([&](const char* set) {
+        for (const std::size_t hold :
+             {1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 14u, 15u, 16u, 62u, 63u, 64u, 255u, 511u}) {
+            for (const std::size_t count : kLengths) {
+                SCOPED_TRACE(fmt::format("{}, hold {}, {} samples", set, hold, count));
+                const std::size_t start = hold % 5;
+                Signal out(count + 1, kCanary), scratch(count + hold + 1, kCanary);
+                kernel::slidingMaximum(in.data() + start, hold, scratch.data(), out.data(), count);
+                for (std::size_t i = 0; i < count; ++i) ASSERT_EQ(out[i], largest(start + i, hold + 1)) << i;
+                ASSERT_EQ(out.back(), kCanary);
+                ASSERT_EQ(scratch.back(), kCanary);
+            }
+        }
+        for (const std::size_t count : kLengths) {
+            SCOPED_TRACE(fmt::format("{}, segments of {}", set, count));
+            Signal rest(count + 1, kCanary), out = rest;
+            kernel::maximumOfRest(in.data() + 3, rest.data(), count);
+            float highest = in[600];
+            kernel::maximumSoFar(in.data() + 601, in.data() + 20, highest, out.data(), count);
+            for (std::size_t i = 0; i < count; ++i) {
+                ASSERT_EQ(rest[i], largest(3 + i, count - i)) << i;
+                ASSERT_EQ(out[i], std::max(largest(600, i + 2), in[20 + i])) << i;
+            }
+            ASSERT_EQ(highest, largest(600, count + 1));
+            ASSERT_EQ(rest.back(), kCanary);
+            ASSERT_EQ(out.back(), kCanary);
+        }
+    });
 }
 
 TEST(ConvolverKernels, FilterAndFadeLikeTheirTwins) {

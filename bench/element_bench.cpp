@@ -6,9 +6,11 @@
 #include "dsp/convolver/convolver.hpp"
 #include "dsp/convolver/fft.hpp"
 #include "dsp/convolver/smoothing_kernel.hpp"
+#include "dsp/delay/averaging_filter.hpp"
 #include "dsp/detector/detector.hpp"
 #include "dsp/detector/peak_hold.hpp"
 #include "dsp/envelope/capacitor.hpp"
+#include "dsp/filter/eq_filter.hpp"
 #include "dsp/saturator/saturator.hpp"
 #include "dsp/sr/converter_filter.hpp"
 #include "dsp/sr/iir_converter_style.hpp"
@@ -167,6 +169,28 @@ void peakHold(benchmark::State& state) {
     report(state);
 }
 BENCHMARK(peakHold)->Arg(0)->Arg(1)->Arg(5)->Arg(50);
+
+void eqFilter(benchmark::State& state) {
+    Bed bed;
+    EQFilter element(bed.environment);
+    element.source = bed.source.get();
+    element.shape = AnalogFilterPrototype::HighPass;
+    element.slope = static_cast<int>(state.range(0));
+    for (auto _ : state) bed.run(element);
+    report(state);
+}
+BENCHMARK(eqFilter)->Arg(EQFilter::Order2)->Arg(EQFilter::Order8);
+
+void averagingFilter(benchmark::State& state) {
+    Bed bed;
+    AveragingFilter element(bed.environment, 50.0f);
+    element.source = bed.source.get();
+    element.window.parameter().setRange(0.0f, 50.0f);
+    element.window.parameter().setValue(5.0f, 0.0f);
+    for (auto _ : state) bed.run(element);
+    report(state);
+}
+BENCHMARK(averagingFilter);
 
 }  // namespace
 }  // namespace vanta::bench

@@ -11,7 +11,7 @@ BiquadProcessor::BiquadProcessor(wave::Environment& owner, int maxSections, int 
       resetMode(nullptr, ClearState),
       maxSections_(maxSections),
       granularity_(granularity),
-      states_(static_cast<std::size_t>(maxSections)) {
+      sections_(static_cast<std::size_t>(maxSections)) {
     maxBlockSizeChanged();
     owner.addBlockListener(this);
 }
@@ -25,7 +25,7 @@ void BiquadProcessor::maxBlockSizeChanged() {
     capacity_ = static_cast<std::size_t>(environment().maxBlockSize() / granularity_) + 2;
     counts_.reserve(capacity_);
     amounts_.reserve(capacity_);
-    coefficients_.resize(capacity_ * states_.size());
+    coefficients_.resize(capacity_ * sections_.size());
 }
 
 void BiquadProcessor::setSectionCount(int count) {
@@ -35,7 +35,7 @@ void BiquadProcessor::setSectionCount(int count) {
 }
 
 BiquadCoefficients* BiquadProcessor::runCoefficients(std::size_t run) {
-    return coefficients_.data() + run * states_.size();
+    return coefficients_.data() + run * sections_.size();
 }
 
 void BiquadProcessor::queue(int samples, std::span<const BiquadCoefficients> sections, float amount) {
@@ -89,41 +89,25 @@ bool BiquadProcessor::process(const float* in, float* out, int samples) {
     return heard;
 }
 
-void BiquadProcessor::initialise(State& state, float first) const {
+void BiquadProcessor::initialise(BiquadSection& section, float first) const {
     const bool preload = pending_ == Pending::ByMode && resetMode == PreloadInput;
-    const double value = preload ? static_cast<double>(first) : 0.0;
-    state = {value, value, value, value};
+    section.start(preload ? static_cast<double>(first) : 0.0);
 }
 
-void BiquadProcessor::runSection(int section, const float* in, float* out) {
-    State& state = states_[static_cast<std::size_t>(section)];
-    if (pending_ != Pending::None) initialise(state, in[0]);
-    auto [x1, x2, y1, y2] = state;
+void BiquadProcessor::runSection(int index, const float* in, float* out) {
+    BiquadSection& section = sections_[static_cast<std::size_t>(index)];
+    if (pending_ != Pending::None) initialise(section, in[0]);
     for (std::size_t run = 0; run < counts_.size(); ++run) {
-        const BiquadCoefficients c = runCoefficients(run)[section];
-        for (int i = 0; i < counts_[run]; ++i) {
-            const double x = static_cast<double>(in[i]);
-            // The newest output comes last: only two operations wait for it.
-            const double y = (c.b0 * x + c.b1 * x1 + c.b2 * x2 - c.a2 * y2) - c.a1 * y1;
-            x2 = x1;
-            x1 = x;
-            y2 = y1;
-            y1 = y;
-            out[i] = static_cast<float>(y);
-        }
+        if (counts_[run] == 0) continue;
+        section.run(runCoefficients(run)[index], in, out, counts_[run]);
         in += counts_[run];
         out += counts_[run];
     }
-    state = {x1, x2, y1, y2};
 }
 
 bool BiquadProcessor::ranAway() const {
-    // Far above what any resonance makes of the largest sample, and far below what a float can hold.
-    constexpr double kLargest = 0x1p50;
-    const auto within = [](const State& state) {
-        return std::abs(state.y1) <= kLargest && std::abs(state.y2) <= kLargest;
-    };
-    return !std::all_of(states_.begin(), states_.begin() + sectionCount_, within);
+    return std::any_of(sections_.begin(), sections_.begin() + sectionCount_,
+                       [](const BiquadSection& section) { return section.ranAway(); });
 }
 
 void BiquadProcessor::startOver(float* out, int samples) {

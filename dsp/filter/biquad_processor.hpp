@@ -3,7 +3,7 @@
 #include <span>
 #include <vector>
 
-#include "dsp/filter/biquad_coefficients.hpp"
+#include "dsp/filter/biquad_section.hpp"
 #include "foundation/property.hpp"
 #include "wave/basic_block.hpp"
 #include "wave/producer.hpp"
@@ -56,9 +56,6 @@ public:
     Property<ResetMode> resetMode;
 
 private:
-    struct State {
-        double x1 = 0.0, x2 = 0.0, y1 = 0.0, y2 = 0.0;
-    };
     struct AmountRun {
         int count;
         float amount;
@@ -68,8 +65,8 @@ private:
     void queueAmount(int samples, float amount);
     bool audible() const;
     BiquadCoefficients* runCoefficients(std::size_t run);
-    void initialise(State& state, float first) const;
-    void runSection(int section, const float* in, float* out);
+    void initialise(BiquadSection& section, float first) const;
+    void runSection(int index, const float* in, float* out);
     bool ranAway() const;
     void startOver(float* out, int samples);
     void blend(const float* dry, float* out);
@@ -83,7 +80,7 @@ private:
     std::vector<BiquadCoefficients> coefficients_;  ///< `maxSections_` places a run
     std::vector<AmountRun> amounts_;
     std::size_t capacity_ = 0;
-    std::vector<State> states_;
+    std::vector<BiquadSection> sections_;
     Pending pending_ = Pending::Clear;
     float mix_ = 1.0f;
     float mixTarget_ = 1.0f;

@@ -15,6 +15,7 @@
 #include <fmt/format.h>
 
 #include "kernel/allpass_kernels.hpp"
+#include "kernel/biquad.hpp"
 #include "kernel/convolver_kernels.hpp"
 #include "kernel/fir_kernels.hpp"
 #include "kernel/follower.hpp"
@@ -434,6 +435,39 @@ struct BranchTwin {
     std::span<const float> coefficient;
     double x1[6] = {}, y1[6] = {};
 };
+
+TEST(Biquad, RunsInGroupsAsSampleBySample) {
+    // A wide low-pass, and the sharp resonance of a low one, whose response hardly falls within a group.
+    const double filters[][5] = {{0.29, 0.59, 0.29, -0.13, 0.30}, {0.99, -1.98, 0.99, -1.9995, 0.99951}};
+    const auto in = whiteNoise(61, 8 * 70 + 3);
+    forEachInstructionSet([&](const char* set) {
+        for (const auto& [b0, b1, b2, a1, a2] : filters) {
+            const kernel::BiquadGroup group(b0, b1, b2, a1, a2);
+            kernel::BiquadHistory history{0.3, -0.2, 0.7, 0.6}, twin = history;
+            std::size_t at = 0;
+            for (const std::size_t groups : {0u, 1u, 2u, 15u, 16u, 17u, 19u}) {
+                SCOPED_TRACE(fmt::format("{}, {} groups", set, groups));
+                // In place every second time, at any alignment.
+                const std::size_t count = 8 * groups, offset = groups % 4;
+                const float* block = in.data() + at + offset % 3;
+                Signal out(offset + count + 1, kCanary);
+                if (groups % 2) std::copy_n(block, count, out.data() + offset);
+                const float* from = groups % 2 ? out.data() + offset : block;
+                kernel::biquadGroups(from, group, history, out.data() + offset, groups);
+                for (std::size_t i = 0; i < count; ++i) {
+                    const double x = static_cast<double>(block[i]);
+                    const double y = b0 * x + b1 * twin.x1 + b2 * twin.x2 - a1 * twin.y1 - a2 * twin.y2;
+                    twin = {x, twin.x1, y, twin.y1};
+                    ASSERT_NEAR(out[offset + i], y, kEpsilon * std::max(std::abs(y), 1e-6)) << i;
+                }
+                ASSERT_EQ(out.back(), kCanary);
+                at += count;
+            }
+            // The resonance makes up to 1e5 of what is rounded off numbers around 100.
+            ASSERT_NEAR(history.y2, twin.y2, 1e7 * std::numeric_limits<double>::epsilon());
+        }
+    });
+}
 
 TEST(AllpassKernels, SplitAndMergeAsTheirScalarTwin) {
     const float coefficients[] = {0.085f, 0.29f, 0.52f, 0.71f, 0.85f, 0.95f};

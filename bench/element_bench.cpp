@@ -9,6 +9,7 @@
 #include "dsp/delay/averaging_filter.hpp"
 #include "dsp/detector/detector.hpp"
 #include "dsp/detector/peak_hold.hpp"
+#include "dsp/detector/rms_filter.hpp"
 #include "dsp/envelope/capacitor.hpp"
 #include "dsp/filter/eq_filter.hpp"
 #include "dsp/saturator/saturator.hpp"
@@ -180,6 +181,17 @@ void eqFilter(benchmark::State& state) {
     report(state);
 }
 BENCHMARK(eqFilter)->Arg(EQFilter::Order2)->Arg(EQFilter::Order8);
+
+void rmsFilter(benchmark::State& state) {
+    Bed bed;
+    RMSFilter element(bed.environment, 400.0f);
+    element.source = bed.source.get();
+    element.window.parameter().setRange(0.0f, 400.0f);
+    element.window.parameter().setValue(400.0f, 0.0f);
+    for (auto _ : state) bed.run(element);
+    report(state);
+}
+BENCHMARK(rmsFilter);
 
 void averagingFilter(benchmark::State& state) {
     Bed bed;

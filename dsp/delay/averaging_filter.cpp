@@ -6,6 +6,7 @@
 
 #include "foundation/fast_exponential.hpp"
 #include "foundation/numbers.hpp"
+#include "kernel/running_mean.hpp"
 
 namespace vanta {
 namespace {
@@ -96,24 +97,19 @@ void AveragingFilter::averageSteadily(const float* in, float* out, int samples) 
         return;
     }
     const int size = static_cast<int>(history_.size());
-    const double share = 1.0 / span_;
-    double sum = sum_;
+    // What leaves must have been stored before its group.
+    const int most = span_ < static_cast<int>(kernel::kMeanGroup) ? span_ : samples;
+    kernel::RunningSum sum{sum_};
     for (int done = 0; done < samples;) {
         // Up to where either place wraps.
-        const int count = std::min({samples - done, size - readPosition_, size - writePosition_});
-        float* newest = history_.data() + writePosition_;
-        const float* oldest = history_.data() + readPosition_;
-        for (int i = 0; i < count; ++i) {
-            const float sample = in[done + i];
-            newest[i] = sample;
-            sum += double{sample} - double{oldest[i]};
-            out[done + i] = static_cast<float>(sum * share);
-        }
+        const int count = std::min({samples - done, most, size - readPosition_, size - writePosition_});
+        kernel::runningMean(in + done, history_.data() + readPosition_, history_.data() + writePosition_, sum,
+                            1.0 / span_, out + done, static_cast<std::size_t>(count));
         readPosition_ = (readPosition_ + count) % size;
         writePosition_ = (writePosition_ + count) % size;
         done += count;
     }
-    sum_ = sum;
+    sum_ = sum.window;
 }
 
 /// What of a sample enters the sum.

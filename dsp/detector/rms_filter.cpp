@@ -5,7 +5,6 @@
 #include "foundation/numbers.hpp"
 #include "kernel/level_math.hpp"
 #include "kernel/mix.hpp"
-#include "kernel/running_mean.hpp"
 
 namespace vanta {
 
@@ -14,20 +13,22 @@ RMSFilter::RMSFilter(wave::Environment& owner, float largestWindowMs)
       scale(this, 1.0f),
       domain(this, Power),
       window(owner, 0.0f, 0.0f, largestWindowMs),
-      largestWindowMs_(largestWindowMs),
-      history_(owner, 1 + samplesInMs(largestWindowMs, owner.sampleRate())),
-      squares_(owner) {
+      largestWindowMs_(largestWindowMs) {
     makeResettable();
+    prepare();
 }
 
 void RMSFilter::prepare() {
-    history_.setMaxDelay(1 + samplesInMs(largestWindowMs_, environment().sampleRate()));
+    const int size = 1 + samplesInMs(largestWindowMs_, environment().sampleRate());
+    if (size == squares_.size()) return;
+    squares_.resize(size);
+    reset();
 }
 
 void RMSFilter::reset() {
-    history_.clear();
-    sum_ = freshSum_ = 0.0;
-    freshCount_ = 0;
+    sum_ = {};
+    position_ = enteredCount_ = 0;
+    full_ = false;
 }
 
 void RMSFilter::propertyChanged(AbstractProperty& property) {
@@ -37,43 +38,53 @@ void RMSFilter::propertyChanged(AbstractProperty& property) {
 void RMSFilter::setLength(int samples) {
     if (samples == length_) return;
     length_ = samples;
-    norm_ = scale * scale / static_cast<float>(samples);
-    history_.setDelay(samples);
+    norm_ = static_cast<double>(scale * scale / static_cast<float>(samples));
     reset();
 }
 
 void RMSFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples, int) {
-    // A controller may ask for more than the history holds.
+    // A controller may ask for more than the ring holds.
     const float windowMs = std::clamp(window.pullData(samples)[0], 0.0f, largestWindowMs_);
-    setLength(std::min(1 + samplesInMs(windowMs, environment().sampleRate()), history_.maxDelay()));
+    setLength(std::min(1 + samplesInMs(windowMs, environment().sampleRate()), squares_.size()));
     if (length_ <= 1) {
         passSingle(in.data(), out->data(), samples);
         return;
     }
-    const auto count = static_cast<std::size_t>(samples);
-    kernel::multiply(in.data(), in.data(), squares_.data(), count);
-    history_.write(squares_.data(), samples);
-    history_.read(length_, out->data(), samples);
-    slide(out->data(), samples);
-    if (domain == Amplitude) kernel::squareRoot(out->data(), out->data(), count);
+    slide(in.data(), out->data(), samples);
+    if (domain == Amplitude) {
+        kernel::squareRoot(out->data(), out->data(), static_cast<std::size_t>(samples));
+    }
 }
 
 // What was added and taken away again leaves its rounding in the sum: little of music, much of a sample far
 // beyond full scale. A second sum that only adds takes over once a window, so that nothing stays longer than
 // that.
-void RMSFilter::slide(float* out, int samples) {
+void RMSFilter::slide(const float* in, float* out, int samples) {
     for (int done = 0; done < samples;) {
-        const int count = std::min(samples - done, length_ - freshCount_);
-        const float* entering = squares_.data() + done;
-        kernel::runningMean(entering, out + done, sum_, norm_, out + done, static_cast<std::size_t>(count));
-        freshSum_ += kernel::sum(entering, static_cast<std::size_t>(count));
-        freshCount_ += count;
+        const int count =
+            slidePiece(in + done, out + done, std::min(samples - done, length_ - enteredCount_));
         done += count;
-        if (freshCount_ < length_) continue;
-        sum_ = freshSum_;
-        freshSum_ = 0.0;
-        freshCount_ = 0;
+        enteredCount_ += count;
+        if (enteredCount_ < length_) continue;
+        sum_ = {sum_.entered, 0.0};
+        enteredCount_ = 0;
+        full_ = true;
     }
+}
+
+/// Up to where either end of the window meets the end of the ring. Returns how far that is.
+int RMSFilter::slidePiece(const float* in, float* out, int samples) {
+    const int size = squares_.size();
+    const int oldest = position_ >= length_ ? position_ - length_ : position_ - length_ + size;
+    int count = std::min(samples, size - position_);
+    if (full_) count = std::min(count, size - oldest);
+    // What leaves must have been stored before its group.
+    if (length_ < static_cast<int>(kernel::kMeanGroup)) count = std::min(count, length_);
+    const float* leaving = full_ ? squares_.data() + oldest : environment().silentBlock().data();
+    kernel::runningMeanSquare(in, leaving, squares_.data() + position_, sum_, norm_, out,
+                              static_cast<std::size_t>(count));
+    position_ = (position_ + count) % size;
+    return count;
 }
 
 void RMSFilter::passSingle(const float* in, float* out, int samples) {

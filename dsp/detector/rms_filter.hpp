@@ -1,6 +1,6 @@
 #pragma once
 
-#include "wave/delay.hpp"
+#include "kernel/running_mean.hpp"
 #include "wave/float_parameter_source.hpp"
 
 namespace vanta {
@@ -31,17 +31,18 @@ protected:
 
 private:
     VANTA_REALTIME void setLength(int samples);
-    VANTA_REALTIME void slide(float* out, int samples);
+    VANTA_REALTIME void slide(const float* in, float* out, int samples);
+    VANTA_REALTIME int slidePiece(const float* in, float* out, int samples);
     VANTA_REALTIME void passSingle(const float* in, float* out, int samples);
 
     float largestWindowMs_;
-    wave::Delay history_;  ///< squares, for a sample must leave the sum with the value it brought
-    wave::BasicBlock<float> squares_;
-    double sum_ = 0.0;
-    double freshSum_ = 0.0;  ///< of the squares since `sum_` was last made anew
-    int freshCount_ = 0;
-    int length_ = 0;  ///< samples; 0 means not yet known
-    float norm_ = 0.0f;
+    wave::AlignedBuffer<float> squares_;  ///< ring of them: a sample leaves the sum with the value it brought
+    int position_ = 0;                    ///< of the next square
+    kernel::RunningSum sum_;
+    int enteredCount_ = 0;  ///< squares since the sum was last made anew
+    bool full_ = false;     ///< the window has filled
+    int length_ = 0;        ///< samples; 0 means not yet known
+    double norm_ = 0.0;
 };
 
 }  // namespace vanta

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <numeric>
 #include <span>
 #include <type_traits>
 #include <vector>
@@ -22,6 +23,7 @@
 #include "kernel/level_math.hpp"
 #include "kernel/mix.hpp"
 #include "kernel/mixer_kernels.hpp"
+#include "kernel/running_mean.hpp"
 #include "kernel/scan.hpp"
 #include "kernel/sliding_maximum.hpp"
 #include "kernel/wave_shaper_kernels.hpp"
@@ -249,6 +251,52 @@ TEST(SlidingMaximum, IsTheLargestOfEveryWindow) {
             ASSERT_EQ(highest, largest(600, count + 1));
             ASSERT_EQ(rest.back(), kCanary);
             ASSERT_EQ(out.back(), kCanary);
+        }
+    });
+}
+
+TEST(RunningMean, ReadsWhatLeavesFromTheRingItStoresTo) {
+    const auto in = whiteNoise(71, 3000);
+    forEachInstructionSet([&](const char* set) {
+        for (const std::size_t window : {2u, 7u, 8u, 9u, 15u, 33u, 200u}) {
+            SCOPED_TRACE(fmt::format("{}, window {}", set, window));
+            // The newest window stands in front of what comes, as in a ring that does not wrap.
+            Signal plain(window + in.size(), 0.0f), squares = plain, out(in.size());
+            kernel::RunningSum sum, power;
+            double expected = 0.0, square = 0.0;
+            for (std::size_t at = 0, k = 0; at < in.size(); ++k) {
+                std::size_t count = std::min(kLengths[k % std::size(kLengths)], in.size() - at);
+                if (window < kernel::kMeanGroup) count = std::min(count, window);
+                const auto run = [&](const auto& kernel, Signal& ring, kernel::RunningSum& total) {
+                    kernel(in.data() + at, ring.data() + at, ring.data() + window + at, total,
+                           1.0 / static_cast<double>(window), out.data(), count);
+                };
+                run(kernel::runningMean, plain, sum);
+                for (std::size_t i = 0; i < count; ++i) {
+                    const float leaves = at + i < window ? 0.0f : in[at + i - window];
+                    expected += double{in[at + i]} - double{leaves};
+                    ASSERT_NEAR(out[i], expected / static_cast<double>(window), kEpsilon) << at + i;
+                }
+                run(kernel::runningMeanSquare, squares, power);
+                for (std::size_t i = 0; i < count; ++i) {
+                    const float enters = in[at + i] * in[at + i];
+                    const float leaves = at + i < window ? 0.0f : in[at + i - window] * in[at + i - window];
+                    square += double{enters} - double{leaves};
+                    ASSERT_NEAR(out[i], square / static_cast<double>(window), kEpsilon) << at + i;
+                    ASSERT_EQ(squares[window + at + i], enters);
+                }
+                at += count;
+            }
+            const Signal::const_iterator first = squares.begin() + static_cast<std::ptrdiff_t>(window);
+            ASSERT_NEAR(power.entered, std::accumulate(first, squares.cend(), 0.0), 1e-10);
+            // From a sum that rounding has brought below nothing.
+            kernel::RunningSum below{-1e-9};
+            const Signal silence(20, 0.0f);
+            Signal stored(20, 1.0f);
+            kernel::runningMeanSquare(silence.data(), silence.data(), stored.data(), below, 1.0, out.data(),
+                                      20);
+            EXPECT_EQ(below.window, 0.0);
+            EXPECT_EQ(std::count(out.begin(), out.begin() + 20, 0.0f), 20);
         }
     });
 }

@@ -64,10 +64,10 @@ void Delay::read(int delay, float* out, int count) const {
 
 void DelayFilterBase::produce(BasicBlock<float>* block, int samples, int flags) {
     if (flags & Environment::kFrontRun) return;
-    const std::int64_t expected = expectedPosition_;
     const std::int64_t position = environment().position();
+    const bool followed = continues(expectedPosition_);
     expectedPosition_ = position + samples;
-    if (expected == environment().resetPosition() || expected != position) {
+    if (position == environment().resetPosition() || !followed) {
         delay_.clear();
         streamInterrupted();
     }

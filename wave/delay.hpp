@@ -81,10 +81,18 @@ public:
     DelayFilter(Environment& owner, Past past) : DelayFilterBase(owner), past_(past) {}
 
     /// Allocates if the largest length changes.
-    void setMaxDelay(int samples) { delayLine().setMaxDelay(samples); }
-    void setDelay(int samples) { delayLine().setDelay(samples); }
+    void setMaxDelay(int samples) {
+        delayLine().setMaxDelay(samples);
+        environment().noteChange();
+    }
+    void setDelay(int samples) {
+        delayLine().setDelay(samples);
+        environment().noteChange();
+    }
 
 protected:
+    /// Once nothing else stands in the ring, wherever its end is.
+    bool settled() const override { return constantRun_ >= delayLine().ringSize(); }
     void process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int flags) override;
     void streamInterrupted() override;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "foundation/numbers.hpp"
 #include "wave/basic_block.hpp"
@@ -18,7 +19,13 @@ Environment::~Environment() = default;
 
 void Environment::run(int samples, int flags) {
     const int own = samples * rateFactor();
-    if (!(flags & kPositionOnly)) runProcessList(own);
+    if (flags & kPositionOnly) {
+        // Nobody pulls: what rested has missed a block.
+        if (root_ == this) latestEpoch_ += 2;
+        epoch_ = root_->latestEpoch_;
+    } else {
+        runProcessList(own);
+    }
     position_ += own;
     for (SubEnvironment* child : children_) child->run(own, flags);
 }
@@ -26,17 +33,27 @@ void Environment::run(int samples, int flags) {
 void Environment::runProcessList(int samples) {
     for (Producer* node : processList_) {
         const bool front = node->scheduleGroup_ == kFrontGroup;
-        if (!front && node->stamp_ == tick_) continue;
+        if (!front && (node->stamp_ == tick_ || node->rests(samples))) continue;
         node->compute(samples, front ? kFrontRun : kBackRun);
     }
 }
 
 void Environment::advanceTick() {
+    if (std::exchange(root_->changed_, false)) ++root_->latestEpoch_;
+    beginTick(root_->latestEpoch_);
+}
+
+void Environment::beginTick(std::uint32_t epoch) {
     ++tick_;
-    for (SubEnvironment* child : children_) child->advanceTick();
+    if (epoch != epoch_) {
+        epoch_ = epoch;
+        epochStart_ = position_;
+    }
+    for (SubEnvironment* child : children_) child->beginTick(epoch);
 }
 
 void Environment::resetGraph(ResetMode mode) {
+    noteChange();
     discontinuityPosition_ = position_;
     if (mode != ResetMode::MarkDiscontinuity) {
         resetPosition_ = position_;
@@ -49,6 +66,7 @@ void Environment::resetGraph(ResetMode mode) {
 }
 
 void Environment::prepareNodes() {
+    noteChange();
     for (Producer* node : resetList_) node->prepare();
 }
 
@@ -121,6 +139,7 @@ void Environment::registerNode() {
 SubEnvironment::SubEnvironment(Environment& parent)
     : Environment(parent.blockLimit() * kMaxFactor, parent.blockLimit() * kMaxFactor), parent_(parent) {
     parent_.children_.push_back(this);
+    root_ = parent_.root_;
     setSampleRate(parent_.sampleRate());
 }
 
@@ -145,6 +164,7 @@ void SubEnvironment::removeBlockListener(DynamicMaxBlockSizeListener* listener) 
 void SubEnvironment::setFactor(int factor) {
     if (factor == factor_) return;
     factor_ = factor;
+    noteChange();
     for (DynamicMaxBlockSizeListener* listener : blockListeners_) listener->maxBlockSizeChanged();
     setSampleRate(static_cast<float>(factor) * parent_.sampleRate());
     parent_.prepareNodes();

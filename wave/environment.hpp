@@ -70,6 +70,21 @@ public:
     /// Before a whole graph is torn down: nodes then skip the search in the lists.
     void setDestroying();
     bool destroying() const { return destroying_; }
+    // Rest: what a node need not compute again, see Producer.
+
+    /// Something outside of the signal has changed, a value, a connection, what is pulled: every node
+    /// computes again in the next sub-block. Between blocks, or within one for the sake of the next.
+    VANTA_REALTIME void noteChange() { root_->changed_ = true; }
+    /// Counts the stretches between changes.
+    std::uint32_t epoch() const { return epoch_; }
+    /// Whether a node that was at rest in `epoch` has rested up to now: in the present stretch, or in the one
+    /// before, which has ended here.
+    bool restedSince(std::uint32_t epoch) const {
+        return epoch == epoch_ || (epoch + 1 == epoch_ && epochStart_ == position_);
+    }
+    /// Tells the node that computes now whether something that it reads stands still.
+    VANTA_REALTIME void noteRead(bool atRest) { root_->readsRest_ = root_->readsRest_ && atRest; }
+
     void setMeteringActive(bool active);
     bool meteringActive() const { return meteringActive_; }
 
@@ -103,8 +118,12 @@ private:
     friend class Producer;
     friend class SubEnvironment;
 
+    /// Beyond 0, which stands for never, and its successor.
+    static constexpr std::uint32_t kFirstEpoch = 2;
+
     virtual int rateFactor() const { return 1; }
     void runProcessList(int samples);
+    void beginTick(std::uint32_t epoch);
     void registerNode();
 
     std::vector<Producer*> processList_;
@@ -118,6 +137,12 @@ private:
     std::int64_t resetPosition_ = 0;
     float sampleRate_ = 44100.0f;
     std::uint32_t tick_ = 0;
+    std::uint32_t epoch_ = kFirstEpoch;
+    std::int64_t epochStart_ = 0;  ///< the position at which it began
+    Environment* root_ = this;     ///< the top one, which keeps what follows for all
+    std::uint32_t latestEpoch_ = kFirstEpoch;
+    bool changed_ = false;   ///< since the last sub-block began
+    bool readsRest_ = true;  ///< all that the computing node has read so far
     bool destroying_ = false;
     bool meteringActive_ = false;
     std::atomic<int> hostBlockSamples_{0};

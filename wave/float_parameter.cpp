@@ -50,10 +50,15 @@ void FloatParameter::assign(float value, void*) {
     setValue(value, -1.0f);
 }
 
+// Up to which the value was read. Who reads it may have rested since.
+std::int64_t FloatParameter::lastPosition() const {
+    return environment().restedSince(restEpoch_) ? environment().position() : lastPosition_;
+}
+
 // 0 if the parameter was read up to exactly this position with no jump in between.
 std::int64_t FloatParameter::unreadSamples() const {
-    if (lastPosition_ <= environment().discontinuityPosition()) return 1;
-    return environment().position() - lastPosition_;
+    if (lastPosition() <= environment().discontinuityPosition()) return 1;
+    return environment().position() - lastPosition();
 }
 
 void FloatParameter::setValue(float value, float timeMs, int delaySamples) {
@@ -61,7 +66,9 @@ void FloatParameter::setValue(float value, float timeMs, int delaySamples) {
     value = value < minimum_ ? minimum_ : std::min(value, maximum_);
     if (nearlyEqual(value, target_)) return;
 
+    environment().noteChange();
     const bool heard = unreadSamples() == 0;
+    restEpoch_ = 0;
     lastPosition_ = environment().position();
     rampStart_ = heard ? this->value() : target_;
     rampPosition_ = -delaySamples;
@@ -97,6 +104,7 @@ const BasicBlock<float>& FloatParameter::read(int samples, bool* constant) {
     lastPosition_ = environment().position() + samples;
     if (rampPosition_ >= rampLength_) {
         *constant = true;
+        restEpoch_ = environment().epoch();
         if (block_.filled < samples) {
             std::fill(out + block_.filled, out + samples, target_);
             block_.filled = samples;
@@ -104,19 +112,22 @@ const BasicBlock<float>& FloatParameter::read(int samples, bool* constant) {
         return block_;
     }
     *constant = false;
+    environment().noteRead(false);
     const int waiting = std::clamp(-rampPosition_, 0, samples);
     std::fill(out, out + waiting, rampStart_);
     const int end = std::clamp(rampLength_ - rampPosition_, waiting, samples);
     for (int i = waiting; i < end; ++i) out[i] = valueAt(rampPosition_ + i);
     std::fill(out + end, out + samples, target_);
     rampPosition_ = std::min(rampPosition_ + samples, rampLength_);
+    // From now on fewer signals may be pulled.
+    if (rampPosition_ == rampLength_) environment().noteChange();
     return block_;
 }
 
 const BasicBlock<float>& FloatParameter::readInStream(int samples, bool* constant) {
     const std::int64_t left = rampLength_ - rampPosition_;
-    const bool jumped = lastPosition_ <= environment().discontinuityPosition();
-    const std::int64_t unread = jumped ? left : environment().position() - lastPosition_;
+    const bool jumped = lastPosition() <= environment().discontinuityPosition();
+    const std::int64_t unread = jumped ? left : environment().position() - lastPosition();
     rampPosition_ += static_cast<int>(std::clamp<std::int64_t>(unread, 0, std::max<std::int64_t>(left, 0)));
     return read(samples, constant);
 }

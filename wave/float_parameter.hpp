@@ -28,7 +28,10 @@ public:
     /// ramp has ended.
     VANTA_REALTIME const BasicBlock<float>& readInStream(int samples, bool* constant);
     /// Ends a ramp at once.
-    VANTA_REALTIME void jumpToTarget() { rampPosition_ = rampLength_; }
+    VANTA_REALTIME void jumpToTarget() {
+        rampPosition_ = rampLength_;
+        environment().noteChange();
+    }
 
     float target() const { return target_; }
     /// Where the value stands at the end of what was read.
@@ -56,6 +59,7 @@ private:
         int filled = 0;  ///< how many samples at the start hold the target
     };
 
+    std::int64_t lastPosition() const;
     std::int64_t unreadSamples() const;
     void unwrapStart(float value);
     float defaultTimeMs(float value) const;
@@ -70,6 +74,7 @@ private:
     float minimum_;
     float range_;
     std::int64_t lastPosition_ = 0;
+    std::uint32_t restEpoch_ = 0;  ///< in which the value was last read at rest; 0 for none
     float target_;
 };
 

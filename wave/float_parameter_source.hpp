@@ -12,6 +12,7 @@ public:
         : Source(parameter.environment(), OwnBlock::No), parameter_(parameter) {}
 
 protected:
+    bool settled() const override { return true; }
     void produce(BasicBlock<float>*, int samples, int) override;
 
 private:
@@ -29,6 +30,7 @@ public:
     const FloatParameter& parameter() const { return parameter_; }
 
 protected:
+    bool settled() const override { return true; }
     void produce(BasicBlock<float>*, int samples, int) override;
 
 private:
@@ -48,7 +50,10 @@ public:
     FloatParameterBus& operator=(const FloatParameterBus&) = delete;
 
     /// Null goes back to the own value.
-    void setSource(Producer* producer) { source_ = producer ? producer : &ownSource_; }
+    void setSource(Producer* producer) {
+        source_ = producer ? producer : &ownSource_;
+        ownSource_.environment().noteChange();
+    }
     Producer& source() const { return *source_; }
 
     /// Goes to the own value, whichever source is in use.
@@ -70,6 +75,7 @@ public:
         : Source(owner, OwnBlock::No), bus_(bus) {}
 
 protected:
+    bool settled() const override { return true; }
     void produce(BasicBlock<float>*, int samples, int) override {
         bus_.source().pull(samples);
         publish(bus_.source());

@@ -10,6 +10,7 @@ public:
     void reset() override { owner_.reset(); }
 
 protected:
+    bool settled() const override { return owner_.settled(); }
     void produce(BasicBlock<float>*, int samples, int flags) override { owner_.runFor(samples, flags); }
 
 private:
@@ -37,7 +38,7 @@ void MultiProducer::runFor(int samples, int flags) {
     produce(blocks_, samples, flags);
     for (std::size_t i = 0; i < outputs_.size(); ++i) {
         outputs_[i]->publish(*current_[i].block, current_[i].flags);
-        outputs_[i]->markProduced();
+        outputs_[i]->markProduced(samples);
     }
 }
 

@@ -26,6 +26,8 @@ protected:
     /// Fills one block an output. To pass another block through, an override calls `publishOutput`.
     VANTA_REALTIME virtual void produce(std::span<BasicBlock<float>* const> blocks, int samples,
                                         int flags) = 0;
+    /// As of a Producer, for all outputs.
+    virtual bool settled() const { return false; }
     void publishOutput(int index, const BasicBlock<float>& block, int flags) {
         current_[static_cast<std::size_t>(index)] = {&block, flags};
     }

@@ -1,6 +1,7 @@
 #include "wave/producer.hpp"
 
 #include <algorithm>
+#include <cstring>
 
 #include "kernel/mix.hpp"
 
@@ -28,6 +29,7 @@ void Producer::setScheduled(int group) {
 void Producer::setActive(bool active) {
     if (active == active_) return;
     active_ = active;
+    environment().noteChange();
     if (active) {
         if (scheduled_) environment().schedule(this, scheduleGroup_);
         if (resettable_) reset();
@@ -42,7 +44,24 @@ void Producer::makeResettable() {
     environment().addResettable(this);
 }
 
+void Input::setBuffer(const float* data, int samples) {
+    data_ = data;
+    size_ = data ? samples : 0;
+    start_ = environment().position();
+    const auto bytes = static_cast<std::size_t>(size_) * sizeof(float);
+    static constexpr float kZero = 0.0f;
+    // A sample that is 0, and each the same as the next: this reads sound no further than its beginning.
+    const bool silent = size_ == 0 || (std::memcmp(data, &kZero, sizeof kZero) == 0 &&
+                                       std::memcmp(data, data + 1, bytes - sizeof kZero) == 0);
+    if (silent != silent_) environment().noteChange();
+    silent_ = silent;
+}
+
 void Input::produce(BasicBlock<float>* block, int samples, int) {
+    if (silent_) {
+        publishSilence();
+        return;
+    }
     const std::int64_t done = environment().position() - start_;
     const int count = static_cast<int>(std::clamp<std::int64_t>(size_ - done, 0, samples));
     if (count > 0) kernel::sanitize(data_ + done, block->data(), static_cast<std::size_t>(count));

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 #include "foundation/realtime.hpp"
 #include "wave/basic_block.hpp"
@@ -29,6 +30,11 @@ enum class OwnBlock { Yes, No };
 
 /// A node of the block graph. It computes at most once a tick, whoever pulls it; a node that changes nothing
 /// publishes the block of its source instead of a copy, so consumers read `current()` and nothing else.
+///
+/// A node rests, and is not computed, as long as that would change nothing: all that it read for its last
+/// block rests itself, the node says that it has settled, and nobody has noted a change since. What it reads
+/// are other nodes and FloatParameters. Where that is not all, at the sources of signals, a node does not
+/// settle unless it notes its changes.
 class Producer : public Component {
 public:
     /// Bit 0 of the block flags: every sample of the current block equals its first sample.
@@ -39,7 +45,14 @@ public:
 
     /// Computes `samples` samples unless that was done in this tick. The result is `current()`.
     VANTA_REALTIME const BasicBlock<float>& pull(int samples) {
-        if (stamp_ != environment().tick()) compute(samples, 0);
+        if (stamp_ != environment().tick()) {
+            if (rests(samples)) {
+                stamp_ = environment().tick();
+            } else {
+                compute(samples, 0);
+            }
+        }
+        environment().noteRead(restEpoch_ == environment().epoch());
         return *current_;
     }
     /// The same as a pointer to the first sample.
@@ -54,6 +67,11 @@ public:
     const BasicBlock<float>& current() const { return *current_; }
     int blockFlags() const { return blockFlags_; }
     bool isConstant() const { return (blockFlags_ & kConstant) != 0; }
+
+    /// Whether this block follows the last one, which ended at `expected`, or the node has rested in between.
+    bool continues(std::int64_t expected) const {
+        return expected == environment().position() || environment().restedSince(restEpoch_);
+    }
 
     /// Lets the node run every block by itself, in a group of Environment.
     void setScheduled(int group);
@@ -70,7 +88,11 @@ protected:
     /// Fills `block`, which is the node's own block or null, or publishes another.
     VANTA_REALTIME virtual void produce(BasicBlock<float>* block, int samples, int flags) = 0;
 
-    /// Hands on a block that stays valid for this tick.
+    /// Whether the same once more would neither change what the node remembers nor its block. Asked after a
+    /// block for which all that was read rests. What remembers nothing has always settled.
+    virtual bool settled() const { return false; }
+
+    /// Hands on a block that stays valid for this tick, and for as long as its owner rests.
     void publish(const BasicBlock<float>& block, int flags) {
         current_ = &block;
         blockFlags_ = flags;
@@ -78,8 +100,12 @@ protected:
     void publish(const Producer& other) { publish(other.current(), other.blockFlags()); }
     void publishSilence() { publish(environment().silentBlock(), kConstant); }
     void setConstant(bool constant) { blockFlags_ = constant ? kConstant : 0; }
-    /// Marks the node as computed for this tick, when another has computed it on its behalf.
-    void markProduced() { stamp_ = environment().tick(); }
+    /// Marks the node as computed for this tick, when another has computed it on its behalf. For it to rest,
+    /// the samples are told.
+    void markProduced(int samples = 0) {
+        stamp_ = environment().tick();
+        noteRest(samples);
+    }
     /// Whether the current block is this tick's.
     bool produced() const { return stamp_ == environment().tick(); }
     BasicBlock<float>* ownBlock() const { return ownBlock_.get(); }
@@ -88,15 +114,26 @@ private:
     friend class Environment;
 
     VANTA_REALTIME void compute(int samples, int flags) {
+        bool& readsRest = environment().root_->readsRest_;
+        const bool readBefore = std::exchange(readsRest, true);
         current_ = ownBlock_.get();
         blockFlags_ = 0;
         produce(ownBlock_.get(), samples, flags);
         stamp_ = environment().tick();
+        noteRest(samples);
+        readsRest = readBefore;
+    }
+    bool rests(int samples) const { return restEpoch_ == environment().epoch() && samples <= restSamples_; }
+    void noteRest(int samples) {
+        restEpoch_ = environment().root_->readsRest_ && settled() ? environment().epoch() : 0;
+        restSamples_ = samples;
     }
 
     std::unique_ptr<BasicBlock<float>> ownBlock_;
     const BasicBlock<float>* current_;
     std::uint32_t stamp_ = 0;
+    std::uint32_t restEpoch_ = 0;  ///< in which the node came to rest; 0 for none
+    int restSamples_ = 0;          ///< the block's length then
     int blockFlags_ = 0;
     int scheduleGroup_ = 0;
     bool active_ = true;
@@ -148,6 +185,7 @@ public:
     explicit Forwarder(Environment& owner) : Filter(owner, OwnBlock::No) {}
 
 protected:
+    bool settled() const override { return true; }
     void process(const BasicBlock<float>&, BasicBlock<float>*, int, int) override { publishInput(); }
 };
 
@@ -158,6 +196,7 @@ public:
         : Producer(owner, OwnBlock::No), consumer_(consumer) {}
 
 protected:
+    bool settled() const override { return true; }
     void produce(BasicBlock<float>*, int samples, int) override {
         consumer_.source->pull(samples);
         publish(*consumer_.source);
@@ -175,19 +214,18 @@ public:
     explicit Input(Environment& owner) : Producer(owner) {}
 
     /// The next `samples` samples of the stream; null, or what is read beyond the end, counts as silence.
-    void setBuffer(const float* data, int samples) {
-        data_ = data;
-        size_ = data ? samples : 0;
-        start_ = environment().position();
-    }
+    VANTA_REALTIME void setBuffer(const float* data, int samples);
 
 protected:
+    /// Silence that is there from the first to the last sample lasts until another buffer comes.
+    bool settled() const override { return silent_; }
     void produce(BasicBlock<float>* block, int samples, int flags) override;
 
 private:
     const float* data_ = nullptr;
     int size_ = 0;
     std::int64_t start_ = 0;  ///< the position of the first sample
+    bool silent_ = false;     ///< all of them are 0
 };
 
 }  // namespace vanta::wave

@@ -15,6 +15,7 @@ Router::Router(Environment& owner, int inputCount)
 void Router::setInput(int index, Producer& input) {
     Input& entry = *inputs_[static_cast<std::size_t>(index)];
     entry.source = &input;
+    environment().noteChange();
     entry.gain.setValue(index == selected ? 1.0f : 0.0f, 0.0f);
 }
 
@@ -31,7 +32,7 @@ void Router::propertyChanged(AbstractProperty& property) {
 /// Whether the last block ended here.
 bool Router::runs() const {
     const std::int64_t position = environment().position();
-    return expectedPosition_ == position && position > environment().discontinuityPosition();
+    return continues(expectedPosition_) && position > environment().discontinuityPosition();
 }
 
 void Router::produce(BasicBlock<float>* block, int samples, int) {

@@ -26,6 +26,7 @@ public:
     Property<int> warmUpSamples;
 
 protected:
+    bool settled() const override { return true; }
     void produce(BasicBlock<float>* block, int samples, int flags) override;
     void propertyChanged(AbstractProperty& property) override;
 

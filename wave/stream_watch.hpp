@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "foundation/realtime.hpp"
-#include "wave/environment.hpp"
+#include "wave/producer.hpp"
 
 namespace vanta::wave {
 
@@ -15,6 +15,12 @@ public:
     VANTA_REALTIME bool follows(const Environment& environment, int samples) {
         const bool followed = environment.position() == expected_;
         expected_ = environment.position() + samples;
+        return followed;
+    }
+    /// The same for a node that may settle: a rest is no gap.
+    VANTA_REALTIME bool follows(const Producer& node, int samples) {
+        const bool followed = expected_ >= 0 && node.continues(expected_);
+        expected_ = node.environment().position() + samples;
         return followed;
     }
     /// The next block follows nothing.

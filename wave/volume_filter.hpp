@@ -21,6 +21,7 @@ public:
     MuteTest* muteTest = nullptr;  ///< while it says so, the source is not even pulled
 
 protected:
+    bool settled() const override { return !muteTest; }
     void produce(BasicBlock<float>* block, int samples, int flags) override;
     void process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int flags) override;
 };

@@ -8,13 +8,27 @@ ConverterFilterBase::ConverterFilterBase(wave::Environment& owner, ConverterStyl
     makeResettable();
 }
 
+void ConverterFilterBase::prepare() {
+    converter_->update();
+    silence_.restart();
+}
+
+void ConverterFilterBase::reset() {
+    converter_->reset();
+    silence_.restart();
+}
+
 void ConverterFilterBase::convert(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out,
                                   int count) {
-    if (!converter_->convert(in.data(), out->data(), count)) publishInput();
+    if (silence_.outlasts(*source, count, converter_->memory())) {
+        publishSilence();
+    } else if (!converter_->convert(in.data(), out->data(), count)) {
+        publishInput();
+    }
 }
 
 void ConverterFilterBase::noteBlock(int samples) {
-    if (!stream_.follows(environment(), samples)) converter_->reset();
+    if (!stream_.follows(*this, samples)) reset();
 }
 
 void InterpolatorFilterBase::produce(wave::BasicBlock<float>* block, int samples, int flags) {
@@ -43,7 +57,7 @@ SkipDecimatorFilter::SkipDecimatorFilter(ConverterStyleBase& style, SkipDecimato
 
 void SkipDecimatorFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out,
                                   int samples, int) {
-    convert(in, out, samples);
+    if (!converter().convert(in.data(), out->data(), samples)) publishInput();
     setConstant(source->isConstant());
 }
 

@@ -3,6 +3,7 @@
 #include "dsp/sr/converter_style_base.hpp"
 #include "dsp/sr/skip_decimator.hpp"
 #include "wave/producer.hpp"
+#include "wave/silence_watch.hpp"
 #include "wave/stream_watch.hpp"
 
 namespace vanta::sr {
@@ -12,10 +13,12 @@ namespace vanta::sr {
 /// anew from silence.
 class ConverterFilterBase : public wave::Filter {
 public:
-    void prepare() override { converter_->update(); }
-    void reset() override { converter_->reset(); }
+    void prepare() override;
+    void reset() override;
 
 protected:
+    /// With a factor of 1 there is nothing to remember.
+    bool settled() const override { return silence_.outlasting() || style_.factor() == 1; }
     ConverterFilterBase(wave::Environment& owner, ConverterStyleBase& style,
                         std::unique_ptr<ConverterBase> converter);
 
@@ -29,6 +32,7 @@ private:
     ConverterStyleBase& style_;
     std::unique_ptr<ConverterBase> converter_;
     wave::StreamWatch stream_;
+    wave::SilenceWatch silence_;
 };
 
 /// Pulls its source for one sample in `factor` samples of its own.
@@ -72,6 +76,7 @@ public:
     Property<int>& mode;  ///< a SkipDecimator::Mode
 
 protected:
+    bool settled() const override { return true; }
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
 };

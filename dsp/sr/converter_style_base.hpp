@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <memory>
 
 #include "wave/producer.hpp"
@@ -40,6 +41,10 @@ public:
     virtual void update() = 0;
     /// Starts anew from silence.
     VANTA_REALTIME virtual void reset() = 0;
+    /// How many samples of silence, at the lower rate, leave nothing else behind; kForever for what rings on.
+    virtual int memory() const { return kForever; }
+
+    static constexpr int kForever = std::numeric_limits<int>::max();
 };
 
 }  // namespace vanta::sr

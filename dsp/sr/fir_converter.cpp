@@ -32,4 +32,10 @@ void FIRConverter::reset() {
     for (auto& stage : stages_) stage->reset();
 }
 
+int FIRConverter::memory() const {
+    int samples = 0;
+    for (const auto& stage : stages_) samples += stage->memory();
+    return samples;
+}
+
 }  // namespace vanta::sr

@@ -13,6 +13,7 @@ class FIRConverter : public ConverterBase {
 public:
     void update() override;
     void reset() override;
+    int memory() const override;
 
 protected:
     /// Indexes of the style's sets for stage 0 and for all others.

@@ -26,6 +26,8 @@ public:
     /// the base rate.
     int pad() const { return pad_; }
     int longestLength() const { return longestLength_; }
+    /// Samples of the base rate, at most, that are remembered of the input.
+    int memory() const { return 2 * ring_.size() / ratio_ + 1; }
 
 private:
     VANTA_REALTIME const float* write(const float* in, int count);

@@ -17,6 +17,7 @@ public:
     bool convert(const float* in, float* out, int count) override;
     void update() override {}
     void reset() override {}
+    int memory() const override { return 0; }
 
     Property<int> mode;  ///< a Mode
 

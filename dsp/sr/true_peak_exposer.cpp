@@ -40,10 +40,11 @@ void TruePeakExposer::reset() {
     interpolator_.reset();
     std::fill(history_.begin(), history_.end(), 0.0f);
     warmUpLeft_ = 0;
+    silence_.restart();
 }
 
 void TruePeakExposer::noteBlock(int samples) {
-    if (stream_.follows(environment(), samples)) return;
+    if (stream_.follows(*this, samples)) return;
     reset();
     if (warmUpSamples > 0) warmUpLeft_ = warmUpSamples + style_.reach();
 }
@@ -66,9 +67,21 @@ void TruePeakExposer::catchUp() {
     }
 }
 
+// Neither the filters nor the history hold anything but silence.
+bool TruePeakExposer::outlastedBySilence(int samples) {
+    const int memory = std::max(interpolator_.memory(), static_cast<int>(history_.size()));
+    if (running_ == enabled && warmUpLeft_ == 0) return silence_.outlasts(*source, samples, memory);
+    silence_.restart();
+    return false;
+}
+
 void TruePeakExposer::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                               int) {
     noteBlock(samples);
+    if (outlastedBySilence(samples)) {
+        publishSilence();
+        return;
+    }
     const int muted = std::min(warmUpLeft_, samples);
     if (enabled) {
         if (!running_) catchUp();

@@ -5,6 +5,7 @@
 #include "dsp/sr/converter_style.hpp"
 #include "dsp/sr/interpolator.hpp"
 #include "dsp/sr/skip_decimator.hpp"
+#include "wave/silence_watch.hpp"
 #include "wave/stream_watch.hpp"
 
 namespace vanta::sr {
@@ -48,6 +49,7 @@ public:
     Property<int> warmUpSamples;
 
 protected:
+    bool settled() const override { return silence_.outlasting(); }
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
 
@@ -55,6 +57,7 @@ private:
     VANTA_REALTIME void noteBlock(int samples);
     VANTA_REALTIME void remember(const float* in, int samples);
     VANTA_REALTIME void catchUp();
+    VANTA_REALTIME bool outlastedBySilence(int samples);
 
     Style& style_;
     Interpolator interpolator_;
@@ -64,6 +67,7 @@ private:
     bool running_ = true;         ///< the filters hold what came last
     int warmUpLeft_ = 0;
     wave::StreamWatch stream_;
+    wave::SilenceWatch silence_;
 };
 
 }  // namespace vanta::sr

@@ -51,10 +51,12 @@ public:
     explicit Reduction(const OvershootLimiter& limiter) : Source(limiter.environment()), limiter_(limiter) {}
 
 protected:
+    bool settled() const override { return true; }
     void produce(wave::BasicBlock<float>* block, int samples, int) override {
-        const float* in = limiter_.source->current().data();
+        const float* in = limiter_.source->pullData(samples);
         float* out = block->data();
         if (const float* ceilings = limiter_.movingCeilings_) {
+            environment().noteRead(false);
             for (int i = 0; i < samples; ++i) out[i] = reduction(in[i], ceilings[i]);
             return;
         }
@@ -94,6 +96,7 @@ void OvershootLimiter::setStyle(Style& style) {
 }
 
 void OvershootLimiter::propertyChanged(AbstractProperty& property) {
+    environment().noteChange();
     if (&property == &ceiling) linearCeiling_ = static_cast<float>(gainFromDb(double{ceiling}));
 }
 

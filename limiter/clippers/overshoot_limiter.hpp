@@ -50,6 +50,8 @@ public:
     wave::Producer* movingCeiling = nullptr;
 
 protected:
+    /// Whatever is remembered, the smoothing chain remembers.
+    bool settled() const override { return true; }
     void propertyChanged(AbstractProperty& property) override;
     VANTA_REALTIME void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                                 int flags) override;

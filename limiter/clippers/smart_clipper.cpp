@@ -59,6 +59,7 @@ void SmartClipper::reset() {
     previousInput_ = kSilenceDb;
     direction_ = kFlat;
     position_ = 0;
+    quietSamples_ = 0;
     takeLine();
 }
 
@@ -84,6 +85,8 @@ void SmartClipper::process(const wave::BasicBlock<float>& in, wave::BasicBlock<f
     }
     direction_ = direction;
     previousExcess_ = excess_[samples - 1];
+    const bool quiet = source->isConstant() && threshold.isConstant() && previousExcess_ == 0.0f;
+    quietSamples_ = quiet ? quietSamples_ + samples : 0;
     position_ += samples;
     if (kernel::highestMagnitude(result, static_cast<std::size_t>(samples)) == 0.0f) publishSilence();
 }

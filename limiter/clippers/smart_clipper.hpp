@@ -29,7 +29,9 @@ public:
     wave::FloatParameterBus threshold;  ///< dB, -180 to 180
 
 protected:
-    void propertyChanged(AbstractProperty&) override {}
+    /// Without a line, and with nothing but silence in the window.
+    bool settled() const override { return quietSamples_ >= delay_.ringSize() && count_ == 0; }
+    void propertyChanged(AbstractProperty&) override { environment().noteChange(); }
     VANTA_REALTIME void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                                 int flags) override;
 
@@ -58,6 +60,7 @@ private:
     float previousExcess_ = 0.0f;
     float previousInput_ = 0.0f;
     int direction_ = 1;
+    std::int64_t quietSamples_ = 0;  ///< how many of the newest have no excess
     std::int64_t position_ = 0;
 };
 

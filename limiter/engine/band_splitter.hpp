@@ -24,6 +24,7 @@ public:
     CrossoverFilter high;  ///< at rest while the upper band is a difference
 
 protected:
+    bool settled() const override { return true; }
     void produce(std::span<wave::BasicBlock<float>* const> blocks, int samples, int flags) override;
 
 private:

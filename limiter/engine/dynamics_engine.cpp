@@ -190,6 +190,7 @@ void DynamicsEngine::parameterChanged(int index, float value, int) {
 
 void DynamicsEngine::applyPendingParameters() {
     if (std::uint32_t pending = queue_.sizeEstimate(); pending > 0) {
+        environment().noteChange();
         matrix_.beginUpdate();
         LockFreeFifo::Item change{};
         for (; pending > 0 && queue_.pop(change); --pending) {
@@ -203,6 +204,7 @@ void DynamicsEngine::applyPendingParameters() {
 }
 
 void DynamicsEngine::applyAllParameters() {
+    environment().noteChange();
     matrix_.beginUpdate();
     for (AbstractPluginParameter* parameter : table_) parameter->applyValue(parameter->value());
     matrix_.endUpdate();

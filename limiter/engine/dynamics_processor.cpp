@@ -76,6 +76,7 @@ void DynamicsEngine::Processor::setTap(int index) {
         convolverWiring(index).setSource(tapDelay_);
     }
     tapIndex_ = index;
+    environment().noteChange();
 }
 
 void DynamicsEngine::Processor::linkTo(Processor& partner) {

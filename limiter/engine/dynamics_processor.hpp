@@ -37,6 +37,7 @@ public:
     VANTA_REALTIME void orderLookAhead() { elements_.orderLookAhead(); }
 
 protected:
+    bool settled() const override { return true; }
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
     void propertyChanged(AbstractProperty& property) override;

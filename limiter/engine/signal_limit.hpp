@@ -14,6 +14,7 @@ public:
     }
 
 protected:
+    bool settled() const override { return true; }
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples, int) override {
         const auto count = static_cast<std::size_t>(samples);
         kernel::sanitize(in.data(), out->data(), count);

@@ -33,14 +33,16 @@ StagedControl::StagedControl(wave::Environment& owner, Role role, int target, wa
 }
 
 void StagedControl::follow(LookAheadCourse* course) {
-    if (course != course_) stream_.forget();
+    if (course == course_) return;
+    environment().noteChange();
+    stream_.forget();
     course_ = course;
 }
 
 void StagedControl::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                             int) {
     const std::int64_t position = environment().position();
-    if (!stream_.follows(environment(), samples) || position == environment().resetPosition()) {
+    if (!stream_.follows(*this, samples) || position == environment().resetPosition()) {
         old_ = new_ = window_ = in[0];
     }
     const bool arrived = old_ == new_ && window_ == new_;

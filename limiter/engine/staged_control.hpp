@@ -55,6 +55,8 @@ public:
     float aim() const { return new_; }
 
 protected:
+    /// Without a course, or where the last one has led to, the control alone decides.
+    bool settled() const override { return !course_ || &current() != ownBlock(); }
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
 

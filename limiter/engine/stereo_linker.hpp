@@ -42,6 +42,7 @@ public:
     Property<bool> linkLfe;
 
 protected:
+    bool settled() const override { return true; }
     void produce(std::span<wave::BasicBlock<float>* const> blocks, int samples, int flags) override;
     void propertyChanged(AbstractProperty& property) override;
 

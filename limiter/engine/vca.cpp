@@ -14,6 +14,7 @@ public:
         : Source(environment), lookAhead_(lookAhead), limitMs_(limitMs) {}
 
 protected:
+    bool settled() const override { return true; }
     void produce(wave::BasicBlock<float>* block, int samples, int) override {
         const float* ms = lookAhead_.pullData(samples);
         const double rate = environment().sampleRate();
@@ -41,6 +42,7 @@ public:
     }
 
 protected:
+    bool settled() const override { return true; }
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples, int) override {
         if (source->isConstant()) {
             std::fill(out->data(), out->data() + samples, 1.0f - in[0]);

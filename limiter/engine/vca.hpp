@@ -49,6 +49,7 @@ public:
     LimitedProperty<int> numSmartClippers;  ///< in the gain path
 
 protected:
+    bool settled() const override { return true; }
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
     void propertyChanged(AbstractProperty& property) override;

@@ -8,6 +8,7 @@
 namespace vanta {
 
 void ModulationMatrix::updateSlot(SlotState& slot, int flags) {
+    environment().noteChange();
     if (updateDepth_ > 0) {
         dirty_ = slot.pending = true;
         return;
@@ -90,6 +91,7 @@ void ModulationMatrix::refreshAllGlobal(TargetState& state) {
 }
 
 void ModulationMatrix::refreshLevel(SlotState& slot) {
+    environment().noteChange();
     if (updateDepth_ > 0) {
         dirty_ = slot.pending = true;
         return;

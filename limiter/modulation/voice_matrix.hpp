@@ -38,6 +38,7 @@ public:
     GlobalModulationProducer(ModulationMatrix& matrix, TargetState& state);
 
 protected:
+    bool settled() const override { return true; }
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
 
 private:
@@ -73,6 +74,7 @@ public:
     TargetController(VoiceMatrix& voice, int target);
 
 protected:
+    bool settled() const override { return true; }
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
 
 private:
@@ -90,6 +92,7 @@ public:
     GlobalTargetController(ModulationMatrix& matrix, int target);
 
 protected:
+    bool settled() const override { return true; }
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
 
 private:

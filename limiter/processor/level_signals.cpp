@@ -21,6 +21,7 @@ public:
         : Source(share.environment()), makeupDb_(makeupDb), share_(share) {}
 
 protected:
+    bool settled() const override { return true; }
     void produce(wave::BasicBlock<float>* block, int samples, int) override {
         const float* makeup = makeupDb_.pullData(samples);
         const float* share = share_.pullData(samples);

@@ -186,6 +186,7 @@ void GenericPluginProcessor::controllerChanged(int number, float value) {
     if (extra >= 0) {
         if (extra < static_cast<int>(extraTargets.size()) && extraTargets[static_cast<std::size_t>(extra)]) {
             extraTargets[static_cast<std::size_t>(extra)]->assign(value, this);
+            environment_->noteChange();
         }
     } else if (target >= 0 && target < parameterCount()) {
         AbstractPluginParameter& parameter = *parameterAt(target);

@@ -61,6 +61,8 @@ void GenericPluginProcessor::applyAllParameters() {
 
 void GenericPluginProcessor::applyParameter(int index, float value) {
     appliedValues_[static_cast<std::size_t>(index)] = value;
+    // It may drive a property that no node hears of.
+    environment_->noteChange();
     parameterAt(index)->applyValue(value);
     parameterApplied(index);
 }

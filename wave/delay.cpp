@@ -69,46 +69,45 @@ void DelayFilterBase::produce(BasicBlock<float>* block, int samples, int flags) 
     expectedPosition_ = position + samples;
     if (position == environment().resetPosition() || !followed) {
         delay_.clear();
+        constantRun_ = 0;
         streamInterrupted();
     }
     const BasicBlock<float>& in = source ? source->pull(samples) : environment().silentBlock();
     delay_.write(in.data(), samples);
+    followConstant(in, samples);
     process(in, block, samples, flags);
 }
 
-void DelayFilter::streamInterrupted() {
-    constantRun_ = 0;
-    begins_ = true;
-}
-
-void DelayFilter::holdFirst(float value) {
-    delayLine().setFill(value);
-    constantValue_ = value;
-    constantRun_ = delayLine().maxDelay();
-}
-
-void DelayFilter::process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int) {
-    if (std::exchange(begins_, false) && past_ == Past::FirstValue) holdFirst(in[0]);
-    const bool constant = allConstant(in, samples);
-    if (source && (constant || delayLine().delay() == 0)) {
-        publish(*source);
-    } else {
-        delayLine().read(delayLine().delay(), out->data(), samples);
-    }
-}
-
-// A control value that stands still for longer than the delay leaves as it came in, flag and all.
-bool DelayFilter::allConstant(const BasicBlock<float>& in, int samples) {
-    if (!source || !source->isConstant()) {
+void DelayFilterBase::followConstant(const BasicBlock<float>& in, int samples) {
+    if (!source || !source->holdsOneValue()) {
         constantRun_ = 0;
-        return false;
+        return;
     }
     if (in[0] != constantValue_) {
         constantRun_ = 0;
         constantValue_ = in[0];
     }
     constantRun_ += samples;
-    return constantRun_ >= samples + delayLine().delay();
+}
+
+void DelayFilterBase::extendIntoPast(float value) {
+    delay_.setFill(value);
+    if (constantRun_ > 0) constantRun_ += delay_.maxDelay();
+}
+
+void DelayFilter::streamInterrupted() {
+    begins_ = true;
+}
+
+// A control value that stands still for longer than the delay leaves as it came in, flag and all.
+void DelayFilter::process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int) {
+    if (std::exchange(begins_, false) && past_ == Past::FirstValue) extendIntoPast(in[0]);
+    const int delay = delayLine().delay();
+    if (source && (delay == 0 || holdsOneValue(delay, samples))) {
+        publish(*source);
+    } else {
+        delayLine().read(delay, out->data(), samples);
+    }
 }
 
 }  // namespace vanta::wave

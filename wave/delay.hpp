@@ -62,10 +62,20 @@ protected:
     VANTA_REALTIME void produce(BasicBlock<float>* block, int samples, int flags) override;
     /// Called when a block was missed or a reset came, before the new block is written.
     VANTA_REALTIME virtual void streamInterrupted() {}
+    /// Whether nothing but the newest sample stands in the ring, so that it does not matter where its end is.
+    bool holdsOneValue() const { return constantRun_ >= delay_.ringSize(); }
+    /// The same of what a read of the block at this delay takes in.
+    bool holdsOneValue(int delay, int samples) const { return constantRun_ >= samples + delay; }
+    /// From the first block of a stream on: what came before was the same as its first sample.
+    VANTA_REALTIME void extendIntoPast(float value);
 
 private:
+    VANTA_REALTIME void followConstant(const BasicBlock<float>& in, int samples);
+
     Delay delay_;
     std::int64_t expectedPosition_ = 0;
+    std::int64_t constantRun_ = 0;  ///< how many of the newest samples hold `constantValue_`
+    float constantValue_ = 0.0f;
 };
 
 /// A delay of whole samples that its owner sets.
@@ -92,18 +102,13 @@ public:
 
 protected:
     /// Once nothing else stands in the ring, wherever its end is.
-    bool settled() const override { return constantRun_ >= delayLine().ringSize(); }
+    bool settled() const override { return holdsOneValue(); }
     void process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int flags) override;
     void streamInterrupted() override;
 
 private:
-    VANTA_REALTIME void holdFirst(float value);
-    VANTA_REALTIME bool allConstant(const BasicBlock<float>& in, int samples);
-
     Past past_ = Past::Fill;
     bool begins_ = true;
-    std::int64_t constantRun_ = 0;  ///< how many of the newest samples hold `constantValue_`
-    float constantValue_ = 0.0f;
 };
 
 }  // namespace vanta::wave

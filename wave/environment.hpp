@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "foundation/notify_event.hpp"
@@ -84,6 +85,13 @@ public:
     }
     /// Tells the node that computes now whether something that it reads stands still.
     VANTA_REALTIME void noteRead(bool atRest) { root_->readsRest_ = root_->readsRest_ && atRest; }
+    /// Whether all that `compute` reads stands still.
+    template <typename Compute>
+    VANTA_REALTIME bool readsRest(Compute&& compute) {
+        const bool before = std::exchange(root_->readsRest_, true);
+        compute();
+        return std::exchange(root_->readsRest_, before);
+    }
 
     void setMeteringActive(bool active);
     bool meteringActive() const { return meteringActive_; }

@@ -7,6 +7,20 @@
 
 namespace vanta::wave {
 
+namespace {
+
+/// Each sample is the same as the next, bit by bit: of sound this reads no more than the beginning.
+bool isEven(const float* data, int samples) {
+    return std::memcmp(data, data + 1, static_cast<std::size_t>(samples - 1) * sizeof(float)) == 0;
+}
+
+bool isSilent(const float* data, int samples) {
+    static constexpr float kZero = 0.0f;
+    return samples == 0 || (std::memcmp(data, &kZero, sizeof kZero) == 0 && isEven(data, samples));
+}
+
+}  // namespace
+
 Producer::Producer(Environment& owner, OwnBlock ownBlock)
     : Component(owner),
       ownBlock_(ownBlock == OwnBlock::Yes ? std::make_unique<BasicBlock<float>>(owner) : nullptr),
@@ -44,15 +58,17 @@ void Producer::makeResettable() {
     environment().addResettable(this);
 }
 
+void Producer::beginRest(int samples) {
+    restEpoch_ = environment().epoch();
+    restSamples_ = samples;
+    if (!isConstant() && isEven(current_->data(), samples)) blockFlags_ |= kOneValue;
+}
+
 void Input::setBuffer(const float* data, int samples) {
     data_ = data;
     size_ = data ? samples : 0;
     start_ = environment().position();
-    const auto bytes = static_cast<std::size_t>(size_) * sizeof(float);
-    static constexpr float kZero = 0.0f;
-    // A sample that is 0, and each the same as the next: this reads sound no further than its beginning.
-    const bool silent = size_ == 0 || (std::memcmp(data, &kZero, sizeof kZero) == 0 &&
-                                       std::memcmp(data, data + 1, bytes - sizeof kZero) == 0);
+    const bool silent = isSilent(data, size_);
     if (silent != silent_) environment().noteChange();
     silent_ = silent;
 }

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <utility>
 
 #include "foundation/realtime.hpp"
 #include "wave/basic_block.hpp"
@@ -39,6 +38,8 @@ class Producer : public Component {
 public:
     /// Bit 0 of the block flags: every sample of the current block equals its first sample.
     static constexpr int kConstant = 1;
+    /// Bit 1, set at rest: they are equal, though each was computed.
+    static constexpr int kOneValue = 2;
 
     explicit Producer(Environment& owner, OwnBlock ownBlock = OwnBlock::Yes);
     virtual ~Producer();
@@ -67,6 +68,10 @@ public:
     const BasicBlock<float>& current() const { return *current_; }
     int blockFlags() const { return blockFlags_; }
     bool isConstant() const { return (blockFlags_ & kConstant) != 0; }
+    /// Whether all samples are known to be equal, if only because a resting node was looked at: a memory
+    /// fills with that value. Who computes goes by `isConstant` alone, as one sample and many may round
+    /// differently.
+    bool holdsOneValue() const { return (blockFlags_ & (kConstant | kOneValue)) != 0; }
 
     /// Whether this block follows the last one, which ended at `expected`, or the node has rested in between.
     bool continues(std::int64_t expected) const {
@@ -100,11 +105,15 @@ protected:
     void publish(const Producer& other) { publish(other.current(), other.blockFlags()); }
     void publishSilence() { publish(environment().silentBlock(), kConstant); }
     void setConstant(bool constant) { blockFlags_ = constant ? kConstant : 0; }
-    /// Marks the node as computed for this tick, when another has computed it on its behalf. For it to rest,
-    /// the samples are told.
-    void markProduced(int samples = 0) {
+    /// Marks the node as computed for this tick, when another has computed it on its behalf.
+    void markProduced() {
         stamp_ = environment().tick();
-        noteRest(samples);
+        restEpoch_ = 0;
+    }
+    /// The same of a node that rests if the other does, whose block has `samples`.
+    void markProduced(int samples, bool atRest) {
+        markProduced();
+        if (atRest) beginRest(samples);
     }
     /// Whether the current block is this tick's.
     bool produced() const { return stamp_ == environment().tick(); }
@@ -114,20 +123,16 @@ private:
     friend class Environment;
 
     VANTA_REALTIME void compute(int samples, int flags) {
-        bool& readsRest = environment().root_->readsRest_;
-        const bool readBefore = std::exchange(readsRest, true);
         current_ = ownBlock_.get();
         blockFlags_ = 0;
-        produce(ownBlock_.get(), samples, flags);
+        const bool atRest =
+            environment().readsRest([&] { produce(ownBlock_.get(), samples, flags); }) && settled();
         stamp_ = environment().tick();
-        noteRest(samples);
-        readsRest = readBefore;
+        restEpoch_ = 0;
+        if (atRest) beginRest(samples);
     }
     bool rests(int samples) const { return restEpoch_ == environment().epoch() && samples <= restSamples_; }
-    void noteRest(int samples) {
-        restEpoch_ = environment().root_->readsRest_ && settled() ? environment().epoch() : 0;
-        restSamples_ = samples;
-    }
+    VANTA_REALTIME void beginRest(int samples);
 
     std::unique_ptr<BasicBlock<float>> ownBlock_;
     const BasicBlock<float>* current_;

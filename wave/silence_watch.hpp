@@ -13,7 +13,7 @@ public:
     /// Takes in a block of a source. Whether it and the `memory` samples before it are silent, so that
     /// nothing else can come out.
     VANTA_REALTIME bool outlasts(const Producer& source, int samples, int memory) {
-        const bool silent = source.isConstant() && source.current()[0] == 0.0f;
+        const bool silent = source.holdsOneValue() && source.current()[0] == 0.0f;
         outlasting_ = silent && samples_ >= memory;
         samples_ = silent ? samples_ + samples : 0;
         return outlasting_;

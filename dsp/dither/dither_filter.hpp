@@ -36,6 +36,8 @@ public:
     Property<int> noiseType;     ///< a NoiseType; Rounding is plain, without dither or shaping
 
 protected:
+    /// Off, or the noise goes on.
+    bool settled() const override { return lsb_ == 0.0f; }
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
     void propertyChanged(AbstractProperty&) override { derive(); }

@@ -20,6 +20,7 @@ public:
     Property<int> panningLaw;     ///< a PanningLaw
 
 protected:
+    bool settled() const override { return true; }
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
 
 private:

@@ -43,6 +43,7 @@ public:
     void reset() override { held_ = 1.0f; }
 
 protected:
+    bool settled() const override { return operation != DivideHolding; }
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
     void propertyChanged(AbstractProperty& property) override;
 

@@ -23,6 +23,7 @@ public:
     void addInput(float gain, wave::Producer* input) { inputs_.push_back({gain, input}); }
 
 protected:
+    bool settled() const override { return true; }
     void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
 
 private:

@@ -85,7 +85,8 @@ void SmartClipper::process(const wave::BasicBlock<float>& in, wave::BasicBlock<f
     }
     direction_ = direction;
     previousExcess_ = excess_[samples - 1];
-    const bool quiet = source->isConstant() && threshold.isConstant() && previousExcess_ == 0.0f;
+    const bool still = source->holdsOneValue() && threshold.source().holdsOneValue();
+    const bool quiet = still && previousExcess_ == 0.0f;
     quietSamples_ = quiet ? quietSamples_ + samples : 0;
     position_ += samples;
     if (kernel::highestMagnitude(result, static_cast<std::size_t>(samples)) == 0.0f) publishSilence();

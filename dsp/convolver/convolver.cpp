@@ -30,8 +30,9 @@ Convolver::Convolver(wave::Environment& owner, Kernel& kernel)
 
 void Convolver::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples, int) {
     kernel_.updateInTick(samples);
+    environment().noteRead(kernel_.atRest());
     const std::int64_t position = environment().position();
-    if (!stream_.follows(environment(), samples) || position == environment().resetPosition()) {
+    if (!stream_.follows(*this, samples) || position == environment().resetPosition()) {
         restart(position);
     }
     std::int64_t time = position - origin_;
@@ -78,6 +79,10 @@ bool Convolver::atRest(const wave::BasicBlock<float>& in, int samples) {
         restValue_ = in[0];
     }
     return rest;
+}
+
+bool Convolver::settled() const {
+    return resting_ && transition_.to == kernel_.newest() && !transition_.from;
 }
 
 // The stages need not know how long the rest was: all that they remember is its value.

@@ -26,6 +26,8 @@ public:
     Convolver(wave::Environment& owner, Kernel& kernel);
 
 protected:
+    /// Handing on its input, by a kernel that stands.
+    bool settled() const override;
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
 

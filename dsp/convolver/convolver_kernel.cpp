@@ -67,11 +67,14 @@ void ConvolverKernel::updateInTick(int samples) {
         sampleRate_ = environment().sampleRate();
         dirty_ = true;
     }
+    // Whoever reads may have rested: then nothing is missed.
+    if (atRest()) position_ = now;
     if (position_ != now || now == environment().resetPosition()) {
         position_ = origin_ = lastChange_ = now;
         if (!schedule_.finished()) dirty_ = true;
     }
-    update(samples);
+    const bool still = environment().readsRest([&] { update(samples); });
+    restEpoch_ = still && !dirty_ && schedule_.finished() ? environment().epoch() : 0;
 }
 
 // A pass is not cut where blocks begin but where it ends: the next one starts there if it is waited for.

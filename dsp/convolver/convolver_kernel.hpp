@@ -28,6 +28,10 @@ public:
     /// The version that counts at a position of the block that `updateInTick` was called for; null before the
     /// first one.
     KernelVersion* versionAt(std::int64_t position) const;
+    /// What will count once nothing is written any more.
+    const KernelVersion* newest() const { return published_; }
+    /// Whether the last update found everything as it was, down to the inputs.
+    bool atRest() const { return environment().restedSince(restEpoch_); }
     /// The longest time from a change of a kernel at rest until a Convolver lets nothing else be heard, in
     /// samples.
     int replacementSamples() const;
@@ -96,6 +100,7 @@ private:
     std::int64_t lastChange_ = 0;  ///< where the newest version began to count, or the origin
     float sampleRate_ = 0.0f;
     std::uint32_t stamp_ = 0;
+    std::uint32_t restEpoch_ = 0;  ///< in which the kernel came to rest; 0 for none
     bool dirty_ = true;
 };
 

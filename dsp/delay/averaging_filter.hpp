@@ -31,6 +31,7 @@ public:
     wave::FloatParameterBus window;  ///< ms, 0 to the largest
 
 protected:
+    bool settled() const override { return !enabled || standstill_ == static_cast<int>(history_.size()); }
     void propertyChanged(AbstractProperty& property) override;
     VANTA_REALTIME void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                                 int flags) override;

@@ -72,6 +72,7 @@ int DelayLine::firstDelay(float value) const {
 void DelayLine::process(const wave::BasicBlock<float>&, wave::BasicBlock<float>* out, int samples, int) {
     const float* values = delay.pullData(samples);
     const int first = firstDelay(values[0]);
+    readsAtRest_ = false;
     if (std::exchange(firstBlock_, false)) {
         low_ = first;
         band_ = 0.0;
@@ -113,6 +114,7 @@ void DelayLine::readInTurns(const float* values, float* out, int samples) {
 }
 
 void DelayLine::readSettled(int delaySamples, float* out, int samples) {
+    readsAtRest_ = true;
     low_ = restDelay_ = delaySamples;
     band_ = 0.0;
     tapFade_ = -1;

@@ -28,6 +28,8 @@ public:
     Property<bool> smooth;              ///< the delay follows its input through a low-pass at 5 Hz
 
 protected:
+    /// A read that does not move, of nothing but one value.
+    bool settled() const override { return readsAtRest_ && holdsOneValue(); }
     void propertyChanged(AbstractProperty& property) override;
     void streamInterrupted() override;
     VANTA_REALTIME void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
@@ -49,6 +51,7 @@ private:
     double band_ = 0.0;
     double coefficient_ = 0.0;
     bool firstBlock_ = true;
+    bool readsAtRest_ = false;  ///< in the newest block
 
     /// Two taps at places in the ring; between fades the first alone counts.
     int current_ = 0;

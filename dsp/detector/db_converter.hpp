@@ -21,6 +21,7 @@ public:
     Property<int> conversion;  ///< a Conversion
 
 protected:
+    bool settled() const override { return true; }
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
 };

@@ -37,6 +37,8 @@ public:
     void reset() override { open_ = false; }
 
 protected:
+    /// Only a gate remembers.
+    bool settled() const override { return purpose != ExpandDown; }
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
     void propertyChanged(AbstractProperty&) override {}

@@ -74,7 +74,7 @@ void PeakHold::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float
 
 /// How many of the newest samples are known to be equal.
 std::int64_t PeakHold::followStandstill(int samples) {
-    if (!source->isConstant()) {
+    if (!source->holdsOneValue()) {
         standstill_ = 0;
     } else {
         standstill_ = (magnitude_[0] == stillValue_ ? standstill_ : 0) + samples;

@@ -22,6 +22,10 @@ public:
     wave::FloatParameterBus hold;  ///< ms, 0 to the largest
 
 protected:
+    /// Long after the last peak has left whatever is remembered.
+    bool settled() const override {
+        return standstill_ >= 2 * (largestHold_ + 1 + environment().maxBlockSize());
+    }
     VANTA_REALTIME void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                                 int flags) override;
 

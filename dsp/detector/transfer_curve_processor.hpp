@@ -20,6 +20,7 @@ public:
     wave::FloatParameterBus strength;
 
 protected:
+    bool settled() const override { return true; }
     void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                  int flags) override;
 };

@@ -39,6 +39,8 @@ public:
     wave::FloatParameterBus hold;              ///< s, for which the release of a 24 dB step eases in
 
 protected:
+    /// Idle: the input was handed on.
+    bool settled() const override { return &current() != ownBlock(); }
     VANTA_REALTIME void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                                 int flags) override;
 

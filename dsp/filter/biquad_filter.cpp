@@ -15,7 +15,7 @@ void BiquadFilter::reset() {
 
 void BiquadFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
                            int) {
-    if (!stream_.follows(environment(), samples)) processor.restart();
+    if (!stream_.follows(*this, samples)) processor.restart();
     if (processor.off()) {
         processor.restart();
         publishInput();

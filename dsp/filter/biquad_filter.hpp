@@ -18,6 +18,8 @@ public:
     BiquadProcessor processor;
 
 protected:
+    /// Off, or silent with nothing left to ring.
+    bool settled() const override { return processor.off() || processor.silent(); }
     static constexpr int kGranularity = 4;
 
     BiquadFilter(wave::Environment& owner, int maxSections, int granularity = kGranularity);

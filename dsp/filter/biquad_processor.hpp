@@ -50,6 +50,8 @@ public:
 
     /// Fades to the filtered (1) or the dry (0) signal. With 0 samples it is there at once.
     VANTA_REALTIME void fadeTo(float target, int samples);
+    /// Whether silence leaves everything as it is.
+    bool silent() const;
     /// Faded out: there is nothing to compute.
     bool off() const { return mix_ == 0.0f && fadeLeft_ == 0; }
 

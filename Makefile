@@ -10,7 +10,8 @@ WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
 .PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz \
-        preset-table aax-table artwork artwork-sheet gallery scope app display-pictures bench-commands clean
+        preset-table aax-table artwork artwork-sheet gallery scope app display-pictures bench-commands bench-compare \
+        performance-page clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
@@ -60,6 +61,24 @@ bench-commands: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
 	@cmake --build build --parallel $(JOBS) --target vanta render_song loudness_peer
 	@bench/commands.sh
+
+# The limiter and its parts beside other people's, from Debian's packages, in one run. COMPARE holds options, such as
+# --target all: see build/vanta_compare --help.
+COMPARE_PACKAGES = x42-plugins lsp-plugins-lv2 libzita-resampler-dev
+COMPARE ?=
+bench-compare performance-page: PACKAGES += $(COMPARE_PACKAGES)
+bench-compare: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) -DVANTA_BENCH_COMPARE=ON > /dev/null
+	@cmake --build build --parallel $(JOBS) --target vanta_compare
+	@bench/compare/run.sh $(COMPARE)
+
+# Takes ten minutes: all that the comparison measures, with every instruction set, into the page below its last rule.
+performance-page: setup
+	@cmake --preset release -DVANTA_WERROR=$(WERROR) -DVANTA_BENCH_COMPARE=ON > /dev/null
+	@cmake --build build --parallel $(JOBS) --target vanta_compare
+	@bench/compare/run.sh --target all --before bench/compare/before.json > build/performance.md
+	@{ sed '/^<!-- figures -->$$/q' docs/performance.md; echo; cat build/performance.md; } > docs/performance.md.new && \
+	   mv docs/performance.md.new docs/performance.md
 
 asan tsan: PACKAGES += $(ARTWORK_PACKAGES) xvfb dbus libgl1-mesa-dri ffmpeg flac
 asan tsan: setup

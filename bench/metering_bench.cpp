@@ -7,11 +7,8 @@
 #include <vector>
 
 #include "bench/busy_limiter.hpp"
-#include "dsp/detector/rms_filter.hpp"
-#include "dsp/metering/level_meter.hpp"
-#include "dsp/metering/loudness_meter.hpp"
+#include "bench/meter_rig.hpp"
 #include "dsp/metering/true_peak_judge.hpp"
-#include "dsp/sr/true_peak_exposer.hpp"
 #include "measure/programme_meter.hpp"
 #include "tests/support/signals.hpp"
 
@@ -24,7 +21,7 @@ constexpr std::size_t kFrames = 256 * 375;  // two seconds
 /// Blocks from one look at the figures to the next, about 100 ms.
 constexpr std::int64_t kLook = 19;
 
-std::array<std::vector<float>, 2> programme() {
+std::vector<std::vector<float>> programme() {
     return {test::pinkNoise(1, kFrames), test::pinkNoise(2, kFrames)};
 }
 
@@ -34,73 +31,9 @@ void count(benchmark::State& state) {
         benchmark::Counter(frames, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
-/// All meters of a stereo limiter, fed directly: loudness, and of each channel true peak, RMS and two bars.
-class MeterRig {
-public:
-    explicit MeterRig(bool withTruePeak) {
-        environment_.setSampleRate(static_cast<float>(kRate));
-        for (int c = 0; c < 2; ++c) {
-            channels_.push_back(std::make_unique<Channel>(environment_, style_));
-            channels_.back()->exposer.enabled = withTruePeak;
-            loudness_.setChannel(c, c == 0 ? 0x21E : 0x41E, channels_.back()->weighting);
-        }
-    }
-
-    void run() {
-        if (at_ == kFrames) at_ = 0;
-        for (std::size_t c = 0; c < 2; ++c) channels_[c]->input.setBuffer(signal_[c].data() + at_, kBlock);
-        at_ += kBlock;
-        environment_.advanceTick();
-        environment_.run(kBlock, 0);
-    }
-
-    float look() {
-        float sum = 0.0f;
-        for (auto& channel : channels_)
-            sum += channel->peak.value(wave::LevelSource::Current) +
-                   channel->level.value(wave::LevelSource::Current);
-        for (int i = 0; i < LoudnessMeter::SourceCount; ++i) {
-            sum += loudness_.source(static_cast<LoudnessMeter::SourceIndex>(i))
-                       .value(wave::LevelSource::Current);
-        }
-        return sum;
-    }
-
-private:
-    struct Channel {
-        Channel(wave::Environment& owner, sr::TruePeakExposer::Style& style)
-            : input(owner),
-              weighting(owner),
-              exposer(owner, style),
-              rms(owner, 2000.0f),
-              peak(owner),
-              level(owner) {
-            weighting.source = exposer.source = &input;
-            rms.source = &weighting.weighted();
-            rms.window.parameter().setRange(0.0f, 2000.0f);
-            rms.window.parameter().setValue(400.0f, 0.0f);
-            peak.source = &exposer;
-            level.source = &rms;
-            level.inputDomain = LevelMeter::PowerDomain;
-        }
-        wave::Input input;
-        LoudnessMeter::ChannelFilter weighting;
-        sr::TruePeakExposer exposer;
-        RMSFilter rms;
-        LevelMeter peak;
-        LevelMeter level;
-    };
-
-    std::array<std::vector<float>, 2> signal_ = programme();
-    wave::Environment environment_{kBlock};
-    LoudnessMeter loudness_{environment_};
-    sr::TruePeakExposer::Style style_{environment_};
-    std::vector<std::unique_ptr<Channel>> channels_;
-    std::size_t at_ = 0;
-};
-
 void ownMeters(benchmark::State& state, bool withTruePeak) {
-    MeterRig rig(withTruePeak);
+    const auto signal = programme();
+    MeterRig rig(signal, kRate, withTruePeak);
     std::int64_t blocks = 0;
     for (auto _ : state) {
         rig.run();

@@ -208,3 +208,5 @@ vanta_layer(tests/cli SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_ro
             tests/support tests/plugin)
 vanta_layer(bench SEES ${signal_rooms} plugin/metering limiter/styles limiter/engine limiter/processor ${gui_rooms}
             interface/display app/gallery measure tests/support tests/gui)
+vanta_layer(bench/compare SEES ${signal_rooms} ${plugin_rooms} limiter/styles limiter/parameters host/common tools/song
+            tests/support bench)

@@ -1,0 +1,78 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <vector>
+
+#include "bench/compare/instance.hpp"
+#include "bench/compare/rows.hpp"
+
+namespace vanta::bench {
+
+namespace {
+
+constexpr int kPasses = 9;
+constexpr double kSeconds = 3.0;
+
+/// An instance that plays the same blocks from the same state in each pass, and the fastest time of each
+/// block: what is left is the work of the block, without what the machine did meanwhile.
+class BlockTimes {
+public:
+    BlockTimes(const InstanceSettings& settings, const Music& music)
+        : instance_(settings, music),
+          fastest_(static_cast<std::size_t>(music.frames() / settings.blockFrames), 1e12) {}
+
+    void pass() {
+        using Clock = std::chrono::steady_clock;
+        instance_.restart();
+        for (double& time : fastest_) {
+            const auto start = Clock::now();
+            instance_.play(1);
+            time = std::min(time, std::chrono::duration<double, std::micro>(Clock::now() - start).count());
+        }
+    }
+    double worst() const { return *std::ranges::max_element(fastest_); }
+    double middle() const { return median(fastest_); }
+    /// The ratio that one block in a hundred exceeds.
+    double ratioOfHundredth() const {
+        std::vector<double> sorted = fastest_;
+        std::ranges::sort(sorted);
+        return sorted[sorted.size() * 99 / 100] / middle();
+    }
+
+private:
+    Instance instance_;
+    std::vector<double> fastest_;
+};
+
+}  // namespace
+
+void addWorstBlocks(Report& report, const Target& target, const Options& options) {
+    report.begin(
+        target,
+        "The worst block beside the median block (in place of the median ratio: the 99th of 100 blocks)",
+        "µs", "median");
+    for (const int blockFrames : {64, 256}) {
+        const Music music = bursts(kSeconds).cut(blockFrames);
+        std::vector<std::unique_ptr<BlockTimes>> contenders;
+        for (const StyleRow& style : kStyleTable) {
+            contenders.push_back(std::make_unique<BlockTimes>(
+                InstanceSettings{.style = style.style, .gainDb = options.gainDb, .blockFrames = blockFrames},
+                music));
+        }
+        for (int pass = 0; pass < kPasses; ++pass) {
+            for (auto& contender : contenders) contender->pass();
+        }
+        for (std::size_t i = 0; i < contenders.size(); ++i) {
+            const BlockTimes& times = *contenders[i];
+            report.add({fmt::format("{}, {} frames", kStyleTable[i].name, blockFrames),
+                        times.worst(),
+                        times.middle(),
+                        {times.worst() / times.middle(), times.ratioOfHundredth()},
+                        Reach::both(1.5)});
+        }
+    }
+}
+
+}  // namespace vanta::bench

@@ -20,9 +20,10 @@ constexpr float kQuiet = 0.01f;
 /// After which the slowest release has come to rest.
 constexpr double kSettleSeconds = 12.0;
 
-Race::Course courseOver(const Music& music, const Options& options, int mostPasses) {
+/// For what takes long.
+Race::Course shortCourseOver(const Music& music, const Options& options) {
     Race::Course course = Race::courseOver(music.frames(), options);
-    course.passes = std::min(course.passes, mostPasses);
+    course.passes = std::min(course.passes, 3);
     return course;
 }
 
@@ -78,7 +79,7 @@ void addStylesOn(const Music& music, Report& report, const Options& options) {
 }
 
 void addOversampledOn(const Music& music, Report& report, const Options& options) {
-    Stable stable(courseOver(music, options, 5));
+    Stable stable(shortCourseOver(music, options));
     const std::array<const char*, 2> qualities{"Full x8(2L)", "Full x8(3L)"};
     std::vector<std::unique_ptr<Lv2Runner>> peers;
     for (const char* quality : qualities) {
@@ -145,7 +146,7 @@ void addOversampled(Report& report, const Target& target, const Options& options
 void addHighestRate(Report& report, const Target& target, const Options& options) {
     report.begin(target, "Styles at 32x beside the time that the music takes", kNsFrame, "real time");
     const Music music = bursts(options.seconds / 4).cut(options.framesOfRound());
-    Stable stable(courseOver(music, options, 3));
+    Stable stable(shortCourseOver(music, options));
     stable.enterStyles(options, music, 5);
     stable.race.run();
     const double realTime = 1e9 / Music::kRate;
@@ -164,7 +165,7 @@ void addSurround(Report& report, const Target& target, const Options& options) {
     const ChannelLayout layout = findLayout("7.1.2").value();
     const Music stereo = bursts(options.seconds / 2).cut(options.framesOfRound());
     const Music surround = bursts(options.seconds / 2, layout).cut(options.framesOfRound());
-    Stable stable(courseOver(stereo, options, 5));
+    Stable stable(shortCourseOver(stereo, options));
     for (const StyleRow& style : kStyleTable) {
         InstanceSettings settings = settingsOf(style, options);
         stable.enter(std::string(style.name), settings, stereo);

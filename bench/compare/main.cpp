@@ -1,9 +1,6 @@
 // Our limiter and its parts beside those of others, on the same music, in one run.
 
-#include <ebur128.h>
-#include <fftw3.h>
 #include <fmt/format.h>
-#include <soxr.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -66,6 +66,14 @@ private:
     std::vector<Contender> contenders_;
 };
 
+/// A contender whose blocks are all the same.
+template <typename Work>
+Race::Play repeat(Work work) {
+    return [work](int blocks) mutable {
+        for (int i = 0; i < blocks; ++i) work();
+    };
+}
+
 /// Processor time of this thread.
 double threadNanoseconds();
 double median(const std::vector<double>& values);

@@ -78,11 +78,31 @@ std::string partOf(const std::string& name) {
     return found == std::end(kParts) ? kRest : found->part;
 }
 
-/// Share of each function in the time of an instance.
-Shares functionShares(const StyleRow& style, const Symbols& symbols, const Options& options) {
-    const Music music = song(options.seconds).cut(options.framesOfRound());
-    Instance instance({.style = style.style, .gainDb = options.gainDb, .blockFrames = options.blockFrames},
-                      music);
+/// A column of the table.
+struct Case {
+    std::string name;
+    InstanceSettings settings;
+};
+
+/// All styles, and what makes the default one dear.
+std::vector<Case> cases(const Options& options) {
+    const InstanceSettings common{.gainDb = options.gainDb, .blockFrames = options.blockFrames};
+    std::vector<Case> all;
+    for (const StyleRow& style : kStyleTable) {
+        all.push_back({std::string(style.name), common});
+        all.back().settings.style = style.style;
+    }
+    all.push_back({"Modern 4x", common});
+    all.back().settings.stages = 2;
+    all.push_back({"Modern 7.1.2", common});
+    all.back().settings.layout = findLayout("7.1.2").value();
+    return all;
+}
+
+/// Share of each function in the time of an instance at work.
+Shares functionShares(const InstanceSettings& settings, const Symbols& symbols, const Options& options) {
+    const Music music = bursts(options.seconds, settings.layout).cut(options.framesOfRound());
+    Instance instance(settings, music);
     instance.play(music.frames() / options.blockFrames);
     std::unordered_map<std::uintptr_t, int> counts;
     double all = 0.0;
@@ -105,14 +125,14 @@ std::vector<std::pair<double, std::string>> largestFirst(const Shares& shares) {
     return sorted;
 }
 
-std::string table(const std::vector<Shares>& styles) {
+std::string table(const std::vector<Case>& columns, const std::vector<Shares>& styles) {
     Shares largest;
     for (const Shares& style : styles) {
         for (const auto& [part, share] : style) largest[part] = std::max(largest[part], share);
     }
     std::string text = "| part |", rule = "| --- |";
-    for (const StyleRow& style : kStyleTable) {
-        text += fmt::format(" {} |", style.name);
+    for (const Case& column : columns) {
+        text += fmt::format(" {} |", column.name);
         rule += " --: |";
     }
     text += "\n" + rule + "\n";
@@ -146,20 +166,22 @@ void gatherSmall(std::vector<Shares>& styles) {
 
 void addShares(Report& report, const Target& target, const Options& options) {
     const Symbols symbols;
-    std::vector<Shares> styles;
+    const std::vector<Case> columns = cases(options);
+    std::vector<Shares> shares;
     Shares functions;
-    for (const StyleRow& style : kStyleTable) {
-        Shares& parts = styles.emplace_back();
-        for (const auto& [name, share] : functionShares(style, symbols, options)) {
+    for (const Case& column : columns) {
+        Shares& parts = shares.emplace_back();
+        for (const auto& [name, share] : functionShares(column.settings, symbols, options)) {
             parts[partOf(name)] += share;
-            functions[name.substr(0, name.find('('))] += share / static_cast<double>(kStyleTable.size());
+            functions[name.substr(0, name.find('('))] += share / static_cast<double>(columns.size());
         }
     }
-    gatherSmall(styles);
-    std::string text = fmt::format("\n### Share of time, {}, per cent\n\n{}", target.title, table(styles));
+    gatherSmall(shares);
+    std::string text =
+        fmt::format("\n### Share of time, {}, per cent\n\n{}", target.title, table(columns, shares));
     text +=
-        "\nThe functions with the largest shares, on average of all styles:\n\n| function | % |\n| --- | --: "
-        "|\n";
+        "\nThe functions with the largest shares, on average of all columns:\n\n| function | % |\n| --- | "
+        "--: |\n";
     const auto largest = largestFirst(functions);
     for (std::size_t i = 0; i < std::min(kNamed, largest.size()); ++i) {
         text += fmt::format("| `{}` | {:.1f} |\n", largest[i].second, 100.0 * largest[i].first);

@@ -156,11 +156,9 @@ HWY_INLINE auto unsettled(const Motion& motion, GroupPart distance, GroupPart mo
     const auto edge = all(Controls<law>::kAttackAbove);
     const auto crossed = hn::Xor(hn::Gt(distance, edge), hn::Gt(now, edge));
     if constexpr (Controls<law>::kPlain) {
-        // Attack and release meet at 0: there it does not matter which it is. The recursion is its own
-        // linearisation, but a slope next to 1 is rounded by 2^-25, in each of 32 samples; another round
-        // leaves only what that makes of the correction.
-        const auto apart = hn::And(crossed, hn::Gt(hn::Max(hn::Abs(now), hn::Abs(distance)), all(kSettled)));
-        return hn::Or(apart, hn::Gt(hn::Abs(moved), all(1.0f)));
+        // The recursion is its own linearisation, but a slope next to 1 is rounded by 2^-25, in each of 32
+        // samples; another round leaves only what that makes of the correction.
+        return hn::Or(crossed, hn::Gt(hn::Abs(moved), all(1.0f)));
     } else {
         const auto size = hn::Abs(moved);
         const auto far = hn::Gt(hn::Mul(size, motion.reach), motion.time);

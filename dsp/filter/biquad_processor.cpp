@@ -106,11 +106,9 @@ void BiquadProcessor::runSection(int index, const float* in, float* out) {
 }
 
 bool BiquadProcessor::silent() const {
-    const auto isZero = [](const State& s) {
-        return s.x1 == 0.0 && s.x2 == 0.0 && s.y1 == 0.0 && s.y2 == 0.0;
-    };
     return pending_ == Pending::None && fadeLeft_ == 0 &&
-           std::all_of(states_.begin(), states_.begin() + sectionCount_, isZero);
+           std::all_of(sections_.begin(), sections_.begin() + sectionCount_,
+                       [](const BiquadSection& section) { return section.isSilent(); });
 }
 
 bool BiquadProcessor::ranAway() const {

@@ -74,6 +74,11 @@ kernel::BiquadHistory BiquadSection::history() const {
     return now;
 }
 
+bool BiquadSection::isSilent() const {
+    const kernel::BiquadHistory now = history();
+    return now.x1 == 0.0 && now.x2 == 0.0 && now.y1 == 0.0 && now.y2 == 0.0;
+}
+
 bool BiquadSection::ranAway() const {
     // Far above what any resonance makes of the largest sample, and far below what a float can hold.
     constexpr double kLargest = 0x1p50;

@@ -20,6 +20,8 @@ public:
     VANTA_REALTIME void run(const BiquadCoefficients& coefficients, const float* in, float* out, int count);
     /// Whether the state is what music can make of it.
     VANTA_REALTIME bool ranAway() const;
+    /// Whether silence leaves it as it is.
+    bool isSilent() const;
 
 private:
     static constexpr int kGroup = kernel::BiquadGroup::kLength;

@@ -16,6 +16,7 @@ struct Setting {
     float sampleRate = 44100.0f;
     ChannelLayout layout = kStereoLayout;
     float gainDb = 9.0f;
+    float level = 1.0f;  ///< of the input; 0 is silence
 };
 
 /// A limiter at work on bursts of pink noise, which keep every part of it busy.
@@ -32,7 +33,7 @@ public:
             input_.push_back(test::pinkNoise(1000u + static_cast<unsigned>(c), frames, 0.25));
             for (std::size_t i = 0; i < frames; ++i) {
                 const float phase = static_cast<float>(i % 11025) / 11025.0f;
-                input_.back()[i] *= 0.2f + 0.8f * (1.0f - phase) * (1.0f - phase);
+                input_.back()[i] *= setting.level * (0.2f + 0.8f * (1.0f - phase) * (1.0f - phase));
             }
         }
         output_.assign(input_.size(), std::vector<float>(kLargestBlock));

@@ -37,12 +37,20 @@ bool Router::runs() const {
 
 void Router::produce(BasicBlock<float>* block, int samples, int) {
     expectedPosition_ = environment().position() + samples;
+    // Twelve routers a channel, of which one in a thousand blocks fades: 2 % of a stereo instance.
+    if (onlyEpoch_ == environment().epoch()) {
+        only_->pull(samples);
+        publish(*only_);
+        return;
+    }
     const auto count = static_cast<std::size_t>(samples);
-    const Producer* remembered = nullptr;
+    Producer* remembered = nullptr;
     bool mixed = false;
+    bool steady = true;
     for (const auto& input : inputs_) {
         bool constant = false;
         const float* gain = input->gain.readInStream(samples, &constant).data();
+        steady = steady && constant;
         if (!input->source || (constant && nearlyEqual(gain[0], 0.0f))) continue;
         const float* in = input->source->pullData(samples);
         if (!mixed && !remembered && constant && nearlyEqual(gain[0], 1.0f)) {
@@ -60,11 +68,13 @@ void Router::produce(BasicBlock<float>* block, int samples, int) {
         kernel::multiplyAdd(block->data(), in, gain, block->data(), count);
     }
     if (mixed) return;
-    if (remembered) {
-        publish(*remembered);
-    } else {
+    if (!remembered) {
         publishSilence();
+        return;
     }
+    publish(*remembered);
+    only_ = remembered;
+    onlyEpoch_ = steady ? environment().epoch() : 0;
 }
 
 }  // namespace vanta::wave

@@ -41,6 +41,8 @@ private:
 
     std::vector<std::unique_ptr<Input>> inputs_;
     std::int64_t expectedPosition_ = 0;
+    Producer* only_ = nullptr;     ///< what alone is heard until something changes
+    std::uint32_t onlyEpoch_ = 0;  ///< for as long as this counts
 };
 
 }  // namespace vanta::wave

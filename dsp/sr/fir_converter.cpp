@@ -17,6 +17,7 @@ void FIRConverter::update() {
     if (stageCount != stages_.size() || maxBlock != maxBlock_) stages_.clear();
     maxBlock_ = maxBlock;
     stages_.resize(stageCount);
+    memory_ = 0;
     for (std::size_t i = 0; i < stageCount; ++i) {
         const int index = i == 0 ? firstSet_ : otherSets_;
         const int longest = style_.longestLength(index);
@@ -25,17 +26,12 @@ void FIRConverter::update() {
             stage = std::make_unique<FIRStage>(2 << i, longest, maxBlock);
         }
         stage->prepare(style_.set(index));
+        memory_ += stage->memory();
     }
 }
 
 void FIRConverter::reset() {
     for (auto& stage : stages_) stage->reset();
-}
-
-int FIRConverter::memory() const {
-    int samples = 0;
-    for (const auto& stage : stages_) samples += stage->memory();
-    return samples;
 }
 
 }  // namespace vanta::sr

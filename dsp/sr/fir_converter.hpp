@@ -13,7 +13,7 @@ class FIRConverter : public ConverterBase {
 public:
     void update() override;
     void reset() override;
-    int memory() const override;
+    int memory() const override { return memory_; }
 
 protected:
     /// Indexes of the style's sets for stage 0 and for all others.
@@ -28,6 +28,7 @@ private:
     std::vector<std::unique_ptr<FIRStage>> stages_;
     wave::AlignedBuffer<float> workBlock_;
     int maxBlock_ = 0;
+    int memory_ = 0;
     int firstSet_;
     int otherSets_;
 };

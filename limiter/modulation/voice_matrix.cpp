@@ -132,6 +132,11 @@ ModulationMatrix::VoiceMatrix::TargetController::TargetController(VoiceMatrix& v
 
 void ModulationMatrix::VoiceMatrix::TargetController::produce(wave::BasicBlock<float>* block, int samples,
                                                               int) {
+    if (plainEpoch_ == environment().epoch()) {
+        plain_->pull(samples);
+        publish(*plain_);
+        return;
+    }
     global_.pull(samples);
     if (state_.allGlobal) {
         publish(global_);
@@ -167,6 +172,8 @@ bool ModulationMatrix::VoiceMatrix::TargetController::publishSingleSlot(int samp
     if (!level.isConstant() || !nearlyEqual(gain[0], 1.0f)) return false;
     source->pull(samples);
     publish(*source);
+    plain_ = source;
+    plainEpoch_ = level.isResting() ? environment().epoch() : 0;
     return true;
 }
 

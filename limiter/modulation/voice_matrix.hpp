@@ -83,6 +83,8 @@ private:
     VoiceMatrix& voice_;
     TargetState& state_;
     GlobalModulationProducer& global_;
+    wave::Producer* plain_ = nullptr;  ///< the signal that alone is handed on until something changes
+    std::uint32_t plainEpoch_ = 0;     ///< for as long as this counts
 };
 
 /// The value of a target for a reader outside the voices: the first voice's, where they

@@ -63,7 +63,7 @@ class VantaChannel final : public GenericPluginProcessor::Channel {
 public:
     VantaChannel(GenericPluginProcessor& owner, const VantaChannelShared& shared);
 
-    /// Pairs the engines of a left and a right channel.
+    /// Pairs the engines of two channels, which only saves time.
     void linkTo(VantaChannel& partner) { processor_.linkTo(partner.processor_); }
 
     /// For another rate. Allocates.

@@ -1,5 +1,7 @@
 #include "limiter/processor/vanta_processor.hpp"
 
+#include <utility>
+
 #include "foundation/resource.hpp"
 #include "limiter/latency/parameter_delays.hpp"
 #include "limiter/latency/style_stages.hpp"
@@ -91,11 +93,18 @@ void VantaProcessor::buildChannels() {
     const VantaChannelShared shared{
         *oversampledEnvironment_, *oversamplingStyle_, *baseExposerStyle_, *oversampledExposerStyle_,
         *dynamicsEngine_,         *overshootStyle_,    *levels_,           *this};
+    VantaChannel* waiting = nullptr;  // what belongs to no pair is computed side by side as well
     for (const int type : channelTypes(channelLayout)) {
         vantaChannels_.push_back(std::make_unique<VantaChannel>(*this, shared));
+        VantaChannel& channel = *vantaChannels_.back();
+        const bool left = (type & kLeftChannel) && !(type & kRightChannel);
         // The left of a pair stands just before its right.
         if ((type & kRightChannel) && !(type & kLeftChannel)) {
-            vantaChannels_.back()->linkTo(**(vantaChannels_.end() - 2));
+            channel.linkTo(**(vantaChannels_.end() - 2));
+        } else if (!left && waiting) {
+            channel.linkTo(*std::exchange(waiting, nullptr));
+        } else if (!left) {
+            waiting = &channel;
         }
     }
 }

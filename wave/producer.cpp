@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "kernel/mix.hpp"
+#include "kernel/scan.hpp"
 
 namespace vanta::wave {
 
@@ -14,9 +15,10 @@ bool isEven(const float* data, int samples) {
     return std::memcmp(data, data + 1, static_cast<std::size_t>(samples - 1) * sizeof(float)) == 0;
 }
 
+/// Of either sign. Sound mostly shows at its first sample.
 bool isSilent(const float* data, int samples) {
-    static constexpr float kZero = 0.0f;
-    return samples == 0 || (std::memcmp(data, &kZero, sizeof kZero) == 0 && isEven(data, samples));
+    return samples == 0 ||
+           (data[0] == 0.0f && kernel::highestMagnitude(data, static_cast<std::size_t>(samples)) == 0.0f);
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ public:
                 compute(samples, 0);
             }
         }
-        environment().noteRead(restEpoch_ == environment().epoch());
+        environment().noteRead(isResting());
         return *current_;
     }
     /// The same as a pointer to the first sample.
@@ -73,6 +73,8 @@ public:
     /// differently.
     bool holdsOneValue() const { return (blockFlags_ & (kConstant | kOneValue)) != 0; }
 
+    /// Whether the current block stands until something changes.
+    bool isResting() const { return restEpoch_ == environment().epoch(); }
     /// Whether this block follows the last one, which ended at `expected`, or the node has rested in between.
     bool continues(std::int64_t expected) const {
         return expected == environment().position() || environment().restedSince(restEpoch_);
@@ -131,7 +133,7 @@ private:
         restEpoch_ = 0;
         if (atRest) beginRest(samples);
     }
-    bool rests(int samples) const { return restEpoch_ == environment().epoch() && samples <= restSamples_; }
+    bool rests(int samples) const { return isResting() && samples <= restSamples_; }
     VANTA_REALTIME void beginRest(int samples);
 
     std::unique_ptr<BasicBlock<float>> ownBlock_;

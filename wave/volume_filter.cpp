@@ -22,7 +22,10 @@ void VolumeFilter::process(const BasicBlock<float>& in, BasicBlock<float>* out, 
         return;
     }
     const float* second = secondGain ? secondGain->pullData(samples) : nullptr;
-    if (constant && nearlyEqual(gains[0], 1.0f)) {
+    if (source->isConstant() && in[0] == 0.0f) {
+        // Whatever the gains do: a release that still fades keeps nothing behind it busy.
+        publishSilence();
+    } else if (constant && nearlyEqual(gains[0], 1.0f)) {
         if (second) {
             kernel::multiply(in.data(), second, out->data(), count);
         } else {

@@ -92,12 +92,14 @@ void Mixer::produce(wave::BasicBlock<float>* block, int samples, int) {
     setConstant(true);
 }
 
-/// Leaves out what is turned off. Returns the input that is alone, or null.
+/// Leaves out what is turned off or silent. Returns the input that is alone, or null.
 const Mixer::Input* Mixer::collectForSum(int samples) {
     const Input* last = nullptr;
     for (const auto& input : inputs_) {
         const float* gain = input->gain.pullData(samples);
         if (input->gain.isConstant() && nearlyEqual(gain[0], 0.0f)) continue;
+        const float* signal = input->producer->pullData(samples);
+        if (input->producer->isConstant() && signal[0] == 0.0f) continue;
         list(*input, gain, samples);
         last = input.get();
     }

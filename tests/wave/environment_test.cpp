@@ -257,5 +257,67 @@ TEST_F(FloatParameterTest, ABusFollowsItsSourceAndComesBack) {
     EXPECT_EQ(bus.pullData(1)[0], 0.5f);
 }
 
+/// Hands on its input and counts how often it does.
+class Counter final : public Filter {
+public:
+    explicit Counter(Environment& owner) : Filter(owner, OwnBlock::No) {}
+    int runs = 0;
+
+protected:
+    bool settled() const override { return true; }
+    void process(const BasicBlock<float>&, BasicBlock<float>*, int, int) override {
+        ++runs;
+        publishInput();
+    }
+};
+
+TEST(Rest, LastsUntilSomethingChangesAndCountsAsBeingHeard) {
+    Environment environment(64);
+    FloatParameterSource value(environment, 0.0f);
+    Counter counter(environment);
+    counter.source = &value;
+    for (int i = 0; i < 10; ++i) step(environment, counter, 64);
+    EXPECT_EQ(counter.runs, 1);
+
+    value.assign(1.0f, nullptr);
+    step(environment, counter, 64);
+    EXPECT_LT(counter.current()[63], 0.5f) << "what rests is heard: a change must not jump";
+    for (int i = 0; i < 100; ++i) step(environment, counter, 64);
+    EXPECT_EQ(counter.current()[0], 1.0f);
+    EXPECT_LT(counter.runs, 30) << "20 ms of ramp are 14 blocks";
+
+    environment.advanceTick();
+    environment.run(64, Environment::kPositionOnly);
+    value.assign(0.0f, nullptr);
+    step(environment, counter, 64);
+    EXPECT_EQ(counter.current()[0], 0.0f) << "a block that nobody pulled is a gap, rest or not";
+}
+
+TEST(Rest, IsNoGapForADelay) {
+    Environment environment(64);
+    Input input(environment);
+    DelayFilter delay(environment);
+    delay.source = &input;
+    delay.setMaxDelay(100);
+    delay.setDelay(100);
+    std::vector<float> heard;
+    const auto play = [&](float value, int blocks) {
+        const std::vector<float> block(64, value);
+        for (int i = 0; i < blocks; ++i) {
+            input.setBuffer(block.data(), 64);
+            step(environment, delay, 64);
+            heard.insert(heard.end(), delay.current().data(), delay.current().data() + 64);
+        }
+    };
+    play(1.0f, 3);
+    play(0.0f, 50);
+    EXPECT_TRUE(delay.isResting());
+    play(1.0f, 3);
+    for (std::size_t i = 0; i < heard.size(); ++i) {
+        const bool sounds = i >= 100 && (i < 292 || i >= 53 * 64 + 100);
+        ASSERT_EQ(heard[i], sounds ? 1.0f : 0.0f) << i;
+    }
+}
+
 }  // namespace
 }  // namespace vanta::test

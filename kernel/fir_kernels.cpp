@@ -1,6 +1,7 @@
 #include "kernel/fir_kernels.hpp"
 
 #include <algorithm>
+#include <cmath>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernel/fir_kernels.cpp"
@@ -78,6 +79,21 @@ void interpolateHalfBand(const float* window, const float* branch, std::size_t t
     sums.overAll(window, count, [&](auto d, std::size_t i, auto sum) {
         hn::StoreInterleaved2(hn::LoadU(d, centre + i), sum, d, out + 2 * i);
     });
+}
+
+void peaksOfHalfBand(const float* window, const float* branch, std::size_t tapCount, float* out,
+                     std::size_t count) {
+    const float* centre = window + tapCount / 2 - 1;
+    const BranchSum<1> sums{branch, tapCount / 2};
+#if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
+    // Without vectors the compiler makes less of the sums the more is done with them in place.
+    sums.overAll(window, count, [&](auto d, std::size_t i, auto sum) { hn::StoreU(sum, d, out + i); });
+    for (std::size_t i = 0; i < count; ++i) out[i] = std::max(std::abs(centre[i]), std::abs(out[i]));
+#else
+    sums.overAll(window, count, [&](auto d, std::size_t i, auto sum) {
+        hn::StoreU(hn::Max(hn::Abs(hn::LoadU(d, centre + i)), hn::Abs(sum)), d, out + i);
+    });
+#endif
 }
 
 // The branch meets every second sample only. They are brought side by side first, a piece that stays in the
@@ -205,6 +221,7 @@ HWY_AFTER_NAMESPACE();
 namespace vanta::kernel {
 
 VANTA_KERNEL(interpolateHalfBand);
+VANTA_KERNEL(peaksOfHalfBand);
 VANTA_KERNEL(decimateHalfBand);
 VANTA_KERNEL(firstOfGroups);
 VANTA_KERNEL(largestMagnitudeOfGroups);

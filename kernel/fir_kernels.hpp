@@ -17,6 +17,12 @@ extern const Kernel<void(const float* window, const float* branch, std::size_t t
                          std::size_t count)>
     interpolateHalfBand;
 
+/// The same, of which only the larger magnitude of each pair is wanted: out[j] = max(|out[2 j]|, |out[2 j +
+/// 1]|) of above, bit for bit.
+extern const Kernel<void(const float* window, const float* branch, std::size_t tapCount, float* out,
+                         std::size_t count)>
+    peaksOfHalfBand;
+
 /// How many floats of scratch `decimateHalfBand` needs for a filter of `tapCount` taps.
 constexpr std::size_t decimatorScratch(std::size_t tapCount) {
     return 512 + tapCount / 2;

@@ -38,6 +38,10 @@ void FIRStage::interpolate(const float* in, float* out, int count) {
     kernel::interpolateHalfBand(write(in, count), set_->taps.data(), size(set_->length), out, size(count));
 }
 
+void FIRStage::interpolatePeaks(const float* in, float* out, int count) {
+    kernel::peaksOfHalfBand(write(in, count), set_->taps.data(), size(set_->length), out, size(count));
+}
+
 void FIRStage::decimate(const float* in, float* out, int count) {
     kernel::decimateHalfBand(write(in, 2 * count), set_->taps.data(), size(set_->length), scratch_.data(),
                              out, size(count));

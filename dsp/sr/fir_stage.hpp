@@ -18,6 +18,8 @@ public:
     VANTA_REALTIME void reset() { ring_.clear(); }
     /// `count` samples in, twice as many out. Taps are a polyphase branch.
     VANTA_REALTIME void interpolate(const float* in, float* out, int count);
+    /// As `interpolate`, but only the larger magnitude of each pair comes out.
+    VANTA_REALTIME void interpolatePeaks(const float* in, float* out, int count);
     /// Twice `count` samples in, `count` samples out. Taps are a full filter.
     VANTA_REALTIME void decimate(const float* in, float* out, int count);
 

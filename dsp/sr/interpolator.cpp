@@ -1,5 +1,7 @@
 #include "dsp/sr/interpolator.hpp"
 
+#include "kernel/fir_kernels.hpp"
+
 namespace vanta::sr {
 
 Interpolator::Interpolator(ConverterStyle& style)
@@ -18,6 +20,23 @@ bool Interpolator::convert(const float* in, float* out, int count) {
         count *= 2;
     }
     return true;
+}
+
+// The last stage, which has as much to store as all others together, stores peaks alone.
+void Interpolator::convertToPeaks(const float* in, float* out, int count) {
+    int pairs = count;
+    for (std::size_t i = 0; i + 1 < stages().size(); ++i) {
+        stages()[i]->interpolate(in, workBlock(), pairs);
+        in = workBlock();
+        pairs *= 2;
+    }
+    if (pairs == count) {
+        stages().back()->interpolatePeaks(in, out, count);
+        return;
+    }
+    stages().back()->interpolatePeaks(in, workBlock(), pairs);
+    kernel::largestMagnitudeOfGroups(workBlock(), static_cast<std::size_t>(pairs / count), out,
+                                     static_cast<std::size_t>(count));
 }
 
 }  // namespace vanta::sr

@@ -19,19 +19,14 @@ void TruePeakExposer::Style::updateFactor() {
 }
 
 TruePeakExposer::TruePeakExposer(wave::Environment& owner, Style& style)
-    : Filter(owner),
-      enabled(nullptr, true),
-      warmUpSamples(nullptr, 0),
-      style_(style),
-      interpolator_(style),
-      peaks_(style, SkipDecimator::LargestMagnitude) {
+    : Filter(owner), enabled(nullptr, true), warmUpSamples(nullptr, 0), style_(style), interpolator_(style) {
     makeResettable();
     prepare();
 }
 
 void TruePeakExposer::prepare() {
     style_.updateFactor();
-    workBlock_.resize(environment().maxBlockSize() * style_.factor());
+    workBlock_.resize(environment().maxBlockSize());
     interpolator_.update();
     history_.assign(static_cast<std::size_t>(style_.reach()), 0.0f);
 }
@@ -62,7 +57,7 @@ void TruePeakExposer::catchUp() {
     const auto size = static_cast<int>(history_.size());
     for (int done = 0; done < size;) {
         const int count = std::min(size - done, environment().maxBlockSize());
-        interpolator_.convert(history_.data() + done, workBlock_.data(), count);
+        interpolator_.convertToPeaks(history_.data() + done, workBlock_.data(), count);
         done += count;
     }
 }
@@ -85,8 +80,7 @@ void TruePeakExposer::process(const wave::BasicBlock<float>& in, wave::BasicBloc
     const int muted = std::min(warmUpLeft_, samples);
     if (enabled) {
         if (!running_) catchUp();
-        interpolator_.convert(in.data(), workBlock_.data(), samples);
-        peaks_.convert(workBlock_.data(), out->data(), samples);
+        interpolator_.convertToPeaks(in.data(), out->data(), samples);
     } else if (muted > 0) {
         std::copy_n(in.data(), samples, out->data());
     } else {

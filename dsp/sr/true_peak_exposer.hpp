@@ -4,7 +4,8 @@
 
 #include "dsp/sr/converter_style.hpp"
 #include "dsp/sr/interpolator.hpp"
-#include "dsp/sr/skip_decimator.hpp"
+#include "foundation/property.hpp"
+#include "wave/producer.hpp"
 #include "wave/silence_watch.hpp"
 #include "wave/stream_watch.hpp"
 
@@ -61,10 +62,9 @@ private:
 
     Style& style_;
     Interpolator interpolator_;
-    SkipDecimator peaks_;
-    wave::AlignedBuffer<float> workBlock_;
-    std::vector<float> history_;  ///< the newest input, as far as the filters reach, oldest first
-    bool running_ = true;         ///< the filters hold what came last
+    wave::AlignedBuffer<float> workBlock_;  ///< what catching up puts out
+    std::vector<float> history_;            ///< the newest input, as far as the filters reach, oldest first
+    bool running_ = true;                   ///< the filters hold what came last
     int warmUpLeft_ = 0;
     wave::StreamWatch stream_;
     wave::SilenceWatch silence_;

@@ -443,6 +443,12 @@ TEST(FirKernels, InterpolateAsTheirScalarTwin) {
                     ASSERT_NEAR(out[2 * j + 1], dot(branch.data(), window + j, taps), tolerance(taps)) << j;
                 }
                 ASSERT_EQ(out.back(), kCanary);
+                std::vector<float> peaks(count + 1, kCanary);
+                kernel::peaksOfHalfBand(window, branch.data(), taps, peaks.data(), count);
+                for (std::size_t j = 0; j < count; ++j) {
+                    ASSERT_EQ(peaks[j], std::max(std::abs(out[2 * j]), std::abs(out[2 * j + 1]))) << j;
+                }
+                ASSERT_EQ(peaks.back(), kCanary);
             }
         }
     });

@@ -72,7 +72,7 @@ bench-compare: setup
 	@cmake --build build --parallel $(JOBS) --target vanta_compare
 	@bench/compare/run.sh $(COMPARE)
 
-# Takes ten minutes: all that the comparison measures, with every instruction set, into the page below its last rule.
+# Takes ten to twenty minutes: all that the comparison measures, with every instruction set, into the page below its mark.
 performance-page: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) -DVANTA_BENCH_COMPARE=ON > /dev/null
 	@cmake --build build --parallel $(JOBS) --target vanta_compare

@@ -90,8 +90,7 @@ void addMeters(Report& report, const Target& target, const Options& options) {
     };
     add("loudness, beside libebur128", 0, 2, {});
     add("loudness and true peaks, beside libebur128", 1, 3, {});
-    add(fmt::format("loudness and true peaks, beside {}", race.name(cheapest)), 1, cheapest,
-        Reach::both(0.1));
+    add("loudness and true peaks, beside the cheapest style", 1, cheapest, Reach::both(0.1));
     if (std::isnan(seen)) report.note("The meters read no number.");
 }
 

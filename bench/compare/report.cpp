@@ -52,7 +52,8 @@ void Report::add(Row row) {
 void Report::compareWith(const std::filesystem::path& file) {
     try {
         std::ifstream stream(file);
-        for (const auto& row : nlohmann::json::parse(stream).at("rows")) {
+        const auto report = nlohmann::json::parse(stream);
+        for (const auto& row : report.at("rows")) {
             before_[{row.at("target"), row.at("table"), row.at("work")}] = row.at("ratio");
         }
     } catch (const nlohmann::json::exception& error) {
@@ -72,7 +73,7 @@ std::string Report::head(const Table& table) const {
         names += fmt::format(" {} |", target.title);
         rule += " --: |";
     }
-    return fmt::format("{} median | reach |\n{} --: | --: |\n", names, rule);
+    return fmt::format("{} median runs | reach |\n{} --: | --: |\n", names, rule);
 }
 
 std::string Report::line(const Table& table, const std::string& work) const {

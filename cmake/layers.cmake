@@ -122,6 +122,10 @@ vanta_layer(interface/layout SEES foundation wave plugin/base plugin/parameters 
             interface/loudness interface/display interface/binding interface/controls interface/hints interface/menus
             interface/frame)
 
+# The interface inside hosts; the formats know no more of it than host/common says.
+vanta_layer(host/editor SEES foundation plugin/settings plugin/model limiter/model host/common gui/graphics gui/tree gui/x11
+            interface/binding interface/frame interface/layout)
+
 vanta_layer(plot SEES foundation plugin/metering limiter/parameters host/offline gui/graphics gui/tree gui/offscreen
             interface/page)
 vanta_layer(audiofile/chunks SEES foundation)
@@ -134,8 +138,8 @@ vanta_layer(cli SEES foundation plugin/parameters plugin/presets plugin/settings
             limiter/styles limiter/parameters limiter/model limiter/factory host/aax_host host/offline plot audiofile
             measure mastering)
 vanta_layer(app SEES cli)
-vanta_layer(app/clap SEES host/clap)
-vanta_layer(app/vst3 SEES host/vst3)
+vanta_layer(app/clap SEES host/clap host/editor)
+vanta_layer(app/vst3 SEES host/vst3 host/editor)
 vanta_layer(app/lv2 SEES host/lv2)
 vanta_layer(app/aax SEES plugin/model host/common host/aax/standin host/aax)
 vanta_layer(app/gallery SEES foundation gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)

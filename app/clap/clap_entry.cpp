@@ -1,12 +1,12 @@
 #include <clap/entry.h>
 
 #include "host/clap/clap_module.hpp"
+#include "host/editor/plugin_editor.hpp"
 
 namespace {
 
-/// Has no interface of its own yet: hosts show their controls.
 vanta::ClapModule& module() {
-    static vanta::ClapModule theModule;
+    static vanta::ClapModule theModule(vanta::pluginEditors());
     return theModule;
 }
 

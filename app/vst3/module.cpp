@@ -1,3 +1,4 @@
+#include "host/editor/plugin_editor.hpp"
 #include "host/vst3/factory.hpp"
 
 namespace {
@@ -27,7 +28,7 @@ extern "C" {
 /// The caller gives it back.
 [[gnu::visibility("default")]] void* GetPluginFactory() {
     try {
-        if (!factory) factory = new vanta::vst3::Factory;
+        if (!factory) factory = new vanta::vst3::Factory(vanta::pluginEditors());
     } catch (...) {
         return nullptr;
     }

@@ -55,6 +55,11 @@ void X11Control::hide() {
     if (window_ != kNoXid) XUnmapWindow(display(), window_);
 }
 
+void X11Control::setTitle(const std::string& title) {
+    title_ = title;
+    if (window_ != kNoXid) writeTitle(session_.display, window_, title_);
+}
+
 bool X11Control::needsFrame() const {
     return newSize_ || pendingMove_ || needsPainting();
 }

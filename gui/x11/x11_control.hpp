@@ -27,6 +27,7 @@ public:
     Window window() const { return window_; }
     void show();
     void hide();
+    void setTitle(const std::string& title);
 
     /// Something waits for the next frame.
     bool needsFrame() const;

@@ -24,6 +24,14 @@ float snappedScale(float scale) {
     return scale > 1.4f ? 1.5f : 1.0f;
 }
 
+X11Desktop readDesktop(const std::string& displayName) {
+    const X11Display display(displayName);
+    const int screen = DefaultScreen(display.get());
+    const float scale = snappedScale(display.dpi() / kDpiOfScale1);
+    return {scale, static_cast<float>(DisplayWidth(display.get(), screen)) / scale,
+            static_cast<float>(DisplayHeight(display.get(), screen)) / scale};
+}
+
 X11Interface::X11Interface(const X11Settings& settings)
     : session_(std::make_shared<X11Session>(settings.displayName)),
       timers_(std::make_unique<X11Timers>()),
@@ -100,7 +108,19 @@ bool X11Interface::showMessage(const std::string& text, int flags) {
     return showX11Message(*this, session_, text, flags);
 }
 
+void X11Interface::setTitle(const std::string& title) {
+    root_->setTitle(title);
+    XFlush(session_->display.get());
+}
+
+void X11Interface::setTransientFor(unsigned long window) {
+    if (root_->window() == kNoXid) return;
+    XSetTransientForHint(session_->display.get(), root_->window(), window);
+    XFlush(session_->display.get());
+}
+
 void X11Interface::show() {
+    quit_ = false;
     root_->show();
     XFlush(session_->display.get());
 }

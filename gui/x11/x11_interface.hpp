@@ -64,6 +64,9 @@ public:
 
     void show();
     void hide();
+    /// For a top-level: what the window manager writes on it, and the window that it stays above.
+    void setTitle(const std::string& title);
+    void setTransientFor(unsigned long window);
     /// The window's number, for a host; 0 once it has been destroyed.
     unsigned long window() const;
     /// The window and the connection to the server are there.
@@ -122,6 +125,15 @@ private:
     bool closed_ = false;
     std::int64_t lastFrame_ = 0;
 };
+
+/// What a desktop offers to a window that is still to be opened.
+struct X11Desktop {
+    float scale = 1.0f;  ///< device pixels of a logical unit, snapped
+    float width = 0.0f;  ///< logical units, of all monitors together
+    float height = 0.0f;
+};
+/// By the display's name, empty for the environment's. Throws std::runtime_error if there is no display.
+X11Desktop readDesktop(const std::string& displayName = {});
 
 /// To the scales that pictures are made for: above 1.6 it is 2, above 1.4 it is 1.5, else 1.
 float snappedScale(float scale);

@@ -51,11 +51,15 @@ Window createWindow(X11Display& display, Window parent, const DeviceRect& area, 
 void makeTopLevel(X11Display& display, Window window, const std::string& title, bool fullScreen) {
     Atom deletion = display.atom("WM_DELETE_WINDOW");
     XSetWMProtocols(display.get(), window, &deletion, 1);
-    Xutf8SetWMProperties(display.get(), window, title.c_str(), title.c_str(), nullptr, 0, nullptr, nullptr,
-                         nullptr);
+    writeTitle(display, window, title);
     setWords<1>(display, window, "_NET_WM_PID", XA_CARDINAL, {static_cast<unsigned long>(getpid())});
     if (!fullScreen) return;
     setWords<1>(display, window, "_NET_WM_STATE", XA_ATOM, {display.atom("_NET_WM_STATE_FULLSCREEN")});
+}
+
+void writeTitle(X11Display& display, Window window, const std::string& title) {
+    Xutf8SetWMProperties(display.get(), window, title.c_str(), title.c_str(), nullptr, 0, nullptr, nullptr,
+                         nullptr);
 }
 
 void makeEmbedded(X11Display& display, Window window) {

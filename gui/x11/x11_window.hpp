@@ -11,6 +11,7 @@ namespace vanta::gui {
 Window createWindow(X11Display& display, Window parent, const DeviceRect& area, bool isMenu = false);
 /// For the window manager. `fullScreen`: to cover its monitor.
 void makeTopLevel(X11Display& display, Window window, const std::string& title, bool fullScreen);
+void writeTitle(X11Display& display, Window window, const std::string& title);
 /// Tells an embedder that the window is to be shown.
 void makeEmbedded(X11Display& display, Window window);
 

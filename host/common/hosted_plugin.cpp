@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/numbers.hpp"
+#include "host/common/model_viewer.hpp"
 #include "host/unified/host_position.hpp"
 
 namespace vanta {
@@ -86,7 +87,10 @@ HostedPlugin::HostedPlugin(HostCallbacks& host, ChannelLayout layout)
     build(layout);
 }
 
-HostedPlugin::~HostedPlugin() = default;
+HostedPlugin::~HostedPlugin() {
+    tellViewers(&ModelViewer::modelGoes);
+    tellViewers(&ModelViewer::pluginGoes);
+}
 
 void HostedPlugin::build(ChannelLayout layout) {
     auto built = std::make_unique<Instance>(*this, layout);
@@ -107,6 +111,17 @@ GenericPluginProcessor& HostedPlugin::processor() const {
 
 void HostedPlugin::setLayout(ChannelLayout wanted) {
     if (checkedLayout(wanted) == layout()) return;
+    tellViewers(&ModelViewer::modelGoes);
+    try {
+        rebuild(wanted);
+    } catch (...) {
+        tellViewers(&ModelViewer::modelCame);
+        throw;
+    }
+    tellViewers(&ModelViewer::modelCame);
+}
+
+void HostedPlugin::rebuild(ChannelLayout wanted) {
     const std::vector<std::byte> state = saveState();
     const auto rate = model().sampleRate();
     build(wanted);
@@ -122,6 +137,17 @@ bool HostedPlugin::activate(double sampleRate, int largestBlock) {
     instance_->deliverBeforeRender();
     processor().reset();
     return true;
+}
+
+// Interfaces
+
+void HostedPlugin::tellViewers(void (ModelViewer::*what)()) {
+    const std::vector<ModelViewer*> viewers = viewers_;
+    for (ModelViewer* viewer : viewers) (viewer->*what)();
+}
+
+void HostedPlugin::tellGesture(int index, HostCallbacks::Edit edit) {
+    if (instance_->has(index)) host_.parameterEdited(index, edit, model().parameterAt(index)->value());
 }
 
 // The main thread

@@ -16,6 +16,8 @@
 
 namespace vanta {
 
+class ModelViewer;
+
 /// One instance of the limiter, as all plug-in formats see it: buses, events, values, states and latency
 /// without the words of any format.
 ///
@@ -38,12 +40,20 @@ public:
 
     // Set-up, on the main thread while no block runs.
 
-    /// Rebuilds the instance for another layout; values, preset and compare slots stay.
+    /// Rebuilds the instance for another layout; values, preset and compare slots stay. Viewers change over.
     void setLayout(ChannelLayout layout);
     /// Makes ready for a sample rate and for blocks of at most `largestBlock` samples, 0 if the host does not
     /// say. Longer ones are taken all the same. The audio side starts with what the model shows, so that an
     /// offline render needs nobody to pump. False for a rate that is not supported.
     bool activate(double sampleRate, int largestBlock);
+
+    // For an interface, on the main thread.
+
+    void addViewer(ModelViewer& viewer) { viewers_.push_back(&viewer); }
+    void removeViewer(const ModelViewer& viewer) { std::erase(viewers_, &viewer); }
+    /// A user takes hold of a parameter's control, and lets go. Values travel by the model meanwhile.
+    void beginGesture(int index) { tellGesture(index, HostCallbacks::Edit::Begin); }
+    void endGesture(int index) { tellGesture(index, HostCallbacks::Edit::End); }
 
     // The main thread, or any other if the host has no such thing.
 
@@ -85,6 +95,9 @@ private:
     class Instance;
 
     void build(ChannelLayout layout);
+    void rebuild(ChannelLayout layout);
+    void tellGesture(int index, HostCallbacks::Edit edit);
+    void tellViewers(void (ModelViewer::*what)());
     void requestPump();
     void take(const HostEvent& event, int position);
     void point(const HostBlock& block, int begin);
@@ -94,6 +107,7 @@ private:
     static constexpr int kScratchSamples = 1024;
 
     HostCallbacks& host_;
+    std::vector<ModelViewer*> viewers_;
     std::unique_ptr<Instance> instance_;
     std::optional<EventPump::Registration> thread_;
     std::atomic<bool> pumpedByThread_{false};

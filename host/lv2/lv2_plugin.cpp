@@ -111,7 +111,8 @@ void Lv2Plugin::silence(std::uint32_t samples) {
 
 void Lv2Plugin::askForPortChanges() {
     if (!edits_) return;
-    edits_->take([this](int index, Edit, float value) {
+    edits_->take([this](int index, Edit edit, float value) {
+        if (edit != Edit::Value) return true;
         // A host may decline; the parameter has its value all the same.
         portRequests_->request_change(portRequests_->handle, static_cast<std::uint32_t>(index),
                                       values_.control(static_cast<std::size_t>(index)).shown(value));

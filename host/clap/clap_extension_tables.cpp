@@ -24,7 +24,9 @@ const Row kRows[] = {
     {kClapRender, &kClapRenderTable},
     {CLAP_EXT_STATE, &kClapStateTable},
 };
-const Row kWindowRows[] = {{CLAP_EXT_GUI, &kClapGuiTable}, {CLAP_EXT_TIMER_SUPPORT, &kClapTimerTable}};
+const Row kWindowRows[] = {{CLAP_EXT_GUI, &kClapGuiTable},
+                           {CLAP_EXT_TIMER_SUPPORT, &kClapTimerTable},
+                           {kClapPosixFdSupport, &kClapPosixFdTable}};
 
 const void* find(std::span<const Row> rows, const char* id) {
     const auto row = std::ranges::find_if(rows, [id](const Row& each) { return !std::strcmp(each.id, id); });

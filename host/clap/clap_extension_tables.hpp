@@ -24,6 +24,7 @@ extern const ClapPluginRender kClapRenderTable;
 extern const clap_plugin_state_t kClapStateTable;
 extern const clap_plugin_gui_t kClapGuiTable;
 extern const clap_plugin_timer_support_t kClapTimerTable;
+extern const ClapPluginPosixFdSupport kClapPosixFdTable;
 
 /// The table of an extension that every instance has; null for any other id.
 const void* clapExtension(const char* id);

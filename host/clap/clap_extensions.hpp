@@ -57,6 +57,18 @@ struct ClapPluginTail {
     std::uint32_t (*get)(const clap_plugin_t* plugin);
 };
 
+/// "clap.posix-fd-support": the host's loop waits for descriptors as well. Main thread.
+inline constexpr char kClapPosixFdSupport[] = "clap.posix-fd-support";
+inline constexpr std::uint32_t kClapPosixFdRead = 1;
+struct ClapPluginPosixFdSupport {
+    void (*on_fd)(const clap_plugin_t* plugin, int fd, std::uint32_t flags);
+};
+struct ClapHostPosixFdSupport {
+    bool (*register_fd)(const clap_host_t* host, int fd, std::uint32_t flags);
+    bool (*modify_fd)(const clap_host_t* host, int fd, std::uint32_t flags);
+    bool (*unregister_fd)(const clap_host_t* host, int fd);
+};
+
 /// Of clap_param_info: every value of a stepped parameter has a text of its own.
 inline constexpr std::uint32_t kClapParamIsEnum = 1u << 16;
 

@@ -33,6 +33,21 @@ bool setParent(const clap_plugin_t* handle, const clap_window_t* window) {
     });
 }
 
+bool setTransient(const clap_plugin_t* handle, const clap_window_t* window) {
+    return withWindow(handle, [=](ClapGui& gui) {
+        return window && gui.supports(window->api, true) && gui.setTransient(window->x11);
+    });
+}
+
+/// Any size above the least, of any shape.
+bool resizeHints(const clap_plugin_t* handle, clap_gui_resize_hints_t* hints) {
+    return withWindow(handle, [=](ClapGui& gui) {
+        const bool can = gui.isResizable();
+        *hints = {can, can, false, 0, 0};
+        return true;
+    });
+}
+
 }  // namespace
 
 const clap_plugin_gui_t kClapGuiTable{
@@ -63,7 +78,7 @@ const clap_plugin_gui_t kClapGuiTable{
         [](const clap_plugin_t* handle) {
             return withWindow(handle, [](ClapGui& gui) { return gui.isResizable(); });
         },
-    .get_resize_hints = [](const clap_plugin_t*, clap_gui_resize_hints_t*) { return false; },
+    .get_resize_hints = resizeHints,
     .adjust_size =
         [](const clap_plugin_t* handle, std::uint32_t* width, std::uint32_t* height) {
             return withWindow(handle, [=](ClapGui& gui) {
@@ -75,8 +90,11 @@ const clap_plugin_gui_t kClapGuiTable{
             return withWindow(handle, [=](ClapGui& gui) { return gui.resize(sizeOf(width, height)); });
         },
     .set_parent = setParent,
-    .set_transient = [](const clap_plugin_t*, const clap_window_t*) { return false; },
-    .suggest_title = [](const clap_plugin_t*, const char*) {},
+    .set_transient = setTransient,
+    .suggest_title =
+        [](const clap_plugin_t* handle, const char* title) {
+            withWindow(handle, [=](ClapGui& gui) { return gui.suggestTitle(title), true; });
+        },
     .show =
         [](const clap_plugin_t* handle) {
             return withWindow(handle, [](ClapGui& gui) { return gui.setVisible(true); });
@@ -91,6 +109,13 @@ const clap_plugin_timer_support_t kClapTimerTable{
     .on_timer =
         [](const clap_plugin_t* handle, clap_id timer) {
             withWindow(handle, [=](ClapGui& gui) { return gui.onTimer(timer), true; });
+        },
+};
+
+const ClapPluginPosixFdSupport kClapPosixFdTable{
+    .on_fd =
+        [](const clap_plugin_t* handle, int fd, std::uint32_t) {
+            withWindow(handle, [=](ClapGui& gui) { return gui.onDescriptor(fd), true; });
         },
 };
 

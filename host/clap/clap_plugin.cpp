@@ -97,7 +97,6 @@ void ClapPlugin::deactivate() {
 bool ClapPlugin::selectLayout(ChannelLayout layout) {
     if (isActive()) return false;
     if (layout == hosted().layout()) return true;
-    gui().close();
     hosted().setLayout(layout);
     parts_->map = mapByNumber(layout, clapSpeaker);
     return true;

@@ -45,9 +45,15 @@ void Instance::follow() {
 
 void Instance::changeLayout() {
     if (buses.layout() == plugin.layout()) return;
-    for (ViewRole* view : openViews) view->close();
     plugin.setLayout(buses.layout());
-    for (ViewRole* view : openViews) view->open();
+}
+
+void Instance::lookAtFrames() {
+    v3_plugin_frame** frame = nullptr;
+    for (const ViewRole* view : allViews) {
+        if (!frame) frame = view->frame();
+    }
+    timer.look(RunLoopTimer::Source::Frame, frame);
 }
 
 }  // namespace vanta::vst3

@@ -29,6 +29,8 @@ struct Instance {
 
     /// The main thread's turn.
     void onTimer();
+    /// Looks for a run loop at the frames of views, of which there may be several.
+    void lookAtFrames();
     /// Loads a preset that was asked for with a block, and finds out what of that the host is to hear.
     void follow();
     /// To that of the buses, while no block runs.
@@ -47,7 +49,8 @@ struct Instance {
     v3_process_setup setup{V3_REALTIME, V3_SAMPLE_32, 1024, 44100.0};
     std::atomic<bool> active{false};
     std::atomic<int> activeLatency{0};  ///< in samples, as the host has read it
-    std::vector<ViewRole*> openViews;
+    std::vector<ViewRole*> openViews;   ///< in a window
+    std::vector<ViewRole*> allViews;
     RunLoopTimer timer;
 };
 

@@ -2,6 +2,9 @@
 
 #include <cmath>
 #include <cstring>
+#include <optional>
+
+#include "host/vst3/view_keys.hpp"
 
 namespace vanta::vst3 {
 namespace {
@@ -19,8 +22,8 @@ const v3_plugin_view_cpp ViewRole::kTable{
         .attached = entry<&ViewRole::attached>,
         .removed = entry<&ViewRole::removed>,
         .on_wheel = entry<&ViewRole::onWheel>,
-        .on_key_down = entry<&ViewRole::onKey>,
-        .on_key_up = entry<&ViewRole::onKey>,
+        .on_key_down = entry<&ViewRole::onKeyDown>,
+        .on_key_up = entry<&ViewRole::onKeyUp>,
         .get_size = entry<&ViewRole::size>,
         .on_size = entry<&ViewRole::onSize>,
         .on_focus = entry<&ViewRole::onFocus>,
@@ -31,11 +34,14 @@ const v3_plugin_view_cpp ViewRole::kTable{
 };
 
 ViewRole::ViewRole(ComObject& object, Instance& instance)
-    : ComInterface(kTable, object), held_(instance.object), instance_(instance) {}
+    : ComInterface(kTable, object), held_(instance.object), instance_(instance) {
+    instance_.allViews.push_back(this);
+}
 
 ViewRole::~ViewRole() {
     removed();
-    instance_.timer.look<v3_plugin_frame>(RunLoopTimer::Source::Frame, nullptr);
+    std::erase(instance_.allViews, this);
+    instance_.lookAtFrames();
 }
 
 v3_plugin_view** ViewRole::pointer() {
@@ -49,18 +55,19 @@ v3_result ViewRole::isSupported(const char* platform) noexcept {
 v3_result ViewRole::attached(void* parent, const char* platform) {
     if (!parent || isSupported(platform) != V3_TRUE) return V3_INVALID_ARG;
     if (view_) return V3_FALSE;
-    parent_ = reinterpret_cast<NativeWindow>(parent);
-    open();
-    if (!view_) return V3_INTERNAL_ERR;
+    if (!open(reinterpret_cast<NativeWindow>(parent))) return V3_INTERNAL_ERR;
     instance_.openViews.push_back(this);
     return V3_OK;
 }
 
-void ViewRole::open() {
-    view_ = instance_.views(instance_.plugin, parent_, frame_);
-    if (!view_) return;
-    view_->setScale(scale_);
+bool ViewRole::open(NativeWindow parent) {
+    view_ = instance_.views(instance_.plugin, parent, frame_);
+    if (!view_) return false;
+    if (scale_ > 0.0) view_->setScale(scale_);
     view_->setVisible(true);
+    watched_ = view_->fd();
+    if (watched_ >= 0) instance_.timer.watch(watched_);
+    return true;
 }
 
 void ViewRole::idle() {
@@ -69,19 +76,29 @@ void ViewRole::idle() {
 
 v3_result ViewRole::removed() {
     std::erase(instance_.openViews, this);
+    if (watched_ >= 0) instance_.timer.unwatch(std::exchange(watched_, -1));
     view_.reset();
+    usedKeys_.clear();
     return V3_OK;
 }
 
-/// The window has its own events of mouse and keyboard.
+/// The window has its own events of the mouse.
 v3_result ViewRole::onWheel(float) noexcept {
     return V3_FALSE;
 }
 
-v3_result ViewRole::onKey(std::int16_t, std::int16_t, std::int16_t) noexcept {
-    return V3_FALSE;
+v3_result ViewRole::onKeyDown(std::int16_t character, std::int16_t code, std::int16_t modifiers) {
+    const std::optional<ViewKey> key = viewKeyOf(character, code, modifiers);
+    if (!key || !view_ || !view_->keyPressed(*key)) return V3_FALSE;
+    usedKeys_.emplace(character, code);
+    return V3_TRUE;
 }
 
+v3_result ViewRole::onKeyUp(std::int16_t character, std::int16_t code, std::int16_t) {
+    return usedKeys_.erase({character, code}) > 0 ? V3_TRUE : V3_FALSE;
+}
+
+/// A user's click gives the window the keyboard. To take it with the host's focus would be stealing.
 v3_result ViewRole::onFocus(v3_bool) noexcept {
     return V3_OK;
 }
@@ -90,7 +107,7 @@ v3_result ViewRole::size(v3_view_rect* rectangle) {
     if (!rectangle) return V3_INVALID_ARG;
     // Hosts ask before there is a window, to make one of that size.
     const GenericPlugin& model = instance_.plugin.model();
-    const ViewSize size = view_ ? view_->size() : ViewSize{model.interfaceWidth(), model.interfaceHeight()};
+    const ViewSize size = view_ ? view_->size() : pixels({model.interfaceWidth(), model.interfaceHeight()});
     *rectangle = {0, 0, size.width, size.height};
     return V3_OK;
 }
@@ -103,12 +120,13 @@ v3_result ViewRole::onSize(v3_view_rect* rectangle) {
 
 v3_result ViewRole::setFrame(v3_plugin_frame** frame) {
     frame_.host = HostInterface<v3_plugin_frame>(frame);
-    instance_.timer.look(RunLoopTimer::Source::Frame, frame);
+    instance_.lookAtFrames();
     return V3_OK;
 }
 
 v3_result ViewRole::canResize() noexcept {
-    return !view_ || view_->isResizable() ? V3_TRUE : V3_FALSE;
+    const bool can = view_ ? view_->isResizable() : instance_.plugin.model().canResize();
+    return can ? V3_TRUE : V3_FALSE;
 }
 
 v3_result ViewRole::constrain(v3_view_rect* rectangle) {
@@ -121,8 +139,23 @@ v3_result ViewRole::constrain(v3_view_rect* rectangle) {
 
 ViewSize ViewRole::nearest(ViewSize wanted) const {
     if (view_) return view_->nearestSize(wanted);
-    const auto size = instance_.plugin.model().limitSize({wanted.width, wanted.height});
-    return {size.width, size.height};
+    const double scale = instance_.views.scale(scale_);
+    const auto units = [&](int length) { return static_cast<int>(std::lround(length / scale)); };
+    return pixels(instance_.plugin.model().limitSize({units(wanted.width), units(wanted.height)}));
+}
+
+ViewSize ViewRole::pixels(InterfaceSize size) const {
+    const double scale = instance_.views.scale(scale_);
+    const auto scaled = [&](int units) { return static_cast<int>(std::lround(units * scale)); };
+    return {scaled(size.width), scaled(size.height)};
+}
+
+v3_result ViewRole::findParameter(std::int32_t x, std::int32_t y, v3_param_id* id) {
+    if (!id) return V3_INVALID_ARG;
+    const int index = view_ ? view_->parameterAt(x, y) : -1;
+    if (index < 0) return V3_FALSE;
+    *id = static_cast<v3_param_id>(index);
+    return V3_OK;
 }
 
 v3_result ViewRole::setScale(float factor) {
@@ -151,9 +184,24 @@ v3_result ViewScale::setFactor(float factor) {
     return view_.setScale(factor);
 }
 
+// What is under the pointer
+
+const v3_plugin_view_parameter_finder_cpp ParameterFinder::kTable{
+    kUnknown,
+    {.find_parameter = entry<&ParameterFinder::find>},
+};
+
+ParameterFinder::ParameterFinder(ComObject& object, ViewRole& view)
+    : ComInterface(kTable, object), view_(view) {}
+
+v3_result ParameterFinder::find(std::int32_t x, std::int32_t y, v3_param_id* id) {
+    return view_.findParameter(x, y, id);
+}
+
 ComInterface* PlugView::interfaceOf(const std::uint8_t* id) noexcept {
     if (v3_tuid_match(id, v3_funknown_iid) || v3_tuid_match(id, v3_plugin_view_iid)) return &view_;
-    return v3_tuid_match(id, v3_plugin_view_content_scale_iid) ? &scale_ : nullptr;
+    if (v3_tuid_match(id, v3_plugin_view_content_scale_iid)) return &scale_;
+    return v3_tuid_match(id, v3_plugin_view_parameter_finder_iid) ? &finder_ : nullptr;
 }
 
 }  // namespace vanta::vst3

@@ -94,8 +94,7 @@ void Reports::tellRestarts() {
 
 void Reports::tellWithBlock(v3_param_changes** changes) {
     if (!changes) return;
-    pending_->take([&](int index, Edit change, float value) {
-        if (change != Edit::Value) return true;
+    pending_->takeValues([&](int index, float value) {
         const auto id = static_cast<v3_param_id>(index);
         v3_param_id wanted = id;
         std::int32_t at = 0;

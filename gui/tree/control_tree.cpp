@@ -54,10 +54,11 @@ void Control::removeAllChildren() {
         Control* child = children_.back();
         child->removeAllChildren();
         children_.pop_back();
+        // The children of the next one say that the paths have changed, and both are walked.
+        if (hovered_ == child) hovered_ = this;
+        if (focused_ == child) focused_ = nullptr;
         delete child;
     }
-    if (hovered_) hovered_ = this;
-    focused_ = focused_ == this ? this : nullptr;
     destroying_ = false;
     // An interface that goes has lost its root first.
     if (ui().isDestroying()) return;

@@ -87,6 +87,9 @@ TEST(ControlTree, RemovesAllBelowAndLetsGoOfThem) {
     Watcher panel(ui, log);
     panel.bounds = Rect{10, 10, 110, 110};
     panel.parent = ui.root;
+    // Goes after the one with the focus, and has somebody below it as well.
+    auto& sibling = ui.make<LoggedControl>("sibling", log, Rect{60, 60, 70, 70}, &panel);
+    ui.make<LoggedControl>("below", log, Rect{0, 0, 5, 5}, &sibling);
     auto& group = ui.make<LoggedControl>("group", log, Rect{0, 0, 50, 50}, &panel);
     auto& leaf = ui.make<LoggedControl>("leaf", log, Rect{0, 0, 20, 20}, &group);
     leaf.opaque = true;

@@ -114,6 +114,8 @@ void X11Control::resizeWindow(DevicePoint size) {
     newSize_.reset();
     resizeRequest_ = NextRequest(display());
     XResizeWindow(display(), window_, static_cast<unsigned>(size.x), static_cast<unsigned>(size.y));
+    // A host that has asked for it goes on with a window of this size.
+    XFlush(display());
 }
 
 void X11Control::enterFullScreen() {

@@ -141,7 +141,8 @@ vanta_layer(app SEES cli)
 vanta_layer(app/clap SEES host/clap host/editor)
 vanta_layer(app/vst3 SEES host/vst3 host/editor)
 vanta_layer(app/lv2 SEES host/lv2)
-vanta_layer(app/aax SEES plugin/model host/common host/aax/standin host/aax)
+vanta_layer(app/aax SEES plugin/model host/common host/aax/standin host/aax host/editor gui/graphics gui/tree gui/x11
+            interface/binding)
 vanta_layer(app/gallery SEES foundation gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
 vanta_layer(app/jack SEES foundation plugin/model host/common host/jack cli)
 vanta_layer(app/scope SEES foundation plugin/parameters plugin/metering plugin/model limiter/parameters limiter/model
@@ -198,6 +199,8 @@ vanta_layer(tests/host/aax SEES foundation ${plugin_rooms} ${limiter_rooms} gui/
             host/common host/offline host/aax/standin host/aax_host host/aax tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/jack SEES foundation plugin/midi host/common host/jack tests/support tests/plugin)
 vanta_layer(tests/gui SEES foundation ${gui_rooms} app/gallery tests/support)
+vanta_layer(tests/host/windows SEES foundation host/common gui/tree gui/x11 tests/support tests/plugin tests/host/formats
+            tests/gui)
 vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} ${limiter_rooms} host/unified gui/artwork
             gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11 ${interface_rooms} tests/support
             tests/plugin tests/host tests/gui)

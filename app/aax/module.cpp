@@ -1,5 +1,6 @@
 #include <cstring>
 
+#include "app/aax/aax_editor.hpp"
 #include "host/aax/effect_descriptions.hpp"
 #include "host/aax/standin/aax.hpp"
 #include "host/common/product_identity.hpp"
@@ -10,6 +11,11 @@ namespace {
 class ClassFactory final : public IACFClassFactory {
 public:
     AAX_Result GetEffectDescriptions(AAX_ICollection* collection) override {
+        try {
+            vanta::setEditorPlatform(vanta::aaxEditorPlatform());
+        } catch (...) {
+            return AAX_ERROR_NULL_OBJECT;
+        }
         return vanta::describeEffects(collection);
     }
 };

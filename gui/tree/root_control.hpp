@@ -96,6 +96,7 @@ private:
 
     void enterMessage();
     void leaveMessage();
+    int withHostModifiers(int modifiers);
     Control& mouseTarget() { return mouseCapture_ ? *mouseCapture_ : *this; }
     Point targetPoint(Point windowPoint);
     void routeMoveToTarget(Point point, int modifiers);

@@ -37,7 +37,12 @@ void RootControl::routeMoveToTarget(Point point, int modifiers) {
     if (*alive) ui().hints().endMove();
 }
 
+int RootControl::withHostModifiers(int modifiers) {
+    return ui().mouseHook ? ui().mouseHook->withHostModifiers(modifiers) : modifiers;
+}
+
 void RootControl::platformMouseDown(int button, Point point, int modifiers) {
+    modifiers = withHostModifiers(modifiers);
     if (ui().mouseHook && !ui().mouseHook->mousePressed(button, point, modifiers)) return;
     if (button == kLeftPress) {
         if ((modifiers & kSecondaryMask) == modifier::kSecondaryClick) {
@@ -57,12 +62,14 @@ void RootControl::platformMouseDown(int button, Point point, int modifiers) {
 }
 
 void RootControl::platformMouseMove(Point point, int modifiers) {
+    modifiers = withHostModifiers(modifiers);
     const std::shared_ptr<const bool> alive = alive_;
     routeMoveToTarget(point, modifiers);
     if (*alive) ui().menuGuard().moveRouted();
 }
 
 void RootControl::platformMouseUp(int button, Point point, int modifiers) {
+    modifiers = withHostModifiers(modifiers);
     if (std::exchange(secondaryPress_, false)) {
         button = kRightPress;
         modifiers &= ~modifier::kSecondaryClick;
@@ -85,6 +92,7 @@ void RootControl::platformCancelMode() {
 
 void RootControl::platformWheel(Point point, int modifiers, WheelMove move) {
     if (isStill(move.pixels.x) && isStill(move.pixels.y)) return;
+    modifiers = withHostModifiers(modifiers);
     const std::shared_ptr<const bool> alive = alive_;
     if (!wheelTimer_) {
         wheelTimer_ = ui().createTimer();

@@ -44,6 +44,8 @@ public:
         virtual ~MouseHook() = default;
         /// False: the press goes no further.
         virtual bool mousePressed(int button, Point point, int modifiers) = 0;
+        /// Asked first, for each event of the pointer: modifiers with those that only a host knows of.
+        virtual int withHostModifiers(int modifiers) const { return modifiers; }
     };
 
     /// Takes keys that no control has used, while the window has the keyboard.

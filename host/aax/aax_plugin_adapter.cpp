@@ -24,6 +24,10 @@ bool AaxPluginAdapter::isSupportedRate(float rate) {
 }
 
 AaxPluginAdapter::~AaxPluginAdapter() {
+    for (ModelViewer* const viewer : std::exchange(viewers_, {})) {
+        viewer->modelGoes();
+        viewer->pluginGoes();
+    }
     pump_.reset();
 }
 
@@ -151,11 +155,17 @@ AAX_Result AaxPluginAdapter::GetCurveDataDisplayRange(AAX_CTypeID type, float* x
 
 AAX_Result AaxPluginAdapter::GetCustomData(AAX_CTypeID block, std::uint32_t size, void* data,
                                            std::uint32_t* written) const {
-    GenericPlugin* const answer = isReady() ? &model() : nullptr;
-    if (block != kModelBlock || size != sizeof(answer)) return AAX_ERROR_UNIMPLEMENTED;
-    if (!answer || !data || !written) return AAX_ERROR_NULL_OBJECT;
-    std::memcpy(data, &answer, sizeof(answer));
-    *written = sizeof(answer);
+    if ((block != kModelBlock && block != kViewersBlock) || size != sizeof(void*))
+        return AAX_ERROR_UNIMPLEMENTED;
+    if (!isReady() || !data || !written) return AAX_ERROR_NULL_OBJECT;
+    GenericPlugin* const shown = &model();
+    std::vector<ModelViewer*>* const viewers = &viewers_;
+    if (block == kModelBlock) {
+        std::memcpy(data, &shown, sizeof(shown));
+    } else {
+        std::memcpy(data, &viewers, sizeof(viewers));
+    }
+    *written = sizeof(void*);
     return AAX_SUCCESS;
 }
 

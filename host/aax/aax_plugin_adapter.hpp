@@ -3,9 +3,11 @@
 #include <array>
 #include <atomic>
 #include <optional>
+#include <vector>
 
 #include "host/aax/guarded.hpp"
 #include "host/aax/render_context.hpp"
+#include "host/common/model_viewer.hpp"
 #include "host/unified/event_pump.hpp"
 #include "host/unified/unified_plugin_adapter.hpp"
 
@@ -24,6 +26,8 @@ public:
     static constexpr AAX_CTypeID kGainMeter = AAX_FourChars("mtGC");
     /// Block 0 of GetCustomData is a pointer to the model.
     static constexpr AAX_CTypeID kModelBlock = 0;
+    /// Another one to a std::vector<ModelViewer*>: those who show it, on the host's main thread.
+    static constexpr AAX_CTypeID kViewersBlock = AAX_FourChars("view");
 
     AaxPluginAdapter() : UnifiedPluginAdapter(RoundTrip::ByHost) {}
     ~AaxPluginAdapter() override;
@@ -92,6 +96,7 @@ private:
     bool hasValuesOf(const AAX_SPlugInChunk& chunk);
 
     std::atomic<bool> ready_{false};
+    mutable std::vector<ModelViewer*> viewers_;
     bool monoToStereo_ = false;  ///< the host gives one input channel for a stereo output
     ChannelLayout layout_ = kStereoLayout;
     AAX_ITransport* transport_ = nullptr;          ///< of the host; may be null

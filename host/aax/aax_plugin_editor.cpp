@@ -30,22 +30,46 @@ std::uint32_t hostModifiers(int modifiers) {
 
 }  // namespace
 
-AaxPluginEditor::~AaxPluginEditor() = default;
+AaxPluginEditor::~AaxPluginEditor() {
+    DeleteViewContents();
+}
 
 AAX_Result AaxPluginEditor::CreateViewContents() {
     return guarded([this] {
         std::uint32_t written = 0;
-        check(present(GetEffectParameters())
-                  .GetCustomData(AaxPluginAdapter::kModelBlock, sizeof(model_), &model_, &written));
+        const AAX_IEffectParameters& parameters = present(GetEffectParameters());
+        check(parameters.GetCustomData(AaxPluginAdapter::kModelBlock, sizeof(model_), &model_, &written));
+        check(
+            parameters.GetCustomData(AaxPluginAdapter::kViewersBlock, sizeof(viewers_), &viewers_, &written));
+        present(viewers_).push_back(this);
         void* const window = present(GetViewContainer()).GetPtr();
         if (!window || !platform_.open) return AAX_SUCCESS;
-        interface_ = platform_.open(*this, present(model_), reinterpret_cast<NativeWindow>(window));
-        return AAX_SUCCESS;
+        interface_ = platform_.open(*this, *this, present(model_), reinterpret_cast<NativeWindow>(window));
+        // Without one the host shows controls of its own.
+        return interface_ ? AAX_SUCCESS : AAX_ERROR_UNIMPLEMENTED;
     });
 }
 
 void AaxPluginEditor::DeleteViewContents() {
     interface_.reset();
+    ModelViewer* const self = this;
+    if (viewers_) std::erase(*std::exchange(viewers_, nullptr), self);
+}
+
+/// With the effect's parameters, which some hosts let go of first.
+void AaxPluginEditor::modelGoes() {
+    interface_.reset();
+    viewers_ = nullptr;
+    model_ = nullptr;
+}
+
+AAX_Result AaxPluginEditor::TimerWakeup() {
+    return guarded([this] {
+        if (!model_) return AAX_SUCCESS;
+        if (interface_) interface_->idle();
+        // While there is an interface its thread is the one that does what waits.
+        return model_ ? GetEffectParameters()->GenerateCoefficients() : AAX_SUCCESS;
+    });
 }
 
 AAX_Point AaxPluginEditor::pixels(int width, int height) const {
@@ -85,10 +109,14 @@ double AaxPluginEditor::automaticScale() const {
 void AaxPluginEditor::setParameter(int index, float value) {
     AbstractPluginParameter* const parameter = model_ ? model_->parameterAt(index) : nullptr;
     if (!parameter) return;
-    // The host's answer brings it to the processor.
     parameter->setValue(value, kFromHost);
-    GetEffectParameters()->SetParameterNormalizedValue(aaxParameterId(index).c_str(),
-                                                       hostPosition(*parameter, parameter->value()));
+    const std::string id = aaxParameterId(index);
+    const double position = hostPosition(*parameter, parameter->value());
+    double known = 0.0;
+    // The model may have told it already. The host's answer brings it to the processor.
+    if (GetEffectParameters()->GetParameterNormalizedValue(id.c_str(), &known) != AAX_SUCCESS ||
+        known != position)
+        GetEffectParameters()->SetParameterNormalizedValue(id.c_str(), position);
 }
 
 void AaxPluginEditor::beginGesture(int index) {

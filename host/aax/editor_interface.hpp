@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "gui/graphics/geometry.hpp"
+#include "gui/tree/user_interface.hpp"
 #include "host/common/embedded_view.hpp"
 
 namespace vanta {
@@ -32,12 +32,16 @@ public:
     virtual double scale() const = 0;
     /// The parameter whose control is at a point, or -1.
     virtual int parameterAt(gui::Point point) const = 0;
+    /// Draws and handles input.
+    virtual void idle() = 0;
 };
 
 /// What an editor needs of the platform. Both may be empty: there is then no interface, or no way to ask.
 struct EditorPlatform {
-    /// Opens the interface, from 0, 0 to the size that the model wants.
-    std::function<std::unique_ptr<EditorInterface>(EditorListener&, GenericPlugin&, NativeWindow)> open;
+    /// Opens the interface, from 0, 0 to the size that the model wants. Null if that cannot be done.
+    std::function<std::unique_ptr<EditorInterface>(EditorListener&, gui::UserInterface::MouseHook&,
+                                                   GenericPlugin&, NativeWindow)>
+        open;
     /// The scale of each monitor.
     std::function<std::vector<double>()> monitorScales;
 };

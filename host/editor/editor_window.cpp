@@ -104,9 +104,9 @@ void EditorWindow::resize(ViewSize size) {
     root.setSize(units(size.width), units(size.height));
 }
 
-int EditorWindow::parameterAt(int x, int y) {
+int EditorWindow::parameterAt(gui::Point point) {
     const gui::RootControl::MessageScope held(ui_.rootControl());
-    return interface_->parameterAt({static_cast<float>(x / scale()), static_cast<float>(y / scale())});
+    return interface_->parameterAt(point);
 }
 
 bool EditorWindow::keyPressed(const ViewKey& key) {

@@ -25,8 +25,8 @@ public:
     ViewSize pixels(InterfaceSize size);
     ViewSize nearestSize(ViewSize wanted);
     void resize(ViewSize size);
-    /// At a point of the window, in pixels; -1 for none.
-    int parameterAt(int x, int y);
+    /// At a point of the window, in units; -1 for none.
+    int parameterAt(gui::Point point);
     bool keyPressed(const ViewKey& key);
     /// The screen, in units.
     InterfaceSize workArea();

@@ -56,7 +56,7 @@ public:
     void idle();
     void leave();
     bool keyPressed(const ViewKey& key) { return window_ && window_->keyPressed(key); }
-    int parameterAt(int x, int y) { return window_ ? window_->parameterAt(x, y) : -1; }
+    int parameterAt(int x, int y);
     NativeWindow window() { return window_ ? window_->ui().window() : 0; }
     int fd() const { return watch_.fd(); }
 
@@ -207,6 +207,12 @@ void PluginEditor::Core::setTitle(const std::string& title) {
 void PluginEditor::Core::setTransientFor(NativeWindow window) {
     transientFor_ = window;
     if (window_) window_->ui().setTransientFor(window);
+}
+
+int PluginEditor::Core::parameterAt(int x, int y) {
+    if (!window_) return -1;
+    const auto units = [&](int pixels) { return static_cast<float>(pixels / window_->scale()); };
+    return window_->parameterAt({units(x), units(y)});
 }
 
 PluginEditor::PluginEditor(HostedPlugin& plugin, NativeWindow parent, EmbeddedViewHost& host)

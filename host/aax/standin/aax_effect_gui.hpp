@@ -7,6 +7,7 @@ class AAX_CEffectGUI : public AAX_IEffectGUI {
 public:
     AAX_Result Initialize(AAX_IEffectParameters* parameters) override;
     AAX_Result SetViewContainer(AAX_IViewContainer* container) override;
+    AAX_Result TimerWakeup() override { return AAX_SUCCESS; }
 
 protected:
     /// The container is there.

@@ -67,6 +67,8 @@ public:
     virtual AAX_Result SetViewContainer(AAX_IViewContainer* container) = 0;
     /// Pixels.
     virtual AAX_Result GetViewSize(AAX_Point* size) const = 0;
+    /// The editor's turn, 30 times a second or more often while a window is there.
+    virtual AAX_Result TimerWakeup() = 0;
 };
 
 /// Renders a selection, window by window. The thread of the render.

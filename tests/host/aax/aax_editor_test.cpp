@@ -36,13 +36,14 @@ struct Interface final : EditorInterface {
     ~Interface() override { --alive; }
     double scale() const override { return 1.5; }
     int parameterAt(gui::Point point) const override { return point.y < 0 ? -1 : static_cast<int>(point.x); }
+    void idle() override {}
     int& alive;
 };
 
 class AaxEditor : public AaxFixture {
 protected:
     EditorPlatform platform() {
-        return {[this](EditorListener&, GenericPlugin&, NativeWindow) {
+        return {[this](EditorListener&, gui::UserInterface::MouseHook&, GenericPlugin&, NativeWindow) {
                     return std::make_unique<Interface>(alive_);
                 },
                 [this] { return monitors_; }};

@@ -33,7 +33,9 @@ const FormatHost::Traits& AaxFormatHost::traits() const {
                                 .isSampleAccurate = false,
                                 .layouts = allLayouts(),
                                 .hasValuesInBlocks = false,
-                                .hasOfflineMode = false};
+                                .hasOfflineMode = false,
+                                .hasWindows = true,
+                                .resizesWindows = false};
     return kTraits;
 }
 
@@ -119,6 +121,63 @@ void AaxFormatHost::process(const Block& block) {
                        .outputs = std::span(outputs).first(hostChannel_.size()),
                        .samples = block.samples,
                        .midi = std::span(midi_).first(count)});
+}
+
+// The window
+
+AAX_Result AaxFormatHost::Container::GetModifiers(std::uint32_t* modifiers) {
+    *modifiers = 0;
+    return AAX_SUCCESS;
+}
+
+AAX_Result AaxFormatHost::Container::SetViewSize(AAX_Point* size) {
+    if (owner.refusesSizes) return -1;
+    owner.wantedSizes.push_back({static_cast<int>(size->horizontal), static_cast<int>(size->vertical)});
+    return AAX_SUCCESS;
+}
+
+void AaxFormatHost::idle() {
+    if (editor_) {
+        EXPECT_EQ(editor_->TimerWakeup(), AAX_SUCCESS);
+    }
+    instance_->idle();
+}
+
+bool AaxFormatHost::openWindow(unsigned long parent) {
+    editor_.reset(instance_->component().effect.newEditor());
+    container_.window = parent;
+    if (editor_->Initialize(&instance_->parameters()) != AAX_SUCCESS ||
+        editor_->SetViewContainer(&container_) != AAX_SUCCESS)
+        return false;
+    return true;
+}
+
+void AaxFormatHost::closeWindow() {
+    EXPECT_EQ(editor_->SetViewContainer(nullptr), AAX_SUCCESS);
+    editor_.reset();
+}
+
+FormatHost::Size AaxFormatHost::windowSize() const {
+    AAX_Point size{};
+    EXPECT_EQ(editor_->GetViewSize(&size), AAX_SUCCESS);
+    return {static_cast<int>(size.horizontal), static_cast<int>(size.vertical)};
+}
+
+void AaxFormatHost::dropWithWindow() {
+    instance_.reset();
+    editor_->TimerWakeup();
+    editor_.reset();
+}
+
+/// The values between are not kept: where a gesture ends stands what it has led to.
+std::vector<FormatHost::Edit> AaxFormatHost::takeEdits() {
+    std::vector<Edit> edits;
+    for (const AaxInstance::Gesture& gesture : instance_->takeGestures()) {
+        const int index = std::stoi(gesture.id);
+        if (!gesture.begins) edits.push_back({Edit::Kind::Value, index, value(index)});
+        edits.push_back({gesture.begins ? Edit::Kind::Begin : Edit::Kind::End, index});
+    }
+    return edits;
 }
 
 std::unique_ptr<FormatHost> makeAaxHost() {

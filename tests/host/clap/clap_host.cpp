@@ -1,10 +1,10 @@
 #include "tests/host/clap/clap_host.hpp"
 
-#include <clap/ext/gui.h>
 #include <clap/ext/thread-check.h>
 #include <clap/ext/timer-support.h>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 
 #include <algorithm>
 #include <cstring>
@@ -123,6 +123,19 @@ clap_output_events_t ClapOutput::list() {
             }};
 }
 
+/// Holds what audio thread and flushes share. It never sleeps, as the audio thread may not.
+class Turn {
+public:
+    explicit Turn(std::atomic_flag& flag) : flag_(flag) {
+        while (flag_.test_and_set()) {
+        }
+    }
+    ~Turn() { flag_.clear(); }
+
+private:
+    std::atomic_flag& flag_;
+};
+
 // What the plug-in may call
 
 struct ClapHost::Extensions {
@@ -156,6 +169,21 @@ struct ClapHost::Extensions {
         *id = static_cast<clap_id>(40 + ++of(host).timers);
         return true;
     }
+    static bool addDescriptor(const clap_host_t* host, int fd, std::uint32_t flags) {
+        of(host).expectMainThread("posix-fd.register");
+        EXPECT_EQ(flags, kClapPosixFdRead);
+        of(host).descriptors.push_back(fd);
+        return true;
+    }
+    static bool removeDescriptor(const clap_host_t* host, int fd) {
+        of(host).expectMainThread("posix-fd.unregister");
+        return std::erase(of(host).descriptors, fd) == 1;
+    }
+    static bool resize(const clap_host_t* host, std::uint32_t width, std::uint32_t height) {
+        ClapHost& self = of(host);
+        self.wantedSizes.push_back({static_cast<int>(width), static_cast<int>(height)});
+        return !self.refusesSizes;
+    }
     static bool removeTimer(const clap_host_t* host, clap_id id) {
         EXPECT_EQ(id, static_cast<clap_id>(40 + of(host).timers));
         return --of(host).timers >= 0;
@@ -170,11 +198,12 @@ struct ClapHost::Extensions {
         [](const clap_host_t* host, std::uint32_t) { of(host).expectMainThread("ports.rescan"); }};
     static constexpr clap_host_thread_check_t kThreadCheck{isMainThread, isAudioThread};
     static constexpr clap_host_timer_support_t kTimers{addTimer, removeTimer};
-    static constexpr clap_host_gui_t kGui{
-        [](const clap_host_t*) {},
-        [](const clap_host_t*, std::uint32_t width, std::uint32_t) { return width < 1000; },
-        [](const clap_host_t*) { return false; }, [](const clap_host_t*) { return false; },
-        [](const clap_host_t* host, bool) { of(host).wasClosed = true; }};
+    static constexpr ClapHostPosixFdSupport kDescriptors{
+        addDescriptor, [](const clap_host_t*, int, std::uint32_t) { return true; }, removeDescriptor};
+    static constexpr clap_host_gui_t kGui{[](const clap_host_t*) {}, resize,
+                                          [](const clap_host_t*) { return false; },
+                                          [](const clap_host_t*) { return false; },
+                                          [](const clap_host_t* host, bool) { of(host).wasClosed = true; }};
 };
 
 const void* ClapHost::offer(const clap_host_t*, const char* id) {
@@ -185,6 +214,7 @@ const void* ClapHost::offer(const clap_host_t*, const char* id) {
         {CLAP_EXT_AUDIO_PORTS, &Extensions::kAudioPorts},
         {CLAP_EXT_THREAD_CHECK, &Extensions::kThreadCheck},
         {CLAP_EXT_TIMER_SUPPORT, &Extensions::kTimers},
+        {kClapPosixFdSupport, &Extensions::kDescriptors},
         {CLAP_EXT_GUI, &Extensions::kGui},
     };
     for (const auto& [name, table] : all) {
@@ -210,6 +240,7 @@ ClapHost::ClapHost(const clap_plugin_factory_t& factory) {
 }
 
 void ClapHost::create(const clap_plugin_factory_t& factory) {
+    edits_.reserve(4096);
     host_.clap_version = CLAP_VERSION_INIT;
     host_.host_data = this;
     host_.name = host_.vendor = host_.url = host_.version = "test";
@@ -222,6 +253,7 @@ void ClapHost::create(const clap_plugin_factory_t& factory) {
 }
 
 ClapHost::~ClapHost() {
+    if (!plugin_) return;
     deactivate();
     plugin_->destroy(plugin_);
     EXPECT_EQ(timers, 0);
@@ -253,14 +285,18 @@ void ClapHost::flush(std::vector<ClapEvent> events) {
     ClapInput input(std::move(events));
     const clap_input_events_t in = input.list();
     const clap_output_events_t out = output.list();
+    const Turn turn(audioRuns_);
+    const std::size_t former = output.events.size();
     const auto call = [&] { params().flush(plugin_, &in, &out); };
     isActive_ ? asAudioThread(call) : call();
+    noteEdits(former);
 }
 
 // FormatHost
 
 const FormatHost::Traits& ClapHost::traits() const {
-    static const Traits traits{"Clap", ClapLibrary::path(), true, allLayouts()};
+    static const Traits traits{
+        .name = "Clap", .module = ClapLibrary::path(), .layouts = allLayouts(), .hasWindows = true};
     return traits;
 }
 
@@ -330,6 +366,7 @@ void ClapHost::callBack() {
 }
 
 void ClapHost::idle() {
+    serveWindow();
     for (int round = 0; round < 4; ++round) {
         callBack();
         if (flushRequested.exchange(false)) flush();
@@ -358,6 +395,7 @@ void ClapHost::collect(const Block& block) {
 }
 
 void ClapHost::process(const Block& block) {
+    const Turn turn(audioRuns_);
     collect(block);
     float* pointers[3][kMaxChannels]{};
     const auto place = [&](float** port, auto buffers) {
@@ -389,6 +427,84 @@ void ClapHost::process(const Block& block) {
     audioThread_ = std::this_thread::get_id();
     EXPECT_EQ(plugin_->process(plugin_, &process), CLAP_PROCESS_CONTINUE);
     audioThread_ = std::thread::id();
+    noteEdits(0);
+}
+
+/// Without room for more the rest is lost: whoever counts edits takes them in time.
+void ClapHost::noteEdits(std::size_t first) {
+    for (const ClapEvent& event : std::span(output.events).subspan(first)) {
+        if (edits_.size() == edits_.capacity()) return;
+        const auto id = static_cast<int>(event.gesture.param_id);
+        if (event.header.type == CLAP_EVENT_PARAM_GESTURE_BEGIN) {
+            edits_.push_back({Edit::Kind::Begin, id});
+        } else if (event.header.type == CLAP_EVENT_PARAM_GESTURE_END) {
+            edits_.push_back({Edit::Kind::End, id});
+        } else if (event.header.type == CLAP_EVENT_PARAM_VALUE) {
+            edits_.push_back({Edit::Kind::Value, static_cast<int>(event.value.param_id), event.value.value});
+        }
+    }
+}
+
+// The window
+
+bool ClapHost::openWindow(unsigned long parent) {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    clap_window_t window{};
+    window.api = CLAP_WINDOW_API_X11;
+    window.x11 = parent;
+    return gui().create(plugin_, CLAP_WINDOW_API_X11, false) && gui().get_size(plugin_, &width, &height) &&
+           gui().set_parent(plugin_, &window) && gui().show(plugin_);
+}
+
+void ClapHost::closeWindow() {
+    gui().hide(plugin_);
+    gui().destroy(plugin_);
+    EXPECT_TRUE(timers == 0 && descriptors.empty()) << "left behind";
+}
+
+FormatHost::Size ClapHost::windowSize() const {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    gui().get_size(plugin_, &width, &height);
+    return {static_cast<int>(width), static_cast<int>(height)};
+}
+
+void ClapHost::resizeWindow(Size size) {
+    auto width = static_cast<std::uint32_t>(size.width);
+    auto height = static_cast<std::uint32_t>(size.height);
+    gui().adjust_size(plugin_, &width, &height);
+    EXPECT_TRUE(gui().set_size(plugin_, width, height));
+}
+
+void ClapHost::dropWithWindow() {
+    if (isActive_) deactivate();
+    plugin_->destroy(plugin_);
+    plugin_ = nullptr;
+    EXPECT_TRUE(timers == 0 && descriptors.empty()) << "left behind";
+}
+
+std::vector<FormatHost::Edit> ClapHost::takeEdits() {
+    flush();
+    const Turn turn(audioRuns_);
+    std::vector<Edit> taken = edits_;
+    edits_.clear();
+    return taken;
+}
+
+void ClapHost::serveWindow() {
+    if (timers == 0) return;
+    const auto& loop = *extension<ClapPluginPosixFdSupport>(kClapPosixFdSupport);
+    for (const int fd : std::vector<int>(descriptors)) {
+        pollfd ready{fd, POLLIN, 0};
+        if (poll(&ready, 1, 0) == 1) loop.on_fd(plugin_, fd, kClapPosixFdRead);
+    }
+    const auto& clock = *extension<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
+    for (int timer = timers; timer > 0; --timer) clock.on_timer(plugin_, static_cast<clap_id>(40 + timer));
+    while (granted_ < wantedSizes.size()) {
+        const Size size = wantedSizes[granted_++];
+        if (!refusesSizes) resizeWindow(size);
+    }
 }
 
 std::unique_ptr<FormatHost> makeClapHost() {

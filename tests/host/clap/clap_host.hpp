@@ -2,6 +2,7 @@
 
 #include <clap/entry.h>
 #include <clap/ext/audio-ports.h>
+#include <clap/ext/gui.h>
 #include <clap/ext/latency.h>
 #include <clap/ext/params.h>
 #include <clap/ext/state.h>
@@ -97,6 +98,7 @@ public:
     int dirtyMarks = 0;
     int latencyChanges = 0;
     int timers = 0;
+    std::vector<int> descriptors;
     bool wasClosed = false;
     ClapOutput output;
 
@@ -114,6 +116,12 @@ public:
     void idle() override;
     void callBack() override;
     void process(const Block& block) override;
+    bool openWindow(unsigned long parent) override;
+    void closeWindow() override;
+    Size windowSize() const override;
+    void resizeWindow(Size size) override;
+    void dropWithWindow() override;
+    std::vector<Edit> takeEdits() override;
 
 private:
     struct Extensions;
@@ -122,6 +130,9 @@ private:
     void create(const clap_plugin_factory_t& factory);
     void expectMainThread(const char* call) const;
     void collect(const Block& block);
+    void noteEdits(std::size_t first);
+    void serveWindow();
+    const clap_plugin_gui_t& gui() const { return *extension<clap_plugin_gui_t>(CLAP_EXT_GUI); }
 
     std::unique_ptr<ClapLibrary> library_;
     clap_host_t host_{};
@@ -134,6 +145,9 @@ private:
     bool hasSideChain_ = false;
     std::vector<int> hostChannels_;  ///< of each channel of the layout
     ClapInput input_;
+    std::atomic_flag audioRuns_;  ///< a block or a flush, of which there is one at a time
+    std::vector<Edit> edits_;
+    std::size_t granted_ = 0;  ///< of the sizes that were wanted
 };
 
 }  // namespace vanta::test

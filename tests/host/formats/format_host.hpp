@@ -26,6 +26,19 @@ public:
         bool hasCallsBesideBlocks = true;    ///< of the main thread, while another runs a block
         bool hasValuesInBlocks = true;       ///< else the host sets them on other threads
         bool hasOfflineMode = true;          ///< of the calls that render blocks
+        bool hasWindows = false;             ///< of the calls for a window
+        bool resizesWindows = true;          ///< hosts may; else plug-ins alone do
+    };
+    struct Size {
+        int width = 0;
+        int height = 0;
+        bool operator==(const Size&) const = default;
+    };
+    /// What a user has done to a control, as the plug-in tells it.
+    struct Edit {
+        enum class Kind { Begin, Value, End } kind;
+        int index;
+        double value = 0.0;  ///< in the parameter's own numbers
     };
     struct Change {
         int offset;
@@ -68,6 +81,22 @@ public:
     virtual void idle() = 0;
     /// Of these, the callbacks that may run beside a block.
     virtual void callBack() {}
+
+    // The plug-in's window, which `idle` serves.
+
+    /// In a window of the X server that the environment names, as large as the plug-in wants.
+    virtual bool openWindow(unsigned long /*parent*/) { return false; }
+    virtual void closeWindow() {}
+    /// As the plug-in tells it.
+    virtual Size windowSize() const { return {}; }
+    virtual void resizeWindow(Size /*size*/) {}
+    /// Lets go of the instance while its window is open, and of that afterwards.
+    virtual void dropWithWindow() {}
+    /// Edits since the last call, in their order.
+    virtual std::vector<Edit> takeEdits() { return {}; }
+    /// Sizes that the plug-in has asked for. They are granted, a while later, unless the host refuses.
+    std::vector<Size> wantedSizes;
+    bool refusesSizes = false;
 
     // Any thread.
 

@@ -117,7 +117,8 @@ v3_result Vst3Instance::setUp(double rate, int largestBlock, int mode, int sampl
 // The host
 
 const FormatHost::Traits& Vst3Host::traits() const {
-    static const Traits traits{"VST3", Vst3Module::path(), true, allLayouts()};
+    static const Traits traits{
+        .name = "VST3", .module = Vst3Module::path(), .layouts = allLayouts(), .hasWindows = true};
     return traits;
 }
 
@@ -128,6 +129,10 @@ Vst3Host::Vst3Host(Loop loop) : loop_(loop) {
 }
 
 Vst3Host::~Vst3Host() {
+    letGo();
+}
+
+void Vst3Host::letGo() {
     if (!plugin_) return;
     v3_cpp_obj(plugin_->processor)->set_processing(plugin_->processor, 0);
     plugin_->setActive(false);
@@ -135,6 +140,7 @@ Vst3Host::~Vst3Host() {
     v3_cpp_obj_terminate(plugin_->component);
     // Without a run loop it has no other choice.
     EXPECT_TRUE(loop_ == Loop::None || handler.strayCalls == 0) << "not told on the main thread";
+    plugin_.reset();
 }
 
 bool Vst3Host::open(ChannelLayout layout, double sampleRate, int largestBlock, bool sideChain) {
@@ -199,6 +205,7 @@ bool Vst3Host::restore(std::span<const std::byte> bytes, int chunk) {
 
 void Vst3Host::idle() {
     runLoop.run();
+    while (granted_ < wantedSizes.size()) resizeWindow(wantedSizes[granted_++]);
     if (handler.takeRestart(V3_RESTART_LATENCY_CHANGED)) reactivate(rate_, largestBlock_);
 }
 
@@ -241,6 +248,63 @@ void Vst3Host::process(const Block& block) {
     v3_cpp_obj(plugin_->processor)->process(plugin_->processor, &data);
     context_.project_time_in_samples += block.samples;
     changes.clear();
+}
+
+// The window
+
+bool Vst3Host::openWindow(unsigned long parent) {
+    auto** const controller = plugin_->controller;
+    view_ = v3_cpp_obj(controller)->create_view(controller, "editor");
+    if (!view_) return false;
+    frame_.onResize = [this](v3_plugin_view**, const v3_view_rect& wanted) -> v3_result {
+        if (refusesSizes) return V3_FALSE;
+        wantedSizes.push_back({wanted.right - wanted.left, wanted.bottom - wanted.top});
+        return V3_OK;
+    };
+    v3_cpp_obj(view_)->set_frame(view_, frame_.as<v3_plugin_frame>());
+    return v3_cpp_obj(view_)->attached(view_, reinterpret_cast<void*>(parent), "X11EmbedWindowID") == V3_OK;
+}
+
+void Vst3Host::closeWindow() {
+    EXPECT_EQ(v3_cpp_obj(view_)->removed(view_), V3_OK);
+    v3_cpp_obj(view_)->set_frame(view_, nullptr);
+    v3_cpp_obj_unref(std::exchange(view_, nullptr));
+    EXPECT_TRUE(runLoop.descriptors.empty() && frame_.references == 0) << "left behind";
+}
+
+FormatHost::Size Vst3Host::windowSize() const {
+    v3_view_rect rectangle{};
+    v3_cpp_obj(view_)->get_size(view_, &rectangle);
+    return {rectangle.right, rectangle.bottom};
+}
+
+void Vst3Host::resizeWindow(Size size) {
+    v3_view_rect rectangle{0, 0, size.width, size.height};
+    v3_cpp_obj(view_)->check_size_constraint(view_, &rectangle);
+    EXPECT_EQ(v3_cpp_obj(view_)->on_size(view_, &rectangle), V3_OK);
+}
+
+void Vst3Host::dropWithWindow() {
+    letGo();
+    runLoop.run();
+    closeWindow();
+}
+
+std::vector<FormatHost::Edit> Vst3Host::takeEdits() {
+    using Kind = Handler::Call::Kind;
+    std::vector<Edit> edits;
+    for (; heard_ < handler.calls.size(); ++heard_) {
+        const Handler::Call& call = handler.calls[heard_];
+        const auto index = static_cast<int>(call.parameter);
+        auto** const controller = plugin_->controller;
+        if (call.kind == Kind::Begin) edits.push_back({Edit::Kind::Begin, index});
+        if (call.kind == Kind::End) edits.push_back({Edit::Kind::End, index});
+        if (call.kind == Kind::Perform)
+            edits.push_back({Edit::Kind::Value, index,
+                             v3_cpp_obj(controller)
+                                 ->normalised_parameter_to_plain(controller, call.parameter, call.value)});
+    }
+    return edits;
 }
 
 std::unique_ptr<FormatHost> makeVst3Host() {

@@ -93,6 +93,14 @@ public:
         plugin_->set(static_cast<v3_param_id>(index), position);
     }
     void process(const Block& block) override;
+    bool openWindow(unsigned long parent) override;
+    void closeWindow() override;
+    Size windowSize() const override;
+    void resizeWindow(Size size) override;
+    void dropWithWindow() override;
+    std::vector<Edit> takeEdits() override;
+    /// Null while no window is open.
+    v3_plugin_view** view() const { return view_; }
 
     Vst3Instance& plugin() { return *plugin_; }
     /// Changes of the block to come; what the last one brought back; what the handler was told.
@@ -107,6 +115,7 @@ private:
     static constexpr int kParameters = 31;
 
     bool activate();
+    void letGo();
 
     const Loop loop_;
     Vst3Module module_;
@@ -120,6 +129,10 @@ private:
     std::array<float*, kMaxChannels> sideChain_{};
     std::array<float*, kMaxChannels> outputs_{};
     v3_process_context context_{};
+    Frame frame_;
+    v3_plugin_view** view_ = nullptr;
+    std::size_t granted_ = 0;  ///< of the sizes that were wanted
+    std::size_t heard_ = 0;    ///< of the handler's calls
 };
 
 std::string readText(const std::int16_t* text);

@@ -1,5 +1,7 @@
 #include "tests/host/vst3/vst3_objects.hpp"
 
+#include <poll.h>
+
 namespace vanta::test {
 
 v3_result Stream::read(void* buffer, std::int32_t wanted, std::int32_t* taken) {
@@ -69,7 +71,28 @@ v3_result RunLoop::removeTimer(v3_timer_handler** handler) {
     return V3_OK;
 }
 
+v3_result RunLoop::addHandler(v3_event_handler** handler, int fd) {
+    v3_cpp_obj_ref(handler);
+    descriptors.emplace_back(handler, fd);
+    return V3_OK;
+}
+
+v3_result RunLoop::removeHandler(v3_event_handler** handler) {
+    const auto found = std::ranges::find(descriptors, handler, [](const auto& each) { return each.first; });
+    if (found == descriptors.end()) return V3_INVALID_ARG;
+    descriptors.erase(found);
+    v3_cpp_obj_unref(handler);
+    return V3_OK;
+}
+
 void RunLoop::run() {
+    const auto watched = descriptors;
+    for (const auto& [handler, fd] : watched) {
+        pollfd ready{fd, POLLIN, 0};
+        if (std::ranges::find(descriptors, std::pair(handler, fd)) != descriptors.end() &&
+            poll(&ready, 1, 0) == 1)
+            v3_cpp_obj(handler)->on_fd_is_set(handler, fd);
+    }
     const auto due = timers;
     for (v3_timer_handler** handler : due) {
         if (std::ranges::find(timers, handler) != timers.end()) v3_cpp_obj(handler)->on_timer(handler);

@@ -112,13 +112,14 @@ struct Changes final : HostObject<Changes> {
 /// Timers of the main thread, all of which are due whenever it asks.
 struct RunLoop final : HostObject<RunLoop> {
     static const std::uint8_t* id() { return v3_run_loop_iid; }
-    virtual v3_result addHandler(v3_event_handler**, int) { return V3_NOT_IMPLEMENTED; }
-    virtual v3_result removeHandler(v3_event_handler**) { return V3_NOT_IMPLEMENTED; }
+    virtual v3_result addHandler(v3_event_handler** handler, int fd);
+    virtual v3_result removeHandler(v3_event_handler** handler);
     virtual v3_result addTimer(v3_timer_handler** handler, std::uint64_t ms);
     virtual v3_result removeTimer(v3_timer_handler** handler);
     void run();
 
     std::vector<v3_timer_handler**> timers;
+    std::vector<std::pair<v3_event_handler**, int>> descriptors;
 };
 
 /// Notes down what a plug-in tells, and on which thread.
@@ -162,6 +163,20 @@ struct Handler final : HostObject<Handler> {
     int strayCalls = 0;  ///< on another thread than the one that made it
     std::function<void(const Call&)> onCall;
     const std::thread::id mainThread = std::this_thread::get_id();
+};
+
+/// The window around a view. It notes down the sizes that are asked for.
+struct Frame final : HostObject<Frame> {
+    static const std::uint8_t* id() { return v3_plugin_frame_iid; }
+    virtual v3_result resize(v3_plugin_view** view, v3_view_rect* rectangle) {
+        return onResize ? onResize(view, *rectangle) : v3_cpp_obj(view)->on_size(view, rectangle);
+    }
+    HostUnknown* other(const std::uint8_t* id) {
+        return v3_tuid_match(id, v3_run_loop_iid) ? runLoop : nullptr;
+    }
+    RunLoop* runLoop = nullptr;  ///< that it offers
+    /// Else it grants whatever is wanted at once.
+    std::function<v3_result(v3_plugin_view**, const v3_view_rect&)> onResize;
 };
 
 struct Application final : HostObject<Application> {

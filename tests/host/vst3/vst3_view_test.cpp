@@ -7,18 +7,6 @@
 namespace vanta::test {
 namespace {
 
-/// Gives a view any size that it asks for, and has the only run loop.
-struct Frame final : HostObject<Frame> {
-    static const std::uint8_t* id() { return v3_plugin_frame_iid; }
-    virtual v3_result resize(v3_plugin_view** view, v3_view_rect* rectangle) {
-        return v3_cpp_obj(view)->on_size(view, rectangle);
-    }
-    HostUnknown* other(const std::uint8_t* id) {
-        return v3_tuid_match(id, v3_run_loop_iid) ? &runLoop : nullptr;
-    }
-    RunLoop runLoop;
-};
-
 TEST_F(Vst3, AViewLivesInTheHostsWindowFromItsRunLoop) {
     FakeView::Log log;
     auto* const owner = new vst3::Factory(FakeView::factory(log));
@@ -34,7 +22,9 @@ TEST_F(Vst3, AViewLivesInTheHostsWindowFromItsRunLoop) {
     v3_plugin_view_content_scale** scale = nullptr;
     ASSERT_EQ(v3_cpp_obj_query_interface(view, v3_plugin_view_content_scale_iid, &scale), V3_OK);
     v3_cpp_obj(scale)->set_content_scale_factor(scale, 1.5f);
+    RunLoop runLoop;
     Frame frame;
+    frame.runLoop = &runLoop;
     v3_cpp_obj(view)->set_frame(view, frame.as<v3_plugin_frame>());
     int parent = 0;
     EXPECT_NE(v3_cpp_obj(view)->attached(view, &parent, "HWND"), V3_OK);
@@ -42,7 +32,7 @@ TEST_F(Vst3, AViewLivesInTheHostsWindowFromItsRunLoop) {
     EXPECT_EQ(v3_cpp_obj(view)->attached(view, &parent, "X11EmbedWindowID"), V3_FALSE) << "twice";
     EXPECT_EQ(log.parent, reinterpret_cast<NativeWindow>(&parent));
     EXPECT_TRUE(log.isVisible && log.scale == 1.5);
-    frame.runLoop.run();
+    runLoop.run();
     EXPECT_EQ(log.idles, 1);
     EXPECT_TRUE(log.host->requestResize({500, 200}));
     EXPECT_EQ(log.size, (ViewSize{500, 200}));
@@ -50,17 +40,17 @@ TEST_F(Vst3, AViewLivesInTheHostsWindowFromItsRunLoop) {
     EXPECT_EQ(v3_cpp_obj(view)->check_size_constraint(view, &rectangle), V3_OK);
     EXPECT_TRUE(rectangle.right == 310 && rectangle.bottom == 210);
     EXPECT_EQ(plugin->arrange({0x3F, 0x3F}, {0x3F}), V3_TRUE);
-    frame.runLoop.run();
+    runLoop.run();
     EXPECT_EQ(log.alive, 1) << "another, for another model";
     // The view keeps what it shows, whatever the host lets go of first.
     plugin.reset();
     v3_cpp_obj_unref(scale);
-    frame.runLoop.run();
+    runLoop.run();
     EXPECT_EQ(v3_cpp_obj(view)->removed(view), V3_OK);
     EXPECT_EQ(log.alive, 0);
     v3_cpp_obj(view)->set_frame(view, nullptr);
     v3_cpp_obj_unref(view);
-    EXPECT_EQ(frame.references + frame.runLoop.references, 0);
+    EXPECT_EQ(frame.references + runLoop.references, 0);
     EXPECT_EQ(owner->unref(), 0u);
 }
 

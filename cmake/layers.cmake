@@ -144,13 +144,13 @@ vanta_layer(app/lv2 SEES host/lv2)
 vanta_layer(app/aax SEES plugin/model host/common host/aax/standin host/aax host/editor gui/graphics gui/tree gui/x11
             interface/binding)
 vanta_layer(app/gallery SEES foundation gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
-vanta_layer(app/jack SEES foundation plugin/model host/common host/jack cli)
 vanta_layer(app/scope SEES foundation plugin/parameters plugin/metering plugin/model limiter/parameters limiter/model
             host/common host/jack host/offline gui/graphics gui/tree gui/animation gui/opengl gui/x11 interface/page
             audiofile mastering plot cli)
 vanta_layer(app/window SEES foundation plugin/parameters plugin/settings plugin/model limiter/factory limiter/model host/common
             host/jack gui/tree gui/offscreen gui/opengl gui/x11 interface/binding interface/layout audiofile mastering cli
             app/scope)
+vanta_layer(app/jack SEES foundation plugin/model host/common host/jack gui/x11 cli app/window)
 
 vanta_layer(tools/song SEES foundation)
 vanta_layer(tools/compile_artwork SEES foundation)

@@ -23,6 +23,7 @@ void JackArguments::declareTo(CLI::App& app) {
     settings.declareTo(app);
     add.option("--session", session);
     add.option("--save", save);
+    add.flag("--gui", gui);
     add.flag("--list-layouts", listLayouts);
 }
 

@@ -17,6 +17,7 @@ struct JackArguments {
     std::string layout;
     bool sideChain = false;
     bool listLayouts = false;
+    bool gui = false;
 
     // In the words of connectPorts.
     std::vector<std::string> connect;  ///< both ways

@@ -4,14 +4,16 @@
 #include <fmt/ranges.h>
 
 #include <chrono>
-#include <cstdio>
 #include <memory>
 #include <thread>
 
 #include "app/jack/jack_arguments.hpp"
+#include "app/jack/jack_service.hpp"
 #include "app/jack/save_requests.hpp"
 #include "app/jack/session.hpp"
+#include "app/jack/tell.hpp"
 #include "app/jack/texts.hpp"
+#include "app/window/app_window.hpp"
 #include "cli/chosen_layout.hpp"
 #include "cli/exit_code.hpp"
 #include "cli/help_format.hpp"
@@ -29,18 +31,6 @@ namespace vanta {
 namespace {
 
 using namespace std::chrono_literals;
-
-/// Whoever reads this may be another program.
-template <typename... Values>
-void tell(fmt::format_string<Values...> text, Values&&... values) {
-    fmt::print(text, std::forward<Values>(values)...);
-    std::fflush(stdout);
-}
-
-std::string latencyText(const HostedPlugin& plugin) {
-    return fmt::format("latency {} samples ({:.1f} ms)", plugin.latency(),
-                       1000.0 * plugin.latency() / plugin.sampleRate());
-}
 
 void tellWhatRuns(JackClient& client) {
     const HostedPlugin& plugin = client.plugin();
@@ -73,28 +63,26 @@ void connectAll(JackClient& client, const JackArguments& wanted) {
     connectPorts(client.jack(), midi, wanted.connectMidi);
 }
 
-/// Whoever asked for it goes on, as what could not be saved is still there.
-void saveOnRequest(const Session& session, const JackClient& client) {
-    if (session.file().empty()) return printError("there is nothing to save to: use --session or --save");
-    try {
-        session.save();
-        tell("{}: saved {}\n", client.name(), session.file().string());
-    } catch (const Failure& failure) {
-        printFailure(failure);
+void runUntilEnd(JackService& service, const JackClient& client) {
+    while (!service.hasEnded()) {
+        service.pump();
+        // While JACK renders as fast as it can, what MIDI asks for is wanted sooner.
+        std::this_thread::sleep_for(client.isFreewheeling() ? 1ms : 5ms);
     }
 }
 
-void runUntilEnd(JackClient& client, const Session& session) {
-    while (!interruptRequested()) {
-        if (client.pump())
-            tell("{}: {} Hz, {}\n", client.name(), client.plugin().sampleRate(),
-                 latencyText(client.plugin()));
-        if (const auto reason = client.whyServerHasGone())
-            throw Failure(
-                fmt::format("the JACK server has gone ({}): start it, and this program, again", *reason));
-        if (takeSaveRequest()) saveOnRequest(session, client);
-        // While JACK renders as fast as it can, what MIDI asks for is wanted sooner.
-        std::this_thread::sleep_for(client.isFreewheeling() ? 1ms : 5ms);
+/// It comes before the server is asked for anything, as it may not come at all.
+std::unique_ptr<AppWindow> openWindow(JackService& service, const std::string& name) {
+    const GenericPlugin& model = service.plugin().model();
+    gui::X11Settings settings;
+    settings.title = name + " - Vanta 2";
+    settings.width = static_cast<float>(model.interfaceWidth());
+    settings.height = static_cast<float>(model.interfaceHeight());
+    try {
+        return std::make_unique<AppWindow>(service, settings);
+    } catch (const std::runtime_error& error) {
+        throw Failure(
+            fmt::format("--gui needs a display: {}. Set DISPLAY, or leave out --gui", error.what()));
     }
 }
 
@@ -106,11 +94,22 @@ int run(const JackArguments& arguments) {
     watchForSaveRequests();
     JackClient client(chosenLayout(arguments.layout).value_or(kStereoLayout), arguments.sideChain);
     const Session session(client.plugin(), arguments);
+    JackService service(client, session);
+    const auto window = arguments.gui ? openWindow(service, arguments.server.clientName) : nullptr;
     client.open(arguments.server);
     connectAll(client, arguments);
     client.pump();
     tellWhatRuns(client);
-    const int code = reportErrors([&] { return runUntilEnd(client, session), kExitDone; });
+    service.opened();
+    const int code = reportErrors([&] {
+        if (window) {
+            window->run();
+        } else {
+            runUntilEnd(service, client);
+        }
+        service.throwWhatEndedIt();
+        return kExitDone;
+    });
     // However it ended, what was set is kept.
     if (!session.file().empty()) session.save();
     if (client.xruns() > 0) tell("{}: {} xruns\n", client.name(), client.xruns());

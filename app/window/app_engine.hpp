@@ -16,6 +16,9 @@ public:
     /// A hundred times a second at least.
     virtual void pump() = 0;
 
+    /// Nothing sounds any more, and the window is to close.
+    virtual bool hasEnded() const { return false; }
+
     // Where there is a file.
 
     virtual void togglePause() {}

@@ -29,6 +29,11 @@ AppWindow::~AppWindow() {
     ui_.keyHook = interfaceKeys_;
 }
 
+void AppWindow::tick(void* /*sender*/) {
+    engine_.pump();
+    if (engine_.hasEnded()) ui_.quit();
+}
+
 /// What the interface does not want itself.
 bool AppWindow::keyPressed(const gui::KeyPress& key) {
     if (interfaceKeys_->keyPressed(key)) return true;

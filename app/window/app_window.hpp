@@ -20,7 +20,7 @@ private:
     bool keyPressed(const gui::KeyPress& key) override;
     void compare();
     void set(const AbstractPluginParameter& parameter, bool on);
-    void tick(void*) { engine_.pump(); }
+    void tick(void*);
     void closed(void*) { ui_.quit(); }
 
     AppEngine& engine_;

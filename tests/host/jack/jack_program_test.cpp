@@ -46,6 +46,11 @@ protected:
     std::optional<ChildProcess> program_;
 };
 
+TEST_F(JackProgram, SaysThatAWindowNeedsADisplay) {
+    ::setenv("DISPLAY", ":4711", 1);
+    expectError({"--gui"}, 1, "--gui needs a display: cannot open display :4711. Set DISPLAY");
+}
+
 TEST_F(JackProgram, ConnectsAndKeepsItsSession) {
     const std::string session = file("master.state");
     ChildProcess& first =

@@ -32,6 +32,11 @@ public:
     /// A round of the thread of our own is over, if there is one: see HostedPlugin::pumpByThread.
     virtual void pumpedByThread() {}
 
+    // On the audio thread.
+
+    /// A MIDI controller was moved.
+    VANTA_REALTIME virtual void controllerMoved(int /*number*/) {}
+
     // On any thread, the audio thread included.
 
     /// HostedPlugin::pump has something to do, and should be called on the host's main thread soon.

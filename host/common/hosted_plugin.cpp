@@ -8,6 +8,7 @@
 #include "foundation/numbers.hpp"
 #include "host/common/model_viewer.hpp"
 #include "host/unified/host_position.hpp"
+#include "plugin/model/session_state.hpp"
 
 namespace vanta {
 
@@ -40,6 +41,14 @@ public:
         if (restored) restored_.store(true);
         return restored;
     }
+    bool restoreSurroundings(std::span<const std::byte> bytes) {
+        restores_.fetch_add(1);
+        const bool restored = readSessionSurroundings(model(), bytes);
+        if (restored) isNewName();
+        restores_.fetch_sub(1);
+        return restored;
+    }
+    void setLevelFeed(LevelFeed& feed) { feed_ = &feed; }
     bool takeRestored() { return restored_.exchange(false); }
     int claimAndPump() override {
         if (takeRestored()) owner_.host_.stateRestored();
@@ -48,6 +57,10 @@ public:
         return done;
     }
 
+    void midiLearnHappened(int controller) override {
+        UnifiedPluginAdapter::midiLearnHappened(controller);
+        if (controller >= 0) owner_.host_.controllerMoved(controller);
+    }
     void reportLatency() override { owner_.host_.latencyChanged(); }
     void presetNameChanged() override {
         if (restores_.load() == 0 && isNewName()) owner_.host_.stateChanged();
@@ -65,6 +78,11 @@ public:
         if (all) owner_.host_.endEdits();
     }
 
+protected:
+    void transferLevels() override {
+        feed_ ? feed_->exchange(model().levels()) : UnifiedPluginAdapter::transferLevels();
+    }
+
 private:
     /// Whether the preset has another name than the host knows; from here on it is known.
     bool isNewName() {
@@ -80,6 +98,7 @@ private:
     std::string knownName_;
     std::atomic<int> restores_{0};  ///< under way
     std::atomic<bool> restored_{false};
+    LevelFeed* feed_ = nullptr;
 };
 
 HostedPlugin::HostedPlugin(HostCallbacks& host, ChannelLayout layout)
@@ -196,6 +215,18 @@ bool HostedPlugin::restoreState(std::span<const std::byte> bytes) {
     if (!instance_->restore(bytes)) return false;
     requestPump();
     return true;
+}
+
+bool HostedPlugin::restoreSurroundings(std::span<const std::byte> bytes) {
+    return instance_->restoreSurroundings(bytes);
+}
+
+void HostedPlugin::exchangeLevels(std::span<const std::uint8_t> commands, BinaryDataWriter& writer) {
+    instance_->exchangeLevels(commands, writer);
+}
+
+void HostedPlugin::setLevelFeed(LevelFeed& feed) {
+    instance_->setLevelFeed(feed);
 }
 
 double HostedPlugin::position(int index) const {

@@ -18,6 +18,15 @@ namespace vanta {
 
 class ModelViewer;
 
+/// Where an instance that processes no audio itself has its levels from.
+class LevelFeed {
+public:
+    virtual ~LevelFeed() = default;
+    /// Hands new readings to the model and takes what it asks for. On the thread of the interface, under its
+    /// lock.
+    virtual void exchange(LevelExchange& levels) = 0;
+};
+
 /// One instance of the limiter, as all plug-in formats see it: buses, events, values, states and latency
 /// without the words of any format.
 ///
@@ -75,6 +84,12 @@ public:
     std::vector<std::byte> saveState();
     /// False, and nothing has changed, if the bytes are not a state.
     bool restoreState(std::span<const std::byte> bytes);
+    /// The same, but leaves all values as they are.
+    bool restoreSurroundings(std::span<const std::byte> bytes);
+    /// For an interface that is not here: see UnifiedPluginAdapter.
+    void exchangeLevels(std::span<const std::uint8_t> commands, BinaryDataWriter& writer);
+    /// The model shows these levels and not those of the processor. While no interface is open.
+    void setLevelFeed(LevelFeed& feed);
     /// What the model shows, from 0 to 1.
     double position(int index) const;
     /// What a value reads as, with its unit.

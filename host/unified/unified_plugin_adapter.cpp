@@ -218,14 +218,19 @@ void UnifiedPluginAdapter::syncLevels() {
 
 void UnifiedPluginAdapter::transferLevels() {
     model_->levels().takeCommands(levelCommands_);
-    processor_->applyLevelCommands(levelCommands_);
     transfer_.clear();
     transfer_.seekp(0);
     transfer_.seekg(0);
     BinaryDataWriter writer(transfer_);
-    processor_->writeVisualData(writer);
+    exchangeLevels(levelCommands_, writer);
     BinaryDataReader reader(transfer_);
     model_->readLevelData(reader);
+}
+
+void UnifiedPluginAdapter::exchangeLevels(std::span<const std::uint8_t> commands, BinaryDataWriter& writer) {
+    const CriticalSection::Scope held(lock_);
+    processor_->applyLevelCommands(commands);
+    processor_->writeVisualData(writer);
 }
 
 // From the processor

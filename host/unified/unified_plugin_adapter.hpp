@@ -76,6 +76,12 @@ public:
     /// The same for a thread that serves all instances: it is owner while no interface is open.
     virtual int claimAndPump();
 
+    // For an interface that is not here.
+
+    /// Carries out what it asks of the levels, and writes what the processor has measured since the last
+    /// time. One thread at a time, and not the audio thread.
+    void exchangeLevels(std::span<const std::uint8_t> commands, BinaryDataWriter& writer);
+
     // Set-up, while no block runs.
 
     /// Builds both sides for a sample rate in Hz and blocks of at most `largestBlock` samples, 0 if the host

@@ -170,4 +170,16 @@ bool readSessionState(GenericPlugin& plugin, std::span<const std::byte> bytes) {
     return true;
 }
 
+bool readSessionSurroundings(GenericPlugin& plugin, std::span<const std::byte> bytes) {
+    BinaryMemoryReader reader(bytes);
+    auto session = readSession(reader, plugin);
+    if (!session) return false;
+    PresetState::Values preset = located(std::move(session->present.preset), plugin);
+    plugin.compareStates().setContents(std::move(session->compare));
+    plugin.presetState().set(std::move(preset));
+    plugin.owner().notify(PresetChanged{});
+    plugin.owner().notify(ParameterChanged{});
+    return true;
+}
+
 }  // namespace vanta

@@ -25,4 +25,8 @@ std::vector<std::byte> writeSessionState(GenericPlugin& plugin);
 /// audio thread.
 bool readSessionState(GenericPlugin& plugin, std::span<const std::byte> bytes);
 
+/// The same but for the present values: preset and compare slots alone, for who carries values on another
+/// road.
+bool readSessionSurroundings(GenericPlugin& plugin, std::span<const std::byte> bytes);
+
 }  // namespace vanta

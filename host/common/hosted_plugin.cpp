@@ -50,9 +50,12 @@ public:
     }
     void setLevelFeed(LevelFeed& feed) { feed_ = &feed; }
     bool takeRestored() { return restored_.exchange(false); }
-    int claimAndPump() override {
+    int pump() {
         if (takeRestored()) owner_.host_.stateRestored();
-        const int done = UnifiedPluginAdapter::claimAndPump();
+        return UnifiedPluginAdapter::claimAndPump();
+    }
+    int claimAndPump() override {
+        const int done = pump();
         if (owner_.pumpedByThread_) owner_.host_.pumpedByThread();
         return done;
     }
@@ -173,7 +176,7 @@ void HostedPlugin::tellGesture(int index, HostCallbacks::Edit edit) {
 
 void HostedPlugin::pump() {
     pumpRequested_.store(false);
-    instance_->claimAndPump();
+    instance_->pump();
 }
 
 void HostedPlugin::pumpByThread() {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/common/hosted_plugin.hpp"
+#include "host/lv2/guarded.hpp"
 #include "host/lv2/lv2_plugin.hpp"
 
 namespace vanta {
@@ -13,16 +14,6 @@ namespace {
 
 Lv2Plugin& pluginOf(LV2_Handle handle) {
     return *static_cast<Lv2Plugin*>(handle);
-}
-
-/// What `work` says, or `otherwise` if it throws: no exception may reach a host.
-template <typename Work, typename Result>
-Result guarded(Work work, Result otherwise) {
-    try {
-        return work();
-    } catch (...) {
-        return otherwise;
-    }
 }
 
 // The states
@@ -39,13 +30,6 @@ LV2_State_Status restore(LV2_Handle handle, LV2_State_Retrieve_Function retrieve
 
 // The plug-ins
 
-const Lv2Layout* layoutOf(const char* uri) {
-    for (const Lv2Layout& layout : lv2Layouts()) {
-        if (layout.uri() == uri) return &layout;
-    }
-    return nullptr;
-}
-
 bool supports(double sampleRate) {
     return sampleRate >= HostedPlugin::kLowestRate && sampleRate <= HostedPlugin::kHighestRate;
 }
@@ -54,7 +38,7 @@ LV2_Handle instantiate(const LV2_Descriptor* descriptor, double sampleRate, cons
                        const LV2_Feature* const* list) {
     return guarded(
         [&]() -> LV2_Handle {
-            const Lv2Layout* layout = layoutOf(descriptor->URI);
+            const Lv2Layout* layout = lv2LayoutOf(descriptor->URI);
             const Lv2Features features(list);
             if (!layout || !features.map || !supports(sampleRate)) return nullptr;
             return std::make_unique<Lv2Plugin>(*layout, sampleRate, features).release();
@@ -67,12 +51,7 @@ void connectPort(LV2_Handle handle, std::uint32_t index, void* data) {
 }
 
 void activate(LV2_Handle handle) {
-    guarded(
-        [handle] {
-            pluginOf(handle).activate();
-            return true;
-        },
-        false);
+    guarded([handle] { pluginOf(handle).activate(); });
 }
 
 void run(LV2_Handle handle, std::uint32_t samples) {

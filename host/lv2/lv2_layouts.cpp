@@ -77,6 +77,12 @@ std::span<const Lv2Layout> lv2Layouts() {
     return layouts;
 }
 
+const Lv2Layout* lv2LayoutOf(std::string_view pluginUri) {
+    const auto found = std::ranges::find_if(
+        lv2Layouts(), [&](const Lv2Layout& layout) { return layout.uri() == pluginUri; });
+    return found == lv2Layouts().end() ? nullptr : &*found;
+}
+
 std::vector<Lv2Channel> lv2Channels(ChannelLayout layout) {
     const auto speakers = speakersOf(layout);
     const ChannelMap map = mapByNumber(layout, [](Speaker speaker) { return rowOf(speaker).number; });

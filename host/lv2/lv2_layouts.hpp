@@ -23,6 +23,8 @@ struct Lv2Layout {
 
 /// For good, as hosts keep the URIs in their sessions.
 std::span<const Lv2Layout> lv2Layouts();
+/// That of a plug-in; null if it is none of ours.
+const Lv2Layout* lv2LayoutOf(std::string_view pluginUri);
 
 /// A channel as LV2 hosts know it.
 struct Lv2Channel {

@@ -1,9 +1,11 @@
 #include "host/lv2/lv2_plugin.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 #include "foundation/realtime.hpp"
+#include "host/lv2/lv2_parts.hpp"
 #include "host/lv2/lv2_state.hpp"
 #include "plugin/model/generic_plugin.hpp"
 
@@ -15,21 +17,18 @@ Lv2Plugin::Lv2Plugin(const Lv2Layout& layout, double sampleRate, const Lv2Featur
       largestBlock_(features.largestBlock(uris_)),
       sampleRate_(sampleRate),
       keyChannel_(static_cast<std::size_t>(lv2Channels(layout.layout).front().channel)),
-      plugin_(*this, layout.layout),
-      parameters_(describeParameters(plugin_.model())),
-      ports_(lv2Ports(layout.layout, parameters_)),
-      values_(makeControls()) {
-    if (portRequests_) edits_.emplace(static_cast<int>(parameters_.size()));
-    changes_.reserve(parameters_.size());
-    plugin_.pumpByThread();
+      instance_(std::make_shared<Lv2Instance>(layout, features.portRequests != nullptr)),
+      plugin_(instance_->plugin()),
+      values_(instance_->values()),
+      ports_(lv2Ports(layout.layout, instance_->parameters())) {
+    changes_.reserve(ports_.size());
+    Lv2Instances::add(this, instance_);
+    instance_->start();
 }
 
-std::vector<Lv2Control> Lv2Plugin::makeControls() const {
-    std::vector<Lv2Control> controls;
-    for (const HostParameter& described : parameters_) {
-        controls.emplace_back(*plugin_.model().parameterAt(described.index), described);
-    }
-    return controls;
+Lv2Plugin::~Lv2Plugin() {
+    Lv2Instances::remove(this);
+    instance_->end();
 }
 
 // While no block runs
@@ -78,17 +77,8 @@ LV2_State_Status Lv2Plugin::save(LV2_State_Store_Function store, LV2_State_Handl
 
 LV2_State_Status Lv2Plugin::restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle) {
     const auto status = restoreLv2State(plugin_, values_, uris_, retrieve, handle);
-    // A port that was asked for what the state has overtaken would come back as the host's own wish.
-    if (status == LV2_STATE_SUCCESS && edits_) edits_->forgetValues();
+    if (status == LV2_STATE_SUCCESS) instance_->forgetEdits();
     return status;
-}
-
-// The thread that pumps
-
-void Lv2Plugin::parameterEdited(int index, Edit edit, float value) {
-    if (edit != Edit::Value) return;
-    stateChanged_.store(true);
-    if (edits_) edits_->add(index, edit, value);
 }
 
 // Audio
@@ -96,6 +86,7 @@ void Lv2Plugin::parameterEdited(int index, Edit edit, float value) {
 void Lv2Plugin::run(std::uint32_t samples) {
     const RealtimeScope realtime;
     askForPortChanges();
+    hearInterface();
     takePortValues();
     if (isStarting_) start(samples);
     process(static_cast<int>(std::min<std::uint32_t>(samples, std::numeric_limits<int>::max())));
@@ -110,14 +101,20 @@ void Lv2Plugin::silence(std::uint32_t samples) {
 }
 
 void Lv2Plugin::askForPortChanges() {
-    if (!edits_) return;
-    edits_->take([this](int index, Edit edit, float value) {
-        if (edit != Edit::Value) return true;
+    instance_->takeRequests([this](int index, float value) {
         // A host may decline; the parameter has its value all the same.
         portRequests_->request_change(portRequests_->handle, static_cast<std::uint32_t>(index),
                                       values_.control(static_cast<std::size_t>(index)).shown(value));
-        return true;
     });
+}
+
+void Lv2Plugin::hearInterface() {
+    Lv2SequenceReader events(events_, uris_);
+    while (const LV2_Atom_Event* event = events.next()) {
+        const std::size_t size = sizeof(LV2_Atom) + event->body.size;
+        const auto part = lv2PartOf(&event->body, size, uris_.ownToPlugin, uris_);
+        if (!part.empty()) instance_->link().hear(part);
+    }
 }
 
 void Lv2Plugin::takePortValues() {
@@ -164,24 +161,44 @@ void Lv2Plugin::process(int samples) {
     transport_.advance(samples, sampleRate_);
 }
 
-/// Tells the host that its session is out of date. Its size, when it comes, is the room for it.
+/// Appends an event with so many bytes to the notifications, at the start of the block. Null if there is no
+/// room.
+std::byte* Lv2Plugin::addEvent(std::size_t bytes, std::size_t room) {
+    LV2_Atom_Sequence& sequence = *notifications_;
+    const std::size_t padded = (sizeof(std::int64_t) + bytes + 7) & ~std::size_t{7};
+    if (sequence.atom.size + padded > room) return nullptr;
+    auto* event = reinterpret_cast<std::byte*>(&sequence) + sizeof(LV2_Atom) + sequence.atom.size;
+    std::fill_n(event, padded, std::byte{});
+    sequence.atom.size += static_cast<std::uint32_t>(padded);
+    return event + sizeof(std::int64_t);
+}
+
+/// Tells the host that its session is out of date, and the interface what waits for it: what does not fit
+/// comes with the next block. The port's size, when it comes, is the room for it.
 void Lv2Plugin::notify() {
     if (!notifications_) return;
+    const std::size_t room = notifications_->atom.size;
+    notifications_->atom = {sizeof(LV2_Atom_Sequence_Body), uris_.atomSequence};
+    notifications_->body = {};
     struct Changed {
-        LV2_Atom_Event event;
+        LV2_Atom atom;
         LV2_Atom_Object_Body object;
     };
-    static_assert(sizeof(Changed) % 8 == 0);
-    LV2_Atom_Sequence& sequence = *notifications_;
-    const std::size_t room = sequence.atom.size;
-    sequence.atom = {sizeof(LV2_Atom_Sequence_Body), uris_.atomSequence};
-    sequence.body = {};
-    if (room < sizeof(LV2_Atom_Sequence_Body) + sizeof(Changed) || !stateChanged_.exchange(false)) return;
-    auto& changed = *reinterpret_cast<Changed*>(&sequence + 1);
-    changed = {};
-    changed.event.body = {sizeof(LV2_Atom_Object_Body), uris_.atomObject};
-    changed.object = {0, uris_.stateChanged};
-    sequence.atom.size += sizeof(Changed);
+    if (stateMayHaveChanged_ |= instance_->takeStateChange()) {
+        const Changed changed{{sizeof(LV2_Atom_Object_Body), uris_.atomObject}, {0, uris_.stateChanged}};
+        if (std::byte* event = addEvent(sizeof changed, room)) {
+            std::memcpy(event, &changed, sizeof changed);
+            stateMayHaveChanged_ = false;
+        }
+    }
+    Lv2PluginLink& link = instance_->link();
+    while (const std::size_t size = link.nextSize()) {
+        std::byte* event = addEvent(sizeof(Lv2PartAtom) + size, room);
+        if (!event) break;
+        const Lv2PartAtom head = lv2PartAtom(size, uris_.ownToInterface, uris_);
+        std::memcpy(event, &head, sizeof head);
+        link.takeNext({event + sizeof head, size});
+    }
 }
 
 }  // namespace vanta

@@ -4,16 +4,14 @@
 #include <lv2/state/state.h>
 
 #include <array>
-#include <atomic>
+#include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <vector>
 
-#include "host/common/host_parameters.hpp"
-#include "host/common/hosted_plugin.hpp"
-#include "host/common/pending_edits.hpp"
 #include "host/lv2/lv2_events.hpp"
 #include "host/lv2/lv2_features.hpp"
+#include "host/lv2/lv2_instance.hpp"
 #include "host/lv2/lv2_layouts.hpp"
 #include "host/lv2/lv2_port_values.hpp"
 #include "host/lv2/lv2_ports.hpp"
@@ -22,10 +20,13 @@
 namespace vanta {
 
 /// An instance as LV2 hosts drive it. Nobody ever calls it on a main thread, so a thread of ours pumps it.
-class Lv2Plugin final : private HostCallbacks {
+class Lv2Plugin final {
 public:
     /// `features` must map URIs, and the rate be one that HostedPlugin takes.
     Lv2Plugin(const Lv2Layout& layout, double sampleRate, const Lv2Features& features);
+    ~Lv2Plugin();
+    Lv2Plugin(const Lv2Plugin&) = delete;
+    Lv2Plugin& operator=(const Lv2Plugin&) = delete;
 
     // While no block runs.
 
@@ -51,31 +52,24 @@ private:
         std::array<float*, kMaxChannels> outputs{};
     };
 
-    std::vector<Lv2Control> makeControls() const;
     std::span<const float* const> sideChain() const;
     void askForPortChanges();
     void takePortValues();
     void start(std::uint32_t samples);
     void process(int samples);
+    void hearInterface();
     void notify();
-
-    void parameterEdited(int index, Edit edit, float value) override;
-    void stateChanged() override { stateChanged_.store(true); }
-    void latencyChanged() override {}
-    void pumpRequested() override {}
+    std::byte* addEvent(std::size_t bytes, std::size_t room);
 
     const Lv2Uris uris_;
     const Lv2PortChangeRequest* const portRequests_;
     const int largestBlock_;
     const double sampleRate_;
     const std::size_t keyChannel_;  ///< of the side chain, where that is mono: the first of the ports
-    // What the thread that pumps touches, which ends with the plug-in.
-    std::optional<PendingEdits> edits_;  ///< on their way to a host that takes requests
-    std::atomic<bool> stateChanged_{false};
-    HostedPlugin plugin_;
-    const std::vector<HostParameter> parameters_;
+    const std::shared_ptr<Lv2Instance> instance_;
+    HostedPlugin& plugin_;
+    Lv2PortValues& values_;
     const std::vector<Lv2Port> ports_;
-    Lv2PortValues values_;
 
     Buffers buffers_;
     float* latency_ = nullptr;
@@ -85,6 +79,7 @@ private:
     std::vector<HostEvent> changes_;  ///< of this block, from the control ports
     Lv2Transport transport_;
     bool isStarting_ = true;
+    bool stateMayHaveChanged_ = false;  ///< and the host does not know yet
 };
 
 }  // namespace vanta

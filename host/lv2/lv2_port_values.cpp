@@ -21,14 +21,30 @@ Lv2PortValues::Lv2PortValues(std::vector<Lv2Control> controls)
     : controls_(std::move(controls)),
       ports_(controls_.size()),
       seen_(controls_.size()),
-      restored_(controls_.size()) {
+      restored_(controls_.size()),
+      expected_(controls_.size()) {
+    expectNothing();
     forget();
 }
 
 bool Lv2PortValues::isNews(std::size_t index, float shown, bool restored) {
     const float before = seen_[index].exchange(shown);
+    float expected = expected_[index].load();
+    if (!std::isnan(expected)) {
+        // Unless the next value is on its way by now.
+        if (shown == expected) expected_[index].compare_exchange_strong(expected, kNothing);
+        return false;
+    }
     const float saved = restored ? restored_[index].load() : kNothing;
     return std::isnan(saved) ? before != shown : !isSameText(shown, saved);
+}
+
+void Lv2PortValues::expectNothing(std::size_t index) {
+    expected_[index].store(kNothing);
+}
+
+void Lv2PortValues::expectNothing() {
+    for (auto& each : expected_) each.store(kNothing);
 }
 
 std::vector<float> Lv2PortValues::seen() const {

@@ -29,6 +29,12 @@ public:
 
     // Any other.
 
+    /// An interface has told the host of a value, as `shown`. Until the port says it, what the port says is
+    /// what the host had before.
+    void expect(std::size_t index, float shown) { expected_[index].store(shown); }
+    /// The host has had its time: from here on the port counts when it says something new.
+    void expectNothing(std::size_t index);
+    void expectNothing();
     /// What each port said last, for a state; not a number where nobody has looked yet.
     std::vector<float> seen() const;
     /// A state is restored: a port that says what it said when that was saved has nothing new to say, and one
@@ -47,6 +53,7 @@ private:
     std::vector<const float*> ports_;
     Values seen_;
     Values restored_;
+    Values expected_;  ///< not a number: nothing
     std::atomic<bool> isRestored_{false};
 };
 

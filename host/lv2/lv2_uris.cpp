@@ -5,6 +5,7 @@
 #include <lv2/midi/midi.h>
 #include <lv2/state/state.h>
 #include <lv2/time/time.h>
+#include <lv2/ui/ui.h>
 
 #include "host/lv2/lv2_layouts.hpp"
 
@@ -35,6 +36,13 @@ Lv2Uris::Lv2Uris(const LV2_URID_Map& map) {
     stateChanged = of(LV2_STATE__StateChanged);
     ownState = of(ownTerm("state").c_str());
     ownPortValues = of(ownTerm("portValues").c_str());
+    ownToPlugin = of(ownTerm("ToPlugin").c_str());
+    ownToInterface = of(ownTerm("ToInterface").c_str());
+    ownPart = of(ownTerm("part").c_str());
+    eventTransfer = of(LV2_ATOM__eventTransfer);
+    atomString = of(LV2_ATOM__String);
+    scaleFactor = of(LV2_UI__scaleFactor);
+    windowTitle = of(LV2_UI__windowTitle);
 }
 
 }  // namespace vanta

@@ -17,6 +17,11 @@ struct Lv2Uris {
     LV2_URID stateChanged;
     LV2_URID ownState;       ///< HostedPlugin's bytes
     LV2_URID ownPortValues;  ///< what the ports said when they were saved
+    // Between a plug-in and its interface; see lv2_parts.hpp.
+    LV2_URID ownToPlugin, ownToInterface, ownPart;
+    LV2_URID eventTransfer;
+    LV2_URID atomString;
+    LV2_URID scaleFactor, windowTitle;
 };
 
 }  // namespace vanta

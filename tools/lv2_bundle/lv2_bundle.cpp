@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "limiter/model/vanta_plugin.hpp"
+#include "tools/lv2_bundle/interface_description.hpp"
 #include "tools/lv2_bundle/plugin_description.hpp"
 #include "tools/lv2_bundle/preset_descriptions.hpp"
 
@@ -34,6 +35,7 @@ void write(const std::filesystem::path& path, const std::string& text) {
 
 void writeBundles(const std::filesystem::path& pluginBundle, const std::filesystem::path& presetBundle) {
     write(pluginBundle / "manifest.ttl", pluginManifest());
+    write(pluginBundle / kInterfaceFile, describeInterface());
     for (const Lv2Layout& layout : lv2Layouts()) {
         VantaPlugin model(layout.layout);
         loadInitialPreset(model);

@@ -10,7 +10,9 @@
 
 #include "host/common/host_parameters.hpp"
 #include "host/common/product_identity.hpp"
+#include "host/lv2/lv2_interface_descriptors.hpp"
 #include "host/lv2/lv2_port_change_request.hpp"
+#include "tools/lv2_bundle/interface_description.hpp"
 #include "tools/lv2_bundle/port_description.hpp"
 #include "tools/lv2_bundle/turtle.hpp"
 
@@ -47,6 +49,7 @@ constexpr std::string_view kHead = R"({uri}
 	lv2:optionalFeature lv2:hardRTCapable , opts:options , bufsz:boundedBlockLength , {portRequests} ;
 	opts:supportedOption bufsz:maxBlockLength , bufsz:nominalBlockLength ;
 	lv2:extensionData state:interface ;
+	ui:ui {interface} ;
 	pg:mainInput {input} ;
 	pg:mainOutput {output} ;
 	lv2:port )";
@@ -60,7 +63,8 @@ std::string head(const Lv2Layout& layout, const Lv2PortGroups& groups) {
         fmt::arg("project", turtle::iri(productIdentity().uri)),
         fmt::arg("summary", turtle::literal(productIdentity().summary)), fmt::arg("minor", minor),
         fmt::arg("micro", micro), fmt::arg("portRequests", turtle::iri(kPortChangeRequestUri)),
-        fmt::arg("input", turtle::iri(groups.input)), fmt::arg("output", turtle::iri(groups.output)));
+        fmt::arg("interface", turtle::iri(lv2InterfaceUri())), fmt::arg("input", turtle::iri(groups.input)),
+        fmt::arg("output", turtle::iri(groups.output)));
 }
 
 /// What stands in every file, as a host may read but one of them.
@@ -71,7 +75,8 @@ std::string describeProduct() {
                turtle::iri(product.uri), turtle::literal(product.name), turtle::literal(product.vendor)) +
            fmt::format("{} a lv2:Feature ; rdfs:label \"port change request\" ; rdfs:comment {} .\n",
                        turtle::iri(kPortChangeRequestUri),
-                       turtle::literal("A plugin may ask for another value on an input port of its own."));
+                       turtle::literal("A plugin may ask for another value on an input port of its own.")) +
+           describeMessages();
 }
 
 std::string describeGroups(const Lv2Layout& layout, const Lv2PortGroups& groups) {
@@ -155,7 +160,7 @@ std::string pluginManifest() {
         text += fmt::format("{} a lv2:Plugin ; lv2:binary <vanta.so> ; rdfs:seeAlso {} .\n",
                             turtle::iri(layout.uri()), turtle::iri(descriptionFile(layout)));
     }
-    return text;
+    return text + interfaceManifest();
 }
 
 }  // namespace vanta

@@ -16,7 +16,8 @@ namespace {
 
 /// Room for the events of a block, in bytes.
 constexpr int kEventRoom = 16384;
-constexpr int kNotificationRoom = 1024;
+/// Of a block's worth of what an interface elsewhere is told.
+constexpr int kNotificationRoom = 32768;
 
 std::string withUnit(const std::string& unit) {
     constexpr auto kKnown = std::to_array<std::pair<std::string_view, std::string_view>>(
@@ -112,9 +113,12 @@ Kind kindOf(const Lv2Port& port, const Lv2ControlDescription* control, const Lv2
                     " ;\n\t\tlv2:default 0 ; lv2:minimum 0 ; lv2:maximum 1" +
                         withProperty("lv2:toggled , lv2:integer , lv2:connectionOptional , pprops:notOnGUI")};
         case Lv2PortKind::Events:
-            return {"lv2:InputPort , atom:AtomPort", atoms("midi:MidiEvent , time:Position", kEventRoom)};
+            return {
+                "lv2:InputPort , atom:AtomPort",
+                atoms("midi:MidiEvent , time:Position , " + turtle::iri(ownTerm("ToPlugin")), kEventRoom)};
         case Lv2PortKind::Notify:
-            return {"lv2:OutputPort , atom:AtomPort", atoms("state:StateChanged", kNotificationRoom)};
+            return {"lv2:OutputPort , atom:AtomPort",
+                    atoms("state:StateChanged , " + turtle::iri(ownTerm("ToInterface")), kNotificationRoom)};
         case Lv2PortKind::Input:
             return {"lv2:InputPort , lv2:AudioPort", inGroup(groups.input)};
         case Lv2PortKind::SideChain:

@@ -25,6 +25,7 @@ constexpr auto kPrefixes = std::to_array<std::pair<std::string_view, std::string
     {"rsz", "http://lv2plug.in/ns/ext/resize-port#"},
     {"state", "http://lv2plug.in/ns/ext/state#"},
     {"time", "http://lv2plug.in/ns/ext/time#"},
+    {"ui", "http://lv2plug.in/ns/extensions/ui#"},
     {"units", "http://lv2plug.in/ns/extensions/units#"},
     {"urid", "http://lv2plug.in/ns/ext/urid#"},
     {"xsd", "http://www.w3.org/2001/XMLSchema#"},

@@ -210,6 +210,11 @@ void HostedPlugin::hostValueChanged(int index, double value) {
     hostPositionChanged(index, hostPosition(parameter, fromHostValue(parameter, value)));
 }
 
+void HostedPlugin::hostValueStands(int index, double value) {
+    instance_->forgetTold(index);
+    hostValueChanged(index, value);
+}
+
 std::vector<std::byte> HostedPlugin::saveState() {
     return instance_->saveState();
 }

@@ -81,6 +81,8 @@ public:
     /// What a control of the host's shows of a change that comes with a block, and only there takes effect.
     void hostPositionShown(int index, double position);
     void hostValueChanged(int index, double value);
+    /// The same where the host never gives back what it was told: it counts in any case.
+    void hostValueStands(int index, double value);
     std::vector<std::byte> saveState();
     /// False, and nothing has changed, if the bytes are not a state.
     bool restoreState(std::span<const std::byte> bytes);

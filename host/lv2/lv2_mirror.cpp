@@ -116,7 +116,7 @@ void Lv2Mirror::takeValue(int index, float own, Clock::time_point now) {
         }
         awaited.reset();
     }
-    plugin_.hostValueChanged(index, static_cast<double>(own));
+    plugin_.hostValueStands(index, static_cast<double>(own));
 }
 
 void Lv2Mirror::portSays(int index, float shown, Clock::time_point now) {
@@ -133,15 +133,16 @@ void Lv2Mirror::takeOver(const Lv2News& news) {
     GenericPlugin& model = plugin_.model();
     isTakingOver_ = true;
     for (const auto& [index, own] : news.values) takeValue(index, own, now);
+    // What follows from the values first, such as the mark that the preset is modified.
+    plugin_.pump();
     const Lv2Surroundings& given = news.surroundings;
     const bool isWhole = given.kind == Kind::Whole && plugin_.restoreState(given.session);
     if (given.kind == Kind::ButValues) plugin_.restoreSurroundings(given.session);
     if (!given.controllers.empty()) takeControllers(model, given.controllers);
-    plugin_.pump();
     isTakingOver_ = false;
+    if (given.kind != Kind::None) known_ = Lv2Standing(model);
     // What undo leads back to is what the plug-in was, not what this began as.
     if (isWhole && !std::exchange(isConnected_, true)) model.interfaceOpened();
-    if (given.kind != Kind::None) known_ = Lv2Standing(model);
     if (news.sampleRate > 0.0f && news.sampleRate != model.sampleRate()) model.setSampleRate(news.sampleRate);
     if (news.controller >= 0) model.eventQueue().post(ControllerMoved{news.controller});
     heardNews_ = news.number;
@@ -153,7 +154,7 @@ void Lv2Mirror::giveUpAwaiting(Clock::time_point now) {
     for (std::size_t i = 0; i < awaited_.size(); ++i) {
         if (!awaited_[i] || now < awaited_[i]->until) continue;
         const auto other = std::exchange(awaited_[i], {})->other;
-        if (other) plugin_.hostValueChanged(static_cast<int>(i), static_cast<double>(*other));
+        if (other) plugin_.hostValueStands(static_cast<int>(i), static_cast<double>(*other));
     }
 }
 

@@ -24,10 +24,10 @@ constexpr auto kPatience = 500ms;
 /// Interfaces report four times a second.
 constexpr auto kLongestSilence = 3s;
 
-/// The processor marks a preset as modified on its own, when the values come: that is no news.
-bool isSame(Lv2Standing a, Lv2Standing b) {
-    a.preset.modified = b.preset.modified = false;
-    return a == b;
+/// That the preset is modified the interface sees on its own, when the values come.
+bool isKnown(const Lv2Standing& standing, Lv2Standing told) {
+    told.preset.modified |= standing.preset.modified;
+    return standing == told;
 }
 
 }  // namespace
@@ -60,10 +60,10 @@ bool Lv2PluginLink::service(HostedPlugin& plugin) {
 // From the interface
 
 bool Lv2PluginLink::take(const Lv2Report& report, HostedPlugin& plugin) {
-    const bool isKnown = report.interface == interface_;
+    const bool isOurs = report.interface == interface_;
     if (report.isLeaving) {
-        if (isKnown) isOpen_.store(false);
-    } else if (!isKnown) {
+        if (isOurs) isOpen_.store(false);
+    } else if (!isOurs) {
         interface_ = report.interface;
         heard_ = 0;
         isAllDue_ = true;
@@ -71,11 +71,11 @@ bool Lv2PluginLink::take(const Lv2Report& report, HostedPlugin& plugin) {
     // Who was frozen has missed what came since.
     if (!report.isLeaving && !isOpen_.exchange(true)) isAllDue_ = true;
     lastReport_ = now_;
-    if (report.heard == number_) isAwaited_ = false;
-    if (report.number <= 0 || (isKnown && report.number == heard_)) return false;
-    // It does not know yet what it would overwrite, and hears of that first.
-    const bool isStale = isAwaited_ && hadSurroundings_ && !report.isLeaving;
-    if (isAllDue_ || isStale) return false;
+    arrived_ = report.heard;
+    if (report.number <= 0 || (isOurs && report.number == heard_)) return false;
+    // What it does not know yet it must not overwrite: it hears of that first.
+    if (isAllDue_ || arrived_ < surroundingsNumber_ || !isKnown(Lv2Standing(plugin.model()), told_))
+        return false;
     heard_ = report.number;
     commands_.resize(std::max(commands_.size(), report.commands.size()));
     for (std::size_t i = 0; i < report.commands.size(); ++i) commands_[i] |= report.commands[i];
@@ -105,7 +105,9 @@ bool Lv2PluginLink::send(std::span<const std::byte> message) {
 }
 
 void Lv2PluginLink::tellNews(HostedPlugin& plugin) {
-    const bool all = isAllDue_ || (isAwaited_ && now_ - newsSent_ > kPatience);
+    const bool isLost = (arrived_ < number_ && now_ - newsSent_ > kPatience) ||
+                        (arrived_ < surroundingsNumber_ && now_ - surroundingsSent_ > kPatience);
+    const bool all = isAllDue_ || isLost;
     const std::vector<float> values = plugin.model().parameterValues();
     const float rate = plugin.model().sampleRate();
     const Lv2Standing standing(plugin.model());
@@ -117,7 +119,7 @@ void Lv2PluginLink::tellNews(HostedPlugin& plugin) {
     for (std::size_t i = 0; i < values.size() && !all; ++i) {
         if (values[i] != toldValues_[i]) news.values.emplace_back(static_cast<int>(i), values[i]);
     }
-    const bool isNewStanding = all || !isSame(standing, told_);
+    const bool isNewStanding = all || !isKnown(standing, told_);
     if (isNewStanding) {
         using Kind = Lv2Surroundings::Kind;
         news.surroundings = {all ? Kind::Whole : Kind::ButValues, plugin.saveState(), standing.controllers};
@@ -127,9 +129,10 @@ void Lv2PluginLink::tellNews(HostedPlugin& plugin) {
     controller_.compare_exchange_strong(news.controller, -1);
     number_ = news.number;
     newsSent_ = now_;
-    // What has not arrived yet is still to be told.
-    hadSurroundings_ = isNewStanding || (isAwaited_ && hadSurroundings_);
-    isAwaited_ = true;
+    if (isNewStanding) {
+        surroundingsNumber_ = number_;
+        surroundingsSent_ = now_;
+    }
     isAllDue_ = false;
     toldValues_ = values;
     told_ = standing;

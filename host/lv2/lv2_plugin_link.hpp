@@ -58,10 +58,11 @@ private:
     Clock::time_point newsSent_{};
     Clock::time_point levelsSent_{};
     std::uint32_t messages_ = 0;
-    std::int32_t number_ = 0;  ///< of the last news
-    std::int32_t heard_ = 0;   ///< of the last report
-    bool isAwaited_ = false;   ///< the interface has not said that it has the last news
-    bool hadSurroundings_ = false;
+    Clock::time_point surroundingsSent_{};
+    std::int32_t number_ = 0;              ///< of the last news
+    std::int32_t surroundingsNumber_ = 0;  ///< of the last with surroundings
+    std::int32_t arrived_ = 0;             ///< the last that the interface says it has
+    std::int32_t heard_ = 0;               ///< of the last report
     bool isAllDue_ = false;
     std::vector<std::uint8_t> commands_;
     std::vector<float> toldValues_;

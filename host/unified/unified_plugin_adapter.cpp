@@ -101,6 +101,10 @@ void UnifiedPluginAdapter::hostValueChanged(int index, double value) {
     takeFromHost(index, fromHostValue(parameter, value), false);
 }
 
+void UnifiedPluginAdapter::forgetTold(int index) {
+    if (isParameter(index)) audioSide_->clearTold(index);
+}
+
 void UnifiedPluginAdapter::takeFromHost(int index, float value, bool modelHasIt) {
     AbstractPluginParameter& parameter = *model_->parameterAt(index);
     give(index, value);

@@ -53,6 +53,9 @@ public:
     /// The same as `hostPositionChanged` for hosts that speak the parameters' own numbers.
     void hostValueChanged(int index, double value);
 
+    /// From here on the host's position of a parameter is its own, also where it is the one that it was told.
+    void forgetTold(int index);
+
     // A session, on any thread of the host but the audio thread.
 
     /// What the host is to store: see plugin/model/session_state.hpp. Takes in first what the audio side

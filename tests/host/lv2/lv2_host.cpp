@@ -139,7 +139,7 @@ const FormatHost::Traits& Lv2Host::traits() const {
     return traits;
 }
 
-Lv2Host::Lv2Host(Lv2Offers offers) : offers_(offers) {
+Lv2Host::Lv2Host(Lv2Offers offers) : offers_(offers), room_(kSequenceBytes - sizeof(LV2_Atom)) {
     map_ = {nullptr, [](LV2_URID_Map_Handle, const char* uri) { return urid(uri); }};
     unmap_ = {nullptr, [](LV2_URID_Unmap_Handle, LV2_URID number) -> const char* {
                   const std::lock_guard held(uris().mutex);
@@ -173,7 +173,10 @@ LV2_URID Lv2Host::urid(const char* uri) {
 void Lv2Host::close() {
     if (!instance_) return;
     lilv_instance_deactivate(instance_);
-    lilv_instance_free(std::exchange(instance_, nullptr));
+    LilvInstance* closed = std::exchange(instance_, nullptr);
+    if (!offers_.module) return lilv_instance_free(closed);
+    closed->lv2_descriptor->cleanup(closed->lv2_handle);
+    delete closed;
 }
 
 bool Lv2Host::open(ChannelLayout layout, double sampleRate, int largestBlock, bool) {
@@ -198,12 +201,21 @@ bool Lv2Host::open(ChannelLayout layout, double sampleRate, int largestBlock, bo
     if (offers_.options) features.push_back(&optionsFeature);
     if (offers_.portRequests) features.push_back(&requestFeature);
     features.push_back(nullptr);
-    instance_ = lilv_plugin_instantiate(plugin, sampleRate, features.data());
+    instance_ = instantiate(plugin, features.data());
     if (!instance_) return false;
     connectControls();
     lilv_instance_activate(instance_);
     isStale_ = true;
     return true;
+}
+
+LilvInstance* Lv2Host::instantiate(const LilvPlugin* plugin, const LV2_Feature* const* features) const {
+    if (!offers_.module) return lilv_plugin_instantiate(plugin, sampleRate_, features);
+    std::uint32_t index = 0;
+    while (uriOf(layout_) != offers_.module(index)->URI) ++index;
+    const LV2_Descriptor* descriptor = offers_.module(index);
+    return new LilvInstance{descriptor, descriptor->instantiate(descriptor, sampleRate_, "", features),
+                            nullptr};
 }
 
 bool Lv2Host::reactivate(double sampleRate, int largestBlock) {
@@ -314,6 +326,14 @@ void Lv2Host::addMidi(const Midi& midi) {
     lv2_atom_sequence_append_event(sequence, kSequenceBytes - sizeof(LV2_Atom_Sequence), &atom.event);
 }
 
+bool Lv2Host::addEvent(const LV2_Atom& atom) {
+    std::vector<std::uint64_t> event(2 + (sizeof atom + atom.size + 7) / 8);
+    std::memcpy(event.data() + 1, &atom, sizeof atom + atom.size);
+    auto* sequence = reinterpret_cast<LV2_Atom_Sequence*>(events_.data());
+    return lv2_atom_sequence_append_event(sequence, kSequenceBytes - sizeof(LV2_Atom_Sequence),
+                                          reinterpret_cast<const LV2_Atom_Event*>(event.data())) != nullptr;
+}
+
 void Lv2Host::process(const Block& block) {
     for (const Change& change : block.changes) setValue(change.index, change.value);
     for (const Midi& midi : block.midi) addMidi(midi);
@@ -332,7 +352,7 @@ void Lv2Host::process(const Block& block) {
 
 void Lv2Host::run(int samples) {
     auto* notified = reinterpret_cast<LV2_Atom_Sequence*>(notified_.data());
-    notified->atom = {kSequenceBytes - sizeof(LV2_Atom), chunkType_};
+    notified->atom = {static_cast<std::uint32_t>(room_), chunkType_};
     lilv_instance_run(instance_, static_cast<std::uint32_t>(samples));
     lv2_atom_sequence_clear(reinterpret_cast<LV2_Atom_Sequence*>(events_.data()));
     isStale_ = false;

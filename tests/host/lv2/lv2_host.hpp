@@ -20,6 +20,8 @@ namespace vanta::test {
 struct Lv2Offers {
     bool options = true;       ///< sizes of blocks
     bool portRequests = true;  ///< the plug-in may ask for values at its ports
+    /// Where plug-ins come from; null: from the built bundles.
+    const LV2_Descriptor* (*module)(std::uint32_t index) = nullptr;
 };
 
 /// A host on lilv, which finds plug-ins and presets in the built bundles, as any LV2 host does.
@@ -67,6 +69,14 @@ public:
     /// The same for all hosts of the process, as a state holds such numbers.
     static LV2_URID urid(const char* uri);
     void run(int samples);
+    /// Room for events that come out of a block, in bytes.
+    void setNotificationRoom(std::size_t bytes) { room_ = bytes; }
+    /// An event of the next block. False: there is no room left.
+    bool addEvent(const LV2_Atom& atom);
+    /// What came out of the last block.
+    const LV2_Atom_Sequence& notified() const {
+        return *reinterpret_cast<const LV2_Atom_Sequence*>(notified_.data());
+    }
     /// Types of the objects that came out of the last block.
     std::vector<std::string> notifications() const;
     /// The bytes of the state alone, and what the plug-in says to those.
@@ -88,6 +98,7 @@ private:
 
     const LV2_State_Interface& states() const;
     LV2_State_Status restore(Stored& stored);
+    LilvInstance* instantiate(const LilvPlugin* plugin, const LV2_Feature* const* features) const;
     void readPorts(ChannelLayout layout);
     void connectControls();
     void addMidi(const Midi& midi);
@@ -104,6 +115,7 @@ private:
     std::vector<Port> ports_;
     std::vector<std::uint64_t> events_;  ///< sequences lie at multiples of 8 bytes
     std::vector<std::uint64_t> notified_;
+    std::size_t room_;
     bool isStale_ = true;  ///< nothing has run since the ports were moved
 
     PortRequest portRequest_{};

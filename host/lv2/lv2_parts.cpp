@@ -12,9 +12,17 @@ namespace {
 struct PartHead {
     std::uint32_t number;
     std::uint32_t size;
+    std::uint32_t checkSum;
     std::uint32_t offset;
 };
 constexpr std::size_t kLargestPiece = kLargestPart - sizeof(PartHead);
+
+/// http://www.isthe.com/chongo/tech/comp/fnv/
+std::uint32_t checkSumOf(std::span<const std::byte> message) {
+    std::uint32_t sum = 2166136261u;
+    for (const std::byte each : message) sum = (sum ^ std::to_integer<std::uint32_t>(each)) * 16777619u;
+    return sum;
+}
 
 std::span<const std::byte> piece(std::span<const std::byte> message, std::size_t offset) {
     return message.subspan(offset, std::min(kLargestPiece, message.size() - offset));
@@ -45,9 +53,10 @@ std::span<const std::byte> lv2PartOf(const LV2_Atom* atom, std::size_t size, LV2
 void splitMessage(std::uint32_t number, std::span<const std::byte> message,
                   const std::function<void(std::span<const std::byte>)>& send) {
     std::array<std::byte, kLargestPart> part{};
+    const std::uint32_t checkSum = checkSumOf(message);
     for (std::size_t offset = 0; offset < message.size();) {
         const auto bytes = piece(message, offset);
-        const PartHead head{number, static_cast<std::uint32_t>(message.size()),
+        const PartHead head{number, static_cast<std::uint32_t>(message.size()), checkSum,
                             static_cast<std::uint32_t>(offset)};
         std::memcpy(part.data(), &head, sizeof head);
         std::memcpy(part.data() + sizeof head, bytes.data(), bytes.size());
@@ -69,6 +78,7 @@ std::optional<std::span<const std::byte>> MessageAssembler::add(std::span<const 
     if (head.offset == 0) {
         message_.clear();
         number_ = head.number;
+        checkSum_ = head.checkSum;
         size_ = head.size <= kLargestMessage ? head.size : 0;
     }
     const bool follows = head.number == number_ && head.size == size_ && head.offset == message_.size();
@@ -79,6 +89,7 @@ std::optional<std::span<const std::byte>> MessageAssembler::add(std::span<const 
     message_.insert(message_.end(), bytes.begin(), bytes.end());
     if (message_.size() < size_) return {};
     size_ = 0;
+    if (checkSumOf(message_) != checkSum_) return {};
     return message_;
 }
 

@@ -15,10 +15,10 @@
 // Between a plug-in and its interface a message travels in parts: hosts give little room for an event. A part
 // is an atom:Object of the type that says where it goes, with one property, an atom:Chunk:
 //
-//     number of the message, size of the message, offset of the part    4 bytes each, little-endian
+//     number, size and check sum (FNV-1a) of the message, offset of the part: 4 bytes each, little-endian
 //     the bytes
 //
-// A message of which a part is missing is dropped as a whole.
+// A message of which a part is missing or damaged is dropped as a whole.
 namespace vanta {
 
 /// What a part begins with. Its bytes follow.
@@ -55,6 +55,7 @@ public:
 private:
     std::vector<std::byte> message_;
     std::uint32_t number_ = 0;
+    std::uint32_t checkSum_ = 0;
     std::size_t size_ = 0;  ///< 0: nothing is under way
 };
 

@@ -314,7 +314,7 @@ TEST_F(Lv2Bridge, HostileEventsDoNothing) {
             host.addEvent(atom);
             window->portEvent(34, sizeof atom + atom.size, Lv2Host::urid(LV2_ATOM__eventTransfer), &atom);
             window->portEvent(34, byte() % 32, Lv2Host::urid(LV2_ATOM__eventTransfer), &atom);
-            window->portEvent(byte(), 4, 0, bytes);
+            window->portEvent(byte(), 3, 0, bytes);
         }
         block();
     }

@@ -68,8 +68,9 @@ bool Lv2PluginLink::take(const Lv2Report& report, HostedPlugin& plugin) {
         heard_ = 0;
         isAllDue_ = true;
     }
-    // Who was frozen has missed what came since.
-    if (!report.isLeaving && !isOpen_.exchange(true)) isAllDue_ = true;
+    // Who was silent for long, as under an open menu, goes on where it was: what has changed here since is
+    // told.
+    if (!report.isLeaving) isOpen_.store(true);
     lastReport_ = now_;
     arrived_ = report.heard;
     if (report.number <= 0 || (isOurs && report.number == heard_)) return false;

@@ -267,10 +267,14 @@ TEST_F(Lv2Bridge, NothingIsSentWhereNobodyListens) {
 
     openWindow();
     EXPECT_GT(sentMeanwhile(300ms), 3);
-    const std::unique_ptr<Lv2Window> frozen = std::move(window);
+    std::unique_ptr<Lv2Window> frozen = std::move(window);
     EXPECT_GT(sentMeanwhile(2500ms), 10);
     sentMeanwhile(1000ms);
     EXPECT_EQ(sentMeanwhile(200ms), 0) << "it is frozen";
+    load("Club and Dance");
+    window = std::move(frozen);
+    EXPECT_TRUE(eventually([&] { return isInStep() && host.value(style) == kPunchy; }))
+        << "what a user did meanwhile, as in a menu";
 }
 
 TEST_F(Lv2Bridge, WhatGetsLostOrDoesNotFitComesLater) {

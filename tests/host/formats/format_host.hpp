@@ -118,6 +118,8 @@ inline std::vector<ChannelLayout> allLayouts() {
 std::unique_ptr<FormatHost> makeClapHost();
 std::unique_ptr<FormatHost> makeVst3Host();
 std::unique_ptr<FormatHost> makeLv2Host();
+/// The same, where windows do not reach their instance.
+std::unique_ptr<FormatHost> makeLv2BridgeHost();
 std::unique_ptr<FormatHost> makeAaxHost();
 
 }  // namespace vanta::test

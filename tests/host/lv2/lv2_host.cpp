@@ -1,5 +1,7 @@
 #include "tests/host/lv2/lv2_host.hpp"
 
+#include <dlfcn.h>
+
 #include <fmt/format.h>
 #include <lv2/atom/util.h>
 #include <lv2/buf-size/buf-size.h>
@@ -12,6 +14,12 @@
 #include <map>
 #include <mutex>
 #include <stdexcept>
+#include <utility>
+
+#include "tests/host/lv2/lv2_window.hpp"
+
+// After all that its names get in the way of.
+#include <X11/Xlib.h>
 
 namespace vanta::test {
 namespace {
@@ -131,15 +139,30 @@ const LilvPlugin* Lv2Host::pluginOf(ChannelLayout layout) {
 // An instance
 
 const FormatHost::Traits& Lv2Host::traits() const {
-    static const Traits traits = [] {
-        Traits made{"LV2", VANTA_PLUGINS_DIR "/vanta.lv2/vanta.so", false, {}, false};
-        for (const Roles& roles : allRoles()) made.layouts.push_back(roles.layout);
-        return made;
-    }();
-    return traits;
+    return traits_;
 }
 
+/// Neither side sleeps, as the audio thread may not.
+class Lv2Host::Turn {
+public:
+    explicit Turn(std::atomic_flag& flag) : flag_(flag) {
+        while (flag_.test_and_set()) {
+        }
+    }
+    ~Turn() { flag_.clear(); }
+
+private:
+    std::atomic_flag& flag_;
+};
+
 Lv2Host::Lv2Host(Lv2Offers offers) : offers_(offers), room_(kSequenceBytes - sizeof(LV2_Atom)) {
+    traits_ = {.name = offers.instance ? "LV2" : "LV2Bridge",
+               .module = VANTA_PLUGINS_DIR "/vanta.lv2/vanta.so",
+               .isSampleAccurate = false,
+               .layouts = {},
+               .hasCallsBesideBlocks = false,
+               .hasWindows = true};
+    for (const Roles& roles : allRoles()) traits_.layouts.push_back(roles.layout);
     map_ = {nullptr, [](LV2_URID_Map_Handle, const char* uri) { return urid(uri); }};
     unmap_ = {nullptr, [](LV2_URID_Unmap_Handle, LV2_URID number) -> const char* {
                   const std::lock_guard held(uris().mutex);
@@ -162,6 +185,7 @@ Lv2Host::Lv2Host(Lv2Offers offers) : offers_(offers), room_(kSequenceBytes - siz
 }
 
 Lv2Host::~Lv2Host() {
+    window_.reset();
     close();
 }
 
@@ -335,6 +359,7 @@ bool Lv2Host::addEvent(const LV2_Atom& atom) {
 }
 
 void Lv2Host::process(const Block& block) {
+    const Turn turn(audioRuns_);
     for (const Change& change : block.changes) setValue(change.index, change.value);
     for (const Midi& midi : block.midi) addMidi(midi);
     for (std::uint32_t i = 0; i < ports_.size(); ++i) {
@@ -456,8 +481,83 @@ void Lv2Host::restore(const LilvState* state) {
     isStale_ = true;
 }
 
+// The window
+
+bool Lv2Host::openWindow(unsigned long parent) {
+    using Find = const LV2UI_Descriptor* (*)(std::uint32_t);
+    // Nobody unloads it, as lilv has it as well.
+    static void* const module = dlopen(traits().module.c_str(), RTLD_NOW | RTLD_LOCAL);
+    static const auto find = reinterpret_cast<Find>(dlsym(module, "lv2ui_descriptor"));
+    window_ = std::make_unique<Lv2Window>(
+        *this, *find(0),
+        Lv2WindowOffers{.instance = offers_.instance, .parent = reinterpret_cast<void*>(parent)});
+    // The first size is that of the window to come.
+    wantedSizes.clear();
+    granted_ = 0;
+    if (!window_->isOpen()) window_.reset();
+    return window_ != nullptr;
+}
+
+void Lv2Host::closeWindow() {
+    const Turn turn(audioRuns_);
+    window_.reset();
+}
+
+FormatHost::Size Lv2Host::windowSize() const {
+    // There is nobody else to ask.
+    Display* display = XOpenDisplay(nullptr);
+    XWindowAttributes attributes{};
+    XGetWindowAttributes(display, reinterpret_cast<::Window>(window_->widget()), &attributes);
+    XCloseDisplay(display);
+    return {attributes.width, attributes.height};
+}
+
+void Lv2Host::resizeWindow(Size size) {
+    const auto& sizes = *window_->extension<LV2UI_Resize>(LV2_UI__resize);
+    sizes.ui_resize(window_->handle(), size.width, size.height);
+}
+
+void Lv2Host::dropWithWindow() {
+    close();
+    for (int n = 0; n < 3; ++n) window_->idle();
+    window_.reset();
+}
+
+std::vector<FormatHost::Edit> Lv2Host::takeEdits() {
+    idle();
+    for (Edit& edit : edits_) {
+        if (edit.kind == Edit::Kind::Value) {
+            const AbstractPluginParameter& parameter = *table_.parameterAt(edit.index);
+            const bool isNumber = parameter.kind() == AbstractPluginParameter::Kind::Float;
+            const auto shown = static_cast<float>(edit.value);
+            edit.value = static_cast<double>(isNumber ? parameter.fromDisplay(shown) : shown);
+        }
+    }
+    return std::exchange(edits_, {});
+}
+
+void Lv2Host::idle() {
+    if (!window_) return;
+    {
+        const Turn turn(audioRuns_);
+        window_->deliver();
+        // Audio always runs, with or without samples.
+        run(0);
+        window_->collect();
+    }
+    window_->follow();
+    while (granted_ < wantedSizes.size()) {
+        const Size size = wantedSizes[granted_++];
+        if (!refusesSizes) resizeWindow(size);
+    }
+}
+
 std::unique_ptr<FormatHost> makeLv2Host() {
     return std::make_unique<Lv2Host>();
+}
+
+std::unique_ptr<FormatHost> makeLv2BridgeHost() {
+    return std::make_unique<Lv2Host>(Lv2Offers{.instance = false});
 }
 
 }  // namespace vanta::test

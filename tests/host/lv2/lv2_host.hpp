@@ -6,6 +6,7 @@
 #include <lv2/state/state.h>
 #include <lv2/urid/urid.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -20,9 +21,12 @@ namespace vanta::test {
 struct Lv2Offers {
     bool options = true;       ///< sizes of blocks
     bool portRequests = true;  ///< the plug-in may ask for values at its ports
+    bool instance = true;      ///< a window gets its handle
     /// Where plug-ins come from; null: from the built bundles.
     const LV2_Descriptor* (*module)(std::uint32_t index) = nullptr;
 };
+
+class Lv2Window;
 
 /// A host on lilv, which finds plug-ins and presets in the built bundles, as any LV2 host does.
 class Lv2Host final : public FormatHost {
@@ -40,8 +44,14 @@ public:
     int latency() const override;
     std::vector<std::byte> save(int chunk) override;
     bool restore(std::span<const std::byte> bytes, int chunk) override;
-    /// Nothing: a plug-in is called for blocks, and for nothing else.
-    void idle() override {}
+    /// For a window alone: a plug-in is called for blocks, and for nothing else.
+    void idle() override;
+    bool openWindow(unsigned long parent) override;
+    void closeWindow() override;
+    Size windowSize() const override;
+    void resizeWindow(Size size) override;
+    void dropWithWindow() override;
+    std::vector<Edit> takeEdits() override;
     void process(const Block& block) override;
 
     // What only LV2 has.
@@ -86,6 +96,8 @@ public:
     std::string saveTurtle();
     void restore(const LilvState* state);
     const LimiterSettings& table() const { return table_; }
+    /// What a window tells, with values as they are shown.
+    void noteEdit(const Edit& edit) { edits_.push_back(edit); }
 
 private:
     /// The published interface of requests for ports, said once more.
@@ -95,6 +107,7 @@ private:
     };
 
     struct Stored;
+    class Turn;
 
     const LV2_State_Interface& states() const;
     LV2_State_Status restore(Stored& stored);
@@ -110,6 +123,11 @@ private:
     const Lv2Offers offers_;
     LimiterSettings table_;
     LilvInstance* instance_ = nullptr;
+    std::atomic_flag audioRuns_;  ///< a block, or what the main thread does between blocks
+    Traits traits_;
+    std::unique_ptr<Lv2Window> window_;
+    std::vector<Edit> edits_;
+    std::size_t granted_ = 0;  ///< of the sizes that were wanted
     ChannelLayout layout_ = 0;
     double sampleRate_ = 0.0;
     std::vector<Port> ports_;

@@ -27,11 +27,15 @@ Lv2Window::Lv2Window(Lv2Host& of, const LV2UI_Descriptor& descriptor, Lv2WindowO
     : host_(of), descriptor_(descriptor), offers_(offers) {
     shown_.assign(of.ports().size(), std::numeric_limits<float>::quiet_NaN());
     touch_ = {this, [](LV2UI_Feature_Handle self, std::uint32_t port, bool grabbed) {
-                  static_cast<Lv2Window*>(self)->touches.emplace_back(port, grabbed);
+                  using Kind = FormatHost::Edit::Kind;
+                  auto& window = *static_cast<Lv2Window*>(self);
+                  window.touches.emplace_back(port, grabbed);
+                  window.host_.noteEdit({grabbed ? Kind::Begin : Kind::End, static_cast<int>(port)});
               }};
     resize_ = {this, [](LV2UI_Feature_Handle self, int width, int height) {
-                   static_cast<Lv2Window*>(self)->sizes.emplace_back(width, height);
-                   return 0;
+                   Lv2Host& host = static_cast<Lv2Window*>(self)->host_;
+                   host.wantedSizes.push_back({width, height});
+                   return host.refusesSizes ? 1 : 0;
                }};
     portMap_ = {&host_, [](LV2UI_Feature_Handle host, const char* symbol) -> std::uint32_t {
                     const auto& all = static_cast<Lv2Host*>(host)->ports();
@@ -75,7 +79,9 @@ void Lv2Window::write(std::uint32_t port, std::uint32_t size, std::uint32_t form
             events_.push_back(copyOf(atom));
         }
     } else if (format == 0 && size == sizeof(float)) {
-        values_.push_back({offers_.lag, port, *static_cast<const float*>(buffer)});
+        const float value = *static_cast<const float*>(buffer);
+        values_.push_back({offers_.lag, port, value});
+        host_.noteEdit({FormatHost::Edit::Kind::Value, static_cast<int>(port), static_cast<double>(value)});
     }
 }
 
@@ -95,6 +101,19 @@ void Lv2Window::portEvent(std::uint32_t port, std::uint32_t size, std::uint32_t 
     descriptor_.port_event(ui_, port, size, format, buffer);
 }
 
+void Lv2Window::collect() {
+    LV2_ATOM_SEQUENCE_FOREACH(&host_.notified(), event) {
+        const auto& object = reinterpret_cast<const LV2_Atom_Object&>(event->body);
+        if (object.body.otype == Lv2Host::urid("urn:quillmark:vanta2#ToInterface")) {
+            heard.push_back(copyOf(event->body));
+        }
+    }
+}
+
+void Lv2Window::idle() {
+    extension<LV2UI_Idle_Interface>(LV2_UI__idleInterface)->idle(ui_);
+}
+
 void Lv2Window::follow() {
     std::uint32_t notifications = 0;
     for (std::uint32_t i = 0; i < host_.ports().size(); ++i) {
@@ -104,15 +123,13 @@ void Lv2Window::follow() {
         shown_[i] = port.value;
         portEvent(i, sizeof(float), 0, &port.value);
     }
-    LV2_ATOM_SEQUENCE_FOREACH(&host_.notified(), event) {
-        const auto& object = reinterpret_cast<const LV2_Atom_Object&>(event->body);
-        if (object.body.otype != Lv2Host::urid("urn:quillmark:vanta2#ToInterface")) continue;
-        heard.push_back(copyOf(event->body));
+    for (; followed_ < heard.size(); ++followed_) {
+        const LV2_Atom& atom = atomIn(heard[followed_]);
         if (loses()) continue;
-        const auto size = static_cast<std::uint32_t>(sizeof event->body + event->body.size);
-        portEvent(notifications, size, Lv2Host::urid(LV2_ATOM__eventTransfer), &event->body);
+        const auto size = static_cast<std::uint32_t>(sizeof atom + atom.size);
+        portEvent(notifications, size, Lv2Host::urid(LV2_ATOM__eventTransfer), &atom);
     }
-    extension<LV2UI_Idle_Interface>(LV2_UI__idleInterface)->idle(ui_);
+    idle();
 }
 
 }  // namespace vanta::test

@@ -38,12 +38,14 @@ public:
 
     /// Before a block: what the window has written goes to the ports.
     void deliver();
-    /// After a block: the window hears of it, and has its turn.
+    /// After a block: what it has said, for the window.
+    void collect();
+    /// The window hears of it, and has its turn.
     void follow();
+    void idle();
     void portEvent(std::uint32_t port, std::uint32_t size, std::uint32_t format, const void* buffer);
 
     std::vector<std::pair<std::uint32_t, bool>> touches;
-    std::vector<std::pair<int, int>> sizes;         ///< that it has asked for
     std::vector<std::vector<std::uint64_t>> heard;  ///< events that came out for it
     int written = 0;                                ///< events and values from the window
     /// Whether an event gets lost on its way.
@@ -66,6 +68,7 @@ private:
     LV2UI_Port_Map portMap_{};
     std::deque<Value> values_;
     std::vector<std::vector<std::uint64_t>> events_;
+    std::size_t followed_ = 0;  ///< of what was heard
     std::vector<float> shown_;  ///< of the ports, as the window knows them
     LV2UI_Widget widget_ = nullptr;
     LV2UI_Handle ui_ = nullptr;

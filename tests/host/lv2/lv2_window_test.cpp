@@ -86,6 +86,7 @@ protected:
         float* outputs[] = {output.data(), output.data()};
         if (window) window->deliver();
         host.process({inputs, {}, outputs, kBlock, {}, {}});
+        if (window) window->collect();
         if (window) window->follow();
     }
     template <typename Condition>
@@ -144,7 +145,7 @@ TEST_F(Lv2Bridge, TheWindowBeginsAsThePluginIs) {
     EXPECT_EQ(view.scale, 2.0);
     EXPECT_TRUE(view.isVisible);
     EXPECT_EQ(window->widget(), reinterpret_cast<void*>(5)) << "there from the start";
-    EXPECT_THAT(window->sizes, ElementsAre(Pair(view.size.width, view.size.height)));
+    EXPECT_THAT(host.wantedSizes, ElementsAre(FormatHost::Size{view.size.width, view.size.height}));
     EXPECT_TRUE(eventually([&] { return valueAt(gain) == 7.25f && isInStep(); }));
     model().undoHistory().undo();
     EXPECT_EQ(valueAt(gain), 7.25f) << "nothing leads to where the window's own instance began";

@@ -214,6 +214,7 @@ TEST_P(WindowContract, ItsSizeFollowsTheHostWithinItsLimits) {
     XResizeWindow(server.display(), childOf(parent), 900, 540);
     server.sync();
     EXPECT_TRUE(waitFor([&] { return host.windowSize() == Size{900, 540}; }));
+    settle();
     host.closeWindow();
     openWindow(host, parent);
     EXPECT_EQ(host.windowSize(), (Size{900, 540})) << "as it was left";
@@ -415,7 +416,9 @@ TEST_P(WindowContract, WithoutADisplayThereIsNoWindow) {
     play(host, programme(2, 512));
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, WindowContract, testing::Values(&makeClapHost, &makeVst3Host, &makeAaxHost),
+INSTANTIATE_TEST_SUITE_P(Formats, WindowContract,
+                         testing::Values(&makeClapHost, &makeVst3Host, &makeLv2Host, &makeLv2BridgeHost,
+                                         &makeAaxHost),
                          [](const auto& tested) { return tested.param()->traits().name; });
 
 }  // namespace

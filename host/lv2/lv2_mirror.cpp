@@ -165,7 +165,7 @@ void Lv2Mirror::idle(Clock::time_point now) {
 }
 
 void Lv2Mirror::report(Clock::time_point now, bool isLeaving) {
-    const bool isDue = now - reportedAt_ >= kReportInterval || isLeaving;
+    const bool isDue = now - reportedAt_ >= kReportInterval || reportedNews_ != heardNews_ || isLeaving;
     if (sent_ && !isDue) return;
     Sent sending{isConnected_ ? Lv2Standing(plugin_.model()) : known_, {}, replacements_};
     {
@@ -192,6 +192,7 @@ void Lv2Mirror::report(Clock::time_point now, bool isLeaving) {
         }
     }
     reportedAt_ = now;
+    reportedNews_ = heardNews_;
     sent_.reset();
     if (isNew) sent_ = std::move(sending);
     splitMessage(++messages_, bytesOf(said), send_);

@@ -72,10 +72,11 @@ private:
     MessageAssembler assembler_;
     std::uint32_t messages_ = 0;
     std::int32_t heardNews_ = 0;
-    bool isConnected_ = false;   ///< the plug-in has said what it is
-    bool isTakingOver_ = false;  ///< what changes comes from the plug-in
-    Lv2Standing known_;          ///< to both ends
-    int replacements_ = 0;       ///< of all values, by the user
+    std::int32_t reportedNews_ = 0;  ///< that the plug-in knows to have arrived
+    bool isConnected_ = false;       ///< the plug-in has said what it is
+    bool isTakingOver_ = false;      ///< what changes comes from the plug-in
+    Lv2Standing known_;              ///< to both ends
+    int replacements_ = 0;           ///< of all values, by the user
     int knownReplacements_ = 0;
     std::int32_t number_ = 0;   ///< of the last report that said something
     std::optional<Sent> sent_;  ///< the same, unless the plug-in has it

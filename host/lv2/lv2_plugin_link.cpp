@@ -106,8 +106,11 @@ bool Lv2PluginLink::send(std::span<const std::byte> message) {
 }
 
 void Lv2PluginLink::tellNews(HostedPlugin& plugin) {
-    const bool isLost = (arrived_ < number_ && now_ - newsSent_ > kPatience) ||
-                        (arrived_ < surroundingsNumber_ && now_ - surroundingsSent_ > kPatience);
+    // It has reported since, and does not have them.
+    const auto isLate = [this](std::int32_t number, Clock::time_point sent) {
+        return arrived_ < number && lastReport_ - sent > kPatience;
+    };
+    const bool isLost = isLate(number_, newsSent_) || isLate(surroundingsNumber_, surroundingsSent_);
     const bool all = isAllDue_ || isLost;
     const std::vector<float> values = plugin.model().parameterValues();
     const float rate = plugin.model().sampleRate();

@@ -22,7 +22,7 @@ constexpr std::size_t kMostRecords = 64;
 
 std::int32_t newInterface() {
     static std::atomic<std::uint32_t> last{std::random_device()()};
-    return static_cast<std::int32_t>(last.fetch_add(1) | 1u);
+    return static_cast<std::int32_t>(last.fetch_add(2) | 1u);
 }
 
 /// Ports are texts and floats of six digits in some hosts.

@@ -266,7 +266,7 @@ TEST_F(Lv2Bridge, NothingIsSentWhereNobodyListens) {
     host.run(kBlock);
     EXPECT_EQ(sentMeanwhile(200ms), 0) << "it has taken leave";
 
-    openWindow();
+    openConnected();
     EXPECT_GT(sentMeanwhile(300ms), 3);
     std::unique_ptr<Lv2Window> frozen = std::move(window);
     EXPECT_GT(sentMeanwhile(2500ms), 10);

@@ -37,7 +37,7 @@ bool Router::runs() const {
 
 void Router::produce(BasicBlock<float>* block, int samples, int) {
     expectedPosition_ = environment().position() + samples;
-    // Twelve routers a channel, of which one in a thousand blocks fades: 2 % of a stereo instance.
+    // A channel has many routers, and hardly ever does one of them fade.
     if (onlyEpoch_ == environment().epoch()) {
         only_->pull(samples);
         publish(*only_);

@@ -27,15 +27,16 @@ ClapGui::~ClapGui() {
     destroy();
 }
 
-/// Descriptors alone do not do: much happens on a clock. A floating window is of whatever kind we have.
+/// Also where the host has no timers: scanners that only ask have none. A floating window is of whatever kind
+/// we have.
 bool ClapGui::supports(const char* api, bool isFloating) const {
-    if (!timers_) return false;
     if (!api || !*api) return isFloating;
     return !std::strcmp(api, CLAP_WINDOW_API_X11);
 }
 
 bool ClapGui::create(const char* api, bool isFloating) {
-    if (isCreated_ || !supports(api, isFloating)) return false;
+    // Descriptors alone do not do: much happens on a clock.
+    if (isCreated_ || !timers_ || !supports(api, isFloating)) return false;
     scale_ = 0.0;
     wanted_ = pixels(plugin_.model().interfaceWidth(), plugin_.model().interfaceHeight());
     isFloating_ = isFloating;

@@ -86,8 +86,8 @@ public:
 template <typename Ask>
 void Lv2Instance::takeRequests(Ask ask) {
     if (!requests_) return;
-    requests_->take([&](int index, Edit, float value) {
-        ask(index, value);
+    requests_->take([&](int index, Edit edit, float value) {
+        if (edit == Edit::Value) ask(index, value);
         return true;
     });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <memory>
 
 #include "foundation/critical_section.hpp"
@@ -48,6 +49,15 @@ public:
     };
 
     Property<bool> fullScreen{this, false};
+    /// Height at the lower end that is left to whoever shows the interface. Set it before an interface fills
+    /// the root.
+    Property<float> footer{nullptr, 0.0f};
+
+    /// What an interface fills.
+    Rect content() const {
+        const Rect& all = localBounds();
+        return {all.left, all.top, all.right, std::max(all.bottom - footer, all.top)};
+    }
 
     void platformMouseDown(int button, Point point, int modifiers);
     void platformMouseMove(Point point, int modifiers);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <stdexcept>
 
@@ -107,6 +108,39 @@ DeviceRect X11Display::monitorAt(const DeviceRect& area) const {
     }
     if (monitors) XRRFreeMonitors(monitors);
     return best;
+}
+
+/// The desktop tells one area for all monitors, and one for each of its workspaces.
+DeviceRect X11Display::workAreaAt(const DeviceRect& area) {
+    const DeviceRect monitor = monitorAt(area);
+    const std::vector<long> current = rootNumbers("_NET_CURRENT_DESKTOP");
+    const std::vector<long> areas = rootNumbers("_NET_WORKAREA");
+    const std::size_t at = 4 * static_cast<std::size_t>(current.empty() ? 0 : std::max(current[0], 0L));
+    if (areas.size() < at + 4) return monitor;
+    const auto number = [&](std::size_t i) { return static_cast<int>(areas[at + i]); };
+    const DeviceRect common =
+        DeviceRect::ofSize(number(0), number(1), number(2), number(3)).intersected(monitor);
+    return common.isEmpty() ? monitor : common;
+}
+
+std::vector<long> X11Display::rootNumbers(const char* property) {
+    Atom type = kNoXid;
+    int format = 0;
+    unsigned long count = 0;
+    unsigned long left = 0;
+    unsigned char* bytes = nullptr;
+    constexpr long kMost = 1024;
+    if (XGetWindowProperty(get(), root(), atom(property), 0, kMost, kXFalse, XA_CARDINAL, &type, &format,
+                           &count, &left, &bytes) != 0 ||
+        !bytes)
+        return {};
+    std::vector<long> numbers;
+    if (format == 32) {
+        numbers.resize(count);  // Xlib hands 32 bits over as long, however wide that is
+        std::memcpy(numbers.data(), bytes, count * sizeof(long));
+    }
+    XFree(bytes);
+    return numbers;
 }
 
 double X11Display::refreshMsAt(const DeviceRect& area) const {

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "gui/graphics/geometry.hpp"
 #include "gui/x11/x11_connection.hpp"
@@ -41,6 +42,8 @@ public:
     float dpi() const;
     /// The monitor with most of this area of the screen.
     DeviceRect monitorAt(const DeviceRect& area) const;
+    /// The same without what the desktop keeps for its panels, where it says so.
+    DeviceRect workAreaAt(const DeviceRect& area);
     /// Milliseconds from one refresh of the monitor there to the next; 0 where it does not tell.
     double refreshMsAt(const DeviceRect& area) const;
     /// The time of the newest event that tells one.
@@ -52,6 +55,8 @@ public:
     X11EventTarget* target(Window window) const;
 
 private:
+    /// A property of the desktop; empty if there is none.
+    std::vector<long> rootNumbers(const char* property);
     void findVisual();
     void findExtensions();
 

@@ -139,6 +139,13 @@ bool X11Interface::isOpen() const {
     return root_->window() != kNoXid && !session_->display.isBroken();
 }
 
+Point X11Interface::workArea() const {
+    X11Display& display = session_->display;
+    const DeviceRect area = display.workAreaAt(areaOnScreen(display, root_->window()));
+    const float scale = session_->backing.scale();
+    return {static_cast<float>(area.width()) / scale, static_cast<float>(area.height()) / scale};
+}
+
 DeviceBacking& X11Interface::deviceBacking() {
     return session_->backing;
 }

@@ -71,6 +71,9 @@ public:
     unsigned long window() const;
     /// The window and the connection to the server are there.
     bool isOpen() const;
+    /// Width and height of the monitor that the window is on, without what the desktop keeps for its panels;
+    /// logical units.
+    Point workArea() const;
     DeviceBacking& deviceBacking() override;
     /// Snapped as in the settings; 0 follows the desktop again.
     void setScaleOverride(float scale);

@@ -30,7 +30,7 @@ void ParameterValueDisplay::place() {
     const float lines = 2.0f * static_cast<float>(rows_.size());
     const float height = lines * kLineHeight + 2.0f * (kLineMargin + kInset);
     const gui::Rect at = target()->windowBounds();
-    const gui::Rect& room = ui().rootControl().localBounds();
+    const gui::Rect room = ui().rootControl().content();
     const float x = std::round((at.left + at.right - width) / 2.0f);
     float y = std::round(at.top - kGap - height);
     if (y < 0.0f) y = std::round(at.bottom + kGap);

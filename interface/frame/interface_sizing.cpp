@@ -15,8 +15,8 @@ constexpr const char* kCannotResize =
     "the plug-in interface and then re-open it.";
 constexpr const char* kCustomSize = "Custom Size";
 
-InterfaceSize wholeSize(const gui::Control& control) {
-    const gui::Rect& bounds = control.localBounds();
+InterfaceSize wholeSize(const gui::RootControl& root) {
+    const gui::Rect bounds = root.content();
     return {static_cast<int>(std::lround(bounds.width())), static_cast<int>(std::lround(bounds.height()))};
 }
 
@@ -56,7 +56,7 @@ void InterfaceSizing::apply() {
     Editor* const editor = gestures_.editor();
     applying_ = true;
     const bool taken = editor && editor->resize(size);
-    if (taken) root.setSize(static_cast<float>(size.width), static_cast<float>(size.height));
+    if (taken) root.setSize(static_cast<float>(size.width), static_cast<float>(size.height) + root.footer);
     applying_ = false;
     if (!taken) hints_.show(kCannotResize, HelpHints::kAlways | HelpHints::kSticky);
 }

@@ -65,7 +65,7 @@ void HintWindow::show(const std::string& shown, bool sticky) {
 }
 
 void HintWindow::place() {
-    const gui::Rect& room = ui().rootControl().localBounds();
+    const gui::Rect room = ui().rootControl().content();
     const float beside = kMargins.left + kMargins.right;
     text_->maxWidth = std::max(std::min(kWidestText, room.width() - beside - 16.0f), 60.0f);
     bounds = placeFor(std::ceil(text_->width()) + beside,
@@ -74,7 +74,7 @@ void HintWindow::place() {
 
 /// Above the bottom bar, or below the top bar if what it speaks of is down there.
 gui::Rect HintWindow::placeFor(float width, float height) const {
-    const gui::Rect& room = ui().rootControl().localBounds();
+    const gui::Rect room = ui().rootControl().content();
     const float x = std::max(std::round((room.width() - width) / 2.0f), 0.0f);
     const float low = std::max(std::round(room.bottom - kBottomEdge - height), 0.0f);
     const gui::Rect below = gui::Rect::ofSize(x, low, width, height);

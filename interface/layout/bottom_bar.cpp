@@ -116,7 +116,7 @@ void BottomBar::setForm(bool isCompact) {
 
 void BottomBar::layOut(bool isCompact) {
     gui::RootControl& root = context_.root();
-    const Rect& all = root.localBounds();
+    const Rect all = root.content();
     const BarBand band(all.width());
     setForm(isCompact);
     picture_->setBounds(Rect::ofSize(0.0f, all.height() - kHeight, all.width(), kPictureHeight));

@@ -88,7 +88,7 @@ void DitherMenu::place() {
     const Rect at = button_->windowBounds();
     const float middle = (at.left + at.right) / 2.0f;
     panel_->setPosition({std::floor(middle - kPanelWidth / 2.0f),
-                         context_.root().localBounds().height() - kBottomBar - kPanelHeight});
+                         context_.root().content().height() - kBottomBar - kPanelHeight});
 }
 
 }  // namespace vanta::interface

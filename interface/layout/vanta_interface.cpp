@@ -80,7 +80,7 @@ void VantaInterface::coverGround() {
 void VantaInterface::layOut() {
     coverGround();
     const bool isCompact = form_->isCompact();
-    if (!isCompact) ground_->setBounds(root().localBounds());
+    if (!isCompact) ground_->setBounds(root().content());
     topBar_->layOut(isCompact);
     bottomBar_->layOut(isCompact);
     form_->layOut();

@@ -97,16 +97,17 @@ ChannelMapping AudioFileReader::mapTo(std::optional<ChannelLayout> layout,
     }
 }
 
-void AudioFileReader::rewind() {
+void AudioFileReader::seek(sf_count_t frame) {
     if (!file_) {
         SF_INFO info{};
         file_.reset(sf_open_fd(openForReading(path_), SFM_READ, &info, SF_TRUE));
         if (!file_ || info.frames != info_.frames || info.channels != info_.channels)
             throw failure(path_, "was changed by somebody else meanwhile");
     }
-    if (sf_seek(file_.get(), 0, SEEK_SET) != 0)
-        throw failure(path_, "is damaged: it cannot be read from its start again");
-    delivered_ = 0;
+    if (sf_seek(file_.get(), frame, SEEK_SET) != frame)
+        throw failure(path_, frame == 0 ? "is damaged: it cannot be read from its start again"
+                                        : "is damaged: it cannot be read from its middle");
+    delivered_ = frame;
 }
 
 std::size_t AudioFileReader::read(std::span<float* const> channels, std::size_t frames) {

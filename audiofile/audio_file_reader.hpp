@@ -42,8 +42,11 @@ public:
     /// The same for a mapping that is known.
     void setMapping(const ChannelMapping& mapping) { fileChannel_ = mapping.fileChannel; }
     /// Back to the first frame, also after `rest`.
-    void rewind();
-    /// Closes the file until the next `rewind`: a program can only have so many open.
+    void rewind() { seek(0); }
+    /// The frame that is read next, from 0 to the file's length; also after `rest`. Failure, with the path in
+    /// front, where the file is damaged or has changed.
+    void seek(sf_count_t frame);
+    /// Closes the file until the next `rewind` or `seek`: a program can only have so many open.
     void rest() { file_.reset(); }
 
     int channelCount() const override { return info_.channels; }

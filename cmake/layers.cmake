@@ -144,12 +144,14 @@ vanta_layer(app/lv2 SEES host/lv2)
 vanta_layer(app/aax SEES plugin/model host/common host/aax/standin host/aax host/editor gui/graphics gui/tree gui/x11
             interface/binding)
 vanta_layer(app/gallery SEES foundation gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)
+vanta_layer(app/player SEES foundation limiter/model host/common host/jack audiofile)
 vanta_layer(app/scope SEES foundation plugin/parameters plugin/metering plugin/model limiter/parameters limiter/model
-            host/common host/jack host/offline gui/graphics gui/tree gui/animation gui/opengl gui/x11 interface/page
-            audiofile mastering plot cli)
+            host/common host/offline gui/graphics gui/tree gui/animation gui/opengl gui/x11 interface/page
+            mastering plot cli app/player)
 vanta_layer(app/window SEES foundation plugin/parameters plugin/settings plugin/model limiter/factory limiter/model host/common
-            host/jack gui/tree gui/offscreen gui/opengl gui/x11 interface/binding interface/layout audiofile mastering cli
-            app/scope)
+            host/jack gui/graphics gui/tree gui/controls gui/offscreen gui/opengl gui/x11 interface/binding
+            interface/controls interface/frame interface/layout audiofile mastering cli
+            app/player)
 vanta_layer(app/jack SEES foundation plugin/model host/common host/jack gui/x11 cli app/window)
 
 vanta_layer(tools/song SEES foundation)

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "app/scope/engine.hpp"
+#include "app/player/engine.hpp"
 #include "app/scope/scope_arguments.hpp"
 #include "app/scope/scope_window.hpp"
 #include "app/scope/texts.hpp"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/scope/engine.hpp"
+#include "app/player/engine.hpp"
 #include "gui/tree/timer.hpp"
 #include "gui/x11/x11_interface.hpp"
 #include "interface/page/exchange_link.hpp"
@@ -22,7 +22,7 @@ public:
     void nextMeterScale(int step);
     void toggleBypass();
     void togglePause() { engine_.setPaused(!engine_.isPaused()); }
-    void restart() { engine_.restart(); }
+    void restart() { engine_.player().jump(0); }
     void quit() { ui_.quit(); }
 
 private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/window/transport.hpp"
 #include "host/common/hosted_plugin.hpp"
 
 namespace vanta {
@@ -19,11 +20,8 @@ public:
     /// Nothing sounds any more, and the window is to close.
     virtual bool hasEnded() const { return false; }
 
-    // Where there is a file.
-
-    virtual void togglePause() {}
-    virtual void toggleLoop() {}
-    virtual void restart() {}
+    /// Of a file; null where there is none.
+    virtual Transport* transport() { return nullptr; }
 };
 
 }  // namespace vanta

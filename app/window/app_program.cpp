@@ -109,7 +109,8 @@ int openWindow(const AppArguments& arguments, RenderSource* source, ChannelLayou
     AppWindow app(*engine, window);
     fmt::print("{}\n", engine->start());
     std::fflush(stdout);
-    if (arguments.startsPaused) engine->togglePause();
+    if (Transport* const transport = engine->transport(); transport && arguments.startsPaused)
+        transport->togglePause();
     app.run();
     return kExitDone;
 }

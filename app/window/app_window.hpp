@@ -2,12 +2,13 @@
 
 #include "app/window/app_editor.hpp"
 #include "app/window/app_engine.hpp"
+#include "app/window/transport_strip.hpp"
 #include "gui/x11/x11_interface.hpp"
 #include "interface/layout/vanta_interface.hpp"
 
 namespace vanta {
 
-/// The interface in a window of its own, until the user closes it.
+/// The interface in a window of its own, until the user closes it; with a strip below it where a file plays.
 class AppWindow final : private gui::UserInterface::KeyHook {
 public:
     /// std::runtime_error if there is no display.
@@ -18,6 +19,8 @@ public:
 
 private:
     bool keyPressed(const gui::KeyPress& key) override;
+    bool steered(const gui::KeyPress& key, Transport& transport);
+    void fitToScreen();
     void compare();
     void set(const AbstractPluginParameter& parameter, bool on);
     void tick(void*);
@@ -25,9 +28,11 @@ private:
 
     AppEngine& engine_;
     VantaPlugin& model_;
-    AppEditor editor_;
     gui::X11Interface ui_;
+    AppEditor editor_;
     std::optional<interface::VantaInterface> interface_;
+    std::optional<interface::ControlFactory> stripFactory_;
+    std::optional<TransportStrip> strip_;
     gui::UserInterface::KeyHook* interfaceKeys_ = nullptr;
 };
 

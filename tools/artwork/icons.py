@@ -34,6 +34,13 @@ icon('Menu', 20, 'M6.5 8.5L10 12L13.5 8.5')
 icon('Resize', 20, 'M5.75 14.25L14.25 5.75', 'M10 5.75H14.25V10', 'M10 14.25H5.75V10')
 icon('FullScreen', 20, 'M4.75 8V4.75H8', 'M12 4.75H15.25V8', 'M15.25 12V15.25H12', 'M8 15.25H4.75V12')
 
+# Of a file that plays.
+icon('Restart', 20, 'M5.75 5.75V14.25', 'M13.75 5.75L8.25 10L13.75 14.25Z')
+icon('Play', 20, 'M7.25 5.25L14.25 10L7.25 14.75Z')
+icon('Pause', 20, raw=lambda d: rect(6, 5, 3, 10, INK, .75) + rect(11, 5, 3, 10, INK, .75))
+icon('Loop', 20, 'M13 3.75L15.25 6L13 8.25', 'M14.5 6H7.5A2.75 2.75 0 0 0 4.75 8.75V9.5',
+     'M7 11.75L4.75 14L7 16.25', 'M5.5 14H12.5A2.75 2.75 0 0 0 15.25 11.25V10.5')
+
 # In the loudness panel and beside fields.
 bars = lambda colour: rect(5, 4, 2, 8, colour, .5) + rect(9, 4, 2, 8, colour, .5)
 icon('PauseOff', 16, raw=lambda d: bars(INK))

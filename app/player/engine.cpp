@@ -1,4 +1,4 @@
-#include "app/scope/engine.hpp"
+#include "app/player/engine.hpp"
 
 #include <fmt/format.h>
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <thread>
 
-#include "app/scope/file_player.hpp"
+#include "app/player/file_player.hpp"
 #include "host/common/hosted_plugin.hpp"
 #include "host/jack/jack_server.hpp"
 #include "limiter/model/vanta_plugin.hpp"
@@ -37,9 +37,8 @@ public:
 
     void setPaused(bool paused) { paused_.store(paused); }
     bool isPaused() const { return paused_.load(); }
-    void restart() { player_.restart(); }
-    void setLooping(bool looping) { player_.setLooping(looping); }
-    bool isLooping() const { return player_.isLooping(); }
+    FilePlayer& player() { return player_; }
+    const FilePlayer& player() const { return player_; }
 
 private:
     static constexpr int kBlock = 256;

@@ -12,6 +12,7 @@ JOBS   ?= $(shell nproc)
 .PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz \
         preset-table aax-table artwork artwork-sheet gallery scope app display-pictures bench-commands bench-compare \
         performance-page clean
+        preset-table aax-table artwork artwork-sheet gallery scope app display-pictures interface-pictures bench-commands clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
@@ -108,6 +109,13 @@ scope: setup
 display-pictures: build
 	@cmake --build build --parallel $(JOBS) --target render_song
 	@tools/display_pictures.sh
+
+# The interface in every size, layout and scale, to be looked at: build/interface-pictures
+interface-pictures: PACKAGES += sox
+interface-pictures: app
+	@cmake --build build --parallel $(JOBS) --target render_song
+	@tools/interface_pictures.sh
+
 # The limiter in a window of its own: build/vanta-app FILE
 app: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null

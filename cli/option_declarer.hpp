@@ -46,6 +46,8 @@ private:
     std::vector<OptionHelp> help_;
 };
 
+/// Of a moment in a file, in seconds.
+inline constexpr double kLongestFile = 7.0 * 24.0 * 3600.0;
 /// The most files that are worked on at a time.
 inline constexpr int kMostJobs = 256;
 

@@ -4,11 +4,6 @@
 #include "cli/texts.hpp"
 
 namespace vanta {
-namespace {
-
-constexpr double kLongestFile = 7.0 * 24.0 * 3600.0;  // seconds
-
-}  // namespace
 
 void PlotArguments::declareTo(CLI::App& app) {
     settings.declareTo(app);

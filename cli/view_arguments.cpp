@@ -7,10 +7,10 @@
 
 #include "cli/exit_code.hpp"
 #include "cli/option_declarer.hpp"
+#include "cli/picture_size.hpp"
 #include "cli/suggestion.hpp"
 #include "cli/texts.hpp"
 #include "foundation/ascii.hpp"
-#include "plugin/parameters/number_text.hpp"
 
 namespace vanta {
 namespace {
@@ -25,10 +25,6 @@ int chosen(const std::string& name, const char* what, const std::vector<std::str
         names, [&](const std::string& known) { return equalsIgnoringCase(known, name); });
     if (found == names.end()) throw unknownName(what, name, names);
     return static_cast<int>(found - names.begin());
-}
-
-bool isWithin(double value, double low, double high) {
-    return value >= low && value <= high;
 }
 
 }  // namespace
@@ -54,21 +50,10 @@ void ViewArguments::applyTo(LimiterSettings& settings, const SettingsArguments& 
 
 ViewArguments::Size ViewArguments::chosenSize() const {
     if (size.empty()) return {1330.0f, 798.0f};
-    const auto x = std::min(size.find('x'), size.size());
-    const auto width = readNumber(size.substr(0, x));
-    const auto height = readNumber(x < size.size() ? size.substr(x + 1) : "");
-    const bool isWhole = width && height && width->length == x && height->length == size.size() - x - 1;
-    if (!isWhole || !isWithin(width->value, 400, 4000) || !isWithin(height->value, 350, 3000))
+    const auto wanted = readPictureSize(size);
+    if (!wanted || !wanted->isWithin({400, 350}, {4000, 3000}))
         throw UsageError(fmt::format("--size cannot be '{}': use a size from 400x350 to 4000x3000", size));
-    return {static_cast<float>(width->value), static_cast<float>(height->value)};
-}
-
-float ViewArguments::chosenScale(float usual) const {
-    if (scale.empty()) return usual;
-    for (const auto& [name, factor] : {std::pair{"1", 1.0f}, {"1.5", 1.5f}, {"2", 2.0f}}) {
-        if (scale == name) return factor;
-    }
-    throw UsageError(fmt::format("--scale cannot be '{}': use 1, 1.5 or 2", scale));
+    return {static_cast<float>(wanted->width), static_cast<float>(wanted->height)};
 }
 
 }  // namespace vanta

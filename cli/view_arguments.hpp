@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
+#include "cli/picture_size.hpp"
 #include "cli/settings_arguments.hpp"
 
 namespace vanta {
@@ -24,7 +25,7 @@ struct ViewArguments {
     /// 1330 x 798 unless told. UsageError for what is no size from 400 x 350 to 4000 x 3000.
     Size chosenSize() const;
     /// Pixels of a logical unit: 1, 1.5 or 2. UsageError for any other.
-    float chosenScale(float usual) const;
+    float chosenScale(float usual) const { return readPictureScale(scale, usual); }
 
     std::string mode;
     std::string meterScale;

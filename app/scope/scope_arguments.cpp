@@ -4,11 +4,6 @@
 #include "cli/option_declarer.hpp"
 
 namespace vanta {
-namespace {
-
-constexpr double kLongestFile = 7.0 * 24.0 * 3600.0;  // seconds
-
-}  // namespace
 
 void ScopeArguments::declareTo(CLI::App& app) {
     settings.declareTo(app);

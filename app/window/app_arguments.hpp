@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/picture_size.hpp"
 #include "cli/settings_arguments.hpp"
 #include "plugin/settings/plugin_settings.hpp"
 
@@ -21,7 +22,7 @@ struct AppArguments {
     /// Nothing without --size. UsageError for what is neither a name, a number of a row nor WIDTHxHEIGHT.
     std::optional<Size> chosenSize() const;
     /// Pixels of a logical unit: 1, 1.5 or 2. UsageError for any other.
-    float chosenScale(float usual) const;
+    float chosenScale(float usual) const { return readPictureScale(scale, usual); }
 
     std::vector<std::string> files;  ///< at most one
     SettingsArguments settings;
@@ -33,6 +34,7 @@ struct AppArguments {
     bool noJack = false;
     bool startsPaused = false;
     std::string screenshot;
+    std::string open;
     std::optional<double> atSeconds;
     bool replace = false;
 };

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <limits>
 #include <memory>
@@ -18,6 +19,7 @@
 #include "cli/messages.hpp"
 #include "cli/output_file.hpp"
 #include "cli/parsing.hpp"
+#include "cli/suggestion.hpp"
 #include "foundation/output_check.hpp"
 #include "gui/opengl/acceleration_mode.hpp"
 #include "host/common/product_identity.hpp"
@@ -35,6 +37,11 @@ void check(const AppArguments& arguments) {
     if (arguments.software && arguments.openGl)
         throw UsageError("--software and --opengl cannot be combined: use one of them");
     if (arguments.screenshot.empty() && arguments.atSeconds) throw UsageError("--at needs --screenshot");
+    if (!arguments.open.empty()) {
+        if (arguments.screenshot.empty()) throw UsageError("--open needs --screenshot");
+        if (std::ranges::count(openableNames(), arguments.open) == 0)
+            throw unknownName("thing to open", arguments.open, openableNames());
+    }
     static_cast<void>(arguments.chosenSize());
     static_cast<void>(arguments.chosenScale(0.0f));
 }
@@ -84,7 +91,8 @@ int takeScreenshot(const AppArguments& arguments, RenderSource* source, ChannelL
     const Screenshot screenshot{.plugin = plugin,
                                 .input = source ? &source->input() : nullptr,
                                 .endSeconds = end,
-                                .scale = arguments.chosenScale(1.0f)};
+                                .scale = arguments.chosenScale(1.0f),
+                                .opened = arguments.open};
     writeOutput(arguments.screenshot, [&](const fs::path& file) { writeScreenshot(file, screenshot); });
     return kExitDone;
 }

@@ -26,6 +26,31 @@ std::int64_t readStreamTime() {
     return streamTime;
 }
 
+/// For what comes slowly to be there.
+constexpr int kOpeningFrames = 60;
+
+struct Openable {
+    const char* name;
+    void (*open)(interface::VantaInterface& interface);
+};
+
+const std::array<Openable, 6> kOpenables{{
+    {"dither", [](interface::VantaInterface& interface) { interface.bottomBar().dither().button().click(); }},
+    {"learn", [](interface::VantaInterface& interface) { interface.midiLearn().midiLearnMode = true; }},
+    {"value",
+     [](interface::VantaInterface& interface) {
+         interface.valueDisplay().show(*interface.bindings().control(0));
+     }},
+    {"hint",
+     [](interface::VantaInterface& interface) {
+         interface.showInHintWindow(interface.model().parameterAt(0)->helpText,
+                                    interface::HelpHints::kAlways);
+     }},
+    {"welcome",
+     [](interface::VantaInterface& interface) { interface.postEvent(interface::event::kWelcome); }},
+    {"about", [](interface::VantaInterface& interface) { interface.showAbout(); }},
+}};
+
 class NoEvents final : public HostEventSource {
 public:
     bool next(HostEvent&) override { return false; }
@@ -42,9 +67,12 @@ public:
           channels_(static_cast<std::size_t>(wanted.plugin.channelCount()), std::vector<float>(kBlock)) {
         ui_.deviceBacking().setScale(wanted.scale);
         shot_.plugin.activate(rate_, kBlock);
-        // No picture is anybody's first sight of the program.
-        model_.statics().settings.showWelcomeHint = false;
+        // No picture is anybody's first sight of the program, unless it is to show that.
+        model_.statics().settings.showWelcomeHint = shot_.opened == "welcome";
         interface_.emplace(ui_, model_);
+        for (const Openable& each : kOpenables) {
+            if (shot_.opened == each.name) open(each);
+        }
     }
 
     void run() {
@@ -56,6 +84,11 @@ public:
     void write(const std::filesystem::path& file) { gui::writePng(*ui_.picture(), file.string()); }
 
 private:
+    void open(const Openable& openable) {
+        frame();
+        openable.open(*interface_);
+        for (int i = 0; i < kOpeningFrames; ++i) frame();
+    }
     void playBlock() {
         std::array<float*, kMaxChannels> outputs{};
         std::array<const float*, kMaxChannels> inputs{};
@@ -92,6 +125,15 @@ private:
 };
 
 }  // namespace
+
+const std::vector<std::string>& openableNames() {
+    static const std::vector<std::string> names = [] {
+        std::vector<std::string> all;
+        for (const Openable& each : kOpenables) all.emplace_back(each.name);
+        return all;
+    }();
+    return names;
+}
 
 void writeScreenshot(const std::filesystem::path& file, const Screenshot& screenshot) {
     streamTime = 0;

@@ -46,6 +46,8 @@ public:
 
     /// As HelpHints::show.
     void showInHintWindow(const std::string& text, int flags) { hints_.show(text, flags); }
+    /// The name of the plug-in, its version and where more of it is, in a dialog.
+    void showAbout();
     /// Once all controls are there: the hint window comes on top, and a new user is welcomed.
     void finish();
 
@@ -65,7 +67,6 @@ private:
                                  ActionMenu& menu);
     void openLater(const std::string& address);
     void open(const std::string& fileOrAddress);
-    void showAbout();
     void windowResized(void*);
     void learnModeChanged(void*);
 

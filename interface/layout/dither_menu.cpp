@@ -19,14 +19,21 @@ constexpr int kOffAlpha = 64;
 constexpr float kOffMargin = 10.0f;
 constexpr float kOnMargin = 5.0f;
 
-/// Opaque, as what lies below is in motion or full of controls.
+/// From the edges of the ground's picture to its plate: left, top, right, bottom.
+constexpr gui::Rect kGroundShadow{6.0f, 4.0f, 6.0f, 14.0f};
+
+/// Opaque, as what lies below is in motion or full of controls. The plate fills it, without its shadow, and
+/// goes on behind the bottom bar.
 class DitherPanel final : public gui::AnimatedControl {
 public:
     DitherPanel(gui::UserInterface& interface, gui::Animator* animatedBy)
         : AnimatedControl(interface, animatedBy), ground_(gui::loadPicture(interface, "PopupBackground")) {}
 
     void paint(gui::Canvas& canvas) override {
-        canvas.drawStretched(*ground_, localBounds(), ground_->logicalRect());
+        const Rect& all = localBounds();
+        const Rect around{all.left - kGroundShadow.left, all.top - kGroundShadow.top,
+                          all.right + kGroundShadow.right, all.bottom + kGroundShadow.bottom};
+        canvas.drawStretched(*ground_, around, ground_->logicalRect());
     }
 
 private:

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "interface/controls/gain_slider.hpp"
+#include "interface/display/scale_strip.hpp"
 #include "interface/layout/advanced_panel.hpp"
 #include "interface/layout/display_buttons.hpp"
 #include "interface/layout/interface_form.hpp"
 #include "interface/layout/output_card.hpp"
-#include "interface/layout/scale_strip.hpp"
 #include "interface/loudness/vanta_meter_panel.hpp"
 
 namespace vanta::interface {

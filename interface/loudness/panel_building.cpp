@@ -175,7 +175,8 @@ void VantaMeterPanel::buildButtons() {
         button->text().fontSize = 7.5f;
     }
     if (isCompact()) {
-        scaleButton_->textOffset = 3.0f;
+        scaleButton_->textAlignment = gui::Alignment::Center;
+        scaleButton_->textOffset = 0.0f;
         scaleButton_->text().fontSize = 6.75f;
     } else {
         scaleButton_->setIcon("IconSelect");

@@ -68,6 +68,7 @@ private:
     void paintFrame(gui::Canvas& canvas, const gui::Control& control, int opacity) const;
     void paintLabels(gui::Canvas& canvas);
     void placeParts();
+    float promptLeft(float width) const;
     void entered(void* sender);
     void left(void* sender);
     void closeHit(void*) { owner_.close(); }

@@ -14,10 +14,12 @@
 namespace vanta::interface {
 namespace {
 
-constexpr float kBubbleTop = 54.0f;
+/// On the top bar, where the fewest controls are that can be learned.
+constexpr float kBubbleTop = 6.0f;
 constexpr float kBubbleHeight = 28.0f;
 /// Of the bubble's text from its sides, shadow included.
 constexpr float kBubbleMargin = 14.0f;
+constexpr float kBubbleGap = 4.0f;
 constexpr float kCloseWidth = 48.0f;
 constexpr float kCloseHeight = 20.0f;
 constexpr float kRemoveSize = 12.0f;
@@ -48,11 +50,26 @@ gui::Rect MidiLearnController::labelBounds(const Learned& learned) const {
     return gui::Rect::ofSize(x, y, size.width(), size.height());
 }
 
+/// In the middle, or as near to it as leaves those controls of the row uncovered that can be learned.
+float MidiLearnController::promptLeft(float width) const {
+    const float middle = localBounds().width() / 2.0f;
+    float least = 0.0f;
+    float most = localBounds().width();
+    for (const Learned& learned : learned_) {
+        if (!learned.control || !learned.control->isShown()) continue;
+        const gui::Rect at = learned.control->windowBounds();
+        if (at.top >= kBubbleTop + kBubbleHeight || at.bottom <= kBubbleTop) continue;
+        if (at.left >= middle) most = std::min(most, at.left - kBubbleGap);
+        if (at.right <= middle) least = std::max(least, at.right + kBubbleGap);
+    }
+    return std::max(std::min(std::max(std::round(middle - width / 2.0f), least), most - width), 0.0f);
+}
+
 void MidiLearnController::placeParts() {
     promptText_->text = prompt();
     const float width = std::ceil(promptText_->width()) + 2.0f * kBubbleMargin;
     const float all = width + kCloseWidth;
-    const float left = std::max(std::round((localBounds().width() - all) / 2.0f), 0.0f);
+    const float left = promptLeft(all);
     bubble_ = gui::Rect::ofSize(left, kBubbleTop, width, kBubbleHeight);
     close_->bounds = gui::Rect::ofSize(bubble_.right, kBubbleTop + 3.0f, kCloseWidth, kCloseHeight);
     const bool removable = assignedController_ >= 0 && selected_ >= 0;

@@ -2,17 +2,12 @@
 
 #include "foundation/resource.hpp"
 #include "gui/artwork/artwork_resources.hpp"
-#include "gui/controls/shape.hpp"
 #include "gui/tree/root_control.hpp"
 
 namespace vanta::interface {
 namespace {
 
 constexpr int kFramesPerSecond = 60;
-constexpr float kScaleWidth = 44.0f;
-constexpr gui::Color kDarkGlass{8, 9, 12, 168};
-constexpr gui::Color kHalfGlass{8, 9, 12, 128};
-constexpr gui::Color kClearGlass{8, 9, 12, 0};
 constexpr float kTopBar = 48.0f;  ///< the last 8 units are its shadow
 constexpr float kBottomBar = 27.0f;
 
@@ -43,11 +38,10 @@ LimiterPage::LimiterPage(gui::UserInterface& interface, ExchangeLink& link, floa
     gui::RootControl& root = interface.rootControl();
     display_->sampleRate = sampleRate;
     display_->anchor = gui::anchor::kTopLeft;
-    display_->grid().showLabels = false;
     display_->parent = &root;
-    buildScale();
+    scale_.emplace(root, *display_);
     panel_ = &interface.make<VantaMeterPanel>(root, link, animator_, VantaMeterPanel::Form::Regular);
-    panel_->setMainScale(display_, {&numbers_->grid(), &display_->grid()});
+    panel_->setMainScale(display_, {&scale_->grid(), &display_->grid()});
     buildBars();
     link_.onRestart = [this] { display_->restart(); };
     root.onResize.addHandler(this, &LimiterPage::layOut);
@@ -59,27 +53,6 @@ LimiterPage::LimiterPage(gui::UserInterface& interface, ExchangeLink& link, floa
 LimiterPage::~LimiterPage() {
     link_.onRestart = nullptr;
     if (!ui().isDestroying()) ui().rootControl().onResize.removeHandler(this, &LimiterPage::layOut);
-}
-
-/// Dark glass, so that numbers can be read on the moving picture.
-void LimiterPage::buildScale() {
-    auto& glass = ui().make<gui::Shape>();
-    glass.gradient = gui::Gradient(kClearGlass, kHalfGlass, 0.3f, kDarkGlass);
-    glass.direction = gui::Shape::Direction::Right;
-    glass.parent = &ui().rootControl();
-    scale_ = &glass;
-    numbers_ = &ui().make<DisplayGridControl>();
-    numbers_->anchor = gui::anchor::kAll;
-    numbers_->parent = scale_;
-    DisplayGrid& grid = numbers_->grid();
-    grid.setDisplay(display_);
-    grid.margins = display_->grid().margins.value();
-    grid.format = display_->grid().format.value();
-    grid.minimumSpacing = display_->grid().minimumSpacing.value();
-    grid.labelColor = display_->grid().labelColor.value();
-    grid.labelAlignment = gui::Alignment::Right;
-    grid.labelInset = 4.0f;
-    grid.showLines = false;
 }
 
 void LimiterPage::buildBars() {
@@ -100,8 +73,7 @@ void LimiterPage::layOut(void* /*sender*/) {
     const gui::Rect& all = ui().rootControl().localBounds();
     const float right = panel_->bounds.value().left;
     display_->setBounds({0.0f, 0.0f, right, all.height()});
-    scale_->setBounds(gui::Rect{right - kScaleWidth, 0.0f, right, all.height()});
-    numbers_->setBounds(scale_->localBounds());
+    scale_->place(right, all.height());
     topBar_->setBounds({0.0f, 0.0f, all.width(), kTopBar});
     bottomBar_->setBounds({0.0f, all.height() - kBottomBar, all.width(), all.height()});
     display_->setMode(static_cast<DisplayMode>(mode_), all.width());

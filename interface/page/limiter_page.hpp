@@ -1,9 +1,12 @@
 #pragma once
 
+#include <optional>
+
 #include "gui/animation/animator.hpp"
 #include "gui/controls/image.hpp"
 #include "gui/tree/component.hpp"
 #include "interface/display/limiter_display.hpp"
+#include "interface/display/scale_strip.hpp"
 #include "interface/loudness/vanta_meter_panel.hpp"
 #include "interface/page/exchange_link.hpp"
 
@@ -26,7 +29,6 @@ public:
     gui::Animator& animator() { return *animator_; }
 
 private:
-    void buildScale();
     void buildBars();
     gui::Image& addBar(const char* picture, float tile);
     void layOut(void* = nullptr);
@@ -34,8 +36,7 @@ private:
     ExchangeLink& link_;
     gui::Animator* animator_;
     LimiterDisplay* display_;
-    gui::Control* scale_ = nullptr;  ///< the strip with the numbers
-    DisplayGridControl* numbers_ = nullptr;
+    std::optional<ScaleStrip> scale_;
     VantaMeterPanel* panel_ = nullptr;
     gui::Image* topBar_ = nullptr;
     gui::Image* bottomBar_ = nullptr;

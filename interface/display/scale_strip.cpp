@@ -1,4 +1,4 @@
-#include "interface/layout/scale_strip.hpp"
+#include "interface/display/scale_strip.hpp"
 
 #include "gui/controls/shape.hpp"
 #include "gui/tree/user_interface.hpp"

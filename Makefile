@@ -13,6 +13,7 @@ JOBS   ?= $(shell nproc)
         preset-table aax-table artwork artwork-sheet gallery scope app display-pictures bench-commands bench-compare \
         performance-page clean
         preset-table aax-table artwork artwork-sheet gallery scope app display-pictures interface-pictures bench-commands clean
+        preset-table aax-table artwork artwork-sheet gallery scope app display-pictures interface-pictures walk bench-commands clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null
@@ -115,6 +116,12 @@ interface-pictures: PACKAGES += sox
 interface-pictures: app
 	@cmake --build build --parallel $(JOBS) --target render_song
 	@tools/interface_pictures.sh
+
+# A newcomer's first steps by mouse and keyboard, checked, with the pictures of docs/walk.md
+walk: PACKAGES += xvfb xdotool imagemagick zenity
+walk: app
+	@cmake --build build --parallel $(JOBS) --target vanta render_song
+	@tools/walk.sh
 
 # The limiter in a window of its own: build/vanta-app FILE
 app: setup

@@ -49,7 +49,7 @@ for scale in 1 1.5 2; do
     for size in compact small; do
         picture "all-on-$size-$scale" stereo --size $size --scale "$scale" --style Safe --set "Show Advanced=Show" \
             --set "Filter DC Offset=On" --set "Side Chain Triggering=On" --set "Unity Gain=On" \
-            --set "Audition Limiting=On" --set "Lock Output=Locked" --set "True Peak Metering=On" --set "Meter Scale=K-14"
+            --set "Audition Limiting=On" --set "Lock Output=Locked" --set "Meter Scale=K-14"
     done
 done
 ls "$out"/*.png | wc -l

@@ -147,7 +147,7 @@ gui::Button::Style& VantaMeterPanel::selectStyle(const char* kind) {
 void VantaMeterPanel::buildButtons() {
     gui::Button::Style& maximum = makeButtonStyle();
     maximum.loadKind("Transparent");
-    maximum.textRestAlpha = 128;
+    maximum.textRestAlpha = 170;
     timeScaleButton_ = &add<gui::SelectButton>(animator(), &maximum);
     timeScaleButton_->text().fontSize = 6.0f;
     timeScaleButton_->addItem("Max Momentary", "Max M:");

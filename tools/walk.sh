@@ -1,0 +1,127 @@
+#!/bin/bash
+# A newcomer's walk through vanta-app with mouse and keyboard, in an X server of its own: takes the pictures of
+# docs/walk.md and checks on the way that each step did what it says. `make walk` builds what it needs.
+# WALK_DISPLAY: the server's number, 78 unless told.
+set -eu
+cd "$(dirname "$0")/.."
+
+out=docs/walk
+home=$(mktemp -d)
+export XDG_CONFIG_HOME=$home/config XDG_DATA_HOME=$home/data DISPLAY=:${WALK_DISPLAY:-78}
+unset WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS
+export DBUS_SESSION_BUS_ADDRESS=disabled: NO_AT_BRIDGE=1
+song=$home/song.wav
+mkdir -p "$out" "$home/presets"
+build/render_song resources/demo/song.score "$song" > /dev/null
+
+Xvfb "$DISPLAY" -screen 0 1600x1000x24 -nolisten tcp 2> /dev/null &
+server=$!
+app=
+trap 'kill $app $server 2> /dev/null || true; wait; rm -rf "$home"' EXIT
+sleep 2
+
+fail() { echo "walk: $*" >&2; exit 1; }
+x() { timeout 10 xdotool "$@"; }
+open() {
+    build/vanta-app "$song" --no-jack --software --scale 1 "$@" > "$home/log" 2>&1 &
+    app=$!
+    window=$(timeout 20 xdotool search --sync --name 'song.wav - Vanta 2' | head -n 1)
+    [ -n "$window" ] || fail "no window opens"
+    sleep 1
+    x windowfocus "$window"
+}
+# click X Y [BUTTON]
+click() { x mousemove "$1" "$2"; sleep 0.2; x click "${3:-1}"; sleep 0.5; }
+keys() { for key in "$@"; do x key "$key"; sleep 0.25; done; }
+shot() { timeout 10 import -window root -crop "${2:-800x508}+0+0" +repage "$out/$1.png"; }
+# What of the window can be seen in a part of it, as one number.
+seen() { timeout 10 import -window root -crop "$1" +repage -depth 8 rgb:- | cksum; }
+size() { x getwindowgeometry "$window" | sed -n 's/.*Geometry: //p'; }
+changed() { [ "$1" != "$2" ] || fail "$3"; }
+
+open --size small
+[ "$(size)" = 800x508 ] || fail "the window is $(size)"
+sleep 3
+shot 1-open
+welcome=$(seen 60x20+560+304)
+click 400 380
+sleep 1
+changed "$welcome" "$(seen 60x20+560+304)" "the welcome hint stays"
+
+# A preset from the menu: the first of the first folder.
+caption=$(seen 150x16+470+12)
+click 545 19
+keys Down Right
+shot 2-presets
+keys Return
+sleep 1
+changed "$caption" "$(seen 150x16+470+12)" "no preset was loaded"
+
+# Gain, at the slider.
+value=$(seen 40x20+14+170)
+x mousemove 34 296 mousedown 1
+for y in 280 260 240 220 200 180; do x mousemove 34 $y; sleep 0.1; done
+x mouseup 1
+sleep 3
+shot 3-gain
+changed "$value" "$(seen 40x20+14+170)" "Gain did not move"
+
+# Compare with the input, and back.
+button=$(seen 56x16+98+486)
+click 124 494
+sleep 2
+x mousemove 500 300
+shot 4-compare
+changed "$button" "$(seen 56x16+98+486)" "Compare does not light up"
+click 124 494
+
+# Loudness.
+click 660 56
+keys End Return
+sleep 4
+shot 5-loudness
+# MIDI learn.
+click 60 467
+click 34 180
+sleep 1
+x mousemove 300 300
+sleep 1
+shot 6-learn
+click 60 467
+
+# A preset of one's own, by the desktop's dialog.
+mine=$home/presets/Mine.qmp
+click 545 19
+keys End Up Return
+dialog=$(timeout 20 xdotool search --sync --onlyvisible --class zenity | tail -n 1)
+[ -n "$dialog" ] || fail "no dialog opens"
+sleep 2
+timeout 10 import -window root -crop 1100x760+0+0 +repage "$out/7-save.png"
+x windowfocus "$dialog" || true
+x key ctrl+a
+x type --delay 30 "$mine"
+sleep 0.5
+keys Return
+sleep 2
+[ -s "$mine" ] || fail "the preset was not saved"
+build/vanta preset show "$mine" > "$home/mine"
+grep -q '^Gain' "$home/mine" || fail "the preset has no Gain"
+grep -Eq '^Gain +\+?0\.00' "$home/mine" && fail "the preset has not the Gain that was set"
+x windowfocus "$window"
+
+# Another size, which is remembered with the rest.
+click 784 467
+keys End Up Return
+sleep 2
+[ "$(size)" = 1330x826 ] || fail "after the choice of Large the window is $(size)"
+shot 8-resize 1330x826
+x windowfocus "$window"
+keys q
+sleep 2
+kill -0 "$app" 2> /dev/null && fail "q does not quit"
+open
+[ "$(size)" = 1330x826 ] || fail "the size was not remembered: $(size)"
+sleep 2
+timeout 10 import -window root -crop 1330x826+0+0 +repage "$home/again.png"
+keys q
+echo "the walk went well: $out"

@@ -140,7 +140,7 @@ vanta_layer(cli SEES foundation plugin/parameters plugin/presets plugin/settings
 vanta_layer(app SEES cli)
 vanta_layer(app/clap SEES host/clap host/editor)
 vanta_layer(app/vst3 SEES host/vst3 host/editor)
-vanta_layer(app/lv2 SEES host/lv2)
+vanta_layer(app/lv2 SEES host/lv2 host/editor)
 vanta_layer(app/aax SEES plugin/model host/common host/aax/standin host/aax host/editor gui/graphics gui/tree gui/x11
             interface/binding)
 vanta_layer(app/gallery SEES foundation gui/artwork gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11)

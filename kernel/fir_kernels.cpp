@@ -81,20 +81,34 @@ void interpolateHalfBand(const float* window, const float* branch, std::size_t t
     });
 }
 
+#if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
+
+// Without vectors the compiler makes less of the sums the more is done with them in place.
+void peaksOfHalfBand(const float* window, const float* branch, std::size_t tapCount, float* out,
+                     std::size_t count) {
+    constexpr std::size_t kTile = 128;
+    float pairs[2 * kTile];
+    for (std::size_t done = 0; done < count; done += kTile) {
+        const std::size_t piece = std::min(kTile, count - done);
+        interpolateHalfBand(window + done, branch, tapCount, pairs, piece);
+        for (std::size_t i = 0; i < piece; ++i) {
+            out[done + i] = std::max(std::abs(pairs[2 * i]), std::abs(pairs[2 * i + 1]));
+        }
+    }
+}
+
+#else
+
 void peaksOfHalfBand(const float* window, const float* branch, std::size_t tapCount, float* out,
                      std::size_t count) {
     const float* centre = window + tapCount / 2 - 1;
     const BranchSum<1> sums{branch, tapCount / 2};
-#if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
-    // Without vectors the compiler makes less of the sums the more is done with them in place.
-    sums.overAll(window, count, [&](auto d, std::size_t i, auto sum) { hn::StoreU(sum, d, out + i); });
-    for (std::size_t i = 0; i < count; ++i) out[i] = std::max(std::abs(centre[i]), std::abs(out[i]));
-#else
     sums.overAll(window, count, [&](auto d, std::size_t i, auto sum) {
         hn::StoreU(hn::Max(hn::Abs(hn::LoadU(d, centre + i)), hn::Abs(sum)), d, out + i);
     });
-#endif
 }
+
+#endif
 
 // The branch meets every second sample only. They are brought side by side first, a piece that stays in the
 // nearest cache at a time.
@@ -172,6 +186,17 @@ HWY_INLINE hn::VFromD<D> foldGroups(D d, const float* in) {
 }
 #endif
 
+// One group, in the same order.
+template <std::size_t kFactor, class Choice, class D>
+HWY_INLINE hn::VFromD<D> foldGroup(D single, const float* in) {
+    if constexpr (kFactor == 1) {
+        return Choice::load(hn::LoadU(single, in));
+    } else {
+        return Choice()(foldGroup<kFactor / 2, Choice>(single, in),
+                        foldGroup<kFactor / 2, Choice>(single, in + kFactor / 2));
+    }
+}
+
 template <std::size_t kFactor, class Choice>
 HWY_INLINE void overGroups(const float* in, float* out, std::size_t count) {
     const hn::CappedTag<float, 1> single;
@@ -184,12 +209,7 @@ HWY_INLINE void overGroups(const float* in, float* out, std::size_t count) {
     }
 #endif
     for (; i < count; ++i) {
-        const float* group = in + i * kFactor;
-        auto chosen = Choice::load(hn::Set(single, group[0]));
-        for (std::size_t k = 1; k < kFactor; ++k) {
-            chosen = Choice()(chosen, Choice::load(hn::Set(single, group[k])));
-        }
-        out[i] = hn::GetLane(chosen);
+        hn::StoreU(foldGroup<kFactor, Choice>(single, in + i * kFactor), single, out + i);
     }
 }
 

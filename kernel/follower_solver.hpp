@@ -45,8 +45,9 @@ struct FollowerTrack {
 /// followerCoefficients and the time is one of attack and release: for a distance x = in - level above 0
 /// (Steady and Plain) or above -2^-23 dB (the others) attack, else release, and with
 ///     u = t |x| / 10,  time = u + (t - u) curve + exp(-|x|) smoothing.
-/// Within 1 unit in the last place of the level or 2e-6 dB of the exact recursion. Follows all tracks side by
-/// side; none hears the other, and each gives what it gives alone. Any length and alignment.
+/// Within 2 units in the last place of the level and 2e-6 dB of the exact recursion: blocks that are cut
+/// otherwise may differ by that. Follows all tracks side by side; none hears the other, and each gives what
+/// it gives alone. Any length and alignment.
 ///
 /// False, with nothing done, on machines without vectors, where one step after the other is quicker.
 extern const Kernel<bool(FollowerLaw law, const FollowerTrack* tracks, std::size_t trackCount,

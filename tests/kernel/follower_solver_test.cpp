@@ -143,7 +143,6 @@ TEST_P(FollowerSolver, TakesTheStepsOfItsTwinAtAnyLengthAndBesideAnother) {
         int solving = 0;
         forEachInstructionSet([&](const char* set) {
             SCOPED_TRACE(fmt::format("{} {}", set, range.name));
-            FollowerState none;
             if (!kernel::follow(GetParam(), nullptr, 0, kRate, 0)) return;
             ++solving;
             const auto together = solved(GetParam(), both, kSizes);

@@ -112,7 +112,8 @@ struct Controls {
     /// With the distance x, the time t and y = ln(10) / (t sampleRate): share = 1 - exp(-y), so
     ///     bend = -d share / d|x| = exp(-y) y/t dt/d|x|,
     ///     pass = d (level + share x) / d level = 1 - share + |x| bend.
-    HWY_INLINE Motion at(GroupPart distance, hn::Mask<GroupTag> attacking) const {
+    HWY_INLINE Motion at(GroupPart distance) const {
+        const auto attacking = hn::Gt(distance, all(kAttackAbove));
         const auto one = all(1.0f);
         auto time = hn::IfThenElse(attacking, attack, release);
         if constexpr (kPlain) {
@@ -186,25 +187,28 @@ HWY_INLINE void followGroup(const FollowerTrack& track, std::size_t at,
     }
     Group before = samplesBefore(course);
     for (std::size_t round = 0; round <= kGroupSamples; ++round) {
-        std::array<Motion, 2> motion;
-        Group distance, pass, residual;
+        const Group distance{hn::Sub(target[0], before[0]), hn::Sub(target[1], before[1])};
+        // Made in place: copies of such aggregates go through memory in halves, which the next load waits
+        // for.
+        const std::array<Motion, 2> motion{controls[0].at(distance[0]), controls[1].at(distance[1])};
+        Group pass, residual;
         for (std::size_t part = 0; part < 2; ++part) {
-            distance[part] = hn::Sub(target[part], before[part]);
-            motion[part] =
-                controls[part].at(distance[part], hn::Gt(distance[part], all(Controls<law>::kAttackAbove)));
             pass[part] = motion[part].pass;
             share[part] = motion[part].share;
             residual[part] = hn::MulAdd(share[part], distance[part], hn::Sub(before[part], course[part]));
         }
         const Group change = solveRecursion(pass, residual);
-        Group moved = before;
         for (std::size_t part = 0; part < 2; ++part) {
             // A share of 1 arrives exactly: whether the next sample is an attack may hang on the last digit.
             const auto arrives = hn::Eq(share[part], all(1.0f));
             course[part] = hn::IfThenElse(arrives, target[part], hn::Add(course[part], change[part]));
         }
-        before = samplesBefore(course);
-        for (std::size_t part = 0; part < 2; ++part) moved[part] = hn::Sub(before[part], moved[part]);
+        const Group found = samplesBefore(course);
+        Group moved;
+        for (std::size_t part = 0; part < 2; ++part) {
+            moved[part] = hn::Sub(found[part], before[part]);
+            before[part] = found[part];
+        }
         if (hn::AllFalse(d, hn::Or(unsettled<law>(motion[0], distance[0], moved[0]),
                                    unsettled<law>(motion[1], distance[1], moved[1])))) {
             break;

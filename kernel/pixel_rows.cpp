@@ -34,14 +34,13 @@ HWY_INLINE V inBothHalves(V factor) {
     return hn::Or(factor, hn::ShiftLeft<16>(factor));
 }
 
+#if HWY_TARGET == HWY_SCALAR
 /// Each half divided by 255, rounded; exact up to 255 * 255.
 template <typename D, typename V>
 HWY_INLINE V by255(D d, V halves) {
     const auto t = hn::Add(halves, hn::Set(d, 0x00800080u));
     return oddBytes(d, hn::Add(t, oddBytes(d, t)));
 }
-
-#if HWY_TARGET == HWY_SCALAR
 /// Each half times a factor that is the same in both.
 template <typename D, typename V>
 HWY_INLINE V multiplyHalves(D d, V halves, V factor) {
@@ -60,6 +59,13 @@ HWY_INLINE V addBytes(D d, V a, V b) {
                      addHalves(d, oddBytes(d, a), oddBytes(d, b)));
 }
 #else
+/// The same in one product: (t + (t >> 8)) >> 8 is t * 257 >> 16.
+template <typename D, typename V>
+HWY_INLINE V by255(D d, V halves) {
+    const hn::Repartition<std::uint16_t, D> lanes;
+    const auto t = hn::Add(hn::BitCast(lanes, halves), hn::Set(lanes, std::uint16_t{128}));
+    return hn::BitCast(d, hn::MulHigh(t, hn::Set(lanes, std::uint16_t{257})));
+}
 template <typename D, typename V>
 HWY_INLINE V multiplyHalves(D d, V halves, V factor) {
     const hn::Repartition<std::uint16_t, D> lanes;
@@ -147,6 +153,34 @@ void mixRows(const std::uint32_t* from, const std::uint32_t* to, std::uint32_t a
     });
 }
 
+void rampRows(const PixelRamps& ramps, std::uint32_t from, std::uint32_t to, std::int32_t begin,
+              std::int32_t end, std::uint32_t* target, std::size_t stride, std::size_t count) {
+    for (std::int32_t y = begin; y < end; ++y, target += stride) {
+        vectorLoop<std::uint32_t>(count, [&](auto d, std::size_t i) {
+            const hn::RebindToFloat<decltype(d)> real;
+            const hn::RebindToSigned<decltype(d)> whole;
+            const auto way = hn::Mul(
+                hn::Sub(hn::Set(real, static_cast<float>(y) + 0.5f), hn::LoadU(real, ramps.start + i)),
+                hn::LoadU(real, ramps.rate + i));
+            const auto bounded = hn::Min(hn::Max(way, hn::Zero(real)), hn::Set(real, 256.0f));
+            const auto rounded = hn::ConvertTo(whole, hn::Add(bounded, hn::Set(real, 0.5f)));
+            const auto in = hn::BitCast(d, rounded);
+            const auto mix = [&](auto a, auto b) {
+                const auto sum =
+                    hn::Add(multiplyHalves(d, a, inBothHalves(hn::Sub(hn::Set(d, 256u), in))),
+                            hn::Add(multiplyHalves(d, b, inBothHalves(in)), hn::Set(d, 0x00800080u)));
+                return oddBytes(d, sum);
+            };
+            const auto a = hn::Set(d, from), b = hn::Set(d, to);
+            const auto mixed =
+                joinBytes(mix(evenBytes(d, a), evenBytes(d, b)), mix(oddBytes(d, a), oddBytes(d, b)));
+            const auto hasBegun = hn::Not(hn::Lt(hn::Set(whole, y), hn::LoadU(whole, ramps.first + i)));
+            const auto old = hn::LoadU(d, target + i);
+            hn::StoreU(hn::IfThenElse(hn::RebindMask(d, hasBegun), mixed, old), d, target + i);
+        });
+    }
+}
+
 }  // namespace HWY_NAMESPACE
 }  // namespace vanta::kernel
 HWY_AFTER_NAMESPACE();
@@ -159,6 +193,7 @@ VANTA_KERNEL(blendFadedRow);
 VANTA_KERNEL(blendMaskedRow);
 VANTA_KERNEL(blendPixel);
 VANTA_KERNEL(mixRows);
+VANTA_KERNEL(rampRows);
 
 }  // namespace vanta::kernel
 #endif

@@ -26,4 +26,16 @@ extern const Kernel<void(const std::uint32_t* from, const std::uint32_t* to, std
                          std::uint32_t* target, std::size_t count)>
     mixRows;
 
+/// Columns of pixels that begin at rows of their own, and run from one colour to another from there on.
+struct PixelRamps {
+    const std::int32_t* first;  ///< row of each column; those above it stay as they are
+    const float* start;         ///< position along the column where it still has its first colour
+    const float* rate;          ///< 256ths of the way to the last colour for each row
+};
+/// From row `begin` to before row `end`, at `target` the first of them; a row begins `stride` pixels after
+/// the one above. The weight is that of the middle of a pixel, rounded to 256ths, as is what is mixed.
+extern const Kernel<void(const PixelRamps& ramps, std::uint32_t from, std::uint32_t to, std::int32_t begin,
+                         std::int32_t end, std::uint32_t* target, std::size_t stride, std::size_t count)>
+    rampRows;
+
 }  // namespace vanta::kernel

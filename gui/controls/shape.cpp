@@ -2,9 +2,15 @@
 
 #include <algorithm>
 
+#include "gui/graphics/bitmap.hpp"
 #include "gui/graphics/canvas.hpp"
+#include "gui/tree/user_interface.hpp"
 
 namespace vanta::gui {
+
+Shape::Shape(UserInterface& interface) : Control(interface) {}
+
+Shape::~Shape() = default;
 
 Rect Shape::inside() const {
     const Rect& all = localBounds();
@@ -37,7 +43,29 @@ int Shape::alphaAt(Point point) {
 
 void Shape::propertyChanged(AbstractProperty& property) {
     Control::propertyChanged(property);
+    gradientPicture_.reset();
     markDirty();
+}
+
+void Shape::resized() {
+    gradientPicture_.reset();
+    Control::resized();
+}
+
+void Shape::refreshTree() {
+    gradientPicture_.reset();
+    Control::refreshTree();
+}
+
+/// Strips a device pixel wide cost far more than a picture of them.
+void Shape::buildGradient() {
+    const Rect room = inside();
+    gradientPicture_ = ui().createBitmap();
+    gradientPicture_->setLogicalSize(localBounds().width(), localBounds().height());
+    if (gradientPicture_->isEmpty() || room.isEmpty()) return;
+    gradientPicture_->hasAlpha = true;
+    gradientPicture_->fill();
+    paintGradient(gradientPicture_->canvas());
 }
 
 /// One strip a device pixel, so that it is as smooth at each scale.
@@ -58,7 +86,10 @@ void Shape::paintGradient(Canvas& canvas) const {
 void Shape::paint(Canvas& canvas) {
     const Rect room = inside();
     if (kind == Kind::Rectangle && gradient.value().isEmpty()) canvas.fillRect(room, color);
-    if (kind == Kind::Rectangle && !gradient.value().isEmpty()) paintGradient(canvas);
+    if (kind == Kind::Rectangle && !gradient.value().isEmpty()) {
+        if (!gradientPicture_) buildGradient();
+        canvas.drawBitmap(*gradientPicture_, Point{});
+    }
     if (borderWidth > 0.0f) canvas.drawFrame(room, borderColor, borderWidth);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "gui/graphics/color.hpp"
 #include "gui/graphics/gradient.hpp"
 #include "gui/tree/control.hpp"
@@ -17,7 +19,8 @@ public:
     /// In which the gradient runs.
     enum class Direction { Left, Up, Right, Down };
 
-    using Control::Control;
+    explicit Shape(UserInterface& interface);
+    ~Shape() override;
 
     Property<Kind> kind{this, Kind::Rectangle};
     Property<Color> color{this, Color{0, 0, 0, 255}};
@@ -31,12 +34,17 @@ public:
     int alphaAt(Point point) override;
     void propertyChanged(AbstractProperty& property) override;
     void paint(Canvas& canvas) override;
+    void resized() override;
+    void refreshTree() override;
 
 private:
     Rect inside() const;
     /// Of a point along the gradient, 0 to 1.
     float positionOf(Point point) const;
+    void buildGradient();
     void paintGradient(Canvas& canvas) const;
+
+    std::unique_ptr<Bitmap> gradientPicture_;  ///< of what is inside; made when it is painted first
 };
 
 }  // namespace vanta::gui

@@ -12,7 +12,7 @@
 namespace vanta::gui {
 namespace {
 
-constexpr int kTileColumns = 32;
+constexpr int kTileColumns = 64;
 
 /// The first pixel whose middle lies at or below a position, within `low` to `high`.
 int pixelFrom(float position, int low, int high) {
@@ -21,6 +21,11 @@ int pixelFrom(float position, int low, int high) {
     if (!(first < static_cast<float>(high))) return high;
     const int whole = static_cast<int>(first);
     return static_cast<float>(whole) < first ? whole + 1 : whole;
+}
+
+/// 256ths of the way from one position to the next, for each pixel.
+float rateOf(float firstAt, float lastAt) {
+    return 256.0f / std::max(lastAt - firstAt, 0.001f);
 }
 
 /// A column of pixels, some way apart in memory.
@@ -35,7 +40,7 @@ public:
     void ramp(Pixel first, Pixel last, float firstAt, float lastAt, int from, int to) const {
         if (from >= to) return;
         if (first == last) return fill(first, from, to);
-        const float rate = 256.0f / std::max(lastAt - firstAt, 0.001f);
+        const float rate = rateOf(firstAt, lastAt);
         for (int i = from; i < to; ++i) {
             base_[i * step_] =
                 mixPixels(first, last, weightOf((static_cast<float>(i) + 0.5f - firstAt) * rate));
@@ -118,6 +123,7 @@ private:
         tileHeight_ = bottom - top;
         if (isPlainBelow_) std::fill_n(tile_.data(), kTileColumns * (bottom - top), colors_.bottom);
         for (int i = 0; i < count; ++i) paintColumn(columns[static_cast<std::size_t>(i)], i, top, bottom);
+        if (hasRowsBelow()) paintRowsBelow(count, top, bottom);
         blendTile({left, top, left + count, bottom});
     }
 
@@ -147,8 +153,23 @@ private:
             colorAt = band.glowBottom;
         }
         if (isPlainBelow_) return;
-        target.ramp(color, colors_.bottom, colorAt, std::max(colorAt, static_cast<float>(area_.bottom)), y,
-                    bottom);
+        const float end = std::max(colorAt, static_cast<float>(area_.bottom));
+        if (!hasRowsBelow()) return target.ramp(color, colors_.bottom, colorAt, end, y, bottom);
+        const auto i = static_cast<std::size_t>(index);
+        belowFirst_[i] = y;
+        belowStart_[i] = colorAt;
+        belowRate_[i] = rateOf(colorAt, end);
+    }
+
+    /// What lies below a curve over x is most of the picture, and is painted by rows.
+    bool hasRowsBelow() const { return !isPlainBelow_ && !isVertical_; }
+
+    void paintRowsBelow(int count, int top, int bottom) {
+        const int begin = *std::min_element(belowFirst_.begin(), belowFirst_.begin() + count);
+        kernel::rampRows({belowFirst_.data(), belowStart_.data(), belowRate_.data()},
+                         colors_.entries[lastEntry()].below, colors_.bottom, begin, bottom,
+                         tile_.data() + static_cast<std::ptrdiff_t>(begin - top) * kTileColumns, kTileColumns,
+                         static_cast<std::size_t>(count));
     }
 
     void blendTile(const DeviceRect& part) {
@@ -179,6 +200,10 @@ private:
     bool isPlainBelow_;
     std::vector<Pixel> tile_;
     int tileHeight_ = 0;
+    // Of each column of the tile: where it runs from the curve to the bottom.
+    std::array<std::int32_t, kTileColumns> belowFirst_{};
+    std::array<float, kTileColumns> belowStart_{};
+    std::array<float, kTileColumns> belowRate_{};
 };
 
 }  // namespace

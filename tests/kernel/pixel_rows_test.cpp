@@ -57,6 +57,15 @@ Row randomRow(unsigned seed, std::size_t count) {
 
 TEST(PixelRows, AreLaidOverEachOtherAsWholeNumbersAre) {
     const Row source = randomRow(1, 400), mask = randomRow(2, 400), target = randomRow(3, 400);
+    // Ramps that have not begun, are under way and are over.
+    constexpr std::uint32_t kFrom = 0x00FF8001, kTo = 0xFF00FE33;
+    std::vector<std::int32_t> first(400);
+    std::vector<float> start(400), rate(400);
+    for (std::size_t i = 0; i < first.size(); ++i) {
+        start[i] = static_cast<float>(i * 7 % 50) + 0.25f;
+        first[i] = static_cast<std::int32_t>(start[i]);
+        rate[i] = i % 5 == 0 ? 256000.0f : 8.0f;
+    }
     const auto check = [&](const char* name, auto run, auto expected) {
         for (const std::size_t length : {0, 1, 2, 3, 4, 7, 8, 9, 15, 16, 17, 33, 300}) {
             for (std::size_t offset = 0; offset < 3; ++offset) {
@@ -78,6 +87,19 @@ TEST(PixelRows, AreLaidOverEachOtherAsWholeNumbersAre) {
         check(
             "blendPixel", [&](auto, auto* out, auto n) { kernel::blendPixel(0x40102030, out, n); },
             [&](auto i) { return over(0x40102030, target[i]); });
+        check(
+            "rampRows",
+            [&](auto at, auto* out, auto n) {
+                kernel::rampRows({first.data() + at, start.data() + at, rate.data() + at}, kFrom, kTo, 40, 41,
+                                 out, n, n);
+            },
+            [&](auto i) {
+                if (40 < first[i]) return target[i];
+                const double weight = std::clamp((40.5 - start[i]) * rate[i], 0.0, 256.0);
+                const auto in = static_cast<int>(std::lround(weight));
+                return pixelOf(
+                    [&](int b) { return (byteOf(kFrom, b) * (256 - in) + byteOf(kTo, b) * in + 128) / 256; });
+            });
         for (const int alpha : {0, 1, 100, 255}) {
             const auto a = static_cast<std::uint32_t>(alpha);
             check(

@@ -21,6 +21,8 @@ public:
 
     Display* display() const { return display_; }
     const std::string& name() const { return name_; }
+    /// Of the system's numbers.
+    int process() const { return process_; }
     Window root() const { return DefaultRootWindow(display_); }
 
     void movePointer(int x, int y);

@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <thread>
 
 #include "gui/artwork/artwork_resources.hpp"
 #include "tests/host/session.hpp"
 #include "tests/interface/frame_rig.hpp"
+#include "tests/interface/later.hpp"
 
 // Last, as X's headers take common words away.
 #include <X11/keysym.h>
@@ -15,22 +15,6 @@
 
 namespace vanta::interface {
 namespace {
-
-/// Does something when whoever asks is off the stack, as a host does that closes a window.
-class Later final : public gui::Component {
-public:
-    Later(gui::UserInterface& interface, std::function<void()> done)
-        : Component(interface), action_(std::move(done)) {
-        ui().postDeferred(*this, 0);
-    }
-    void deferredCall(int) override {
-        const auto action = action_;
-        action();
-    }
-
-private:
-    std::function<void()> action_;
-};
 
 /// Painted in memory or, by a thread of its own, with OpenGL.
 class FrameWindowTest : public ::testing::TestWithParam<bool> {

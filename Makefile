@@ -44,7 +44,7 @@ test: setup
 	@ctest --test-dir build --output-on-failure --parallel $(JOBS)
 
 # Other people's hosts, from Debian's packages.
-test-hosts: PACKAGES += jalv jackd2 qtractor ardour xvfb xauth
+test-hosts: PACKAGES += jalv jackd2 qtractor ardour xvfb xauth openbox xdotool wmctrl x11-utils imagemagick
 test-hosts: plugins
 	@tests/foreign/run.sh build/plugins
 

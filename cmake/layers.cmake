@@ -215,7 +215,8 @@ vanta_layer(tests/measure SEES foundation audiofile measure tests/support)
 vanta_layer(tests/mastering SEES foundation host/offline ${file_rooms} tools/song tests/support)
 vanta_layer(tests/cli SEES foundation ${plugin_rooms} ${limiter_rooms} ${host_rooms} ${file_rooms} cli tools/song
             tests/support tests/plugin)
-vanta_layer(bench SEES ${signal_rooms} plugin/metering limiter/styles limiter/engine limiter/processor ${gui_rooms}
-            interface/display app/gallery measure tests/support tests/gui)
+vanta_layer(bench SEES ${signal_rooms} plugin/metering plugin/model limiter/styles limiter/engine limiter/processor
+            limiter/model host/common ${gui_rooms} interface/display interface/layout app/gallery measure tests/support
+            tests/plugin tests/gui)
 vanta_layer(bench/compare SEES ${signal_rooms} ${plugin_rooms} limiter/styles limiter/parameters host/common tools/song
             tests/support bench)

@@ -1,0 +1,15 @@
+-- A session on the dummy backend whose master bus has noise and the limiter, as LV2 and as VST3.
+AudioEngine:set_backend("None (Dummy)", "", "")
+Session = create_session(os.getenv("HOME") .. "/windows", "windows", 48000)
+local master = Session:master_out()
+local function add(processor, place)
+	assert(master:add_processor_by_index(processor, place, nil, true) == 0)
+	processor:activate()
+end
+add(ARDOUR.LuaAPI.new_luaproc(Session, "ACE Noise"), 0)
+add(ARDOUR.LuaAPI.new_plugin(Session, "urn:quillmark:vanta2:stereo", ARDOUR.PluginType.LV2, ""), 1)
+add(ARDOUR.LuaAPI.new_plugin(Session, "Vanta 2", ARDOUR.PluginType.VST3, ""), 2)
+Session:save_state("")
+close_session()
+print("made")
+quit()

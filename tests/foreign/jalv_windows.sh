@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# Our interface in jalv.gtk3: a hand moves Gain, and the state that jalv saves when it ends has it.
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+. "$here/screen.sh"
+open_screen
+trap 'kill $host 2> /dev/null; close_screen' EXIT
+timeout 120 jalv.gtk3 -d urn:quillmark:vanta2:stereo > "$WORK/jalv.log" 2>&1 &
+host=$!
+find_interface
+drag_gain 120
+picture jalv
+tail -5 "$WORK/jalv.log"

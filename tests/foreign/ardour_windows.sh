@@ -37,7 +37,9 @@ start() { # first or again
     sleep 2
 }
 
-stop() {
+stop() { # with no window of ours open, so that none opens by itself next time
+    bring_up 'windows - Ardour'
+    save_by_keys "$session"
     kill "$host"
     wait "$host" 2> /dev/null || true
     pkill -f "ardour-7.*$HOME/windows" || true

@@ -70,6 +70,27 @@ HWY_INLINE V vectorExp(D d, V x) {
     return hn::Mul(y, hn::BitCast(d, hn::ShiftLeft<23>(hn::Add(n, hn::Set(di, 127)))));
 }
 
+/// 1 - exp(-y) for y of 0 to 88, within 3 units in the last place also where exp(-y) is next to 1: the power
+/// of two is split off as in vectorExp, and the series of the rest, to r^7, leaves out the 1.
+template <class D, class V>
+HWY_INLINE V vectorExpComplement(D d, V y) {
+    namespace hn = hwy::HWY_NAMESPACE;
+    const hn::RebindToSigned<D> di;
+    const auto n = hn::NearestInt(hn::Mul(y, hn::Set(d, 1.44269504088896341f)));
+    const auto whole = hn::ConvertTo(d, n);
+    auto r = hn::NegMulAdd(whole, hn::Set(d, 0.693359375f), y);
+    r = hn::NegMulAdd(whole, hn::Set(d, -2.12194440e-4f), r);
+
+    const auto square = hn::Mul(r, r);
+    const auto p01 = hn::NegMulAdd(r, hn::Set(d, 1.0f / 2), hn::Set(d, 1.0f));
+    const auto p23 = hn::NegMulAdd(r, hn::Set(d, 1.0f / 24), hn::Set(d, 1.0f / 6));
+    const auto p45 = hn::NegMulAdd(r, hn::Set(d, 1.0f / 720), hn::Set(d, 1.0f / 120));
+    const auto p26 = hn::MulAdd(square, hn::MulAdd(square, hn::Set(d, 1.0f / 5040), p45), p23);
+    const auto p = hn::Mul(r, hn::MulAdd(square, p26, p01));
+    const auto power = hn::BitCast(d, hn::ShiftLeft<23>(hn::Sub(hn::Set(di, 127), n)));
+    return hn::MulAdd(power, p, hn::Sub(hn::Set(d, 1.0f), power));
+}
+
 }  // namespace HWY_NAMESPACE
 }  // namespace vanta::kernel
 HWY_AFTER_NAMESPACE();

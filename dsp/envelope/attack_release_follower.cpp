@@ -28,7 +28,21 @@ double bend(double seconds, double distance, float curve) {
     return proportional + (seconds - proportional) * curve;
 }
 
+bool equalCurves(const Controls& a, const Controls& b) {
+    return nearlyEqual(a.attackCurve[0], b.attackCurve[0]) &&
+           nearlyEqual(a.releaseCurve[0], b.releaseCurve[0]);
+}
+
 }  // namespace
+
+kernel::FollowerLaw AttackReleaseControls::law() const {
+    using Law = kernel::FollowerLaw;
+    const bool curved = (modifiers & (kAttackCurve | kReleaseCurve)) != 0;
+    const bool smoothed = (modifiers & (kAttackSmoothing | kReleaseSmoothing)) != 0;
+    if (curved) return smoothed ? Law::CurvedAndSmoothed : Law::Curved;
+    if (smoothed) return Law::Smoothed;
+    return steadyAttack && steadyRelease ? Law::Steady : Law::Plain;
+}
 
 inline double AttackReleaseFollower::Share::of(double timeSamples) {
     const auto key = static_cast<float>(timeSamples);
@@ -39,43 +53,23 @@ inline double AttackReleaseFollower::Share::of(double timeSamples) {
     return value;
 }
 
-// ---- Plain ----
+// ---- Side by side ----
 
-template <typename Shares>
-inline void AttackReleaseFollower::followShares(const Block& block, int first, int end, Shares&& shares) {
-    double level = level_;
-    for (int i = first; i < end; ++i) {
-        const double distance = block.in[i] - level;
-        const auto [attack, release] = shares(i - first);
-        level += (distance > 0.0 ? attack : release) * distance;
-        if (i % 4 == 3) level = clearDenormal(level);
-        block.out[i] = static_cast<float>(level);
+void AttackReleaseFollower::followSideBySide(std::span<const Lane> lanes, const CapacitorStyle& style) {
+    std::array<kernel::FollowerTrack, kernel::kMostTracks> tracks;
+    for (std::size_t l = 0; l < lanes.size(); ++l) {
+        const Block& block = lanes[l].block;
+        const Controls& c = block.controls;
+        lanes[l].follower->inRelease_ = false;
+        tracks[l] = {&lanes[l].follower->state_, block.in,  block.out,      c.attack,          c.attackCurve,
+                     c.attackSmoothing,          c.release, c.releaseCurve, c.releaseSmoothing};
     }
-    level_ = clearDenormal(level);
-}
-
-void AttackReleaseFollower::followPlainly(const Block& block) {
-    inRelease_ = false;
-    const Controls& controls = block.controls;
-    if (controls.steadyAttack && controls.steadyRelease) {
-        const double attack = attackShare_.of(double{controls.attack[0]} * block.sampleRate);
-        const double release = releaseShare_.of(double{controls.release[0]} * block.sampleRate);
-        followShares(block, 0, block.samples, [=](int) { return std::pair(attack, release); });
+    const Block& first = lanes[0].block;
+    if (kernel::follow(first.controls.law(), tracks.data(), lanes.size(), first.sampleRate,
+                       static_cast<std::size_t>(first.samples))) {
         return;
     }
-    constexpr int kPiece = 64;
-    alignas(64) std::array<float, kPiece> attack;
-    alignas(64) std::array<float, kPiece> release;
-    for (int first = 0; first < block.samples; first += kPiece) {
-        const int end = std::min(first + kPiece, block.samples);
-        const auto count = static_cast<std::size_t>(end - first);
-        kernel::followerCoefficients(controls.attack + first, block.sampleRate, attack.data(), count);
-        kernel::followerCoefficients(controls.release + first, block.sampleRate, release.data(), count);
-        followShares(block, first, end, [&](int i) {
-            const auto index = static_cast<std::size_t>(i);
-            return std::pair(double{attack[index]}, double{release[index]});
-        });
-    }
+    stepSideBySide(lanes, style);
 }
 
 // ---- General ----
@@ -140,12 +134,12 @@ void AttackReleaseFollower::follow(const Block& block, const CapacitorStyle& sty
     // A local copy can live in registers: the output may alias the members, but not this.
     AttackReleaseFollower state = *this;
     for (int i = 0; i < block.samples; ++i) {
-        const double distance = block.in[i] - state.level_;
+        const double distance = block.in[i] - state.state_.level;
         const double step = distance > double{-kEqualWithin}
                                 ? state.attackStep<modifiers>(distance, i, block, style)
                                 : state.releaseStep<modifiers>(distance, i, block, style);
-        state.level_ = clearDenormal(state.level_ + step);
-        block.out[i] = static_cast<float>(state.level_);
+        state.state_.level = clearDenormal(state.state_.level + step);
+        block.out[i] = static_cast<float>(state.state_.level);
     }
     *this = state;
 }
@@ -159,17 +153,53 @@ void AttackReleaseFollower::followGenerally(const Block& block, const CapacitorS
     (this->*kForms[block.controls.modifiers])(block, style);
 }
 
-// ---- Side by side ----
+// ---- One sample after the other ----
+
+template <typename Shares>
+inline void AttackReleaseFollower::followShares(const Block& block, int first, int end, Shares&& shares) {
+    double level = state_.level;
+    for (int i = first; i < end; ++i) {
+        const double distance = block.in[i] - level;
+        const auto [attack, release] = shares(i - first);
+        level += (distance > 0.0 ? attack : release) * distance;
+        if (i % 4 == 3) level = clearDenormal(level);
+        block.out[i] = static_cast<float>(level);
+    }
+    state_.level = clearDenormal(level);
+}
+
+void AttackReleaseFollower::stepPlainly(const Block& block) {
+    const Controls& controls = block.controls;
+    if (controls.steadyAttack && controls.steadyRelease) {
+        const double attack = attackShare_.of(double{controls.attack[0]} * block.sampleRate);
+        const double release = releaseShare_.of(double{controls.release[0]} * block.sampleRate);
+        followShares(block, 0, block.samples, [=](int) { return std::pair(attack, release); });
+        return;
+    }
+    constexpr int kPiece = 64;
+    alignas(64) std::array<float, kPiece> attack;
+    alignas(64) std::array<float, kPiece> release;
+    for (int first = 0; first < block.samples; first += kPiece) {
+        const int end = std::min(first + kPiece, block.samples);
+        const auto count = static_cast<std::size_t>(end - first);
+        kernel::followerCoefficients(controls.attack + first, block.sampleRate, attack.data(), count);
+        kernel::followerCoefficients(controls.release + first, block.sampleRate, release.data(), count);
+        followShares(block, first, end, [&](int i) {
+            const auto index = static_cast<std::size_t>(i);
+            return std::pair(double{attack[index]}, double{release[index]});
+        });
+    }
+}
 
 template <std::size_t lanes, bool curved, bool smoothed>
-void AttackReleaseFollower::followLanes(const Lane* lane) {
+void AttackReleaseFollower::stepLanes(const Lane* lane) {
     const Block& first = lane[0].block;
     const float attackCurve = first.controls.attackCurve[0];
     const float releaseCurve = first.controls.releaseCurve[0];
     // From here on exp(-ln(10)/n) is nothing; it also catches times that smoothing has made negative.
     constexpr double kShortest = 0.0261658;
     std::array<double, lanes> level;
-    for (std::size_t l = 0; l < lanes; ++l) level[l] = lane[l].follower->level_;
+    for (std::size_t l = 0; l < lanes; ++l) level[l] = lane[l].follower->state_.level;
     for (int i = 0; i < first.samples; ++i) {
         for (std::size_t l = 0; l < lanes; ++l) {
             const Controls& controls = lane[l].block.controls;
@@ -190,21 +220,33 @@ void AttackReleaseFollower::followLanes(const Lane* lane) {
         }
     }
     for (std::size_t l = 0; l < lanes; ++l) {
-        lane[l].follower->level_ = clearDenormal(level[l]);
-        lane[l].follower->inRelease_ = false;
+        lane[l].follower->state_.level = clearDenormal(level[l]);
     }
 }
 
-void AttackReleaseFollower::followSideBySide(std::span<const Lane> lanes) {
-    unsigned modifiers = 0;
-    for (const Lane& lane : lanes) modifiers |= lane.block.controls.modifiers;
-    const bool curved = modifiers & (Controls::kAttackCurve | Controls::kReleaseCurve);
-    const bool smoothed = modifiers & (Controls::kAttackSmoothing | Controls::kReleaseSmoothing);
+void AttackReleaseFollower::stepSideBySide(std::span<const Lane> lanes, const CapacitorStyle& style) {
+    const Controls& controls = lanes[0].block.controls;
+    const auto suits = [&](const Lane& lane) {
+        const Controls& own = lane.block.controls;
+        return own.modifiers != 0 && own.steadyCurves && equalCurves(own, controls);
+    };
+    if (!std::ranges::all_of(lanes, suits)) {
+        if (lanes.size() > 1) {
+            for (std::size_t l = 0; l < lanes.size(); ++l) stepSideBySide(lanes.subspan(l, 1), style);
+        } else if (controls.modifiers == 0) {
+            lanes[0].follower->stepPlainly(lanes[0].block);
+        } else {
+            lanes[0].follower->followGenerally(lanes[0].block, style);
+        }
+        return;
+    }
     using Form = void (*)(const Lane*);
     static constexpr Form kForms[2][3] = {
-        {followLanes<1, true, false>, followLanes<1, false, true>, followLanes<1, true, true>},
-        {followLanes<2, true, false>, followLanes<2, false, true>, followLanes<2, true, true>}};
-    kForms[lanes.size() - 1][curved ? (smoothed ? 2 : 0) : 1](lanes.data());
+        {stepLanes<1, true, false>, stepLanes<1, false, true>, stepLanes<1, true, true>},
+        {stepLanes<2, true, false>, stepLanes<2, false, true>, stepLanes<2, true, true>}};
+    const auto form =
+        static_cast<std::size_t>(controls.law()) - static_cast<std::size_t>(kernel::FollowerLaw::Curved);
+    kForms[lanes.size() - 1][form](lanes.data());
 }
 
 }  // namespace vanta

@@ -5,6 +5,7 @@
 
 #include "dsp/envelope/capacitor_style.hpp"
 #include "foundation/realtime.hpp"
+#include "kernel/follower_solver.hpp"
 
 namespace vanta {
 
@@ -31,10 +32,14 @@ struct AttackReleaseControls {
     bool steadyAttack;   ///< one value throughout
     bool steadyRelease;
     bool steadyCurves;
+
+    bool holds() const { return (modifiers & kHold) != 0; }
+    /// What the times depend on where nothing is held.
+    kernel::FollowerLaw law() const;
 };
 
-/// The attack and release curves of a capacitor: its level, and the three ways to move it through a block.
-/// They agree where more than one applies.
+/// The attack and release curves of a capacitor: its level, and the ways to move it through a block. They
+/// agree where more than one applies.
 class AttackReleaseFollower {
 public:
     /// One block of one channel. Input in dB; the output is the level after each sample.
@@ -52,20 +57,17 @@ public:
     };
 
     void reset() {
-        level_ = 0.0;
+        state_ = {};
         holdRamp_ = 0.0;
         inRelease_ = false;
     }
-    double level() const { return level_; }
+    double level() const { return state_.level; }
 
-    /// Without modifiers: times as they are, coefficients four at a time or once for the block.
-    VANTA_REALTIME void followPlainly(const Block& block);
     /// With all modifiers. Smoothing ends at steps of 10 dB.
     VANTA_REALTIME void followGenerally(const Block& block, const CapacitorStyle& style);
-    /// With modifiers but no hold, curves that stand still and are equal in all lanes: one or two channels at
-    /// once, so that the divisions and exponentials of the one run while the other waits for its own.
-    /// Smoothing goes on beyond steps of 10 dB, where it adds less than 1/20,000 of its time.
-    VANTA_REALTIME static void followSideBySide(std::span<const Lane> lanes);
+    /// Without hold: one or two channels of the same law at once, many samples at once where the machine has
+    /// vectors. Smoothing goes on beyond steps of 10 dB, where it adds less than 1/20,000 of its time.
+    VANTA_REALTIME static void followSideBySide(std::span<const Lane> lanes, const CapacitorStyle& style);
 
 private:
     /// The coefficient of the last time constant.
@@ -75,6 +77,14 @@ private:
         VANTA_REALTIME double of(double timeSamples);
     };
 
+    // One sample after the other.
+    VANTA_REALTIME static void stepSideBySide(std::span<const Lane> lanes, const CapacitorStyle& style);
+    void stepPlainly(const Block& block);
+    template <std::size_t lanes, bool curved, bool smoothed>
+    static void stepLanes(const Lane* lane);
+    template <typename Shares>
+    void followShares(const Block& block, int first, int end, Shares&& shares);
+
     template <unsigned modifiers>
     void follow(const Block& block, const CapacitorStyle& style);
     template <unsigned modifiers>
@@ -82,12 +92,8 @@ private:
     template <unsigned modifiers>
     double releaseStep(double distance, int i, const Block& block, const CapacitorStyle& style);
     double easeIn(double distance, double holdSamples);
-    template <typename Shares>
-    void followShares(const Block& block, int first, int end, Shares&& shares);
-    template <std::size_t lanes, bool curved, bool smoothed>
-    static void followLanes(const Lane* lane);
 
-    double level_ = 0.0;
+    kernel::FollowerState state_;
     double holdRamp_ = 0.0;  ///< 0 to 1: how far the release has come to speed
     bool inRelease_ = false;
     Share attackShare_{-1.0f, 0.0};

@@ -14,17 +14,6 @@ constexpr float kAtRest = 1e-9f;
 
 using Controls = AttackReleaseControls;
 
-/// Whether the follower may take its times without a memory of its own: whether it does is decided by each
-/// channel alone, so that nothing of a channel depends on there being another.
-bool memoryless(const Controls& c) {
-    return (c.modifiers & Controls::kHold) == 0 && c.steadyCurves;
-}
-
-bool equalCurves(const Controls& a, const Controls& b) {
-    return nearlyEqual(a.attackCurve[0], b.attackCurve[0]) &&
-           nearlyEqual(a.releaseCurve[0], b.releaseCurve[0]);
-}
-
 }  // namespace
 
 Capacitor::Capacitor(wave::Environment& owner, const Style& style)
@@ -64,12 +53,10 @@ void Capacitor::process(const wave::BasicBlock<float>& in, wave::BasicBlock<floa
         publishInput();
         return;
     }
-    if (block.controls.modifiers == 0) {
-        follower_.followPlainly(block);
-    } else if (memoryless(block.controls)) {
-        followSideBySide(block);
-    } else {
+    if (block.controls.holds()) {
         follower_.followGenerally(block, style_);
+    } else {
+        followSideBySide(block);
     }
 }
 
@@ -117,10 +104,10 @@ AttackReleaseFollower::Block Capacitor::blockFor(const wave::BasicBlock<float>& 
 void Capacitor::followSideBySide(const AttackReleaseFollower::Block& own) {
     std::array<AttackReleaseFollower::Lane, 2> lanes{{{&follower_, own}, {}}};
     if (!joinPartner(lanes[0], lanes[1])) {
-        AttackReleaseFollower::followSideBySide(std::span(lanes).first(1));
+        AttackReleaseFollower::followSideBySide(std::span(lanes).first(1), style_);
         return;
     }
-    AttackReleaseFollower::followSideBySide(lanes);
+    AttackReleaseFollower::followSideBySide(lanes, style_);
     partner_->publish(*partner_->ownBlock(), 0);
     partner_->markProduced();
 }
@@ -128,12 +115,11 @@ void Capacitor::followSideBySide(const AttackReleaseFollower::Block& own) {
 bool Capacitor::joinPartner(const AttackReleaseFollower::Lane& own, AttackReleaseFollower::Lane& other) {
     if (!partner_ || !partner_->source || !partner_->active() || partner_->produced()) return false;
     const int samples = own.block.samples;
-    const Controls& controls = own.block.controls;
     const wave::BasicBlock<float>& in = partner_->source->pull(samples);
     other = {&partner_->follower_, partner_->blockFor(in, samples, partner_->pullControls(samples))};
     const Controls& otherControls = other.block.controls;
-    return otherControls.modifiers != 0 && memoryless(otherControls) &&
-           equalCurves(controls, otherControls) && !partner_->produced() && !partner_->idle(in, samples);
+    return !otherControls.holds() && otherControls.law() == own.block.controls.law() &&
+           !partner_->produced() && !partner_->idle(in, samples);
 }
 
 }  // namespace vanta

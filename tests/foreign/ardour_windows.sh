@@ -37,9 +37,7 @@ start() { # first or again
     sleep 2
 }
 
-stop() { # with no window of ours open, so that none opens by itself next time
-    bring_up 'windows - Ardour'
-    save_by_keys "$session"
+stop() {
     kill "$host"
     wait "$host" 2> /dev/null || true
     pkill -f "ardour-7.*$HOME/windows" || true

@@ -62,15 +62,14 @@ bring_up() { # TITLE
     sleep 0.5
 }
 
-# Where our interface begins on the screen, once it is there and rests: it alone has this size, Medium at scale 1.
+# Where our interface begins on the screen, once it is there: it alone has this size, Medium at scale 1.
 find_interface() {
-    local place before=
-    for _ in $(seq 60); do
+    local place
+    for _ in $(seq 100); do
         place=$(timeout 5 xwininfo -root -tree | grep ' 950x570' | tail -1 |
             sed -E 's/.* \+(-?[0-9]+)\+(-?[0-9]+)$/\1 \2/') || true
-        [ -n "$place" ] && [ "$place" = "$before" ] && { read -r left top <<< "$place"; return; }
-        before=$place
-        sleep 1.5
+        [ -n "$place" ] && { read -r left top <<< "$place"; sleep 2; return; }
+        sleep 0.2
     done
     echo "the interface does not appear"
     picture lost
@@ -93,7 +92,7 @@ gain_at=295 # the thumb at 0 dB
 
 compare_slots() {
     press $((left + 426)) $((top + 18))
-    sleep 2
+    sleep 1
 }
 
 picture() { # NAME

@@ -1,0 +1,309 @@
+// A follower is a chain: each level waits for the one before it, through a division and two exponentials.
+// Here the levels of a group of samples are unknowns of one system, solved at once by Newton's method: from a
+// guess at all levels follow step and slope of each sample, in all lanes; the linearised chain is a recursion
+// of the first order, which a scan solves (affine_scan.hpp); the solution is the next guess. Round k leaves
+// at least the first k samples exact, as each depends on earlier ones only, so it ends; near the solution the
+// error is squared each round. On music one round does for most groups, as the guess that the level goes on
+// as it went in the group before is near.
+//
+// Lim et al., Parallelizing Non-linear Sequential Models over the Sequence Length, ICLR 2024; Gonzalez et
+// al., Towards Scalable and Stable Parallelization of Nonlinear RNNs, NeurIPS 2024.
+
+#include "kernel/follower_solver.hpp"
+
+#include <algorithm>
+
+#include "kernel/follower.hpp"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernel/follower_solver.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+HWY_BEFORE_NAMESPACE();
+namespace vanta::kernel {
+namespace HWY_NAMESPACE {
+
+bool follow(FollowerLaw, const FollowerTrack*, std::size_t, float, std::size_t) {
+    return false;
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace vanta::kernel
+HWY_AFTER_NAMESPACE();
+
+#else
+
+#include "kernel/affine_scan.hpp"
+#include "kernel/vector_math.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace vanta::kernel {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+static_assert(kGroupSamples <= std::tuple_size_v<decltype(FollowerState::course)>);
+
+/// What a round may leave wrong, in dB of the level: a unit in its last place between 8 and 16 dB.
+constexpr float kSettled = 0x1p-20f;
+
+HWY_INLINE GroupPart all(float value) {
+    return hn::Set(GroupTag(), value);
+}
+
+/// How the level moves at each sample.
+struct Motion {
+    GroupPart share;  ///< of the distance, covered in this sample
+    GroupPart pass;   ///< change of the level after the sample by that before it
+    GroupPart bend;   ///< by how much the share falls for each dB of distance
+    GroupPart time;   ///< s, never negative
+    GroupPart reach;  ///< s per dB: four times what the time changes, or `time` itself
+};
+
+/// The controls of half a group.
+template <FollowerLaw law>
+struct Controls {
+    static constexpr bool kCurved = law == FollowerLaw::Curved || law == FollowerLaw::CurvedAndSmoothed;
+    static constexpr bool kSmoothed = law == FollowerLaw::Smoothed || law == FollowerLaw::CurvedAndSmoothed;
+    static constexpr bool kPlain = !kCurved && !kSmoothed;
+    static constexpr float kAttackAbove = kPlain ? 0.0f : -0x1p-23f;
+
+    GroupPart decay;  ///< ln(10) samples, in s
+    GroupPart
+        shortest;  ///< s: from here on the share is 1. It also catches what smoothing has made negative.
+    GroupPart attack, release;  ///< s; of the plain laws, the shares
+    GroupPart attackCurve, releaseCurve;
+    GroupPart attackSmoothing, releaseSmoothing;
+
+    Controls() = default;
+    explicit Controls(float sampleRate)
+        : decay(all(static_cast<float>(kFollowerDecay) / sampleRate)),
+          shortest(all(0.0261658f / sampleRate)) {}
+
+    HWY_INLINE GroupPart share(GroupPart seconds) const {
+        return vectorExpComplement(GroupTag(), hn::Div(decay, hn::Max(seconds, shortest)));
+    }
+
+    HWY_INLINE void load(const FollowerTrack& track, std::size_t at) {
+        const GroupTag d;
+        if constexpr (law == FollowerLaw::Steady) {
+            attack = share(all(track.attack[0]));
+            release = share(all(track.release[0]));
+            return;
+        }
+        attack = hn::LoadU(d, track.attack + at);
+        release = hn::LoadU(d, track.release + at);
+        if constexpr (kPlain) {
+            attack = share(attack);
+            release = share(release);
+        }
+        if constexpr (kCurved) {
+            attackCurve = hn::LoadU(d, track.attackCurve + at);
+            releaseCurve = hn::LoadU(d, track.releaseCurve + at);
+        }
+        if constexpr (kSmoothed) {
+            attackSmoothing = hn::LoadU(d, track.attackSmoothing + at);
+            releaseSmoothing = hn::LoadU(d, track.releaseSmoothing + at);
+        }
+    }
+
+    /// With the distance x, the time t and y = ln(10) / (t sampleRate): share = 1 - exp(-y), so
+    ///     bend = -d share / d|x| = exp(-y) y/t dt/d|x|,
+    ///     pass = d (level + share x) / d level = 1 - share + |x| bend.
+    HWY_INLINE Motion at(GroupPart distance) const {
+        const auto attacking = hn::Gt(distance, all(kAttackAbove));
+        const auto one = all(1.0f);
+        auto time = hn::IfThenElse(attacking, attack, release);
+        if constexpr (kPlain) {
+            const auto none = hn::Zero(GroupTag());
+            return {time, hn::Sub(one, time), none, none, none};
+        } else {
+            const auto size = hn::Abs(distance);
+            auto timeByDistance = hn::Zero(GroupTag());
+            if constexpr (kCurved) {
+                const auto curve = hn::IfThenElse(attacking, attackCurve, releaseCurve);
+                const auto tenth = hn::Mul(time, all(0.1f));
+                const auto proportional = hn::Mul(tenth, size);
+                time = hn::MulAdd(hn::Sub(time, proportional), curve, proportional);
+                timeByDistance = hn::NegMulAdd(tenth, curve, tenth);
+            }
+            if constexpr (kSmoothed) {
+                const auto smoothing = hn::IfThenElse(attacking, attackSmoothing, releaseSmoothing);
+                const auto slowing = hn::Mul(vectorExp(GroupTag(), hn::Neg(size)), smoothing);
+                time = hn::Add(time, slowing);
+                timeByDistance = hn::Sub(timeByDistance, slowing);
+            }
+            const auto perSecond = hn::Div(one, hn::Max(time, shortest));
+            const auto y = hn::Mul(decay, perSecond);
+            const auto covered = vectorExpComplement(GroupTag(), y);
+            const auto rest = hn::Sub(one, covered);
+            const auto bend = hn::Mul(hn::Mul(rest, y), hn::Mul(perSecond, timeByDistance));
+            const auto length = hn::Abs(time);
+            const auto reach = hn::Mul(hn::Max(length, hn::Abs(timeByDistance)), all(4.0f));
+            return {covered, hn::MulAdd(size, bend, rest), bend, length, reach};
+        }
+    }
+};
+
+/// Whether a sample's motion must be found anew after the level before it has `moved` from the guess: where
+/// it is on the other side of attack and release, where its time has changed by a quarter, and where the
+/// step's second order counts. That is (2 + |x|) / 2 bend moved^2 at most, and a level keeps 1/share times
+/// what every sample adds.
+template <FollowerLaw law>
+HWY_INLINE auto unsettled(const Motion& motion, GroupPart distance, GroupPart moved) {
+    const auto now = hn::Sub(distance, moved);
+    const auto edge = all(Controls<law>::kAttackAbove);
+    const auto crossed = hn::Xor(hn::Gt(distance, edge), hn::Gt(now, edge));
+    if constexpr (Controls<law>::kPlain) {
+        // The recursion is its own linearisation, but a slope next to 1 is rounded by 2^-25, in each of 32
+        // samples; another round leaves only what that makes of the correction.
+        return hn::Or(crossed, hn::Gt(hn::Abs(moved), all(1.0f)));
+    } else {
+        const auto size = hn::Abs(moved);
+        const auto far = hn::Gt(hn::Mul(size, motion.reach), motion.time);
+        const auto curvature = hn::Mul(hn::Abs(motion.bend), hn::Add(all(2.0f), hn::Abs(distance)));
+        const auto error = hn::Mul(curvature, hn::Mul(moved, moved));
+        return hn::Or(hn::Or(crossed, far), hn::Gt(error, hn::Mul(all(2.0f * kSettled), motion.share)));
+    }
+}
+
+/// The first `count` samples of a group. Levels are differences from the level before the group, so that
+/// single precision does: its rounding is in proportion to what the level moves, and the level itself stays a
+/// double.
+template <FollowerLaw law>
+HWY_INLINE void followGroup(const FollowerTrack& track, std::size_t at,
+                            const std::array<Controls<law>, 2>& controls, std::size_t count = kGroupSamples) {
+    const GroupTag d;
+    FollowerState& state = *track.state;
+    const auto high = static_cast<float>(state.level);
+    const auto low = static_cast<float>(state.level - static_cast<double>(high));
+    Group in, target, course, share;
+    for (std::size_t part = 0; part < 2; ++part) {
+        in[part] = hn::LoadU(d, track.in + at + part * kPartLanes);
+        target[part] = hn::Sub(hn::Sub(in[part], all(high)), all(low));
+        course[part] = hn::LoadU(d, state.course.data() + part * kPartLanes);
+    }
+    Group before = samplesBefore(course);
+    for (std::size_t round = 0; round <= kGroupSamples; ++round) {
+        const Group distance{hn::Sub(target[0], before[0]), hn::Sub(target[1], before[1])};
+        // Made in place: copies of such aggregates go through memory in halves, which the next load waits
+        // for.
+        const std::array<Motion, 2> motion{controls[0].at(distance[0]), controls[1].at(distance[1])};
+        Group pass, residual;
+        for (std::size_t part = 0; part < 2; ++part) {
+            pass[part] = motion[part].pass;
+            share[part] = motion[part].share;
+            residual[part] = hn::MulAdd(share[part], distance[part], hn::Sub(before[part], course[part]));
+        }
+        const Group change = solveRecursion(pass, residual);
+        for (std::size_t part = 0; part < 2; ++part) {
+            // A share of 1 arrives exactly: whether the next sample is an attack may hang on the last digit.
+            const auto arrives = hn::Eq(share[part], all(1.0f));
+            course[part] = hn::IfThenElse(arrives, target[part], hn::Add(course[part], change[part]));
+        }
+        const Group found = samplesBefore(course);
+        Group moved;
+        for (std::size_t part = 0; part < 2; ++part) {
+            moved[part] = hn::Sub(found[part], before[part]);
+            before[part] = found[part];
+        }
+        if (hn::AllFalse(d, hn::Or(unsettled<law>(motion[0], distance[0], moved[0]),
+                                   unsettled<law>(motion[1], distance[1], moved[1])))) {
+            break;
+        }
+    }
+    alignas(64) std::array<float, kGroupSamples> shares;
+    for (std::size_t part = 0; part < 2; ++part) {
+        const auto level = hn::Add(all(high), hn::Add(all(low), course[part]));
+        const auto arrived = hn::Eq(share[part], all(1.0f));
+        hn::StoreU(hn::IfThenElse(arrived, in[part], level), d, track.out + at + part * kPartLanes);
+        hn::StoreU(course[part], d, state.course.data() + part * kPartLanes);
+        hn::StoreU(share[part], d, shares.data() + part * kPartLanes);
+    }
+    // A share of 1 has arrived, whatever the difference was rounded to.
+    const double level = shares[count - 1] == 1.0f
+                             ? static_cast<double>(track.in[at + count - 1])
+                             : state.level + static_cast<double>(state.course[count - 1]);
+    state.level = (level + 1e-16) - 1e-16;
+}
+
+/// What is left of a block, continued to a whole group as it ends.
+class PaddedTrack {
+public:
+    PaddedTrack(const FollowerTrack& track, std::size_t at, std::size_t count) : padded(track) {
+        std::size_t row = 0;
+        for (const float* FollowerTrack::*signal :
+             {&FollowerTrack::in, &FollowerTrack::attack, &FollowerTrack::attackCurve,
+              &FollowerTrack::attackSmoothing, &FollowerTrack::release, &FollowerTrack::releaseCurve,
+              &FollowerTrack::releaseSmoothing}) {
+            if (track.*signal == nullptr) continue;
+            auto& values = rows_[row++];
+            const float* from = track.*signal + at;
+            std::fill(std::copy(from, from + count, values.begin()), values.end(), from[count - 1]);
+            padded.*signal = values.data();
+        }
+        padded.out = rows_.back().data();
+    }
+    FollowerTrack padded;
+
+private:
+    std::array<std::array<float, kGroupSamples>, 8> rows_;
+};
+
+template <FollowerLaw law>
+void followBy(const FollowerTrack* tracks, std::size_t trackCount, float sampleRate, std::size_t count) {
+    const Controls<law> fresh(sampleRate);
+    const auto controlsAt = [&](const FollowerTrack& track, std::size_t at) {
+        std::array<Controls<law>, 2> controls{fresh, fresh};
+        for (std::size_t part = 0; part < 2; ++part) controls[part].load(track, at + part * kPartLanes);
+        return controls;
+    };
+    // What stands still is looked up once.
+    std::array<std::array<Controls<law>, 2>, kMostTracks> still{};
+    if constexpr (law == FollowerLaw::Steady) {
+        for (std::size_t t = 0; t < trackCount; ++t) still[t] = controlsAt(tracks[t], 0);
+    }
+    // One group of each track in turn: their chains overlap in the processor.
+    std::size_t at = 0;
+    for (; at + kGroupSamples <= count; at += kGroupSamples) {
+        for (std::size_t t = 0; t < trackCount; ++t) {
+            if constexpr (law == FollowerLaw::Steady) {
+                followGroup(tracks[t], at, still[t]);
+            } else {
+                followGroup(tracks[t], at, controlsAt(tracks[t], at));
+            }
+        }
+    }
+    if (at == count) return;
+    for (std::size_t t = 0; t < trackCount; ++t) {
+        const PaddedTrack rest(tracks[t], at, count - at);
+        followGroup(rest.padded, 0, controlsAt(rest.padded, 0), count - at);
+        std::copy_n(rest.padded.out, count - at, tracks[t].out + at);
+    }
+}
+
+bool follow(FollowerLaw law, const FollowerTrack* tracks, std::size_t trackCount, float sampleRate,
+            std::size_t count) {
+    using Form = void (*)(const FollowerTrack*, std::size_t, float, std::size_t);
+    static constexpr Form kForms[] = {followBy<FollowerLaw::Steady>, followBy<FollowerLaw::Plain>,
+                                      followBy<FollowerLaw::Curved>, followBy<FollowerLaw::Smoothed>,
+                                      followBy<FollowerLaw::CurvedAndSmoothed>};
+    kForms[static_cast<std::size_t>(law)](tracks, trackCount, sampleRate, count);
+    return true;
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace vanta::kernel
+HWY_AFTER_NAMESPACE();
+
+#endif
+
+#if HWY_ONCE
+namespace vanta::kernel {
+
+VANTA_KERNEL(follow);
+
+}  // namespace vanta::kernel
+#endif

@@ -26,7 +26,7 @@ HWY_BEFORE_NAMESPACE();
 namespace vanta::kernel {
 namespace HWY_NAMESPACE {
 
-bool follow(FollowerLaw, const FollowerTrack*, std::size_t, float, std::size_t) {
+bool follow(FollowerLaw, const FollowerTrack*, std::size_t, float, std::int64_t, std::size_t) {
     return false;
 }
 
@@ -88,11 +88,6 @@ struct Controls {
 
     HWY_INLINE void load(const FollowerTrack& track, std::size_t at) {
         const GroupTag d;
-        if constexpr (law == FollowerLaw::Steady) {
-            attack = share(all(track.attack[0]));
-            release = share(all(track.release[0]));
-            return;
-        }
         attack = hn::LoadU(d, track.attack + at);
         release = hn::LoadU(d, track.release + at);
         if constexpr (kPlain) {
@@ -169,23 +164,34 @@ HWY_INLINE auto unsettled(const Motion& motion, GroupPart distance, GroupPart mo
     }
 }
 
-/// The first `count` samples of a group. Levels are differences from the level before the group, so that
-/// single precision does: its rounding is in proportion to what the level moves, and the level itself stays a
-/// double.
+using GroupRow = std::array<float, kGroupSamples>;
+
+HWY_INLINE auto groupLanesFrom(std::size_t first, std::size_t part) {
+    return lanesFrom(static_cast<int>(first) - static_cast<int>(part) * kPartLanes);
+}
+
+/// Follows the samples from `first` on through a group, and returns the level after the first `count`.
+/// `course` is the guess and becomes what was found. No sample depends on later ones, down to its last digit:
+/// its value stays as it is from the round on in which it and all before it have settled.
+///
+/// Levels are differences from the level before the group, so that single precision does: its rounding is in
+/// proportion to what the level moves, and the level itself stays a double.
 template <FollowerLaw law>
-HWY_INLINE void followGroup(const FollowerTrack& track, std::size_t at,
-                            const std::array<Controls<law>, 2>& controls, std::size_t count = kGroupSamples) {
+HWY_INLINE double followGroup(const float* samples, const std::array<Controls<law>, 2>& controls, double base,
+                              float* guess, float* out, std::size_t first = 0,
+                              std::size_t count = kGroupSamples) {
     const GroupTag d;
-    FollowerState& state = *track.state;
-    const auto high = static_cast<float>(state.level);
-    const auto low = static_cast<float>(state.level - static_cast<double>(high));
-    Group in, target, course, share;
+    const auto high = static_cast<float>(base);
+    const auto low = static_cast<float>(base - static_cast<double>(high));
+    Group in, target, course;
     for (std::size_t part = 0; part < 2; ++part) {
-        in[part] = hn::LoadU(d, track.in + at + part * kPartLanes);
+        in[part] = hn::LoadU(d, samples + part * kPartLanes);
         target[part] = hn::Sub(hn::Sub(in[part], all(high)), all(low));
-        course[part] = hn::LoadU(d, state.course.data() + part * kPartLanes);
+        course[part] =
+            hn::IfThenElseZero(groupLanesFrom(first, part), hn::LoadU(d, guess + part * kPartLanes));
     }
     Group before = samplesBefore(course);
+    std::size_t settled = first;
     for (std::size_t round = 0; round <= kGroupSamples; ++round) {
         const Group distance{hn::Sub(target[0], before[0]), hn::Sub(target[1], before[1])};
         // Made in place: copies of such aggregates go through memory in halves, which the next load waits
@@ -194,13 +200,15 @@ HWY_INLINE void followGroup(const FollowerTrack& track, std::size_t at,
         Group pass, residual;
         for (std::size_t part = 0; part < 2; ++part) {
             pass[part] = motion[part].pass;
-            share[part] = motion[part].share;
-            residual[part] = hn::MulAdd(share[part], distance[part], hn::Sub(before[part], course[part]));
+            const auto apart =
+                hn::MulAdd(motion[part].share, distance[part], hn::Sub(before[part], course[part]));
+            residual[part] = hn::IfThenElseZero(groupLanesFrom(settled, part), apart);
         }
         const Group change = solveRecursion(pass, residual);
         for (std::size_t part = 0; part < 2; ++part) {
             // A share of 1 arrives exactly: whether the next sample is an attack may hang on the last digit.
-            const auto arrives = hn::Eq(share[part], all(1.0f));
+            const auto arrives =
+                hn::And(hn::Eq(motion[part].share, all(1.0f)), groupLanesFrom(settled, part));
             course[part] = hn::IfThenElse(arrives, target[part], hn::Add(course[part], change[part]));
         }
         const Group found = samplesBefore(course);
@@ -209,88 +217,115 @@ HWY_INLINE void followGroup(const FollowerTrack& track, std::size_t at,
             moved[part] = hn::Sub(found[part], before[part]);
             before[part] = found[part];
         }
-        if (hn::AllFalse(d, hn::Or(unsettled<law>(motion[0], distance[0], moved[0]),
-                                   unsettled<law>(motion[1], distance[1], moved[1])))) {
-            break;
-        }
+        const auto open = unsettled<law>(motion[0], distance[0], moved[0]);
+        const auto openLater = unsettled<law>(motion[1], distance[1], moved[1]);
+        if (hn::AllFalse(d, hn::Or(open, openLater))) break;
+        const auto place = hn::FindFirstTrue(d, open);
+        settled = static_cast<std::size_t>(place >= 0 ? place : kPartLanes + hn::FindFirstTrue(d, openLater));
     }
-    alignas(64) std::array<float, kGroupSamples> shares;
+    alignas(64) GroupRow targets;
     for (std::size_t part = 0; part < 2; ++part) {
         const auto level = hn::Add(all(high), hn::Add(all(low), course[part]));
-        const auto arrived = hn::Eq(share[part], all(1.0f));
-        hn::StoreU(hn::IfThenElse(arrived, in[part], level), d, track.out + at + part * kPartLanes);
-        hn::StoreU(course[part], d, state.course.data() + part * kPartLanes);
-        hn::StoreU(share[part], d, shares.data() + part * kPartLanes);
+        const auto arrived = hn::Eq(course[part], target[part]);
+        hn::StoreU(hn::IfThenElse(arrived, in[part], level), d, out + part * kPartLanes);
+        hn::StoreU(course[part], d, guess + part * kPartLanes);
+        hn::StoreU(target[part], d, targets.data() + part * kPartLanes);
     }
-    // A share of 1 has arrived, whatever the difference was rounded to.
-    const double level = shares[count - 1] == 1.0f
-                             ? static_cast<double>(track.in[at + count - 1])
-                             : state.level + static_cast<double>(state.course[count - 1]);
-    state.level = (level + 1e-16) - 1e-16;
+    // What has arrived is there, whatever the difference was rounded to.
+    const std::size_t last = count - 1;
+    const double level = guess[last] == targets[last] ? static_cast<double>(samples[last])
+                                                      : base + static_cast<double>(guess[last]);
+    return (level + 1e-16) - 1e-16;
 }
 
-/// What is left of a block, continued to a whole group as it ends.
-class PaddedTrack {
-public:
-    PaddedTrack(const FollowerTrack& track, std::size_t at, std::size_t count) : padded(track) {
-        std::size_t row = 0;
-        for (const float* FollowerTrack::*signal :
-             {&FollowerTrack::in, &FollowerTrack::attack, &FollowerTrack::attackCurve,
-              &FollowerTrack::attackSmoothing, &FollowerTrack::release, &FollowerTrack::releaseCurve,
-              &FollowerTrack::releaseSmoothing}) {
-            if (track.*signal == nullptr) continue;
-            auto& values = rows_[row++];
-            const float* from = track.*signal + at;
-            std::fill(std::copy(from, from + count, values.begin()), values.end(), from[count - 1]);
-            padded.*signal = values.data();
-        }
-        padded.out = rows_.back().data();
-    }
-    FollowerTrack padded;
+template <FollowerLaw law>
+HWY_INLINE std::array<Controls<law>, 2> controlsAt(const Controls<law>& fresh, const FollowerTrack& track,
+                                                   std::size_t at) {
+    std::array<Controls<law>, 2> controls{fresh, fresh};
+    for (std::size_t part = 0; part < 2; ++part) controls[part].load(track, at + part * kPartLanes);
+    return controls;
+}
 
-private:
-    std::array<std::array<float, kGroupSamples>, 8> rows_;
-};
+/// Follows a piece of a group, `count` samples from `place` on. The whole group so far is solved anew each
+/// time, from the level and the guess before it, which gives what one piece would have given.
+template <FollowerLaw law>
+void followPiece(const Controls<law>& fresh, const FollowerTrack& track, std::size_t at,
+                 std::int64_t position, std::size_t place, std::size_t count) {
+    FollowerState& state = *track.state;
+    FollowerState::Begun& begun = state.begun;
+    if (begun.next != position || begun.law != law) begun = {state.level, position, law, place, {}};
+    FollowerTrack group = track;
+    std::size_t row = 0;
+    for (const float* FollowerTrack::*signal :
+         {&FollowerTrack::in, &FollowerTrack::attack, &FollowerTrack::attackCurve,
+          &FollowerTrack::attackSmoothing, &FollowerTrack::release, &FollowerTrack::releaseCurve,
+          &FollowerTrack::releaseSmoothing}) {
+        auto& values = begun.rows[row++];
+        if (track.*signal == nullptr) continue;
+        // Beyond its end the piece goes on as it ends.
+        const float* from = track.*signal + at;
+        std::fill(std::copy(from, from + count, values.begin() + static_cast<std::ptrdiff_t>(place)),
+                  values.end(), from[count - 1]);
+        group.*signal = values.data();
+    }
+    auto course = state.course;
+    alignas(64) GroupRow out;
+    state.level = followGroup(group.in, controlsAt(fresh, group, 0), begun.level, course.data(), out.data(),
+                              begun.first, place + count);
+    std::copy_n(out.begin() + static_cast<std::ptrdiff_t>(place), count, track.out + at);
+    begun.next = position + static_cast<std::int64_t>(count);
+    if (place + count == kGroupSamples) {
+        state.course = course;
+        begun.next = -1;
+    }
+}
 
 template <FollowerLaw law>
-void followBy(const FollowerTrack* tracks, std::size_t trackCount, float sampleRate, std::size_t count) {
-    const Controls<law> fresh(sampleRate);
-    const auto controlsAt = [&](const FollowerTrack& track, std::size_t at) {
-        std::array<Controls<law>, 2> controls{fresh, fresh};
-        for (std::size_t part = 0; part < 2; ++part) controls[part].load(track, at + part * kPartLanes);
-        return controls;
+void followBy(const FollowerTrack* tracks, std::size_t trackCount, float sampleRate, std::int64_t position,
+              std::size_t count) {
+    // Pieces are kept with their times, which may move from block to block.
+    constexpr auto kPieces = law == FollowerLaw::Steady ? FollowerLaw::Plain : law;
+    const auto piece = [&](std::size_t at, std::size_t length) {
+        const std::int64_t start = position + static_cast<std::int64_t>(at);
+        const auto place = static_cast<std::size_t>(start) % kGroupSamples;
+        for (std::size_t t = 0; t < trackCount; ++t) {
+            followPiece<kPieces>(Controls<kPieces>(sampleRate), tracks[t], at, start, place, length);
+        }
     };
+    const std::size_t place = static_cast<std::size_t>(position) % kGroupSamples;
+    std::size_t at = 0;
+    if (place != 0) piece(0, at = std::min(count, kGroupSamples - place));
+
+    const Controls<law> fresh(sampleRate);
     // What stands still is looked up once.
     std::array<std::array<Controls<law>, 2>, kMostTracks> still{};
     if constexpr (law == FollowerLaw::Steady) {
-        for (std::size_t t = 0; t < trackCount; ++t) still[t] = controlsAt(tracks[t], 0);
+        for (std::size_t t = 0; t < trackCount; ++t) still[t] = controlsAt(fresh, tracks[t], 0);
     }
     // One group of each track in turn: their chains overlap in the processor.
-    std::size_t at = 0;
     for (; at + kGroupSamples <= count; at += kGroupSamples) {
         for (std::size_t t = 0; t < trackCount; ++t) {
+            FollowerState& state = *tracks[t].state;
+            const float* in = tracks[t].in + at;
+            float* out = tracks[t].out + at;
             if constexpr (law == FollowerLaw::Steady) {
-                followGroup(tracks[t], at, still[t]);
+                state.level = followGroup(in, still[t], state.level, state.course.data(), out);
             } else {
-                followGroup(tracks[t], at, controlsAt(tracks[t], at));
+                state.level =
+                    followGroup(in, controlsAt(fresh, tracks[t], at), state.level, state.course.data(), out);
             }
         }
     }
-    if (at == count) return;
-    for (std::size_t t = 0; t < trackCount; ++t) {
-        const PaddedTrack rest(tracks[t], at, count - at);
-        followGroup(rest.padded, 0, controlsAt(rest.padded, 0), count - at);
-        std::copy_n(rest.padded.out, count - at, tracks[t].out + at);
-    }
+    if (at < count) piece(at, count - at);
 }
 
 bool follow(FollowerLaw law, const FollowerTrack* tracks, std::size_t trackCount, float sampleRate,
-            std::size_t count) {
-    using Form = void (*)(const FollowerTrack*, std::size_t, float, std::size_t);
+            std::int64_t position, std::size_t count) {
+    using Form = void (*)(const FollowerTrack*, std::size_t, float, std::int64_t, std::size_t);
     static constexpr Form kForms[] = {followBy<FollowerLaw::Steady>, followBy<FollowerLaw::Plain>,
                                       followBy<FollowerLaw::Curved>, followBy<FollowerLaw::Smoothed>,
                                       followBy<FollowerLaw::CurvedAndSmoothed>};
-    kForms[static_cast<std::size_t>(law)](tracks, trackCount, sampleRate, count);
+    kForms[static_cast<std::size_t>(law)](tracks, trackCount, sampleRate, position, count);
     return true;
 }
 

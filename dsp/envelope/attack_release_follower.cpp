@@ -66,6 +66,7 @@ void AttackReleaseFollower::followSideBySide(std::span<const Lane> lanes, const 
     }
     const Block& first = lanes[0].block;
     if (kernel::follow(first.controls.law(), tracks.data(), lanes.size(), first.sampleRate,
+                       first.position - lanes[0].follower->origin_,
                        static_cast<std::size_t>(first.samples))) {
         return;
     }

@@ -56,12 +56,15 @@ public:
         Block block;
     };
 
-    void reset() {
+    /// `position` in the stream is that of the next sample.
+    void reset(std::int64_t position) {
         state_ = {};
+        origin_ = position;
         holdRamp_ = 0.0;
         inRelease_ = false;
     }
     double level() const { return state_.level; }
+    std::int64_t origin() const { return origin_; }
 
     /// With all modifiers. Smoothing ends at steps of 10 dB.
     VANTA_REALTIME void followGenerally(const Block& block, const CapacitorStyle& style);
@@ -94,7 +97,8 @@ private:
     double easeIn(double distance, double holdSamples);
 
     kernel::FollowerState state_;
-    double holdRamp_ = 0.0;  ///< 0 to 1: how far the release has come to speed
+    std::int64_t origin_ = 0;  ///< position in the stream of the last reset
+    double holdRamp_ = 0.0;    ///< 0 to 1: how far the release has come to speed
     bool inRelease_ = false;
     Share attackShare_{-1.0f, 0.0};
     Share releaseShare_{-1.0f, 1.0};

@@ -63,7 +63,7 @@ void Capacitor::process(const wave::BasicBlock<float>& in, wave::BasicBlock<floa
 void Capacitor::clearPair() {
     for (Capacitor* capacitor : {this, partner_}) {
         if (!capacitor) continue;
-        capacitor->follower_.reset();
+        capacitor->follower_.reset(environment().position());
         capacitor->pendingReset_ = false;
     }
 }
@@ -119,7 +119,8 @@ bool Capacitor::joinPartner(const AttackReleaseFollower::Lane& own, AttackReleas
     other = {&partner_->follower_, partner_->blockFor(in, samples, partner_->pullControls(samples))};
     const Controls& otherControls = other.block.controls;
     return !otherControls.holds() && otherControls.law() == own.block.controls.law() &&
-           !partner_->produced() && !partner_->idle(in, samples);
+           partner_->follower_.origin() == follower_.origin() && !partner_->produced() &&
+           !partner_->idle(in, samples);
 }
 
 }  // namespace vanta

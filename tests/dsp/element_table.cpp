@@ -127,9 +127,6 @@ void buildMovingDelayLine(Patch& p, int readType) {
     if (readType != DelayLine::Interpolated) p.move(line.delay, 0.0f, 10.0f);
 }
 
-/// Twice what a follower's level may be away from the exact recursion, at 20 dB.
-constexpr double kSolved = 2 * (2 * 20 * 1.19e-7 + 2e-6);
-
 /// A set of Modifiers, and a partner on the other channel.
 void buildCapacitor(Patch& p, int variant) {
     auto& style = p.make<Capacitor::Style>();
@@ -312,7 +309,7 @@ std::vector<Element> singleElements() {
         {"DelayLine_gliding", Feed::Audio, buildMovingDelayLine, ring, DelayLine::Interpolated},
         {"DelayLine_switching", Feed::Audio, buildMovingDelayLine, ring, DelayLine::Switched},
         {"DelayLine_overlapping", Feed::Audio, buildMovingDelayLine, ring, DelayLine::Overlapped},
-        {"Capacitor_moving", Feed::Reduction, buildMovingCapacitor, {.split = kSolved, .constant = 2e-6}},
+        {"Capacitor_moving", Feed::Reduction, buildMovingCapacitor, {.constant = 2e-6}},
         {"EQFilter_first_order", Feed::Audio, buildEq, tail, EQFilter::Order1},
         {"EQFilter_steep", Feed::Audio, buildEq, tail, EQFilter::Order12},
         {"EQFilter_switched_off", Feed::Audio, buildSwitchedEq},
@@ -347,14 +344,9 @@ std::vector<Element> elements() {
             decibels ? roundedDb : rounded);
     }
     for (int variant = 0; variant < 64; ++variant) {
-        // Without a hold, levels are solved for groups of samples, which begin with the block: their rounding
-        // differs, by what the solver promises on either side. With one, a pair rests when both do, and what
-        // is left then is below 1e-9 dB.
-        const bool holds = (variant & 16) != 0;
-        add("Capacitor", Feed::Reduction, buildCapacitor, variant,
-            {.split = !holds         ? kSolved
-                      : variant & 32 ? 2e-9
-                                     : 0.0});
+        // What rests when a block begins is not touched, a pair when both do. What is left then is below 1e-9
+        // dB, and rounded in proportion to the step that led there.
+        add("Capacitor", Feed::Reduction, buildCapacitor, variant, {.split = 2e-9});
     }
     for (int operation = Mixer::Add; operation <= Mixer::Minimize; ++operation) {
         add("Mixer", Feed::Audio, buildMixer, operation);

@@ -115,7 +115,8 @@ std::vector<Signal> solved(FollowerLaw law, const std::vector<Channel>& channels
         std::vector<FollowerTrack> tracks;
         for (std::size_t c = 0; c < channels.size(); ++c)
             tracks.push_back(channels[c].track(states[c], at, blocks[c].data() + kOffset));
-        EXPECT_TRUE(kernel::follow(law, tracks.data(), tracks.size(), kRate, size));
+        EXPECT_TRUE(
+            kernel::follow(law, tracks.data(), tracks.size(), kRate, static_cast<std::int64_t>(at), size));
         for (std::size_t c = 0; c < channels.size(); ++c) {
             const auto begin = blocks[c].begin() + kOffset, end = begin + static_cast<std::ptrdiff_t>(size);
             EXPECT_EQ(
@@ -143,7 +144,7 @@ TEST_P(FollowerSolver, TakesTheStepsOfItsTwinAtAnyLengthAndBesideAnother) {
         int solving = 0;
         forEachInstructionSet([&](const char* set) {
             SCOPED_TRACE(fmt::format("{} {}", set, range.name));
-            if (!kernel::follow(GetParam(), nullptr, 0, kRate, 0)) return;
+            if (!kernel::follow(GetParam(), nullptr, 0, kRate, 0, 0)) return;
             ++solving;
             const auto together = solved(GetParam(), both, kSizes);
             for (std::size_t c = 0; c < 2; ++c) {

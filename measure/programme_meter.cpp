@@ -75,11 +75,10 @@ void ProgrammeMeter::process(std::span<const float* const> blocks, std::size_t f
 }
 
 void ProgrammeMeter::runChunk() {
+    // Before the tick, which is where nodes at rest hear of a change.
+    for (const auto& channel : channels_) channel->input.setBuffer(channel->waiting.data(), pending_);
     environment_.advanceTick();
-    for (std::size_t c = 0; c < channels_.size(); ++c) {
-        channels_[c]->input.setBuffer(channels_[c]->waiting.data(), pending_);
-        noteChannel(c, pending_);
-    }
+    for (std::size_t c = 0; c < channels_.size(); ++c) noteChannel(c, pending_);
     noteLoudness(pending_);
     environment_.run(pending_, 0);
     position_ += pending_;

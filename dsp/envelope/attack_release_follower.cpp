@@ -44,6 +44,11 @@ kernel::FollowerLaw AttackReleaseControls::law() const {
     return steadyAttack && steadyRelease ? Law::Steady : Law::Plain;
 }
 
+bool AttackReleaseFollower::restsWithin(double distance) const {
+    const bool begunThere = state_.begun.next < 0 || std::abs(state_.begun.level) <= distance;
+    return begunThere && std::abs(state_.level) <= distance;
+}
+
 inline double AttackReleaseFollower::Share::of(double timeSamples) {
     const auto key = static_cast<float>(timeSamples);
     if (key != samples) {
@@ -151,6 +156,7 @@ void AttackReleaseFollower::followGenerally(const Block& block, const CapacitorS
         return std::array<Form, sizeof...(sets)>{&AttackReleaseFollower::follow<sets>...};
     }
     (std::make_integer_sequence<unsigned, Controls::kModifierSets>());
+    state_.begun.next = -1;
     (this->*kForms[block.controls.modifiers])(block, style);
 }
 

@@ -63,7 +63,9 @@ public:
         holdRamp_ = 0.0;
         inRelease_ = false;
     }
-    double level() const { return state_.level; }
+    /// Whether the level is within this distance of 0 and was so when its last group began: one that is cut
+    /// short would be rounded otherwise than a whole one.
+    bool restsWithin(double distance) const;
     std::int64_t origin() const { return origin_; }
 
     /// With all modifiers. Smoothing ends at steps of 10 dB.

@@ -1,7 +1,6 @@
 #include "dsp/envelope/capacitor.hpp"
 
 #include <array>
-#include <cmath>
 
 #include "foundation/numbers.hpp"
 #include "kernel/scan.hpp"
@@ -69,7 +68,7 @@ void Capacitor::clearPair() {
 }
 
 bool Capacitor::idle(const wave::BasicBlock<float>& in, int samples) const {
-    return std::abs(follower_.level()) <= double{kAtRest} &&
+    return follower_.restsWithin(double{kAtRest}) &&
            kernel::highestMagnitude(in.data(), static_cast<std::size_t>(samples)) <= kAtRest;
 }
 

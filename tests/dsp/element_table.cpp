@@ -344,9 +344,14 @@ std::vector<Element> elements() {
             decibels ? roundedDb : rounded);
     }
     for (int variant = 0; variant < 64; ++variant) {
-        // What rests when a block begins is not touched, a pair when both do. What is left then is below 1e-9
-        // dB, and rounded in proportion to the step that led there.
-        add("Capacitor", Feed::Reduction, buildCapacitor, variant, {.split = 2e-9});
+        // A pair rests when both do, and what is left then is below 1e-9 dB. A release in proportion to the
+        // step ends within samples of the rest: what is left is another number for other blocks, and the next
+        // levels may be rounded to the other side.
+        const bool ramp = (variant & 4) != 0 && (variant & 16) == 0;
+        add("Capacitor", Feed::Reduction, buildCapacitor, variant,
+            {.split = ramp           ? 2e-6
+                      : variant & 32 ? 2e-9
+                                     : 0.0});
     }
     for (int operation = Mixer::Add; operation <= Mixer::Minimize; ++operation) {
         add("Mixer", Feed::Audio, buildMixer, operation);

@@ -122,6 +122,7 @@ TEST_F(Mixers, SumRunsOnlyWhatIsHeard) {
     runBlock(mixer);
     EXPECT_EQ(&mixer.current(), &environment.silentBlock());
     EXPECT_EQ(off.blocksPlayed(), 0);
+    on.rewind();
     mixer.setInput(1, &on);
     mixer.gain(1).parameter().setValue(1.0f, 0.0f);
     environment.resetGraph(wave::ResetMode::MarkDiscontinuity);

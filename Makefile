@@ -10,10 +10,8 @@ WERROR ?= OFF
 JOBS   ?= $(shell nproc)
 
 .PHONY: build plugins install uninstall test test-hosts demo bench setup format check-format tidy asan tsan fuzz \
-        preset-table aax-table artwork artwork-sheet gallery scope app display-pictures bench-commands bench-compare \
-        performance-page clean
-        preset-table aax-table artwork artwork-sheet gallery scope app display-pictures interface-pictures bench-commands clean
-        preset-table aax-table artwork artwork-sheet gallery scope app display-pictures interface-pictures walk bench-commands clean
+        preset-table aax-table artwork artwork-sheet gallery scope app walk display-pictures interface-pictures \
+        bench-commands bench-compare performance-page clean
 
 build: setup
 	@cmake --preset release -DVANTA_WERROR=$(WERROR) > /dev/null

@@ -7,12 +7,13 @@
 #include <utility>
 
 #include "foundation/failure.hpp"
+#include "host/jack/midi_input.hpp"
 #include "host/jack/port_names.hpp"
 
 namespace vanta {
 namespace {
 
-/// A file has no events.
+/// A clock has no controllers.
 class NoEvents final : public HostEventSource {
 public:
     bool next(HostEvent&) override { return false; }
@@ -67,6 +68,8 @@ bool Engine::startJack() {
         ports_.push_back(jack_port_register(jack_.get(), fmt::format("out_{}", speaker).c_str(),
                                             JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput | JackPortIsTerminal,
                                             0));
+    // Controllers can be learned while the file plays.
+    midi_ = jack_port_register(jack_.get(), "midi_in", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
     jack_set_process_callback(
         jack_.get(),
         [](jack_nframes_t frames, void* engine) {
@@ -74,13 +77,14 @@ bool Engine::startJack() {
             std::array<float*, kMaxChannels> outputs{};
             for (std::size_t i = 0; i < self.ports_.size(); ++i)
                 outputs[i] = static_cast<float*>(jack_port_get_buffer(self.ports_[i], frames));
-            self.play({outputs.data(), self.ports_.size()}, static_cast<int>(frames));
+            MidiInput midi(jack_port_get_buffer(self.midi_, frames));
+            self.play({outputs.data(), self.ports_.size()}, static_cast<int>(frames), midi);
             return 0;
         },
         this);
     jack_on_shutdown(
         jack_.get(), [](void* engine) { static_cast<Engine*>(engine)->serverHasGone_.store(true); }, this);
-    if (std::ranges::count(ports_, nullptr) > 0 || jack_activate(jack_.get()) != 0) {
+    if (!midi_ || std::ranges::count(ports_, nullptr) > 0 || jack_activate(jack_.get()) != 0) {
         jack_.reset();
         return false;
     }
@@ -99,14 +103,15 @@ void Engine::runClock() {
     for (std::size_t i = 0; i < buffers_.size(); ++i) outputs[i] = buffers_[i].data();
     const auto start = Clock::now();
     for (std::int64_t blocks = 1; !quit_.load(); ++blocks) {
-        play({outputs.data(), buffers_.size()}, kBlock);
+        NoEvents events;
+        play({outputs.data(), buffers_.size()}, kBlock, events);
         std::this_thread::sleep_until(
             start + std::chrono::duration_cast<Clock::duration>(
                         std::chrono::duration<double>(static_cast<double>(blocks * kBlock) / sampleRate_)));
     }
 }
 
-void Engine::play(std::span<float* const> outputs, int samples) {
+void Engine::play(std::span<float* const> outputs, int samples, HostEventSource& events) {
     if (paused_.load()) {
         for (float* output : outputs) std::fill_n(output, samples, 0.0f);
     } else {
@@ -114,7 +119,6 @@ void Engine::play(std::span<float* const> outputs, int samples) {
     }
     std::array<const float*, kMaxChannels> inputs{};
     std::ranges::copy(outputs, inputs.begin());
-    NoEvents events;
     plugin_.process(
         {.inputs = {inputs.data(), outputs.size()}, .sideChain = {}, .outputs = outputs, .samples = samples},
         events);

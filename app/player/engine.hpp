@@ -14,7 +14,7 @@
 namespace vanta {
 
 /// A limiter that a file plays through: to a JACK server where one runs at the file's rate, else to nobody,
-/// at the pace of a clock.
+/// at the pace of a clock. There its port midi_in takes controllers.
 class Engine final : private HostCallbacks {
 public:
     /// The reader is mapped to `layout`. JACK knows the engine by `clientName`.
@@ -47,7 +47,7 @@ private:
     bool startJack();
     void startClock();
     void runClock();
-    VANTA_REALTIME void play(std::span<float* const> outputs, int samples);
+    VANTA_REALTIME void play(std::span<float* const> outputs, int samples, HostEventSource& events);
 
     void parameterEdited(int, Edit, float) override {}
     void latencyChanged() override {}
@@ -62,6 +62,7 @@ private:
     std::atomic<bool> serverHasGone_{false};
     std::vector<std::vector<float>> buffers_;
     std::vector<jack_port_t*> ports_;
+    jack_port_t* midi_ = nullptr;
     std::thread clock_;
     JackConnection jack_;
 };

@@ -10,6 +10,8 @@ using gui::Rect;
 
 constexpr float kTop = 9.0f;
 constexpr float kHeight = 48.0f;  ///< the last 8 units are its shadow
+constexpr float kSolidHeight = 40.0f;
+constexpr int kNeverHit = 255;
 constexpr float kLogoWidth = 300.0f;
 constexpr float kLogoTile = 100.0f;
 constexpr float kLeastPresets = 166.0f;
@@ -30,7 +32,10 @@ BarBand::BarBand(float rootWidth)
 TopBar::TopBar(const LayoutContext& context)
     : context_(context),
       picture_(&context.factory().addImage({}, "LogoBar.png")),
+      ground_(&context.factory().add<gui::Control>(gui::Rect{})),
       row_(context.factory(), context.root()) {
+    // The shadow lies over buttons of the meters, which are to be clicked through it.
+    picture_->hitThreshold = kNeverHit;
     picture_->stretchMode = gui::Image::StretchMode::Stretched;
     picture_->tile = kLogoTile;
     QuillmarkPluginInterface& frame = context.frame;
@@ -60,6 +65,7 @@ void TopBar::layOut(bool isCompact) {
     gui::RootControl& root = context_.root();
     const BarBand band(root.localBounds().width());
     picture_->setBounds({0.0f, 0.0f, root.localBounds().width(), kHeight});
+    ground_->setBounds({0.0f, 0.0f, root.localBounds().width(), kSolidHeight});
     lastGap_->visible = !band.isWide();
     fullScreen_->parent = band.isWide() ? static_cast<gui::Control*>(&root) : &row_.bar();
     if (band.isWide()) {

@@ -29,6 +29,7 @@ public:
 private:
     const LayoutContext& context_;
     gui::Image* picture_;
+    gui::Control* ground_;  ///< takes what is clicked beside the buttons
     BarRow row_;
     gui::Control* presets_;
     gui::Control* lastGap_;  ///< before Full Screen

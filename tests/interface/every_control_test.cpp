@@ -106,23 +106,27 @@ protected:
     }
     /// Opens a menu and presses keys in it.
     void chooseIn(gui::Control& button, const Keys& keys) {
-        std::vector<std::function<void()>> steps;
+        pointAt(middleOf(button));
+        // A key before the menu is there would be lost to it.
+        std::vector<std::function<void()>> steps{[this] { server.click(1); }, [] {}};
         for (const KeySym key : keys) steps.push_back([this, key] { server.typeKey(key); });
         // Whatever it is that the keys have led to, the test is to go on.
         for (int i = 0; i < 2; ++i) steps.push_back([this] { server.typeKey(XK_Escape); });
         gui::Script script(*ui, steps);
-        click(middleOf(button));
         gui::runUntil(*ui, [&] { return script.next >= script.steps.size(); });
         settle();
     }
 
     // Each moves the parameter and back.
 
-    void byMenu(gui::Control& button, AbstractPluginParameter& parameter) {
+    /// `way`: the keys to the submenu that it is in.
+    void byMenu(gui::Control& button, AbstractPluginParameter& parameter, const Keys& way = {}) {
         const float first = parameter.value();
         const auto until = [&](const auto& isReached) {
             for (int item = 1; item <= kMostItems && !isReached(); ++item) {
-                Keys keys(static_cast<std::size_t>(item), XK_Down);
+                Keys keys = way;
+                // The first item of a submenu is chosen as it opens.
+                keys.insert(keys.end(), static_cast<std::size_t>(way.empty() ? item : item - 1), XK_Down);
                 keys.push_back(XK_Return);
                 chooseIn(button, keys);
             }
@@ -213,15 +217,24 @@ protected:
         if (&parameter == &plugin.loudnessRecording) {
             byClicking([&] { return middleOf(named("Loudness recording")); }, parameter);
         } else if (&parameter == &plugin.loudnessMeterTarget) {
-            if (!isCompact()) byMenu(named("Loudness target"), parameter);
+            if (isCompact()) {
+                byMenu(named("Loudness scale"), parameter, {XK_End, XK_Up, XK_Right});
+            } else {
+                byMenu(named("Loudness target"), parameter);
+            }
         } else if (&parameter == &plugin.loudnessTimeScale) {
-            if (!isCompact()) byWheel(middleOf(named("Loudness time scale")), parameter);
+            if (isCompact()) {
+                byMenu(named("Loudness scale"), parameter, {XK_End, XK_Right});
+            } else {
+                byWheel(middleOf(named("Loudness time scale")), parameter);
+            }
         } else if (&parameter == &plugin.integratedPeakTimeScale) {
-            // Not tried: the wheel does not move it here, and why is not known yet. In Compact neither this
-            // one nor the submenus of target and time scale are tried.
+            if (!isCompact()) byMenu(named("Which maximum is shown"), parameter);
         } else if (&parameter != &plugin.displayMode && &parameter != &plugin.showAdvanced) {
             byMenu(named("Loudness scale"), parameter);
         } else {
+            // Compact has neither the display and its modes, nor the advanced panel, nor room for which
+            // maximum is shown.
             EXPECT_TRUE(isCompact());
         }
         set(plugin.meterScale, plugin.meterScale.minimum());

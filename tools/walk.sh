@@ -16,14 +16,19 @@ build/render_song resources/demo/song.score "$song" > /dev/null
 
 Xvfb "$DISPLAY" -screen 0 1600x1000x24 -nolisten tcp 2> /dev/null &
 server=$!
+# A JACK server of its own, so that there is somewhere for a controller to be connected.
+export JACK_DEFAULT_SERVER=walk$$ JACK_NO_START_SERVER=1
+jackd -r -n "$JACK_DEFAULT_SERVER" -d dummy -r 48000 > "$home/jackd" 2>&1 &
+jack=$!
+cc tools/send_controller.c -o "$home/send" -ljack
 app=
-trap 'kill $app $server 2> /dev/null || true; wait; rm -rf "$home"' EXIT
+trap 'kill $app $jack $server 2> /dev/null || true; wait; rm -rf "$home"' EXIT
 sleep 2
 
 fail() { echo "walk: $*" >&2; exit 1; }
 x() { timeout 10 xdotool "$@"; }
 open() {
-    build/vanta-app "$song" --no-jack --software --scale 1 "$@" > "$home/log" 2>&1 &
+    build/vanta-app "$song" --software --scale 1 "$@" > "$home/log" 2>&1 &
     app=$!
     window=$(timeout 20 xdotool search --sync --name 'song.wav - Vanta 2' | head -n 1)
     [ -n "$window" ] || fail "no window opens"
@@ -76,10 +81,12 @@ changed "$button" "$(seen 56x16+98+486)" "Compare does not light up"
 click 124 494
 
 # Loudness.
+meter=$(seen 40x20+555+400)
 click 660 56
 keys End Return
 sleep 4
 shot 5-loudness
+changed "$meter" "$(seen 40x20+555+400)" "no loudness is shown"
 # MIDI learn.
 click 60 467
 click 34 180
@@ -88,6 +95,16 @@ x mousemove 300 300
 sleep 1
 shot 6-learn
 click 60 467
+value=$(seen 40x20+14+170)
+click 60 467
+click 34 180
+move() { timeout 10 "$home/send" vanta-app:midi_in 20 "$1" || fail "no controller can be connected"; sleep 1; }
+move 40  # by which it is learned
+click 60 467
+move 20
+changed "$value" "$(seen 40x20+14+170)" "the controller does not move Gain"
+map=$(find "$home" -name MidiControllerMap.qmm -size +0)
+[ -n "$map" ] || fail "the MIDI map was not saved"
 
 # A preset of one's own, by the desktop's dialog.
 mine=$home/presets/Mine.qmp
@@ -123,5 +140,15 @@ open
 [ "$(size)" = 1330x826 ] || fail "the size was not remembered: $(size)"
 sleep 2
 timeout 10 import -window root -crop 1330x826+0+0 +repage "$home/again.png"
+keys q
+sleep 2
+
+# Neither the welcome nor what was learned is for one time only.
+open --size small --paused
+sleep 2
+changed "$welcome" "$(seen 60x20+560+304)" "the welcome hint comes again"
+value=$(seen 40x20+14+286)
+move 100
+changed "$value" "$(seen 40x20+14+286)" "the learned controller was forgotten"
 keys q
 echo "the walk went well: $out"

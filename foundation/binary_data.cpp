@@ -1,5 +1,6 @@
 #include "foundation/binary_data.hpp"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -10,6 +11,8 @@ namespace vanta {
 namespace {
 
 using Word = std::array<char, 4>;
+
+static_assert(std::endian::native == std::endian::little, "runs of values are read and written as they lie");
 
 std::uint32_t fromLittleEndian(const Word& bytes) {
     std::uint32_t value = 0;
@@ -68,6 +71,13 @@ float BinaryDataReader::readFloat() {
     return std::bit_cast<float>(readWord(*stream_));
 }
 
+void BinaryDataReader::readFloats(std::span<float> values) {
+    const std::span<std::byte> bytes = std::as_writable_bytes(values);
+    stream_->read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    const auto whole = static_cast<std::size_t>(stream_->gcount()) / sizeof(float);
+    std::fill(values.begin() + static_cast<std::ptrdiff_t>(whole), values.end(), 0.0f);
+}
+
 void BinaryDataWriter::writeHeader(const std::string& tag, int version) {
     Word bytes{};
     tag.copy(bytes.data(), bytes.size());
@@ -81,6 +91,11 @@ void BinaryDataWriter::writeInt(int value) {
 
 void BinaryDataWriter::writeFloat(float value) {
     writeWord(*stream_, toLittleEndian(std::bit_cast<std::uint32_t>(value)));
+}
+
+void BinaryDataWriter::writeFloats(std::span<const float> values) {
+    const std::span<const std::byte> bytes = std::as_bytes(values);
+    stream_->write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
 void BinaryDataWriter::skip() {

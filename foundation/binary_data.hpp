@@ -31,6 +31,8 @@ public:
     bool expectHeader(const std::string& tag);
     int readInt();
     float readFloat();
+    /// As many `readFloat`, at the cost of one: for samples. Those that could not be read are 0.
+    void readFloats(std::span<float> values);
 
     bool failed() const { return stream_->fail(); }
     /// -1 until a header is read.
@@ -60,6 +62,8 @@ public:
     void writeHeader(const std::string& tag, int version);
     void writeInt(int value);
     void writeFloat(float value);
+    /// As many `writeFloat`, at the cost of one: for samples.
+    void writeFloats(std::span<const float> values);
     /// Leaves the next value as it stands.
     void skip();
 

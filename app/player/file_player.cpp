@@ -7,7 +7,8 @@
 namespace vanta {
 namespace {
 
-constexpr auto kNap = std::chrono::milliseconds(10);
+/// Short against what is read ahead, and against what a jump may take.
+constexpr auto kNap = std::chrono::milliseconds(30);
 
 }  // namespace
 

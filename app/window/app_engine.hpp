@@ -14,7 +14,7 @@ public:
     virtual HostedPlugin& plugin() = 0;
     /// Sound runs from here on. The result says from where to where.
     virtual std::string start() = 0;
-    /// A hundred times a second at least.
+    /// A hundred times a second, less often while the transport is paused.
     virtual void pump() = 0;
 
     /// Nothing sounds any more, and the window is to close.

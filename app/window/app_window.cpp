@@ -2,11 +2,14 @@
 
 #include "gui/tree/key_press.hpp"
 #include "gui/tree/root_control.hpp"
+#include "gui/tree/timer.hpp"
 
 namespace vanta {
 namespace {
 
 constexpr int kPumpMs = 10;
+/// Nothing plays, and there is little to hear of: as often as the eye wants a button to answer.
+constexpr int kPausedPumpMs = 40;
 
 float footerOf(AppEngine& engine) {
     return engine.transport() ? TransportStrip::kHeight : 0.0f;
@@ -36,7 +39,8 @@ AppWindow::AppWindow(AppEngine& engine, const gui::X11Settings& settings)
     }
     interfaceKeys_ = ui_.keyHook;
     ui_.keyHook = this;
-    auto& pump = *ui_.createTimer().release();  // the interface deletes it
+    pump_ = ui_.createTimer().release();  // the interface deletes it
+    gui::Timer& pump = *pump_;
     pump.interval = kPumpMs;
     pump.onTick.setHandler(this, &AppWindow::tick);
     pump.running = true;
@@ -59,6 +63,9 @@ void AppWindow::tick(void* /*sender*/) {
     engine_.pump();
     if (engine_.hasEnded()) ui_.quit();
     if (strip_) strip_->refresh(model_.bypass.mapped());
+    const Transport* const transport = engine_.transport();
+    const int wanted = transport && transport->isPaused() ? kPausedPumpMs : kPumpMs;
+    if (pump_->interval != wanted) pump_->interval = wanted;
 }
 
 /// What the interface does not want itself.

@@ -34,6 +34,7 @@ private:
     std::optional<interface::ControlFactory> stripFactory_;
     std::optional<TransportStrip> strip_;
     gui::UserInterface::KeyHook* interfaceKeys_ = nullptr;
+    gui::Timer* pump_ = nullptr;  ///< faster while something plays
 };
 
 }  // namespace vanta

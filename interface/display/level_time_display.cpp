@@ -190,8 +190,10 @@ int LevelTimeDisplay::samplesPerColumn(const Curve& first) const {
 
 void LevelTimeDisplay::advance(int columns) {
     const Curve::Advance step{columns, static_cast<int>(clock_.step()), infinite_, squeezeFrames_ != 0};
+    const bool showsRest = isFlat();
     for (const auto& line : curves_) line->advance(step);
-    if (!infinite_) writeStrips(columns);
+    // Rest after rest looks the same.
+    if (!infinite_ && !(showsRest && isFlat())) writeStrips(columns);
     if (hasLabels()) advanceLabels(columns);
 }
 

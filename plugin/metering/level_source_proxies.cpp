@@ -20,14 +20,10 @@ void refuse(BinaryDataReader& reader) {
     reader.stream().setstate(std::ios::failbit);
 }
 
-void readInto(BinaryDataReader& reader, std::span<float> values) {
-    for (float& value : values) value = reader.readFloat();
-}
-
 }  // namespace
 
 void LevelSourceProxy::read(BinaryDataReader& reader) {
-    readInto(reader, values_);
+    reader.readFloats(values_);
     word_ = reader.readInt();
 }
 
@@ -70,7 +66,7 @@ void AudioSourceProxy::read(BinaryDataReader& reader) {
     const std::size_t from = placeOf(frames_, 0);
     const auto size = static_cast<std::size_t>(count);
     if (samples_.size() < from + size) samples_.resize(from + size);
-    readInto(reader, std::span(samples_).subspan(from, size));
+    reader.readFloats(std::span(samples_).subspan(from, size));
     if (!reader.failed()) frames_ += received;
 }
 
@@ -82,7 +78,7 @@ void SpectrumSourceProxy::read(BinaryDataReader& reader) {
     if (size <= 0) return;
     if (size > kMostValues) return refuse(reader);
     scratch_.resize(static_cast<std::size_t>(size));
-    readInto(reader, scratch_);
+    reader.readFloats(scratch_);
     if (values_.size() == scratch_.size() && !consumed_) {
         std::transform(values_.begin(), values_.end(), scratch_.begin(), values_.begin(),
                        [](float a, float b) { return std::max(a, b); });

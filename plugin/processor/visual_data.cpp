@@ -12,8 +12,8 @@ void writeAudio(const wave::AudioSource& source, BinaryDataWriter& writer) {
     writer.writeInt(source.blockLength());
     for (int frame = 0; frame < source.frameCount(); ++frame) {
         for (int channel = 0; channel < source.channelCount(); ++channel) {
-            const float* block = source.block(frame, channel);
-            for (int i = 0; i < source.blockLength(); ++i) writer.writeFloat(block[i]);
+            writer.writeFloats(
+                {source.block(frame, channel), static_cast<std::size_t>(source.blockLength())});
         }
     }
 }
@@ -28,7 +28,7 @@ void writeLevels(wave::LevelSource& source, BinaryDataWriter& writer) {
 void writeSpectrum(const wave::SpectrumSource& source, BinaryDataWriter& writer) {
     writer.writeInt(source.spectrumCount());
     writer.writeInt(static_cast<int>(source.data().size()));
-    for (const float value : source.data()) writer.writeFloat(value);
+    writer.writeFloats(source.data());
 }
 
 }  // namespace

@@ -35,7 +35,8 @@ TEST_F(BinaryFile, RecordsAreLittleEndianWordsAndComeBackBitForBit) {
         writer.writeHeader("ab", -1);
         writer.writeHeader("longer", 0);
         writer.writeInt(-2);
-        for (const float value : floats) writer.writeFloat(value);
+        writer.writeFloat(floats[0]);
+        writer.writeFloats(std::span(floats).subspan(1));
         ASSERT_TRUE(writer.flush());
     }
     const std::string expected("PMap\4\3\2\1ab\0\0\xff\xff\xff\xfflong\0\0\0\0\xfe\xff\xff\xff\0\0\x80\x3f",
@@ -47,10 +48,15 @@ TEST_F(BinaryFile, RecordsAreLittleEndianWordsAndComeBackBitForBit) {
     EXPECT_EQ(reader.version(), 0x01020304);
     for (int i = 0; i < 2; ++i) reader.readHeader();
     EXPECT_EQ(reader.readInt(), -2);
-    for (const float value : floats) {
-        EXPECT_EQ(std::bit_cast<std::uint32_t>(reader.readFloat()), std::bit_cast<std::uint32_t>(value));
-    }
+    float read[] = {0.0f, 0.0f, 0.0f, 0.0f, 1.0f, 1.0f};
+    reader.readFloats(std::span(read).first(4));
     EXPECT_FALSE(reader.failed());
+    reader.readFloats(std::span(read).subspan(4));
+    EXPECT_TRUE(reader.failed()) << "one more than there is";
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(read[i]), std::bit_cast<std::uint32_t>(floats[i]));
+    }
+    EXPECT_EQ(read[5], 0.0f);
 }
 
 TEST_F(BinaryFile, CutFilesFailForGoodAndReadAsZero) {

@@ -30,11 +30,11 @@ start() { # first or again
     host=$!
     main=$(window_called 'windows - Ardour')
     timeout 5 xdotool windowmove "$main" 0 0 windowsize "$main" 1500 900
-    sleep 3
+    settle 1500x900+0+0
     bring_up 'windows - Ardour'
     press 150 295 # the master track
     [ "$1" = again ] || keys shift+e # its strip, which comes back with the session
-    sleep 2
+    settle 1500x900+0+0
 }
 
 stop() {
@@ -44,16 +44,23 @@ stop() {
     sleep 1
 }
 
-show() { # ROW
-    bring_up 'windows - Ardour'
-    press_twice 60 "$1"
+show() { # ROW TITLE
+    for _ in 1 2 3; do
+        bring_up 'windows - Ardour'
+        press_twice 60 "$1"
+        find_interface 20 2> /dev/null && break
+    done
+    bring_up "$2"
     find_interface
     gain_at=295
 }
 
 hide() { # TITLE
     timeout 5 wmctrl -c "$1"
-    sleep 2
+    for _ in $(seq 50); do
+        [ -z "$(interface_place)" ] && return
+        sleep 0.2
+    done
 }
 
 saved_gain() { # TYPE ATTRIBUTE
@@ -63,14 +70,14 @@ saved_gain() { # TYPE ATTRIBUTE
 }
 
 open_screen
-trap 'kill $host 2> /dev/null; pkill -f "$HOME/windows"; close_screen' EXIT
+trap 'kill $host 2> /dev/null || true; pkill -f "$HOME/windows" || true; close_screen' EXIT
 start first
 for format in lv2 vst3; do
     case $format in
         lv2) row=$lv2_row title='stereo' port='symbol="gain"' ;;
         vst3) row=$vst3_row title='VST3' port='id="0"' ;;
     esac
-    show "$row"
+    show "$row" "$title"
     drag_gain 120
     first=$(saved_gain $format "$port")
     expect "$format: Gain of slot A in Ardour's session" "$first" "v > 1 && v < 6"
@@ -92,7 +99,7 @@ for format in lv2 vst3; do
         lv2) row=$lv2_row title='stereo' port='symbol="gain"' first=$lv2_first second=$lv2_second ;;
         vst3) row=$vst3_row title='VST3' port='id="0"' first=$vst3_first second=$vst3_second ;;
     esac
-    show "$row"
+    show "$row" "$title"
     compare_slots
     expect "$format: Gain of slot A after the session has come back" "$(saved_gain $format "$port")" "v > $first - 0.001 && v < $first + 0.001"
     bring_up "$title"

@@ -34,12 +34,14 @@ keys() { timeout 5 xdotool key "$@"; }
 # Ctrl+S in the window that has the keyboard, until the file is written anew.
 save_by_keys() { # FILE
     touch -d '1 minute ago' "$1"
-    keys ctrl+s
-    for _ in $(seq 50); do
-        sleep 0.2
-        [ -n "$(find "$1" -newermt '30 seconds ago')" ] && { sleep 0.5; return; }
+    for _ in 1 2 3; do
+        keys ctrl+s
+        for _ in $(seq 25); do
+            sleep 0.2
+            [ -n "$(find "$1" -newermt '30 seconds ago')" ] && { sleep 0.5; return; }
+        done
     done
-    echo "$1 is not saved"
+    echo "$1 is not saved" >&2
     picture lost
     return 1
 }
@@ -57,27 +59,76 @@ window_called() { # TITLE
     return 1
 }
 
+# On top of all others, and with the keyboard.
 bring_up() { # TITLE
-    timeout 5 xdotool windowactivate --sync "$(window_called "$1")"
-    sleep 0.5
-}
-
-# Where our interface begins on the screen, once it is there: it alone has this size, Medium at scale 1.
-find_interface() {
-    local place
-    for _ in $(seq 100); do
-        place=$(timeout 5 xwininfo -root -tree | grep ' 950x570' | tail -1 |
-            sed -E 's/.* \+(-?[0-9]+)\+(-?[0-9]+)$/\1 \2/') || true
-        [ -n "$place" ] && { read -r left top <<< "$place"; sleep 2; return; }
-        sleep 0.2
+    local window
+    window=$(window_called "$1")
+    for _ in $(seq 20); do
+        timeout 5 xdotool windowactivate "$window" 2> /dev/null || true
+        sleep 0.3
+        [ "$(timeout 5 xdotool getactivewindow 2> /dev/null)" = "$window" ] && return
     done
-    echo "the interface does not appear"
+    echo "the window called $1 does not come up" >&2
     picture lost
     return 1
 }
 
-# The gain slider by so many pixels, as a hand does it.
-drag_gain() { # PIXELS
+# Until a part of the screen has been the same for a while. A host still lays out its windows when they are there.
+settle() { # GEOMETRY
+    local now before=
+    for _ in $(seq 40); do
+        now=$(timeout 20 import -window root -crop "$1" +repage rgb:- | md5sum)
+        [ "$now" = "$before" ] && return
+        before=$now
+        sleep 0.3
+    done
+    echo "the screen does not come to rest" >&2
+}
+
+# Where our interface is on the screen: it alone has this size, Medium at scale 1.
+interface_place() {
+    timeout 5 xwininfo -root -tree | grep ' 950x570' | tail -1 | sed -E 's/.* \+(-?[0-9]+)\+(-?[0-9]+)$/\1 \2/'
+}
+
+# Once it is there, and stays there.
+find_interface() { # [TRIES]
+    local place before=
+    for _ in $(seq "${1:-100}"); do
+        place=$(interface_place) || true
+        if [ -n "$place" ] && [ "$place" = "$before" ]; then
+            read -r left top <<< "$place"
+            settle "950x570+$left+$top"
+            return
+        fi
+        before=$place
+        sleep 0.3
+    done
+    echo "the interface does not appear" >&2
+    picture lost
+    return 1
+}
+
+# Does something to the interface until a part of it has changed: on a busy machine a click may come before its window.
+until_changed() { # GEOMETRY COMMAND...
+    local geometry=$1 before=$WORK/before.png after=$WORK/after.png changed
+    shift
+    for _ in 1 2 3; do
+        settle "$geometry"
+        timeout 20 import -window root -crop "$geometry" +repage "$before"
+        "$@"
+        sleep 0.5
+        settle "$geometry"
+        timeout 20 import -window root -crop "$geometry" +repage "$after"
+        changed=$(compare -metric AE "$before" "$after" null: 2>&1 || true)
+        awk -v n="$changed" 'BEGIN { exit !(n > 20) }' && return
+        read -r left top <<< "$(interface_place)"
+    done
+    echo "nothing changes at $geometry" >&2
+    picture lost
+    return 1
+}
+
+move_gain() { # PIXELS
     at $((left + 37)) $((top + gain_at))
     timeout 5 xdotool mousedown 1
     for step in 1 2 3 4 5; do
@@ -85,14 +136,19 @@ drag_gain() { # PIXELS
         at $((left + 37)) $((top + gain_at - $1 * step / 5))
     done
     timeout 5 xdotool mouseup 1
+}
+
+# The gain slider by so many pixels, as a hand does it.
+drag_gain() { # PIXELS
+    at $((left + 37)) $((top + gain_at)) # what lights up under the pointer is no change
+    until_changed "60x200+$((left + 8))+$((top + 130))" move_gain "$1"
     gain_at=$((gain_at - $1))
-    sleep 1
 }
 gain_at=295 # the thumb at 0 dB
 
 compare_slots() {
-    press $((left + 426)) $((top + 18))
-    sleep 1
+    at $((left + 426)) $((top + 18))
+    until_changed "40x24+$((left + 406))+$((top + 6))" press $((left + 426)) $((top + 18))
 }
 
 picture() { # NAME

@@ -25,12 +25,26 @@ session=$HOME/windows/windows.ardour
 lv2_row=240 # of the strip, below the noise
 vst3_row=271
 
+hide() { # TITLE
+    timeout 5 wmctrl -c "$1"
+    for _ in $(seq 50); do
+        [ -z "$(interface_place)" ] && return
+        sleep 0.2
+    done
+}
+
 start() { # first or again
     timeout 600 ardour -n "$HOME/windows" > "$WORK/ardour.log" 2>&1 &
     host=$!
     main=$(window_called 'windows - Ardour')
     timeout 5 xdotool windowmove "$main" 0 0 windowsize "$main" 1500 900
     settle 1500x900+0+0
+    if [ "$1" = again ]; then # our windows come back as well, over what is to be pressed
+        for _ in $(seq 10); do
+            timeout 5 wmctrl -c 'Master: Vanta 2' || true
+            sleep 0.3
+        done
+    fi
     bring_up 'windows - Ardour'
     press 150 295 # the master track
     [ "$1" = again ] || keys shift+e # its strip, which comes back with the session
@@ -53,14 +67,6 @@ show() { # ROW TITLE
     bring_up "$2"
     find_interface
     gain_at=295
-}
-
-hide() { # TITLE
-    timeout 5 wmctrl -c "$1"
-    for _ in $(seq 50); do
-        [ -z "$(interface_place)" ] && return
-        sleep 0.2
-    done
 }
 
 saved_gain() { # TYPE ATTRIBUTE

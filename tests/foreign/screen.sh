@@ -73,16 +73,16 @@ bring_up() { # TITLE
     return 1
 }
 
-# Until a part of the screen has been the same for a while. A host still lays out its windows when they are there.
+# Until a part of the screen has been the same for a while, or for some seconds if meters move there. A host still lays out
+# its windows when they are there.
 settle() { # GEOMETRY
     local now before=
-    for _ in $(seq 40); do
+    for _ in $(seq 10); do
         now=$(timeout 20 import -window root -crop "$1" +repage rgb:- | md5sum)
         [ "$now" = "$before" ] && return
         before=$now
         sleep 0.3
     done
-    echo "the screen does not come to rest" >&2
 }
 
 # Where our interface is on the screen: it alone has this size, Medium at scale 1.

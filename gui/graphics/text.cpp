@@ -12,6 +12,7 @@ void Text::copyStyleFrom(const Text& other) {
     fontSize = other.fontSize.value();
     fontName = other.fontName.value();
     underline = other.underline.value();
+    letterSpacing = other.letterSpacing.value();
     text = other.text.value();
 }
 

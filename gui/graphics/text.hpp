@@ -44,6 +44,7 @@ public:
     Property<float> fontSize{this, 8.0f};      ///< points, of 96 logical units an inch
     Property<std::string> fontName{this, {}};  ///< empty for the interface's own face
     Property<bool> underline{this, false};
+    Property<float> letterSpacing{this, 0.0f};  ///< logical units between letters, beyond the face's own
     NotifyEvent onChange;
 
 protected:

@@ -59,10 +59,14 @@ Font fontOf(const Text& text, float scale) {
     return font;
 }
 
-Attributes attributesOf(const Text& text) {
+Attributes attributesOf(const Text& text, float scale) {
     Attributes attributes(pango_attr_list_new());
     // Figures of one width, so that a value does not dance while it changes, and signs at their height.
     pango_attr_list_insert(attributes.get(), pango_attr_font_features_new("tnum=1,case=1"));
+    if (const float spacing = text.letterSpacing * scale; spacing != 0.0f) {
+        pango_attr_list_insert(attributes.get(),
+                               pango_attr_letter_spacing_new(static_cast<int>(spacing * PANGO_SCALE)));
+    }
     if (text.underline) {
         pango_attr_list_insert(attributes.get(), pango_attr_underline_new(PANGO_UNDERLINE_SINGLE));
     }
@@ -107,7 +111,7 @@ TextLayout::TextLayout(const Text& text, float scale) {
     const Context context = contextFor(scale);
     layout_.reset(pango_layout_new(context.get()));
     pango_layout_set_font_description(layout_.get(), fontOf(text, scale).get());
-    pango_layout_set_attributes(layout_.get(), attributesOf(text).get());
+    pango_layout_set_attributes(layout_.get(), attributesOf(text, scale).get());
     setText(layout_.get(), text.text);
     int limit = kLargestSide;
     if (text.maxWidth > 0.0f) {

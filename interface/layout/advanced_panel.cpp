@@ -86,6 +86,7 @@ void AdvancedPanel::addButtons() {
     heading_->textOffset = 8.0f;
     heading_->text().fontName = std::string(kSemiBold);
     heading_->text().fontSize = 7.25f;
+    heading_->text().letterSpacing = kCaptionSpacing;
     heading_->text().color = gui::Color{213, 222, 255, 255};
     heading_->onClick.addHandler(this, &AdvancedPanel::headingClicked);
     const ParentScope onPanel(factory, *panel_);

@@ -21,6 +21,7 @@ gui::Label& addCaption(ControlFactory& factory, gui::Point onBaseLine, const std
     gui::Label& label = factory.addLabel(place, text, alignment);
     label.style().fontName = std::string(kSemiBold);
     label.style().fontSize = kPoints;
+    label.style().letterSpacing = kCaptionSpacing;
     label.textColor = kOnPictureColor;
     return label;
 }

@@ -5,6 +5,8 @@
 namespace vanta::interface {
 
 inline constexpr const char* kSemiBold = "Inter Medium";
+/// Between the letters of a caption, as in the captions that are pictures.
+inline constexpr float kCaptionSpacing = 0.6f;
 /// Of a text that stands on the moving picture.
 inline constexpr gui::Color kOnPictureColor{230, 233, 240, 255};
 

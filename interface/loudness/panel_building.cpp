@@ -20,6 +20,8 @@ constexpr gui::Color kJoiningLine{255, 255, 255, 41};
 /// A level that nothing passes: a label that never warns.
 constexpr float kNoLimit = 1000.0f;
 constexpr int kLetterAlpha = 190;
+/// A caption in the middle of what the caret leaves.
+constexpr float kBesideCaret = -6.5f;
 
 }  // namespace
 
@@ -121,6 +123,7 @@ void VantaMeterPanel::buildLabels() {
         captions_[i] = &add<gui::Label>(i == 0 ? "OUT" : "GR");
         captions_[i]->style().fontName = kSemiBold;
         captions_[i]->style().fontSize = 7.25f;
+        captions_[i]->style().letterSpacing = 0.6f;
         captions_[i]->textColor = kCaptionColor;
         captions_[i]->alignment = isCompact() ? Alignment::Right : Alignment::Center;
     }
@@ -174,11 +177,12 @@ void VantaMeterPanel::buildButtons() {
         button->setIcon("IconSelect");
         button->text().fontSize = 7.5f;
     }
+    scaleButton_->textAlignment = Alignment::Center;
     if (isCompact()) {
-        scaleButton_->textAlignment = gui::Alignment::Center;
         scaleButton_->textOffset = 0.0f;
         scaleButton_->text().fontSize = 6.75f;
     } else {
+        scaleButton_->textOffset = kBesideCaret;
         scaleButton_->setIcon("IconSelect");
     }
 

@@ -19,8 +19,11 @@ ChannelLinkGroup::ChannelLinkGroup(const LayoutContext& context, gui::Point at)
     knobs_[0] = &factory.addKnob({at.x + 2.0f, at.y + 17.0f}, KnobStyle::Small);
     knobs_[1] = &factory.addKnob({at.x + 63.0f, at.y + 17.0f}, KnobStyle::Small);
     const auto addSwitch = [&](float x, const std::string& name) {
-        return &factory.addPictureToggle(Rect::ofSize(at.x + x, at.y + 76.0f, 28.0f, 16.0f),
-                                         "Button" + name + "Off.png", "Button" + name + "On.png");
+        auto& style = context.frame.ui().make<gui::Button::Style>();
+        style.loadKind("CLFE", "Button" + name + "Off", "Button" + name + "On");
+        auto& made = factory.add<gui::ToggleButton>(Rect::ofSize(at.x + x, at.y + 76.0f, 28.0f, 16.0f),
+                                                    factory.animator(), &style);
+        return &made;
     };
     switches_[0] = addSwitch(32.0f, "C");
     switches_[1] = addSwitch(63.0f, "LFE");

@@ -115,7 +115,7 @@ def full_screen(d):
 
 for _word, _size in (('C', 9.625), ('LFE', 9)):
     _letters = lambda colour, word=_word, size=_size: text(14, 11.5, word, size, 'semi', colour, 'middle', .3)
-    picture('Button%sOff' % _word, 28, 16)(lambda d, letters=_letters: letters(C['t3']))
+    picture('Button%sOff' % _word, 28, 16)(lambda d, letters=_letters: letters(C['t1']))
     picture('Button%sOn' % _word, 28, 16)(
         lambda d, letters=_letters: tinted_glass(d, C['ice3'], 28, 16, 3) + letters('#FFFFFF'))
 

@@ -14,7 +14,6 @@ using gui::Rect;
 
 /// Of the panel, in a root of 480.
 constexpr float kTop = 331.0f;
-constexpr float kHeight = 122.0f;
 constexpr int kBackdropAlpha = 50;
 constexpr float kHiddenPart = 23.0f;  ///< that stays in sight
 constexpr float kShownInset = 24.0f;  ///< that lies beyond the left margin
@@ -111,6 +110,13 @@ bool AdvancedPanel::isShown() const {
 float AdvancedPanel::target() const {
     const float margin = leftMargin(context_.root().localBounds().width());
     return isShown() ? margin - kShownInset : kHiddenPart - kWidth;
+}
+
+std::vector<gui::Rect> AdvancedPanel::covered() const {
+    if (!isShown()) return {};
+    const gui::Point origin{target(), panel_->bounds.value().top};
+    return {Rect::ofSize(0.0f, 0.0f, kWidth - kHiddenPart, kHeight).translated(origin),
+            tab_->bounds.value().translated(origin)};
 }
 
 void AdvancedPanel::place() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "interface/layout/channel_link_group.hpp"
 #include "interface/layout/limiting_controls.hpp"
 
@@ -9,6 +11,7 @@ namespace vanta::interface {
 class AdvancedPanel {
 public:
     static constexpr float kWidth = 523.0f;
+    static constexpr float kHeight = 122.0f;
     static constexpr int kMoveMs = 500;
 
     /// For a parent of 800 x 480, which may be sized then.
@@ -18,6 +21,9 @@ public:
     void place();
     void follow(const ParameterChange& change);
     void channelLayoutChanged() { channelLink_.follow(); }
+
+    /// What it covers of its parent when it has come out: the panel and its tab. Empty while it is put away.
+    std::vector<gui::Rect> covered() const;
 
     gui::AnimatedControl& panel() const { return *panel_; }
     gui::ToggleButton& tab() const { return *tab_; }

@@ -1,5 +1,7 @@
 #include "interface/layout/output_card.hpp"
 
+#include <algorithm>
+
 #include "interface/controls/position_curves.hpp"
 #include "interface/layout/captions.hpp"
 
@@ -13,6 +15,7 @@ constexpr float kWidth = 110.0f;
 constexpr float kHeight = 106.0f;
 constexpr float kBesideMeters = 109.0f;  ///< from its left to the level meters
 constexpr int kBackdropAlpha = 80;
+constexpr int kOverMetersAlpha = 230;
 constexpr float kValuePoints = 9.0f;
 
 }  // namespace
@@ -39,8 +42,10 @@ OutputCard::OutputCard(const LayoutContext& context)
     OutputToggles(context, {8.0f, 88.0f}).bind();
 }
 
-void OutputCard::place(float right) {
-    const float left = right - kBesideMeters;
+void OutputCard::place(float right, float clearOf) {
+    const float left = std::max(right - kBesideMeters, clearOf);
+    // Its letters and knob could not be told from the bars and letters of meters.
+    backdrop_->alpha = left > right - kBesideMeters ? kOverMetersAlpha : kBackdropAlpha;
     backdrop_->setLeft(left);
     card_->setLeft(left);
 }

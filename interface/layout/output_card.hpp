@@ -10,8 +10,9 @@ public:
     /// Bound, for a parent of 800 x 480, which may be sized then.
     explicit OutputCard(const LayoutContext& context);
 
-    /// The level meters begin at `right`.
-    void place(float right);
+    /// The level meters begin at `right`; the card stands beside them, or over them where `clearOf` is
+    /// further to the right than its place.
+    void place(float right, float clearOf);
     void follow(const ParameterChange& change);
     gui::Rect bounds() const { return backdrop_->bounds; }
     gui::Control& backdrop() const { return *backdrop_; }

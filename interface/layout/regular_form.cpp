@@ -17,6 +17,7 @@ constexpr float kGainHeight = 296.0f;
 constexpr gui::Point kGainLabel{12.0f, 310.0f};  ///< x from the slider
 constexpr float kButtonsTop = 46.0f;
 constexpr float kButtonsGap = 6.0f;  ///< to the meters
+constexpr float kCardGap = 2.0f;     ///< to the advanced panel
 
 }  // namespace
 
@@ -82,18 +83,25 @@ void RegularForm::panelResized(void*) {
     placeDisplay();
 }
 
-/// The picture ends where the meters begin, and so do scale and buttons.
+/// The picture ends where the meters begin, and so do scale and buttons. A small window has no room for the
+/// meters of many channels beside the advanced panel: what would lie below it makes way.
 void RegularForm::placeDisplay() {
     const Rect& all = parent_->localBounds();
     const float right = panel_->bounds.value().left;
     // The loudness meter opens beside the card, so that nothing of it moves.
     const bool hasLoudness =
         static_cast<MeterScale>(context_.plugin.meterScale.currentIndex()) == MeterScale::Loudness;
-    card_.place(all.right - panel_->fittingWidth() + (hasLoudness ? VantaMeterPanel::kLoudnessWidth : 0.0f));
+    const float meters = all.right - panel_->fittingWidth();
+    std::vector<Rect> taken = advanced_.covered();
+    card_.place(meters + (hasLoudness ? VantaMeterPanel::kLoudnessWidth : 0.0f),
+                taken.empty() ? 0.0f : taken.back().right + kCardGap);
+    const bool meetsLoudness = hasLoudness && !taken.empty() && meters < taken.front().right;
+    panel_->keepOffBottom(meetsLoudness ? AdvancedPanel::kHeight : 0.0f);
     display_->setBounds({0.0f, 0.0f, right, all.height()});
     scale_.place(right, all.height());
     buttons_.place({right - DisplayButtons::kWidth - kButtonsGap, kButtonsTop});
-    scale_.keepClear({buttons_.group().bounds, card_.bounds()});
+    taken.insert(taken.end(), {buttons_.group().bounds, card_.bounds()});
+    scale_.keepClear(taken);
     followDisplay({-1});
 }
 
@@ -112,6 +120,7 @@ void RegularForm::follow(const ParameterChange& change) {
     panel_->parameterChanged(change.index);
     followDisplay(change);
     advanced_.follow(change);
+    if (change.concerns(context_.plugin.showAdvanced)) placeDisplay();
     card_.follow(change);
     buttons_.follow(change);
     if (change.concerns(context_.plugin.gain))

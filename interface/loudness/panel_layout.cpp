@@ -69,7 +69,7 @@ void VantaMeterPanel::layOutRegular() {
 }
 
 void VantaMeterPanel::layOutRegularLoudness(float left) {
-    const float bottom = localBounds().bottom;
+    const float bottom = localBounds().bottom - offBottom_;
     const float end = std::max(bottom - kBelowLoudness, kZero + 1.0f);
     const auto at = [&](float x, float y, float width, float height) {
         return Rect::ofSize(left + x, y, width, height);

@@ -87,6 +87,12 @@ void VantaMeterPanel::channelLayoutChanged() {
     applyScale();
 }
 
+void VantaMeterPanel::keepOffBottom(float height) {
+    if (std::exchange(offBottom_, height) == height) return;
+    layOut();
+    applyScale();
+}
+
 void VantaMeterPanel::resized() {
     AnimatedControl::resized();
     const gui::Control* owner = parent;

@@ -50,6 +50,9 @@ public:
     void parameterChanged(int index);
     void channelLayoutChanged();
 
+    /// Keeps the loudness meter and what belongs to it off the panel's lower end, for what lies over that.
+    void keepOffBottom(float height);
+
     /// What the panel takes of its owner: at its right, or all of it.
     float fittingWidth() const;
 
@@ -131,6 +134,7 @@ private:
     MeterLink& link_;
     Form form_;
     float scaledHeight_ = 0.0f;  ///< for which the scale is
+    float offBottom_ = 0.0f;     ///< of the loudness meter
     bool showing_ = false;       ///< the controls follow the parameters
     gui::SelectButton* timeScaleButton_ = nullptr;
     MenuButton* scaleButton_ = nullptr;

@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -209,6 +210,38 @@ TEST_F(LayoutTest, SurroundHasSwitchesForItsChannelsAndTheWholeRangeOfTheLink) {
         EXPECT_EQ(link.transients().value, isSurround ? 18000 : 36000);
         EXPECT_LE(regular().card().bounds().right,
                   regular().panel().meter(VantaMeterPanel::Output).windowBounds().left + 2.0f);
+    }
+}
+
+/// Where a window is too small for both, the loudness meter and the card make way, and come back.
+TEST_F(LayoutTest, AdvancedPanelCoversNoControlOfAnyLayout) {
+    for (const char* layout : {"stereo", "5.1", "7.1.2"}) {
+        for (int size = 1; size <= 3; ++size) {
+            SCOPED_TRACE(fmt::format("{} {}", layout, size));
+            open(size, *findLayout(layout));
+            set(plugin->meterScale, plugin->meterScale.maximum());
+            ui->root().onResize.raise(&ui->root());  // where motions would end
+            VantaMeterPanel& panel = regular().panel();
+            const std::vector<const gui::Control*> others{&panel.meter(VantaMeterPanel::Loudness),
+                                                          &panel.integratedLabel(),
+                                                          &panel.unitLabel(),
+                                                          &panel.loudnessTimeButton(),
+                                                          &panel.targetButton(),
+                                                          &regular().card().backdrop()};
+            const gui::Rect meter = others.front()->windowBounds(), card = others.back()->windowBounds();
+            set(plugin->showAdvanced, 1.0f);
+            ui->root().onResize.raise(&ui->root());
+            ASSERT_EQ(regular().advanced().covered().size(), 2u);
+            const gui::Rect shown = regular().advanced().covered().front();
+            EXPECT_TRUE(gui::isSame(shown, regular().advanced().panel().windowBounds().intersected(shown)));
+            for (const gui::Control* other : others) {
+                for (const gui::Rect& area : regular().advanced().covered())
+                    EXPECT_TRUE(area.intersected(other->windowBounds()).isEmpty());
+            }
+            set(plugin->showAdvanced, 0.0f);
+            EXPECT_TRUE(gui::isSame(others.front()->windowBounds(), meter));
+            EXPECT_TRUE(gui::isSame(others.back()->windowBounds(), card));
+        }
     }
 }
 

@@ -82,7 +82,9 @@ void VantaMeterPanel::layOutRegularLoudness(float left) {
     grid.labelInset = 6.0f;
     const float linkTop = kZero - 12.0f;
     loudnessDisplay_->setBounds({left, linkTop, left + kLoudnessWidth, bottom - 84.0f});
-    loudnessDisplay_->setPlaces({1.0f, 0.0f, kLoudnessLeft - 2.0f, bottom - 84.0f - linkTop}, kBracketLeft);
+    // The bracket ends above the target's menu.
+    loudnessDisplay_->setPlaces({1.0f, 0.0f, kLoudnessLeft - 2.0f, bottom - 84.0f - linkTop}, kBracketLeft,
+                                std::max(bottom - 162.0f - linkTop, 30.0f));
 
     peakLabels_[Loudness]->setBounds(
         at(kLoudnessLeft, kLabelTop, LoudnessMeterDisplay::kWideBar + 4.0f, kLabelSize.bottom));

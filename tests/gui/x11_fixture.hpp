@@ -128,9 +128,10 @@ protected:
 
 /// Does one thing after the other while a menu or a dialog has the loop.
 struct Script {
-    Script(X11Interface& ui, std::vector<std::function<void()>> all) : steps(std::move(all)) {
+    Script(X11Interface& ui, std::vector<std::function<void()>> all, int milliseconds = 40)
+        : steps(std::move(all)) {
         timer = ui.createTimer();
-        timer->interval = 40;
+        timer->interval = milliseconds;
         timer->onTick.setHandler(this, &Script::step);
         timer->running = true;
     }

@@ -20,6 +20,12 @@ constexpr unsigned kWheelDown = 5;
 /// Of any menu here.
 constexpr int kMostItems = 14;
 
+/// After which a wheel that stands is done.
+constexpr int kWheelSilenceMs = 550;
+
+/// Of motions.
+constexpr int kFrameMs = 70;
+
 using Keys = std::vector<KeySym>;
 
 /// The interface of an instance in a window, before which somebody sits who has a mouse and a keyboard and
@@ -47,12 +53,19 @@ protected:
     }
 
     bool isCompact() const { return GetParam() == kCompact; }
-    void settle() { gui::settle(*ui); }
-    /// For what slides or comes slowly.
-    void wait() {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(700);
-        gui::runUntil(*ui, [&] { return std::chrono::steady_clock::now() > end; });
+    /// Until the interface has taken what the server has for it, and a frame has passed.
+    void settle() {
+        server.sync();
+        int rounds = 0;
+        pause(20, [&] { return ++rounds > 4; });
     }
+    void pause(
+        int milliseconds, const std::function<bool()>& isOver = [] { return true; }) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+        gui::runUntil(*ui, [&] { return isOver() && std::chrono::steady_clock::now() > end; });
+    }
+    /// For what slides or comes slowly.
+    void waitFor(const std::function<bool()>& condition) { EXPECT_TRUE(gui::runUntil(*ui, condition)); }
     void set(AbstractPluginParameter& parameter, float value) {
         parameter.setValue(value, 0);
         settle();
@@ -60,6 +73,10 @@ protected:
     static gui::Point middleOf(const gui::Control& control) {
         const gui::Rect at = control.windowBounds();
         return {(at.left + at.right) / 2.0f, (at.top + at.bottom) / 2.0f};
+    }
+    /// Far enough for a second press to be no double click.
+    static gui::Point beside(gui::Point at) {
+        return {at.x + gui::UserInterface::kDoubleClickDistance + 1.0f, at.y};
     }
     void pointAt(gui::Point at) {
         server.movePointer(static_cast<int>(at.x), static_cast<int>(at.y));
@@ -107,12 +124,18 @@ protected:
     /// Opens a menu and presses keys in it.
     void chooseIn(gui::Control& button, const Keys& keys) {
         pointAt(middleOf(button));
-        // A key before the menu is there would be lost to it.
-        std::vector<std::function<void()>> steps{[this] { server.click(1); }, [] {}};
+        const std::size_t windows = server.children(server.root()).size();
+        gui::Script* running = nullptr;
+        const auto untilOpen = [&] {
+            // A key before the menu is there would be lost to it.
+            if (server.children(server.root()).size() == windows) --running->next;
+        };
+        std::vector<std::function<void()>> steps{[this] { server.click(1); }, untilOpen};
         for (const KeySym key : keys) steps.push_back([this, key] { server.typeKey(key); });
         // Whatever it is that the keys have led to, the test is to go on.
         for (int i = 0; i < 2; ++i) steps.push_back([this] { server.typeKey(XK_Escape); });
-        gui::Script script(*ui, steps);
+        gui::Script script(*ui, steps, 8);
+        running = &script;
         gui::runUntil(*ui, [&] { return script.next >= script.steps.size(); });
         settle();
     }
@@ -142,8 +165,7 @@ protected:
         drag(gripOf(index), -20);
         const float above = parameter.value();
         EXPECT_GT(above, before);
-        wait();  // two presses would be a double click
-        drag(gripOf(index), 40);
+        drag(beside(gripOf(index)), 40);
         EXPECT_LT(parameter.value(), above);
         set(parameter, before);
         EXPECT_NEAR(frame->bindings().control(index)->normalized(), 0.5f, 1e-3f);
@@ -156,24 +178,36 @@ protected:
             return isReached();
         };
         EXPECT_TRUE(turnUntil(isFirst ? kWheelUp : kWheelDown, [&] { return parameter.value() != before; }));
-        wait();  // a turn back would go on with the gesture
+        pause(kWheelSilenceMs);  // a turn back would go on with the gesture
         EXPECT_TRUE(turnUntil(isFirst ? kWheelDown : kWheelUp, [&] { return parameter.value() == before; }));
+    }
+    /// What is clicked may go elsewhere by it.
+    gui::Point placeAtRest(const std::function<gui::Point()>& place) {
+        gui::Point at = place();
+        for (gui::Point last{}; at.x != last.x || at.y != last.y; at = place()) {
+            last = at;
+            pause(2 * kFrameMs);
+        }
+        return at;
     }
     void byClicking(const std::function<gui::Point()>& place, AbstractPluginParameter& parameter) {
         const float before = parameter.value();
         click(place());
         EXPECT_NE(parameter.value(), before);
-        wait();
-        click(place());
+        click(beside(placeAtRest(place)));
         EXPECT_EQ(parameter.value(), before);
     }
+    RegularForm& regular() { return dynamic_cast<RegularForm&>(frame->form()); }
+    bool hasArrived(const VantaMeterPanel& panel) {
+        return panel.bounds.value().left == frame->root().localBounds().right - panel.fittingWidth();
+    }
     void chooseMode(std::size_t mode) {
+        const auto& buttons = regular().buttons();
         pointAt({1000.0f, 700.0f});
-        wait();
-        const auto& buttons = dynamic_cast<RegularForm&>(frame->form()).buttons();
+        waitFor([&] { return !buttons.modes().isShown(); });
         pointAt(middleOf(named("Display Mode: " + plugin.displayMode.text(plugin.displayMode.value()))));
-        gui::runUntil(*ui, [&] { return buttons.modes().isShown(); });
-        wait();
+        waitFor([&] { return buttons.modes().isShown(); });
+        pause(250);  // it takes no click while it comes
         click(middleOf(named(plugin.displayMode.labels()[mode])));
     }
 
@@ -195,7 +229,7 @@ protected:
         const gui::Control& popup = frame->bottomBar().dither().button();
         if (isInPopup) {
             click(middleOf(popup));
-            wait();
+            waitFor([&] { return frame->parameterAt(middleOf(*control)) == index; });
         }
         if (dynamic_cast<gui::ToggleButton*>(control)) {
             byClicking([&] { return gripOf(index); }, parameter);
@@ -214,6 +248,7 @@ protected:
         if (&parameter == plugin.receiveMidiParameter) return byMenu(named("MIDI Learn Menu"), parameter);
         set(plugin.meterScale, plugin.meterScale.maximum());
         set(plugin.loudnessTimeScale, plugin.loudnessTimeScale.maximum());
+        if (!isCompact()) waitFor([&] { return hasArrived(regular().panel()); });
         if (&parameter == &plugin.loudnessRecording) {
             byClicking([&] { return middleOf(named("Loudness recording")); }, parameter);
         } else if (&parameter == &plugin.loudnessMeterTarget) {
@@ -249,7 +284,7 @@ protected:
 
 TEST_P(EveryControl, MovesItsParameterAndBackByMouseAndKeys) {
     set(plugin.showAdvanced, 1.0f);
-    wait();
+    pause(AdvancedPanel::kMoveMs + 200);
     for (int index = 0; index < plugin.parameterCount(); ++index) {
         SCOPED_TRACE(plugin.parameterAt(index)->displayName);
         try_(index);

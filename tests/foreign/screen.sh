@@ -1,11 +1,14 @@
 # Sourced: a virtual screen with a window manager, and hands for it. Everything that asks the screen gives up in time: a
 # window that is not there would be waited for without end.
 open_screen() {
-    Xvfb -displayfd 1 -screen 0 1600x1000x24 > "$WORK/display" 2> "$WORK/xvfb.log" &
-    screen=$!
-    for _ in $(seq 50); do
-        [ -s "$WORK/display" ] && break
-        sleep 0.2
+    for _ in 1 2 3; do
+        Xvfb -displayfd 1 -screen 0 1600x1000x24 > "$WORK/display" 2> "$WORK/xvfb.log" &
+        screen=$!
+        for _ in $(seq 100); do
+            [ -s "$WORK/display" ] && break 2
+            sleep 0.2
+        done
+        kill "$screen" # two servers that start at once may wait for each other
     done
     export DISPLAY=:$(cat "$WORK/display")
     openbox > /dev/null 2>&1 &

@@ -116,7 +116,7 @@ interface-pictures: app
 	@tools/interface_pictures.sh
 
 # A newcomer's first steps by mouse and keyboard, checked, with the pictures of docs/walk.md
-walk: PACKAGES += xvfb xdotool imagemagick zenity
+walk: PACKAGES += xvfb xdotool imagemagick zenity tesseract-ocr
 walk: app
 	@cmake --build build --parallel $(JOBS) --target vanta render_song
 	@tools/walk.sh

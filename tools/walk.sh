@@ -84,9 +84,15 @@ click 124 494
 meter=$(seen 40x20+555+400)
 click 660 56
 keys End Return
+x mousemove 500 700  # away from what would give a hint
+sleep 1
+click 574 436
+keys End Return
+x mousemove 500 700
 sleep 4
 shot 5-loudness
 changed "$meter" "$(seen 40x20+555+400)" "no loudness is shown"
+
 # MIDI learn.
 click 60 467
 click 34 180
@@ -126,6 +132,38 @@ grep -q '^Gain' "$home/mine" || fail "the preset has no Gain"
 grep -Eq '^Gain +\+?0\.00' "$home/mine" && fail "the preset has not the Gain that was set"
 x windowfocus "$window"
 
+# What the meter says of the song up to its last second, and what is measured of a render with the same settings. The
+# meter shows the level before Unity Gain, which Compare has switched on, takes anything back.
+x mousemove 725 331
+x key Home click 1
+x mousemove 500 700
+sleep 21
+timeout 10 import -window root -crop 57x24+541+398 +repage -negate -colorspace Gray -resize 500% "$home/number.png"
+shown=$(timeout 20 tesseract "$home/number.png" - --psm 7 -c tessedit_char_whitelist=-.0123456789 2> /dev/null | sed -n 's/^\(-[0-9]*\.[0-9]\).*/\1/p')
+build/vanta render "$song" "$home/master.wav" --preset "$mine" --unity-gain off > /dev/null
+measured=$(build/vanta measure "$home/master.wav" --json | sed -n 's/.*"integrated_lufs": *\(-[0-9.]*\).*/\1/p')
+awk -v a="$shown" -v b="$measured" 'BEGIN { exit !(a < 0 && b < 0 && (a - b) ^ 2 <= 0.04) }' \
+    || fail "the meter shows '$shown' LUFS, measured are '$measured'"
+
+# A folder of one's own for presets, and no more hints: both are remembered.
+click 545 19
+keys End Right Down Down Down Return
+dialog=$(timeout 20 xdotool search --sync --onlyvisible --class zenity | tail -n 1)
+[ -n "$dialog" ] || fail "no dialog for the folder opens"
+sleep 2
+x windowfocus "$dialog" || true
+keys ctrl+l ctrl+a
+x type --delay 30 "$home/presets/"
+sleep 0.5
+keys Return
+sleep 2
+x windowfocus "$window"
+click 754 19
+keys Down Down Return
+x mousemove 500 700
+sleep 1
+caption=$(seen 150x16+470+12)
+
 # Another size, which is remembered with the rest.
 click 784 467
 keys End Up Return
@@ -150,5 +188,15 @@ changed "$welcome" "$(seen 60x20+560+304)" "the welcome hint comes again"
 value=$(seen 40x20+14+286)
 move 100
 changed "$value" "$(seen 40x20+14+286)" "the learned controller was forgotten"
+still=$(seen 400x140+200+310)
+x mousemove 124 467
+sleep 3
+[ "$still" = "$(seen 400x140+200+310)" ] || fail "hints come again"
+# The folder has one preset, the one that was saved there.
+click 545 19
+keys Down Return
+x mousemove 500 700
+sleep 1
+[ "$caption" = "$(seen 150x16+470+12)" ] || fail "the preset folder was forgotten"
 keys q
 echo "the walk went well: $out"

@@ -194,7 +194,7 @@ protected:
         const float before = parameter.value();
         click(place());
         EXPECT_NE(parameter.value(), before);
-        click(beside(placeAtRest(place)));
+        click(beside(&parameter == &plugin.showAdvanced ? placeAtRest(place) : place()));
         EXPECT_EQ(parameter.value(), before);
     }
     RegularForm& regular() { return dynamic_cast<RegularForm&>(frame->form()); }

@@ -48,9 +48,9 @@ GenericPluginInterface::~GenericPluginInterface() {
 
 void GenericPluginInterface::close() {
     if (std::exchange(closed_, true)) return;
-    // No frame from here on, on whatever thread it would come.
-    animator_.running = false;
+    // No frame from here on, on whatever thread it would come: what goes is nobody else's.
     root().shutdownRendering();
+    animator_.running = false;
     ui_.removeListener(*this);
     ui_.deviceBacking().removeListener(*this);
     if (ui_.keyHook == this) ui_.keyHook = nullptr;

@@ -36,10 +36,10 @@ VantaInterface::VantaInterface(gui::UserInterface& interface, VantaPlugin& plugi
 }
 
 VantaInterface::~VantaInterface() {
+    close();
     root().onResize.removeHandler(this, &VantaInterface::resized);
     animator().onFrame.removeHandler(this, &VantaInterface::frameStarts);
     meters_.onRestart = nullptr;
-    close();
     form_.reset();
 }
 

@@ -27,6 +27,7 @@ constexpr Part kParts[] = {
     {"SmartClipper", "smart clipper"},
     {"ollower", "followers of the capacitors"},
     {"apacitor", "followers of the capacitors"},
+    {"followBy", "followers of the capacitors"},
     {"FastExponential", "followers of the capacitors"},
     {"interpolateHalfBand", "interpolation and decimation"},
     {"decimateHalfBand", "interpolation and decimation"},

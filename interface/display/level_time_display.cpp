@@ -12,6 +12,10 @@
 namespace vanta::interface {
 namespace {
 
+/// Columns on which a curve depends beyond its own, at most.
+constexpr float kCurveReach = 4.0f;
+/// More than any screen has.
+constexpr int kMostColumns = 1 << 20;
 constexpr int kAppearMs = 1000;
 constexpr int kDisappearMs = 300;
 constexpr float kSqueezeMs = 500.0f;
@@ -87,6 +91,7 @@ void LevelTimeDisplay::refreshTree() {
 
 void LevelTimeDisplay::curvesChanged() {
     cache_.forget();
+    restColumns_ = 0;
     markDirty();
 }
 
@@ -147,7 +152,7 @@ void LevelTimeDisplay::reset() {
     if (animator()) animator()->cancel(&penAlpha_);
     penAlpha_ = 255;
     labels_.clear();
-    squeezeFrames_ = squeezeCount_ = 0;
+    squeezeFrames_ = squeezeCount_ = restColumns_ = 0;
     infiniteSpeed_ = kUsualSpeed;
     cache_.release();
     needsReset_ = false;
@@ -190,10 +195,11 @@ int LevelTimeDisplay::samplesPerColumn(const Curve& first) const {
 
 void LevelTimeDisplay::advance(int columns) {
     const Curve::Advance step{columns, static_cast<int>(clock_.step()), infinite_, squeezeFrames_ != 0};
-    const bool showsRest = isFlat();
     for (const auto& line : curves_) line->advance(step);
-    // Rest after rest looks the same.
-    if (!infinite_ && !(showsRest && isFlat())) writeStrips(columns);
+    restColumns_ = isFlat() ? std::min(restColumns_ + columns, kMostColumns) : 0;
+    // Where all that shows is rest, more of it looks the same.
+    const bool showsRest = static_cast<float>(restColumns_ - columns) > width() + kCurveReach;
+    if (!infinite_ && !showsRest) writeStrips(columns);
     if (hasLabels()) advanceLabels(columns);
 }
 

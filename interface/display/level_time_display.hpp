@@ -132,6 +132,7 @@ private:
     float infiniteSpeed_ = kUsualSpeed;
     int squeezeFrames_ = 0;  ///< length of the halving that is under way, 0 for none
     int squeezeCount_ = 0;   ///< of which so many frames have passed
+    int restColumns_ = 0;    ///< written since all curves have been flat
     Spline ease_;
     ColumnCache cache_;  ///< of Infinite
 

@@ -153,6 +153,18 @@ void mixRows(const std::uint32_t* from, const std::uint32_t* to, std::uint32_t a
     });
 }
 
+/// From `a` at weight 0 to `b` at 256.
+template <typename D, typename V>
+HWY_INLINE V mixed(D d, V a, V b, V weight) {
+    const auto in = inBothHalves(weight);
+    const auto out = inBothHalves(hn::Sub(hn::Set(d, 256u), weight));
+    const auto mix = [&](auto x, auto y) {
+        const auto rounding = hn::Set(d, 0x00800080u);
+        return oddBytes(d, hn::Add(multiplyHalves(d, x, out), hn::Add(multiplyHalves(d, y, in), rounding)));
+    };
+    return joinBytes(mix(evenBytes(d, a), evenBytes(d, b)), mix(oddBytes(d, a), oddBytes(d, b)));
+}
+
 void rampRows(const PixelRamps& ramps, std::uint32_t from, std::uint32_t to, std::int32_t begin,
               std::int32_t end, std::uint32_t* target, std::size_t stride, std::size_t count) {
     for (std::int32_t y = begin; y < end; ++y, target += stride) {
@@ -164,21 +176,23 @@ void rampRows(const PixelRamps& ramps, std::uint32_t from, std::uint32_t to, std
                 hn::LoadU(real, ramps.rate + i));
             const auto bounded = hn::Min(hn::Max(way, hn::Zero(real)), hn::Set(real, 256.0f));
             const auto rounded = hn::ConvertTo(whole, hn::Add(bounded, hn::Set(real, 0.5f)));
-            const auto in = hn::BitCast(d, rounded);
-            const auto mix = [&](auto a, auto b) {
-                const auto sum =
-                    hn::Add(multiplyHalves(d, a, inBothHalves(hn::Sub(hn::Set(d, 256u), in))),
-                            hn::Add(multiplyHalves(d, b, inBothHalves(in)), hn::Set(d, 0x00800080u)));
-                return oddBytes(d, sum);
-            };
-            const auto a = hn::Set(d, from), b = hn::Set(d, to);
-            const auto mixed =
-                joinBytes(mix(evenBytes(d, a), evenBytes(d, b)), mix(oddBytes(d, a), oddBytes(d, b)));
+            const auto color = mixed(d, hn::Set(d, from), hn::Set(d, to), hn::BitCast(d, rounded));
             const auto hasBegun = hn::Not(hn::Lt(hn::Set(whole, y), hn::LoadU(whole, ramps.first + i)));
             const auto old = hn::LoadU(d, target + i);
-            hn::StoreU(hn::IfThenElse(hn::RebindMask(d, hasBegun), mixed, old), d, target + i);
+            hn::StoreU(hn::IfThenElse(hn::RebindMask(d, hasBegun), color, old), d, target + i);
         });
     }
+}
+
+void sampleRow(const std::uint32_t* source, const std::int32_t* index, const std::uint32_t* weight,
+               std::uint32_t* target, std::size_t count) {
+    vectorLoop<std::uint32_t>(count, [&](auto d, std::size_t i) {
+        const hn::RebindToSigned<decltype(d)> whole;
+        const auto at = hn::LoadU(whole, index + i);
+        const auto left = hn::GatherIndex(d, source, at);
+        const auto right = hn::GatherIndex(d, source + 1, at);
+        hn::StoreU(mixed(d, left, right, hn::LoadU(d, weight + i)), d, target + i);
+    });
 }
 
 }  // namespace HWY_NAMESPACE
@@ -194,6 +208,7 @@ VANTA_KERNEL(blendMaskedRow);
 VANTA_KERNEL(blendPixel);
 VANTA_KERNEL(mixRows);
 VANTA_KERNEL(rampRows);
+VANTA_KERNEL(sampleRow);
 
 }  // namespace vanta::kernel
 #endif

@@ -38,4 +38,10 @@ extern const Kernel<void(const PixelRamps& ramps, std::uint32_t from, std::uint3
                          std::int32_t end, std::uint32_t* target, std::size_t stride, std::size_t count)>
     rampRows;
 
+/// target[i] lies between source[index[i]] and the pixel after it: `weight[i]` 256ths of the way, each byte
+/// rounded.
+extern const Kernel<void(const std::uint32_t* source, const std::int32_t* index, const std::uint32_t* weight,
+                         std::uint32_t* target, std::size_t count)>
+    sampleRow;
+
 }  // namespace vanta::kernel

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <new>
 
 #include "foundation/binary_data.hpp"
 #include "gui/graphics/bitmap_filer.hpp"
@@ -25,7 +27,10 @@ Canvas& Bitmap::canvas() {
 }
 
 Bitmap::PixelMemory Bitmap::allocatePixels(std::size_t count) {
-    return {new Pixel[count](), [](Pixel* pixels) { delete[] pixels; }};
+    // A large picture is not touched before it is drawn on.
+    auto* const pixels = static_cast<Pixel*>(std::calloc(count, sizeof(Pixel)));
+    if (!pixels) throw std::bad_alloc();
+    return {pixels, &std::free};
 }
 
 void Bitmap::setPixelSize(int width, int height) {

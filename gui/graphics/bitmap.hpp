@@ -60,6 +60,9 @@ public:
     /// Turned clockwise by `angle` radians, so that `sourceCenter` comes to lie at `targetCenter` (both
     /// logical, the middle of the first pixel is 0). Keeps its size.
     void rotateFrom(const Bitmap& source, float angle, Point sourceCenter, Point targetCenter);
+    /// The columns of `source` brought closer together, to a half at most, from `firstRow` on, as far as
+    /// there is room. Keeps its size, and what is in it right of them and below.
+    void squeezeFrom(const Bitmap& source, int firstRow, float factor);
     /// Turned clockwise by a quarter.
     void transposeFrom(const Bitmap& source);
     /// Makes text in `color` of black text on white.

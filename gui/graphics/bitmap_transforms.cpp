@@ -119,6 +119,31 @@ void Bitmap::rotateFrom(const Bitmap& source, float angle, Point sourceCenter, P
     markDirty(pixelRect_);
 }
 
+void Bitmap::squeezeFrom(const Bitmap& source, int firstRow, float factor) {
+    const UpdateBlock block(*this);
+    const int width = source.pixelRect_.right;
+    const int columns = std::min(static_cast<int>(static_cast<float>(width) * factor), pixelRect_.right);
+    const int rows = std::min(source.pixelRect_.bottom - firstRow, pixelRect_.bottom);
+    if (columns <= 0 || rows <= 0 || width < 2) return;
+    const auto count = static_cast<std::size_t>(columns);
+    std::vector<std::int32_t> index(count);
+    std::vector<std::uint32_t> weight(count);
+    // Before the last column, as what lies behind it is read as well.
+    const float last = static_cast<float>(width - 1) - 1.0f / 256.0f;
+    const float distance = 1.0f / factor;
+    for (std::size_t i = 0; i < count; ++i) {
+        const float at = std::clamp((static_cast<float>(i) + 0.5f) * distance - 0.5f, 0.0f, last);
+        index[i] = static_cast<std::int32_t>(at);
+        weight[i] = static_cast<std::uint32_t>((at - static_cast<float>(index[i])) * 256.0f);
+    }
+    for (int y = 0; y < rows; ++y) {
+        kernel::sampleRow(source.row(firstRow + y), index.data(), weight.data(), row(y), count);
+    }
+    hasAlpha = source.hasAlpha.value();
+    contentChanged();
+    markDirty({0, 0, columns, rows});
+}
+
 void Bitmap::transposeFrom(const Bitmap& source) {
     const UpdateBlock block(*this);
     become(source.pixelRect_.bottom, source.pixelRect_.right,

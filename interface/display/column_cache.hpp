@@ -21,9 +21,15 @@ public:
     /// Paints what is missing of so many columns, for a picture of this size, in logical units.
     void extend(gui::UserInterface& interface, const gui::Rect& size, float columns, const Draw& draw);
     void paint(gui::Canvas& canvas) const;
+    /// With its columns brought closer together, by a factor of 0.5 to 1. The result is the right edge of
+    /// what was painted, in logical units.
+    float paintSqueezed(gui::UserInterface& interface, gui::Canvas& canvas, float factor);
 
 private:
+    void clear(const gui::Rect& area);
+
     std::unique_ptr<gui::Bitmap> picture_;
+    std::unique_ptr<gui::Bitmap> band_;  ///< some rows of it, squeezed
     gui::DeviceRect pixels_;
     float columns_ = 0.0f;
 };

@@ -148,10 +148,18 @@ DisplayCurve::Peak DisplayCurve::takePeak() {
 }
 
 void DisplayCurve::squeeze(float factor) {
-    if (!enabled_) return;
-    const auto columns = static_cast<float>(snapshot_.size()) - static_cast<float>(kTableLead);
-    if (columns <= 0.0f) return;
-    compressTable(snapshot_, static_cast<int>(columns * factor) + kTableLead, operation, table_);
+    if (enabled_) compress(snapshot_, factor, table_);
+}
+
+void DisplayCurve::halve(bool halving) {
+    if (enabled_) compress(fullTable(halving), 0.5f, halved_);
+}
+
+void DisplayCurve::compress(std::span<const float> table, float factor, std::vector<float>& out) const {
+    const float columns = static_cast<float>(table.size()) - static_cast<float>(kTableLead);
+    if (columns > 0.0f) {
+        compressTable(table, static_cast<int>(columns * factor) + kTableLead, operation, out);
+    }
 }
 
 }  // namespace vanta::interface

@@ -77,10 +77,14 @@ public:
     void beginHalving() { snapshot_ = table_; }
     /// To the columns that the table had when the halving began, times `factor`.
     void squeeze(float factor);
+    /// Makes ready what the next halving leads to, or the one that is under way.
+    void halve(bool halving);
 
     /// Paints the newest columns into a strip: `area` has their width.
     void paintStrip(gui::Canvas& canvas, const gui::Rect& area, int stripWidth);
     void paintTable(gui::Canvas& canvas, const gui::Rect& area, int alpha) const;
+    /// The table as a halving leaves it, as of the last call of `halve`.
+    void paintHalved(gui::Canvas& canvas, const gui::Rect& area) const;
     void paintRest(gui::Canvas& canvas, const gui::Rect& area, int alpha) const;
 
     void propertyChanged(AbstractProperty& property) override;
@@ -95,6 +99,7 @@ private:
     void fillFast(std::span<float> out, int wholeStep);
     void fillSlow(std::span<float> out);
     void notePeak(float level);
+    void compress(std::span<const float> table, float factor, std::vector<float>& out) const;
     void paint(gui::Canvas& canvas, const gui::Curve& shape, const gui::Rect& area, int alpha) const;
 
     LevelTimeDisplay& display_;
@@ -104,6 +109,7 @@ private:
     ColumnQueue queue_;
     std::vector<float> table_;
     std::vector<float> snapshot_;
+    std::vector<float> halved_;      ///< of the snapshot
     std::array<float, 4> recent_{};  ///< positions of a slow curve, the oldest first
     float peak_ = 0.0f;              ///< linear
     int peakAge_ = 0;

@@ -27,6 +27,10 @@ void DisplayCurve::paintTable(gui::Canvas& canvas, const gui::Rect& area, int al
     paint(canvas, gui::Graph(table_, kTableLead), area, alpha);
 }
 
+void DisplayCurve::paintHalved(gui::Canvas& canvas, const gui::Rect& area) const {
+    paint(canvas, gui::Graph(halved_, kTableLead), area, 255);
+}
+
 void DisplayCurve::paintRest(gui::Canvas& canvas, const gui::Rect& area, int alpha) const {
     const float position = restPosition();
     if (!enabled_ || !(position >= area.top && position < area.bottom)) return;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "gui/animation/value_animation.hpp"
 #include "gui/tree/user_interface.hpp"
@@ -91,6 +92,7 @@ void LevelTimeDisplay::refreshTree() {
 
 void LevelTimeDisplay::curvesChanged() {
     cache_.forget();
+    halved_.forget();
     restColumns_ = 0;
     markDirty();
 }
@@ -155,6 +157,7 @@ void LevelTimeDisplay::reset() {
     squeezeFrames_ = squeezeCount_ = restColumns_ = 0;
     infiniteSpeed_ = kUsualSpeed;
     cache_.release();
+    halved_.release();
     needsReset_ = false;
     markDirty();
 }
@@ -268,6 +271,8 @@ void LevelTimeDisplay::squeeze() {
     markDirty();
     if (squeezeCount_ < squeezeFrames_) return;
     squeezeFrames_ = 0;
+    std::swap(cache_, halved_);
+    halved_.forget();
     if (hasLabels()) labels_.halve(labelPicture());
     infiniteSpeed_ *= 0.5f;
 }

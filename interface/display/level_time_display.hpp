@@ -66,6 +66,7 @@ public:
     void curvesChanged();
 
     bool isInfinite() const { return infinite_; }
+    bool isHalving() const { return squeezeFrames_ != 0; }
     /// Of Infinite, in logical units a second; halved with each compression.
     float infiniteSpeed() const { return infiniteSpeed_; }
     const ScrollClock& clock() const { return clock_; }
@@ -113,7 +114,9 @@ private:
     void paintScrolling(gui::Canvas& canvas);
     void paintInfinite(gui::Canvas& canvas);
     void paintTables(gui::Canvas& canvas, int opacity) const;
+    void paintTablesFrom(gui::Canvas& canvas, float left) const;
     float settledColumns() const;
+    void extendHalved();
     void paintPen(gui::Canvas& canvas, float x);
     void paintLabels(gui::Canvas& canvas);
 
@@ -134,7 +137,8 @@ private:
     int squeezeCount_ = 0;   ///< of which so many frames have passed
     int restColumns_ = 0;    ///< written since all curves have been flat
     Spline ease_;
-    ColumnCache cache_;  ///< of Infinite
+    ColumnCache cache_;   ///< of Infinite
+    ColumnCache halved_;  ///< what takes its place after the next halving
 
     PeakLabelRing labels_{*this};
     std::array<std::unique_ptr<gui::Text>, PeakLabelRing::kCount> labelTexts_;

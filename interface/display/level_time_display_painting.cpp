@@ -41,26 +41,39 @@ void LevelTimeDisplay::paintScrolling(gui::Canvas& canvas) {
 
 /// Columns of all curves that no later column changes.
 float LevelTimeDisplay::settledColumns() const {
-    auto columns = static_cast<std::size_t>(width());
+    auto columns = static_cast<std::size_t>(2.0f * width());
     for (const auto& line : curves_) {
-        if (line->isEnabled()) columns = std::min(columns, line->table().size());
+        if (line->isEnabled()) columns = std::min(columns, line->fullTable(isHalving()).size());
     }
     return std::max(static_cast<float>(columns) - kTableLead - kLookAhead, 0.0f);
 }
 
 /// In memory each pixel costs, and what has settled is kept; a renderer draws curves as quickly as pictures.
 void LevelTimeDisplay::paintInfinite(gui::Canvas& canvas) {
-    if (ui().accelerated || squeezeFrames_ != 0 || displayAlpha < 255) {
+    if (ui().accelerated || displayAlpha < 255) {
         cache_.forget();
+        halved_.forget();
         return paintTables(canvas, displayAlpha);
     }
+    extendHalved();
+    // The picture that was kept moves as a whole, so that a frame costs no more than any other.
+    if (isHalving()) return paintTablesFrom(canvas, cache_.paintSqueezed(ui(), canvas, squeezeFactor()));
     const float settled = settledColumns();
     cache_.extend(ui(), localBounds(), settled, [this](gui::Canvas& kept) { paintTables(kept, 255); });
     cache_.paint(canvas);
-    const gui::Canvas::State saved = canvas.state();
-    canvas.clip = canvas.clip.value().intersected({settled, 0.0f, width(), height()});
-    paintTables(canvas, 255);
-    canvas.setState(saved);
+    paintTablesFrom(canvas, settled);
+}
+
+/// What the next halving leads to is painted as the columns come, so that it is there when it is needed.
+void LevelTimeDisplay::extendHalved() {
+    const float columns = std::trunc(settledColumns() * 0.5f) - kLookAhead;
+    if (columns <= 0.0f) return;
+    for (const auto& line : curves_) line->halve(isHalving());
+    halved_.extend(ui(), localBounds(), columns, [this](gui::Canvas& kept) {
+        for (const auto& line : curves_) {
+            if (line->isEnabled()) line->paintHalved(kept, localBounds());
+        }
+    });
 }
 
 void LevelTimeDisplay::paintTables(gui::Canvas& canvas, int opacity) const {
@@ -71,6 +84,13 @@ void LevelTimeDisplay::paintTables(gui::Canvas& canvas, int opacity) const {
         if (right > 0.0f) line->paintTable(canvas, {0.0f, 0.0f, right, height()}, opacity);
         if (right < width()) line->paintRest(canvas, {right, 0.0f, width(), height()}, opacity);
     }
+}
+
+void LevelTimeDisplay::paintTablesFrom(gui::Canvas& canvas, float left) const {
+    const gui::Canvas::State saved = canvas.state();
+    canvas.clip = canvas.clip.value().intersected({left, 0.0f, width(), height()});
+    paintTables(canvas, 255);
+    canvas.setState(saved);
 }
 
 void LevelTimeDisplay::paintPen(gui::Canvas& canvas, float x) {

@@ -66,6 +66,13 @@ TEST(PixelRows, AreLaidOverEachOtherAsWholeNumbersAre) {
         first[i] = static_cast<std::int32_t>(start[i]);
         rate[i] = i % 5 == 0 ? 256000.0f : 8.0f;
     }
+    // Places between pixels, in no order.
+    std::vector<std::int32_t> index(400);
+    std::vector<std::uint32_t> share(400);
+    for (std::size_t i = 0; i < index.size(); ++i) {
+        index[i] = static_cast<std::int32_t>(i * 37 % (source.size() - 1));
+        share[i] = static_cast<std::uint32_t>(i * 53 % 257);
+    }
     const auto check = [&](const char* name, auto run, auto expected) {
         for (const std::size_t length : {0, 1, 2, 3, 4, 7, 8, 9, 15, 16, 17, 33, 300}) {
             for (std::size_t offset = 0; offset < 3; ++offset) {
@@ -99,6 +106,19 @@ TEST(PixelRows, AreLaidOverEachOtherAsWholeNumbersAre) {
                 const auto in = static_cast<int>(std::lround(weight));
                 return pixelOf(
                     [&](int b) { return (byteOf(kFrom, b) * (256 - in) + byteOf(kTo, b) * in + 128) / 256; });
+            });
+        check(
+            "sampleRow",
+            [&](auto at, auto* out, auto n) {
+                kernel::sampleRow(source.data(), index.data() + at, share.data() + at, out, n);
+            },
+            [&](auto i) {
+                const auto left = static_cast<std::size_t>(index[i]);
+                const auto in = static_cast<int>(share[i]);
+                return pixelOf([&](int b) {
+                    return (byteOf(source[left], b) * (256 - in) + byteOf(source[left + 1], b) * in + 128) /
+                           256;
+                });
             });
         for (const int alpha : {0, 1, 100, 255}) {
             const auto a = static_cast<std::uint32_t>(alpha);

@@ -34,10 +34,6 @@ struct NoHost final : HostCallbacks {
     void pumpRequested() override {}
 };
 
-struct NoEvents final : HostEventSource {
-    bool next(HostEvent&) override { return false; }
-};
-
 /// A window in memory with all that a window of X has, at a time of its own.
 class Window final : public gui::OffscreenInterface {
 public:
@@ -108,7 +104,7 @@ public:
         for (; played_ * 1000 < Window::now * kRate; played_ += kBlock) {
             const std::array<const float*, 2> inputs = music_.next();
             std::array<float*, 2> outputs{output_[0].data(), output_[1].data()};
-            NoEvents events;
+            NoHostEvents events;
             plugin_.process({.inputs = inputs, .sideChain = {}, .outputs = outputs, .samples = kBlock},
                             events);
         }

@@ -11,15 +11,6 @@
 #include "host/jack/port_names.hpp"
 
 namespace vanta {
-namespace {
-
-/// A clock has no controllers.
-class NoEvents final : public HostEventSource {
-public:
-    bool next(HostEvent&) override { return false; }
-};
-
-}  // namespace
 
 Engine::Engine(AudioFileReader& reader, ChannelLayout layout, std::string clientName)
     : clientName_(std::move(clientName)),
@@ -102,12 +93,16 @@ void Engine::runClock() {
     std::array<float*, kMaxChannels> outputs{};
     for (std::size_t i = 0; i < buffers_.size(); ++i) outputs[i] = buffers_[i].data();
     const auto start = Clock::now();
-    for (std::int64_t blocks = 1; !quit_.load(); ++blocks) {
-        NoEvents events;
-        play({outputs.data(), buffers_.size()}, kBlock, events);
+    std::int64_t played = 0;
+    while (!quit_.load()) {
+        // Silence need not be woken up for as often.
+        const int block = paused_.load() ? kPausedBlock : kBlock;
+        NoHostEvents events;
+        play({outputs.data(), buffers_.size()}, block, events);
+        played += block;
         std::this_thread::sleep_until(
             start + std::chrono::duration_cast<Clock::duration>(
-                        std::chrono::duration<double>(static_cast<double>(blocks * kBlock) / sampleRate_)));
+                        std::chrono::duration<double>(static_cast<double>(played) / sampleRate_)));
     }
 }
 

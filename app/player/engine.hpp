@@ -42,6 +42,7 @@ public:
 
 private:
     static constexpr int kBlock = 256;
+    static constexpr int kPausedBlock = 2048;
     static constexpr int kLargestBlock = 8192;
 
     bool startJack();

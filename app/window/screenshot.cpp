@@ -51,11 +51,6 @@ const std::array<Openable, 6> kOpenables{{
     {"about", [](interface::VantaInterface& interface) { interface.showAbout(); }},
 }};
 
-class NoEvents final : public HostEventSource {
-public:
-    bool next(HostEvent&) override { return false; }
-};
-
 class Playback {
 public:
     Playback(const Screenshot& wanted, double sampleRate)
@@ -97,7 +92,7 @@ private:
         const std::size_t frames = shot_.input && !inputEnded_ ? shot_.input->read(all, kBlock) : 0;
         for (float* channel : all) std::fill(channel + frames, channel + kBlock, 0.0f);
         inputEnded_ = inputEnded_ || (shot_.input && frames < kBlock);
-        NoEvents events;
+        NoHostEvents events;
         shot_.plugin.process(
             {.inputs = {inputs.data(), all.size()}, .sideChain = {}, .outputs = all, .samples = kBlock},
             events);

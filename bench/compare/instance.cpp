@@ -12,12 +12,6 @@ int indexOf(std::string_view name) {
     return static_cast<int>(&parameterRow(name) - kParameterTable.data());
 }
 
-/// A block in which nobody moves anything.
-class NoEvents final : public HostEventSource {
-public:
-    bool next(HostEvent&) override { return false; }
-};
-
 }  // namespace
 
 /// Listens, and has nothing to say.
@@ -49,7 +43,7 @@ Instance::Instance(const InstanceSettings& settings, const Music& music)
 Instance::~Instance() = default;
 
 void Instance::play(int blocks) {
-    NoEvents events;
+    NoHostEvents events;
     for (int block = 0; block < blocks; ++block) {
         for (std::size_t c = 0; c < inputs_.size(); ++c) inputs_[c] = music_->channels[c].data() + position_;
         plugin_.process({.inputs = inputs_,

@@ -34,6 +34,12 @@ public:
     VANTA_REALTIME virtual bool next(HostEvent& event) = 0;
 };
 
+/// Of a block in which nothing happens.
+class NoHostEvents final : public HostEventSource {
+public:
+    bool next(HostEvent&) override { return false; }
+};
+
 /// A block of audio, channels in the order of the layout. Buffers of inputs may be those of outputs.
 struct HostBlock {
     std::span<const float* const> inputs;     ///< null is silence; missing channels at the end as well

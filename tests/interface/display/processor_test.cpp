@@ -26,11 +26,6 @@ public:
     void pumpRequested() override {}
 };
 
-class NoEvents final : public HostEventSource {
-public:
-    bool next(HostEvent&) override { return false; }
-};
-
 /// A limiter that plays a loud tone, block by block.
 class Player {
 public:
@@ -43,7 +38,7 @@ public:
             for (float& sample : samples_[c]) sample = 1.5f * std::sin(0.06f * static_cast<float>(time_++));
             inputs[c] = outputs[c] = samples_[c].data();
         }
-        NoEvents events;
+        NoHostEvents events;
         const RealtimeScope realtime;
         plugin_.process({.inputs = inputs, .sideChain = {}, .outputs = outputs, .samples = kBlock}, events);
     }

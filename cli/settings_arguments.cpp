@@ -19,7 +19,9 @@ void SettingsArguments::declareTo(CLI::App& app) {
     }
     add.option("--state", state);
     add.option("--preset", preset);
-    add.option("--set", assignments)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    add.option("--set", assignments)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
 std::string SettingsArguments::applyTo(LimiterSettings& settings, bool sideChain) const {

@@ -13,7 +13,9 @@ void JackArguments::declareTo(CLI::App& app) {
     add.option("--layout", layout);
     add.flag("--side-chain", sideChain);
     const auto list = [&add](const std::string& flag, std::vector<std::string>& ports) {
-        add.option(flag, ports)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        add.option(flag, ports)
+            ->allow_extra_args(false)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     };
     list("--connect", connect);
     list("--connect-in", connectIn);

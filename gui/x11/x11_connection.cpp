@@ -6,9 +6,18 @@
 
 namespace vanta::gui {
 
+namespace {
+
+std::string describe(const std::string& name) {
+    const std::string wanted = XDisplayName(name.c_str());
+    return wanted.empty() ? "there is no display: DISPLAY is not set" : "cannot open display " + wanted;
+}
+
+}  // namespace
+
 X11Connection::X11Connection(const std::string& name)
     : display_(XOpenDisplay(name.empty() ? nullptr : name.c_str())) {
-    if (!display_) throw std::runtime_error(std::string("cannot open display ") + XDisplayName(name.c_str()));
+    if (!display_) throw std::runtime_error(describe(name));
     catchErrors(display_);
     // Called after the handler of the process: the connection says so, and the process lives on.
     XSetIOErrorExitHandler(

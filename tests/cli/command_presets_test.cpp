@@ -35,7 +35,8 @@ TEST_F(PresetCommands, FactoryPresetsAreThereWithoutAnyFile) {
 
 TEST_F(PresetCommands, ASavedPresetIsFoundByItsNameAndHidesAFactoryOne) {
     const ProgramRun saved =
-        run({"preset", "save", "Punchy", "--preset", "Punchy", "--gain", "4.5", "--set", "Lookahead=2 ms"});
+        // An assignment takes one word, whatever follows.
+        run({"preset", "save", "--set", "Lookahead=2 ms", "Punchy", "--preset", "Punchy", "--gain", "4.5"});
     EXPECT_EQ(saved.code, 0) << saved.err;
     EXPECT_THAT(show("Punchy"), HasSubstr("+4.50 dB"));
     EXPECT_THAT(show("Punchy"), HasSubstr("2.00 ms"));

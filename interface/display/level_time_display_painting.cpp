@@ -77,10 +77,12 @@ void LevelTimeDisplay::extendHalved() {
 }
 
 void LevelTimeDisplay::paintTables(gui::Canvas& canvas, int opacity) const {
+    // A slow curve does not wait for a queue to fill, and is some columns ahead: nothing goes beyond the pen.
+    const auto pen = static_cast<float>(infiniteColumns());
     for (const auto& line : curves_) {
         if (!line->isEnabled()) continue;
         const float columns = static_cast<float>(line->table().size()) - kTableLead;
-        const float right = std::clamp(columns, 0.0f, width());
+        const float right = std::clamp(std::min(columns, pen), 0.0f, width());
         if (right > 0.0f) line->paintTable(canvas, {0.0f, 0.0f, right, height()}, opacity);
         if (right < width()) line->paintRest(canvas, {right, 0.0f, width(), height()}, opacity);
     }

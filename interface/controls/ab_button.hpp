@@ -7,7 +7,8 @@ namespace vanta::interface {
 /// Changes between the two compare slots, and shows which of them is in force.
 class ABButton : public gui::Button {
 public:
-    static constexpr int kOtherAlpha = 130;
+    /// As faint as can be read well.
+    static constexpr int kOtherAlpha = 176;
 
     explicit ABButton(gui::UserInterface& interface, gui::Animator* animatedBy = nullptr,
                       Style* sharedStyle = nullptr);

@@ -19,7 +19,6 @@ constexpr gui::Color kGridLine{255, 255, 255, 80};
 constexpr gui::Color kJoiningLine{255, 255, 255, 41};
 /// A level that nothing passes: a label that never warns.
 constexpr float kNoLimit = 1000.0f;
-constexpr int kLetterAlpha = 190;
 /// A caption in the middle of what the caret leaves.
 constexpr float kBesideCaret = -6.5f;
 
@@ -83,7 +82,6 @@ void VantaMeterPanel::buildLoudness() {
     for (std::size_t i = 0; i < channelPictures_.size(); ++i) {
         auto& picture = add<gui::Image>("LoudnessLabels");
         picture.origin = gui::Point{8.0f * static_cast<float>(i), 0.0f};
-        picture.alpha = kLetterAlpha;
         channelPictures_[i] = &picture;
     }
 }

@@ -59,7 +59,7 @@ def pairs():
     yield 'number of the scale on its strip', over('#FFFFFF', .706, over('#08090C', .62, display(80))), over(
         '#08090C', .62, display(80))
     yield 'GAIN on its shadow', '#FFFFFF', over('#000000', .18, display(318))
-    yield 'letter of a meter on its shadow', '#FFFFFF', over('#07080B', .45, '#CFBA98')
+    yield 'letter of a meter on its plate, over any bar', '#FFFFFF', over('#07080B', .6, '#FFFFFF')
 
 
 def main():

@@ -7,9 +7,9 @@ from text import caption, text
 from tokens import C
 
 
-def on_plates(letters, cell, left):
+def on_plates(letters, cell, left, top, bottom):
     """White on what may be bright: each stands on a small dark plate, which is all but unseen on a dark bar."""
-    return ''.join(rect(cell * i + left, 1, cell - 2 * left, 10.5, '#07080B', 1.75, .6) +
+    return ''.join(rect(cell * i + left, top, cell - 2 * left, bottom - top, '#07080B', 1.75, .6) +
                    text(cell * (i + .5), 9.4, s, 8.5 if len(s) == 1 else 7.5, 'semi', '#FFFFFF', 'middle')
                    for i, s in enumerate(letters))
 
@@ -52,12 +52,13 @@ LETTERS = ('L', 'R', 'L', 'R', 'Ls', 'Rs', 'Lb', 'Rb', 'Lb', 'Rb', 'Cs', 'Cs', '
 @picture('MeterLabelsHor', 192, 12)
 @picture('MeterLabelsVer', 192, 12)
 def letters(d):
-    return on_plates(LETTERS, 12, .5)
+    return on_plates(LETTERS, 12, .5, 1, 11.5)
 
 
 @picture('LoudnessLabels', 24, 12)
 def loudness_letters(d):
-    return on_plates('MSI', 8, .25)
+    # As low as the thin bars of the compact form, which lie 7 apart.
+    return on_plates('MSI', 8, .25, 2.5, 9.9)
 
 
 BRACKET = 'M6.5 .75H10.5Q12.25 .75 12.25 2.5V27.5Q12.25 29.25 10.5 29.25H6.5'

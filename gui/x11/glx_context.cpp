@@ -96,6 +96,7 @@ void GlxContext::findExtensions() {
     Display* display = connection_->get();
     const char* list = glx_.QueryExtensionsString(display, DefaultScreen(display));
     const std::string_view names = list ? list : "";
+    finish_ = reinterpret_cast<decltype(finish_)>(glx_.find("glFinish"));
     const auto find = [&](const char* extension, const char* name, auto& function) {
         if (!listContains(names, extension)) return;
         function = reinterpret_cast<std::decay_t<decltype(function)>>(glx_.find(name));
@@ -137,13 +138,21 @@ void GlxContext::release() {
         // process OpenGL's library waits for it.
         XUnlockDisplay(connection_->get());
     } else {
+        finish();
         glx_.MakeCurrent(connection_->get(), kNoXid, nullptr);
     }
     window_ = kNoXid;
 }
 
+/// A frame that was not swapped is still being drawn, by threads of the driver's: where the window has gone,
+/// the memory that they draw to goes as soon as no context is current on it.
+void GlxContext::finish() {
+    if (finish_ && window_ != kNoXid) finish_();
+}
+
 bool GlxContext::makeCurrentAgain() {
     const Window window = window_;
+    finish();
     // Nothing less makes all of them forget the window.
     return makeCurrentUnseen() && makeCurrent(window);
 }

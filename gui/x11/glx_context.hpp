@@ -40,6 +40,7 @@ private:
     GlxContext(const std::string& displayName, const GlxFunctions& functions);
     bool open(VisualID visual);
     void findExtensions();
+    void finish();
     void makeUnseenWindow(VisualID visual);
 
     std::unique_ptr<X11Connection> connection_;
@@ -49,6 +50,7 @@ private:
     Colormap colormap_ = kNoXid;
     Window window_ = kNoXid;  ///< that it is current on
     double refreshMs_ = 0.0;  ///< as the window's display tells; 0 for unknown
+    decltype(&::glFinish) finish_ = nullptr;
     // Null where the extension is missing.
     PFNGLXSWAPINTERVALEXTPROC swapInterval_ = nullptr;
     PFNGLXSWAPINTERVALMESAPROC swapIntervalMesa_ = nullptr;

@@ -58,11 +58,12 @@ void ParameterValueDisplay::linkRemoved(Component* other) {
     };
     std::erase_if(attached_, isGone);
     if (isGone(hovered_)) hovered_ = nullptr;
+    // Before typing ends, after which each row asks its control.
+    const bool shownIsGone = std::erase_if(rows_, [&](const Row& row) { return isGone(row.control); }) > 0;
     if (isGone(typedInto_)) {
         typedInto_ = nullptr;
         if (editor_ && !ui().isDestroying()) editor_->cancel();
     }
-    const bool shownIsGone = std::erase_if(rows_, [&](const Row& row) { return isGone(row.control); }) > 0;
     if (shownIsGone && !ui().isDestroying()) hide();
     AnimatedControl::linkRemoved(other);
 }

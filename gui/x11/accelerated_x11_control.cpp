@@ -124,7 +124,7 @@ void AcceleratedX11Control::release() {
 bool AcceleratedX11Control::drawFrame(bool canDraw) {
     try {
         ui().tickFrameTimers();
-        if (!canDraw || !isMapped() || dirtyRect().isEmpty() || drawing_->context->isBroken()) return false;
+        if (!canDraw || !isMapped() || dirtyRect().isEmpty() || !drawing_->context->hasWindow()) return false;
         const DevicePoint size = deviceSize();
         if (size != shownSize_ && !drawing_->context->makeCurrentAgain()) return false;
         shownSize_ = size;

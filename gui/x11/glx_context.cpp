@@ -96,7 +96,6 @@ void GlxContext::findExtensions() {
     Display* display = connection_->get();
     const char* list = glx_.QueryExtensionsString(display, DefaultScreen(display));
     const std::string_view names = list ? list : "";
-    finish_ = reinterpret_cast<decltype(finish_)>(glx_.find("glFinish"));
     const auto find = [&](const char* extension, const char* name, auto& function) {
         if (!listContains(names, extension)) return;
         function = reinterpret_cast<std::decay_t<decltype(function)>>(glx_.find(name));
@@ -138,23 +137,27 @@ void GlxContext::release() {
         // process OpenGL's library waits for it.
         XUnlockDisplay(connection_->get());
     } else {
-        finish();
         glx_.MakeCurrent(connection_->get(), kNoXid, nullptr);
     }
     window_ = kNoXid;
 }
 
-/// A frame that was not swapped is still being drawn, by threads of the driver's: where the window has gone,
-/// the memory that they draw to goes as soon as no context is current on it.
-void GlxContext::finish() {
-    if (finish_ && window_ != kNoXid) finish_();
-}
-
 bool GlxContext::makeCurrentAgain() {
     const Window window = window_;
-    finish();
     // Nothing less makes all of them forget the window.
     return makeCurrentUnseen() && makeCurrent(window);
+}
+
+bool GlxContext::hasWindow() const {
+    if (isBroken() || window_ == kNoXid) return false;
+    Window root = kNoXid;
+    int x = 0;
+    int y = 0;
+    unsigned width = 0;
+    unsigned height = 0;
+    unsigned border = 0;
+    unsigned depth = 0;
+    return XGetGeometry(connection_->get(), window_, &root, &x, &y, &width, &height, &border, &depth) != 0;
 }
 
 void GlxContext::swap() {

@@ -31,6 +31,9 @@ public:
     /// The window may have another size, which some drivers notice only when they swap or begin anew.
     bool makeCurrentAgain();
     void swap();
+    /// False once somebody has destroyed the window. To be asked before each frame: for a window that has
+    /// gone Mesa's software driver takes a size of chance, and draws beyond the memory that it has.
+    bool hasWindow() const;
     /// The server has gone.
     bool isBroken() const { return connection_->isBroken(); }
     /// By the extension GLX_OML_sync_control.
@@ -40,7 +43,6 @@ private:
     GlxContext(const std::string& displayName, const GlxFunctions& functions);
     bool open(VisualID visual);
     void findExtensions();
-    void finish();
     void makeUnseenWindow(VisualID visual);
 
     std::unique_ptr<X11Connection> connection_;
@@ -50,7 +52,6 @@ private:
     Colormap colormap_ = kNoXid;
     Window window_ = kNoXid;  ///< that it is current on
     double refreshMs_ = 0.0;  ///< as the window's display tells; 0 for unknown
-    decltype(&::glFinish) finish_ = nullptr;
     // Null where the extension is missing.
     PFNGLXSWAPINTERVALEXTPROC swapInterval_ = nullptr;
     PFNGLXSWAPINTERVALMESAPROC swapIntervalMesa_ = nullptr;

@@ -25,7 +25,8 @@ void startThread(FormatHost& host);
 void processCounted(FormatHost& host, const FormatHost::Block& block, BlockCounts& counts);
 
 /// Stereo blocks of a programme on a thread of its own, at the pace of a sound card with two buffers: each is
-/// due when the next begins. What is late is heard, and the card goes on from there.
+/// due when the next begins. What is late is heard, and the card goes on from there. Where the system lets
+/// it, the thread comes before others, as audio threads do.
 class PacedAudio {
 public:
     PacedAudio(FormatHost& host, int rate, int blockSize);

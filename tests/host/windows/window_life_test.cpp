@@ -81,6 +81,8 @@ void WindowLife::comeAndGo(FormatHost& host) {
     const int count = rounds(20);
     const RealtimeTrap trap;
     PacedAudio audio(host, kRate, kLargest);
+    // On the same machine, without a window.
+    PacedAudio other(open(), kRate, kLargest);
     for (int round = 0; round < count; ++round) {
         ASSERT_TRUE(host.openWindow(parent)) << round;
         // At whatever moment: before anything is shown, within a frame, or long after.
@@ -92,6 +94,7 @@ void WindowLife::comeAndGo(FormatHost& host) {
         ASSERT_TRUE(server.children(parent).empty());
     }
     const BlockCounts blocks = audio.stop();
+    const BlockCounts others = other.stop();
     EXPECT_TRUE(waitFor([&] { return server.clients() == formerClients; }))
         << server.clients() << " clients of the server, after " << formerClients;
     EXPECT_EQ(openDescriptors(), formerDescriptors);
@@ -101,10 +104,10 @@ void WindowLife::comeAndGo(FormatHost& host) {
     if (RealtimeTrap::catches(RealtimeTrap::Kind::Lock)) {
         EXPECT_EQ(blocks.waits, 0);
     }
-    std::printf(
-        "%d windows; %d blocks: %d late, %d waits; clients %d, before %d; descriptors %d, before %d\n", count,
-        blocks.blocks, blocks.late, blocks.waits, server.clients(), formerClients, openDescriptors(),
-        formerDescriptors);
+    std::printf("%d windows; blocks late: %d of %d, without a window %d of %d; waits: %d\n", count,
+                blocks.late, blocks.blocks, others.late, others.blocks, blocks.waits);
+    std::printf("clients: %d, before %d; descriptors: %d, before %d\n", server.clients(), formerClients,
+                openDescriptors(), formerDescriptors);
     openWindow(host, parent);
 }
 

@@ -201,8 +201,8 @@ vanta_layer(tests/host/aax SEES foundation ${plugin_rooms} ${limiter_rooms} gui/
             host/common host/offline host/aax/standin host/aax_host host/aax tests/support tests/plugin tests/host/formats)
 vanta_layer(tests/host/jack SEES foundation plugin/midi host/common host/jack tests/support tests/plugin)
 vanta_layer(tests/gui SEES foundation ${gui_rooms} app/gallery tests/support)
-vanta_layer(tests/host/windows SEES foundation host/common gui/tree gui/x11 tests/support tests/plugin tests/host/formats
-            tests/host/clap tests/host/vst3 tests/gui)
+vanta_layer(tests/host/windows SEES foundation plugin/settings host/common gui/tree gui/x11 tests/support tests/plugin
+            tests/host/formats tests/host/clap tests/host/vst3 tests/gui)
 vanta_layer(tests/interface SEES foundation wave dsp/metering ${plugin_rooms} ${limiter_rooms} host/unified gui/artwork
             gui/graphics gui/text gui/tree gui/animation gui/controls gui/offscreen gui/x11 ${interface_rooms} tests/support
             tests/plugin tests/host tests/gui)

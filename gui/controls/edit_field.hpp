@@ -28,6 +28,7 @@ public:
     NotifyEvent onTab;
 
     bool takesFocus() const override { return true; }
+    bool takesText() const override { return true; }
     bool keyDown(const KeyPress& key) override;
     void focusChanged(bool hasFocus) override;
     void mouseDown(int button, Point point, int modifiers) override;

@@ -149,6 +149,8 @@ public:
     virtual bool takesFocus() const { return false; }
     /// Whether Tab stays inside while this control is shown, as in a dialog.
     virtual bool holdsFocus() const { return false; }
+    /// Whether keys are text for it, which no shortcut of a host's may take away.
+    virtual bool takesText() const { return false; }
     /// True if the control has used the key; else its parent is asked.
     virtual bool keyDown(const KeyPress& /*key*/) { return false; }
     virtual void focusChanged(bool /*hasFocus*/) {}

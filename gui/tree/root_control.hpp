@@ -88,6 +88,8 @@ public:
 
     /// The control at the end of the focus path, or null.
     Control* focusedControl() const;
+    /// Another one is at its end.
+    virtual void focusMoved() {}
     void setFocus(Control* control) override;
     /// Moves the focus to the next control that takes it, from the last to the first and round. False if
     /// there is none.

@@ -47,6 +47,7 @@ void RootControl::focusPathChanged() {
     if (former != now) {
         if (former) former->focusChanged(false);
         if (now) now->focusChanged(true);
+        focusMoved();
     }
     focusRingMoved();
 }

@@ -41,6 +41,7 @@ public:
     void handleEvent(XEvent& event) override;
     void handlePointer(const PointerEvent& event) override;
     void setFocus(Control* control) override;
+    void focusMoved() override;
     void enterFullScreen() override;
     void leaveFullScreen() override;
     void resized() override;
@@ -73,6 +74,9 @@ private:
     void message(const XClientMessageEvent& event);
     void embedderMessage(const XClientMessageEvent& event);
     void takeKeyboard();
+    void borrowKeyboard();
+    void returnKeyboard();
+    Window keyboardOwner() const;
 
     X11Interface& owner_;
     X11Session& session_;
@@ -81,8 +85,9 @@ private:
     std::string title_;
     Window parentWindow_;
     Window window_ = kNoXid;
-    Window storedWindow_ = kNoXid;  ///< in full screen: the one to come back to
-    Window embedder_ = kNoXid;      ///< has told by XEmbed that it gives the focus
+    Window storedWindow_ = kNoXid;    ///< in full screen: the one to come back to
+    Window embedder_ = kNoXid;        ///< has told by XEmbed that it gives the focus
+    Window keyboardLender_ = kNoXid;  ///< had the keyboard before text was typed here
     bool mapped_ = false;
     bool followingServer_ = false;
     DevicePoint windowSize_;

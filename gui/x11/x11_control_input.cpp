@@ -143,6 +143,15 @@ void X11Control::setFocus(Control* control) {
     takeKeyboard();
 }
 
+void X11Control::focusMoved() {
+    const Control* const owner = focusedControl();
+    if (owner && owner->takesText()) {
+        borrowKeyboard();
+    } else {
+        returnKeyboard();
+    }
+}
+
 void X11Control::takeKeyboard() {
     if (window_ == kNoXid || !mapped_) return;
     if (embedder_ == kNoXid || storedWindow_ != kNoXid) {
@@ -178,6 +187,28 @@ void X11Control::key(XKeyEvent& event) {
         usedKeys_[code] = used;
     }
     if (!used) passOn(event);
+}
+
+/// An embedder hands on what is left of its keys when its own shortcuts have had theirs, digits and spaces
+/// among them. So text is typed with the keyboard itself, which goes back where it was afterwards.
+void X11Control::borrowKeyboard() {
+    if (!isMapped() || embedder_ == kNoXid || storedWindow_ != kNoXid) return;
+    if (keyboardLender_ == kNoXid) keyboardLender_ = keyboardOwner();
+    XSetInputFocus(display(), window_, RevertToParent, CurrentTime);
+}
+
+/// Unless somebody has taken it meanwhile.
+void X11Control::returnKeyboard() {
+    const Window lender = std::exchange(keyboardLender_, kNoXid);
+    if (lender != kNoXid && isMapped() && keyboardOwner() == window_)
+        XSetInputFocus(display(), lender, RevertToParent, CurrentTime);
+}
+
+Window X11Control::keyboardOwner() const {
+    Window owner = kNoXid;
+    int revert = 0;
+    XGetInputFocus(display(), &owner, &revert);
+    return owner;
 }
 
 /// The host has shortcuts.

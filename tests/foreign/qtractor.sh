@@ -26,18 +26,18 @@ cat > "$WORK/session.qtr" <<SESSION
 SESSION
 gcc -shared -fPIC -o "$WORK/no_sequencer.so" "$here/no_sequencer.c"
 LD_PRELOAD=$WORK/no_sequencer.so timeout 40 xvfb-run -a -s "-screen 0 1280x800x24" \
-    qtractor "$WORK/session.qtr" > "$WORK/qtractor.log" 2>&1 &
+    sh -c 'echo $$ > "$0"; exec qtractor "$1"' "$WORK/pid" "$WORK/session.qtr" > "$WORK/qtractor.log" 2>&1 &
 for _ in $(seq 100); do
     sleep 0.2
-    process=$(pgrep -x qtractor -n || true)
+    process=$(cat "$WORK/pid" 2> /dev/null || true)
     [ -n "$process" ] || continue
     maps=$(cat "/proc/$process/maps" 2> /dev/null || true)
     jack_lsp | grep -q '^Qtractor:Master/out_2' || continue
     case $maps in *vanta.clap*vanta.lv2/vanta.so* | *vanta.lv2/vanta.so*vanta.clap*) loaded=1; break ;; esac
 done
 sleep 1
-alive=$(pgrep -x qtractor -n || true)
-[ -z "$alive" ] || kill "$alive"
+alive=
+[ -n "$process" ] && kill "$process" 2> /dev/null && alive=1
 wait || true
 if [ "${loaded:-0}" != 1 ] || [ -z "$alive" ]; then
     cat "$WORK/qtractor.log"

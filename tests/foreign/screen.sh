@@ -147,6 +147,15 @@ drag_gain() { # PIXELS
     until_changed "60x200+$((left + 8))+$((top + 130))" move_gain "$1"
     gain_at=$((gain_at - $1))
 }
+# Into the field below the slider that a double click opens. Elsewhere space and letters are the host's shortcuts.
+type_gain() { # DECIBELS
+    local field="120x120+$left+$((top + gain_at))"
+    at $((left + 37)) $((top + gain_at))
+    until_changed "$field" press_twice $((left + 37)) $((top + gain_at))
+    timeout 10 xdotool type --delay 60 "r $1"
+    keys Home Delete Delete Return
+    settle "$field"
+}
 gain_at=295 # the thumb at 0 dB
 
 compare_slots() {

@@ -1,5 +1,6 @@
 #include "tests/gui/x11_fixture.hpp"
 
+#include "gui/controls/text_editor.hpp"
 #include "gui/x11/wheel_meter.hpp"
 #include "gui/x11/x11_pointer.hpp"
 
@@ -129,6 +130,32 @@ TEST_F(X11Test, AnEmbedderGivesTheFocusAndIsAskedForIt) {
         runUntil(*ui, [&] { return XCheckTypedWindowEvent(server.display(), host, ClientMessage, &asked); }));
     EXPECT_EQ(asked.xclient.message_type, protocol);
     EXPECT_EQ(asked.xclient.data.l[1], kRequestFocus);
+
+    const auto hasKeyboard = [&](Window window) {
+        settle(*ui);
+        Window owner = kNoXid;
+        int revert = 0;
+        XGetInputFocus(server.display(), &owner, &revert);
+        return owner == window;
+    };
+    XSetInputFocus(server.display(), host, RevertToParent, CurrentTime);
+    server.sync();
+    const std::unique_ptr<TextEditor> editor = ui->createTextEditor();
+    for (const bool hadFocus : {true, false}) {
+        page->setFocus(hadFocus ? page : nullptr);
+        EXPECT_TRUE(hasKeyboard(host));
+        editor->begin();
+        EXPECT_TRUE(hasKeyboard(ui->window())) << "the host's shortcuts would come first";
+        editor->commit();
+        EXPECT_TRUE(hasKeyboard(host));
+    }
+    const Window other = makeForeign();
+    editor->begin();
+    EXPECT_TRUE(hasKeyboard(ui->window()));
+    XSetInputFocus(server.display(), other, RevertToParent, CurrentTime);
+    server.sync();
+    editor->cancel();
+    EXPECT_TRUE(hasKeyboard(other)) << "somebody has taken it meanwhile";
 }
 
 TEST_F(X11Test, TheLossOfTheFocusOrOfTheWindowEndsAPress) {

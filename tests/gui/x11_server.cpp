@@ -7,7 +7,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <stdexcept>
 
 namespace vanta::gui {
@@ -55,6 +57,14 @@ X11Server::~X11Server() {
     waitpid(process_, nullptr, 0);
 }
 
+int X11Server::clients() const {
+    const std::filesystem::directory_iterator all(fmt::format("/proc/{}/fd", process_));
+    return static_cast<int>(std::count_if(begin(all), end(all), [](const auto& entry) {
+        std::error_code gone;
+        return read_symlink(entry.path(), gone).string().starts_with("socket:");
+    }));
+}
+
 void X11Server::movePointer(int x, int y) {
     XTestFakeMotionEvent(display_, -1, x, y, CurrentTime);
     sync();
@@ -90,6 +100,9 @@ Window X11Server::makeWindow(int x, int y, unsigned width, unsigned height) {
 
 std::vector<unsigned> X11Server::pixels(Window window, int width, int height) {
     std::vector<unsigned> all;
+    XWindowAttributes attributes{};
+    if (!XGetWindowAttributes(display_, window, &attributes) || attributes.map_state != IsViewable)
+        return all;
     XImage* image = XGetImage(display_, window, 0, 0, static_cast<unsigned>(width),
                               static_cast<unsigned>(height), AllPlanes, ZPixmap);
     if (!image) return all;

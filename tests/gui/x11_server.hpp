@@ -23,6 +23,8 @@ public:
     const std::string& name() const { return name_; }
     /// Of the system's numbers.
     int process() const { return process_; }
+    /// As it counts them: its connections, ours among them.
+    int clients() const;
     Window root() const { return DefaultRootWindow(display_); }
 
     void movePointer(int x, int y);
@@ -34,7 +36,7 @@ public:
     /// A window on the screen that is not an interface's.
     Window makeWindow(int x, int y, unsigned width, unsigned height);
     void sync() { XSync(display_, kXFalse); }
-    /// What can be seen there, as 0xRRGGBB, row by row.
+    /// What can be seen there, as 0xRRGGBB, row by row; nothing as long as the window is not shown.
     std::vector<unsigned> pixels(Window window, int width, int height);
     std::vector<Window> children(Window window);
     /// Milliseconds at most that a test waits for anything.

@@ -125,12 +125,15 @@ void AaxFormatHost::process(const Block& block) {
 
 // The window
 
+/// Called with every turn of the mouse.
 AAX_Result AaxFormatHost::Container::GetModifiers(std::uint32_t* modifiers) {
+    owner.onWindowCall();
     *modifiers = 0;
     return AAX_SUCCESS;
 }
 
 AAX_Result AaxFormatHost::Container::SetViewSize(AAX_Point* size) {
+    owner.onWindowCall();
     if (owner.refusesSizes) return -1;
     owner.wantedSizes.push_back({static_cast<int>(size->horizontal), static_cast<int>(size->vertical)});
     return AAX_SUCCESS;

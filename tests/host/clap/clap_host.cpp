@@ -181,6 +181,7 @@ struct ClapHost::Extensions {
     }
     static bool resize(const clap_host_t* host, std::uint32_t width, std::uint32_t height) {
         ClapHost& self = of(host);
+        self.onWindowCall();
         self.wantedSizes.push_back({static_cast<int>(width), static_cast<int>(height)});
         return !self.refusesSizes;
     }
@@ -295,8 +296,11 @@ void ClapHost::flush(std::vector<ClapEvent> events) {
 // FormatHost
 
 const FormatHost::Traits& ClapHost::traits() const {
-    static const Traits traits{
-        .name = "Clap", .module = ClapLibrary::path(), .layouts = allLayouts(), .hasWindows = true};
+    static const Traits traits{.name = "Clap",
+                               .module = ClapLibrary::path(),
+                               .layouts = allLayouts(),
+                               .hasWindows = true,
+                               .callsForGestures = false};
     return traits;
 }
 

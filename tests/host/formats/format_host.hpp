@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <numeric>
 #include <span>
@@ -28,6 +29,7 @@ public:
         bool hasOfflineMode = true;          ///< of the calls that render blocks
         bool hasWindows = false;             ///< of the calls for a window
         bool resizesWindows = true;          ///< hosts may; else plug-ins alone do
+        bool callsForGestures = true;        ///< at once; else they come with the next block
     };
     struct Size {
         int width = 0;
@@ -97,6 +99,9 @@ public:
     /// Sizes that the plug-in has asked for. They are granted, a while later, unless the host refuses.
     std::vector<Size> wantedSizes;
     bool refusesSizes = false;
+    /// Runs within what the window calls when a control is touched or another size wanted, and so with all
+    /// the locks that are held then.
+    std::function<void()> onWindowCall = [] {};
 
     // Any thread.
 

@@ -499,6 +499,7 @@ bool Lv2Host::openWindow(unsigned long parent) {
 }
 
 void Lv2Host::closeWindow() {
+    if (window_) window_->close();
     const Turn turn(audioRuns_);
     window_.reset();
 }

@@ -30,10 +30,12 @@ Lv2Window::Lv2Window(Lv2Host& of, const LV2UI_Descriptor& descriptor, Lv2WindowO
                   using Kind = FormatHost::Edit::Kind;
                   auto& window = *static_cast<Lv2Window*>(self);
                   window.touches.emplace_back(port, grabbed);
+                  window.host_.onWindowCall();
                   window.host_.noteEdit({grabbed ? Kind::Begin : Kind::End, static_cast<int>(port)});
               }};
     resize_ = {this, [](LV2UI_Feature_Handle self, int width, int height) {
                    Lv2Host& host = static_cast<Lv2Window*>(self)->host_;
+                   host.onWindowCall();
                    host.wantedSizes.push_back({width, height});
                    return host.refusesSizes ? 1 : 0;
                }};
@@ -67,8 +69,12 @@ Lv2Window::Lv2Window(Lv2Host& of, const LV2UI_Descriptor& descriptor, Lv2WindowO
 }
 
 Lv2Window::~Lv2Window() {
-    if (ui_) descriptor_.cleanup(ui_);
+    close();
     deliver();
+}
+
+void Lv2Window::close() {
+    if (ui_) descriptor_.cleanup(std::exchange(ui_, nullptr));
 }
 
 void Lv2Window::write(std::uint32_t port, std::uint32_t size, std::uint32_t format, const void* buffer) {

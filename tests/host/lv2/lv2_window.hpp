@@ -29,6 +29,8 @@ public:
     Lv2Window& operator=(const Lv2Window&) = delete;
 
     bool isOpen() const { return ui_ != nullptr; }
+    /// What it has written until then can still be delivered.
+    void close();
     LV2UI_Widget widget() const { return widget_; }
     template <typename Extension>
     const Extension* extension(const char* uri) const {

@@ -129,6 +129,8 @@ Vst3Host::Vst3Host(Loop loop) : loop_(loop) {
 }
 
 Vst3Host::~Vst3Host() {
+    // The module goes with the host, and must leave nothing that still runs.
+    if (view_) closeWindow();
     letGo();
 }
 
@@ -256,7 +258,11 @@ bool Vst3Host::openWindow(unsigned long parent) {
     auto** const controller = plugin_->controller;
     view_ = v3_cpp_obj(controller)->create_view(controller, "editor");
     if (!view_) return false;
+    handler.onCall = [this](const Handler::Call& call) {
+        if (call.kind == Handler::Call::Kind::Begin) onWindowCall();
+    };
     frame_.onResize = [this](v3_plugin_view**, const v3_view_rect& wanted) -> v3_result {
+        onWindowCall();
         if (refusesSizes) return V3_FALSE;
         wantedSizes.push_back({wanted.right - wanted.left, wanted.bottom - wanted.top});
         return V3_OK;

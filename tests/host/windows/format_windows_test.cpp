@@ -156,6 +156,17 @@ TEST_F(FormatWindows, Vst3HostsFindParametersAndHandKeysOver) {
     EXPECT_EQ(down(0, kTab), V3_TRUE);
     EXPECT_EQ(v3_cpp_obj(view)->on_key_up(view, 0, kTab, 0), V3_TRUE);
     EXPECT_EQ(down('z', 0, kCtrl), V3_TRUE) << "undo";
+
+    constexpr std::int16_t kReturn = 4;
+    EXPECT_EQ(down('7', 0), V3_FALSE);
+    server.movePointer(72, 600);
+    server.click();
+    server.click();
+    EXPECT_TRUE(waitFor(host, [&] { return down('7', 0) == V3_TRUE; })) << "a field is open";
+    EXPECT_EQ(down('s', 0, kCtrl), V3_FALSE) << "the host's in any case";
+    EXPECT_EQ(down(0, kReturn), V3_TRUE);
+    EXPECT_NEAR(host.value(0), 7.0, 1e-3);
+    EXPECT_EQ(down('7', 0), V3_FALSE);
     host.closeWindow();
     XDestroyWindow(server.display(), parent);
 }

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "gui/animation/move_animation.hpp"
+#include "gui/controls/shape.hpp"
 #include "interface/hints/hint_texts.hpp"
 #include "interface/layout/captions.hpp"
 
@@ -15,9 +16,14 @@ using gui::Rect;
 /// Of the panel, in a root of 480.
 constexpr float kTop = 331.0f;
 constexpr int kBackdropAlpha = 50;
+/// Below the captions, and where it begins to end: the lines of a restless curve are brighter than its fill.
+constexpr gui::Color kShade{8, 9, 12, 72};
+constexpr gui::Color kNoShade{8, 9, 12, 0};
+constexpr float kShadeEnd = 0.45f;
 constexpr float kHiddenPart = 23.0f;  ///< that stays in sight
 constexpr float kShownInset = 24.0f;  ///< that lies beyond the left margin
 constexpr float kMost = 29.0f;
+constexpr int kNeverHit = 255;
 
 /// From the root of 480 to the panel.
 Rect inPanel(float x, float y, float width, float height) {
@@ -55,6 +61,11 @@ gui::AnimatedControl& AdvancedPanel::makePanel() const {
     const ParentScope inPanelScope(factory, panel);
     gui::Image& backdrop = factory.addImage({-30.0f, 0.0f}, "AdvancedBackground.png");
     backdrop.alpha = kBackdropAlpha;
+    // Within the rim.
+    auto& shade = factory.add<gui::Shape>(Rect{0.0f, 1.0f, kWidth - kHiddenPart - 1.0f, kHeight});
+    shade.gradient = gui::Gradient(kShade, kShade, kShadeEnd, kNoShade);
+    shade.direction = gui::Shape::Direction::Down;
+    shade.hitThreshold = kNeverHit;
     return panel;
 }
 

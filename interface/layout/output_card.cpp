@@ -15,7 +15,7 @@ constexpr float kWidth = 110.0f;
 constexpr float kHeight = 106.0f;
 constexpr float kBesideMeters = 109.0f;  ///< from its left to the level meters
 constexpr int kBackdropAlpha = 80;
-constexpr int kOverMetersAlpha = 230;
+constexpr int kOverMetersAlpha = 255;
 constexpr float kValuePoints = 9.0f;
 
 }  // namespace
@@ -45,7 +45,8 @@ OutputCard::OutputCard(const LayoutContext& context)
 void OutputCard::place(float right, float clearOf) {
     const float left = std::max(right - kBesideMeters, clearOf);
     // Its letters and knob could not be told from the bars and letters of meters.
-    backdrop_->alpha = left > right - kBesideMeters ? kOverMetersAlpha : kBackdropAlpha;
+    isOverMeters_ = left > right - kBesideMeters;
+    backdrop_->alpha = isOverMeters_ ? kOverMetersAlpha : kBackdropAlpha;
     backdrop_->setLeft(left);
     card_->setLeft(left);
 }

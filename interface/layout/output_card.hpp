@@ -15,6 +15,8 @@ public:
     void place(float right, float clearOf);
     void follow(const ParameterChange& change);
     gui::Rect bounds() const { return backdrop_->bounds; }
+    /// It had to make room to the right.
+    bool isOverMeters() const { return isOverMeters_; }
     gui::Control& backdrop() const { return *backdrop_; }
     gui::Knob& knob() const { return *knob_; }
     gui::Label& value() const { return *value_; }
@@ -25,6 +27,7 @@ private:
     gui::Control* card_;
     gui::Knob* knob_ = nullptr;
     gui::Label* value_ = nullptr;
+    bool isOverMeters_ = false;
 };
 
 }  // namespace vanta::interface

@@ -97,6 +97,7 @@ void RegularForm::placeDisplay() {
                 taken.empty() ? 0.0f : taken.back().right + kCardGap);
     const bool meetsLoudness = hasLoudness && !taken.empty() && meters < taken.front().right;
     panel_->keepOffBottom(meetsLoudness ? AdvancedPanel::kHeight : 0.0f);
+    panel_->keepReadableBeside(card_.isOverMeters() ? card_.bounds() : Rect{});
     display_->setBounds({0.0f, 0.0f, right, all.height()});
     scale_.place(right, all.height());
     buttons_.place({right - DisplayButtons::kWidth - kButtonsGap, kButtonsTop});

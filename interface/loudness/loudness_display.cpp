@@ -40,9 +40,10 @@ LoudnessDisplay::LoudnessDisplay(gui::UserInterface& interface, gui::Animator* a
     labelText_->text = "LRA";
 }
 
-void LoudnessDisplay::setPlaces(const gui::Rect& lines, float bracket, float lowest) {
+void LoudnessDisplay::setPlaces(const gui::Rect& lines, float bracket, float highest, float lowest) {
     lines_ = lines;
     bracket_ = bracket;
+    highest_ = highest;
     lowest_ = lowest;
     linesChanged();
 }
@@ -78,13 +79,14 @@ void LoudnessDisplay::paintUpright(gui::Canvas& canvas, float start, float end) 
     const float width = rangeImage_->logicalRect().width();
     const gui::Rect band{bracket_, std::round(start), bracket_ + width, std::round(end)};
     const gui::Canvas::State saved = canvas.state();
-    canvas.clip = canvas.clip.value().intersected({0.0f, 0.0f, localBounds().right, lowest_});
+    canvas.clip = canvas.clip.value().intersected({0.0f, highest_, localBounds().right, lowest_});
     for (const gui::Bitmap* image : {rangeShadow_.get(), rangeImage_.get()}) {
         canvas.drawStretched(*image, band, image->logicalRect());
     }
     canvas.setState(saved);
     numberText_->text = signedNumber("%.1f", range_);
-    const float middle = std::clamp((start + std::min(end, lowest_)) / 2.0f, kTextRise, lowest_ - kTextRise);
+    const float middle = std::clamp((std::max(start, highest_) + std::min(end, lowest_)) / 2.0f,
+                                    highest_ + kTextRise, lowest_ - kTextRise);
     const float left = bracket_ + kTextGap + 3.0f;
     write(canvas, *labelText_, {left, middle - kTextRise});
     write(canvas, *numberText_, {left, middle - 2.0f});

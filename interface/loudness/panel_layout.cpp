@@ -15,6 +15,7 @@ constexpr float kBelowMeters = 44.0f;
 /// Above full scale, for overs.
 constexpr float kOverRoom = 2.0f;
 constexpr float kLabelTop = 39.0f;
+constexpr float kLetterInset = 2.0f;
 constexpr Rect kLabelSize{0.0f, 0.0f, 32.0f, 16.0f};
 
 // The loudness part of the regular form, from its left.
@@ -25,6 +26,8 @@ constexpr float kBracketLeft = kLoudnessLeft + 75.0f;
 /// Lines begin at the numbers' left and have numbers in a column behind.
 constexpr Rect kGridMargins{2.0f, 0.0f, 28.0f, 0.0f};
 constexpr float kGridWidth = 34.0f;
+constexpr float kScaleButtonTop = 46.0f;
+constexpr float kButtonHeight = 20.0f;
 
 // The compact form. A scale that lies has room for half a number beyond its ends.
 constexpr float kLyingLeft = 53.0f;
@@ -64,8 +67,21 @@ void VantaMeterPanel::layOutRegular() {
         meters_[which]->offset = kOverRoom;
         peakLabels_[which]->setBounds(Rect::ofSize(left, kLabelTop, w, kLabelSize.bottom));
         captions_[which]->setBounds(Rect::ofSize(left, bottom - kBelowMeters + 3.0f, w, 14.0f));
+        meters_[which]->labelInset = kLetterInset;
     }
+    keepOutputReadable();
     layOutRegularLoudness(right - 2.0f * w - kLoudnessWidth);
+}
+
+/// What covers bars leaves their letters and the caption in sight.
+void VantaMeterPanel::keepOutputReadable() {
+    const Rect covered = covered_.translated(gui::Point{} - bounds.value().origin());
+    const Rect& meter = meters_[Output]->bounds;
+    if (covered.intersected(meter).isEmpty()) return;
+    meters_[Output]->labelInset = meter.bottom - covered.top + kLetterInset;
+    const Rect& caption = captions_[Output]->bounds;
+    captions_[Output]->setBounds(
+        {std::max(caption.left, covered.right), caption.top, caption.right, caption.bottom});
 }
 
 void VantaMeterPanel::layOutRegularLoudness(float left) {
@@ -82,14 +98,15 @@ void VantaMeterPanel::layOutRegularLoudness(float left) {
     grid.labelInset = 6.0f;
     const float linkTop = kZero - 12.0f;
     loudnessDisplay_->setBounds({left, linkTop, left + kLoudnessWidth, bottom - 84.0f});
-    // The bracket ends above the target's menu.
+    // The bracket begins below the scale's menu and ends above the target's.
     loudnessDisplay_->setPlaces({1.0f, 0.0f, kLoudnessLeft - 2.0f, bottom - 84.0f - linkTop}, kBracketLeft,
-                                std::max(bottom - 162.0f - linkTop, 30.0f));
+                                kScaleButtonTop + kButtonHeight + 2.0f - linkTop,
+                                std::max(bottom - 162.0f - linkTop, 60.0f));
 
     peakLabels_[Loudness]->setBounds(
         at(kLoudnessLeft, kLabelTop, LoudnessMeterDisplay::kWideBar + 4.0f, kLabelSize.bottom));
     timeScaleButton_->setBounds(at(1.0f, kLabelTop - 1.0f, kLoudnessLeft - 1.0f, 18.0f));
-    scaleButton_->setBounds(at(kBesideLoudness + 7.0f, 46.0f, 104.0f, 20.0f));
+    scaleButton_->setBounds(at(kBesideLoudness + 7.0f, kScaleButtonTop, 104.0f, kButtonHeight));
     targetButton_->setBounds(at(kBesideLoudness + 6.0f, bottom - 159.0f, 74.0f, 20.0f));
     pauseButton_->setBounds(at(160.0f, bottom - 159.0f, 18.0f, 20.0f));
     resetButton_->setBounds(at(178.0f, bottom - 159.0f, 18.0f, 20.0f));

@@ -17,7 +17,7 @@ constexpr float kCompactKScale = 12.0f;
 constexpr int kSlowAlphaOfK = 100;
 constexpr int kSlowAlpha = 140;
 constexpr gui::Color kTruePeakColor{117, 198, 17, 255};
-constexpr gui::Color kSamplePeakColor{255, 255, 255, 100};
+constexpr gui::Color kSamplePeakColor{255, 255, 255, 128};
 /// Around the target, free of other lines and numbers.
 constexpr float kUprightClearance = 4.0f;
 constexpr float kLyingClearance = 15.0f;

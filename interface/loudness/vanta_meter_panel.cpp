@@ -93,6 +93,11 @@ void VantaMeterPanel::keepOffBottom(float height) {
     applyScale();
 }
 
+void VantaMeterPanel::keepReadableBeside(const gui::Rect& covered) {
+    if (gui::isSame(std::exchange(covered_, covered), covered)) return;
+    layOut();
+}
+
 void VantaMeterPanel::resized() {
     AnimatedControl::resized();
     const gui::Control* owner = parent;

@@ -52,6 +52,8 @@ public:
 
     /// Keeps the loudness meter and what belongs to it off the panel's lower end, for what lies over that.
     void keepOffBottom(float height);
+    /// Of the panel's parent; what lies there covers bars of the output meter, but not their letters.
+    void keepReadableBeside(const gui::Rect& covered);
 
     /// What the panel takes of its owner: at its right, or all of it.
     float fittingWidth() const;
@@ -109,6 +111,7 @@ private:
     void takePlace(bool animated);
     void layOut();
     void layOutRegular();
+    void keepOutputReadable();
     void layOutRegularLoudness(float left);
     void layOutCompact();
     void layOutCompactLoudness();
@@ -135,7 +138,8 @@ private:
     Form form_;
     float scaledHeight_ = 0.0f;  ///< for which the scale is
     float offBottom_ = 0.0f;     ///< of the loudness meter
-    bool showing_ = false;       ///< the controls follow the parameters
+    gui::Rect covered_;
+    bool showing_ = false;  ///< the controls follow the parameters
     gui::SelectButton* timeScaleButton_ = nullptr;
     MenuButton* scaleButton_ = nullptr;
     MenuButton* targetButton_ = nullptr;

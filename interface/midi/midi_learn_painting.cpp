@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include "gui/controls/alignment.hpp"
+#include "gui/controls/button.hpp"
 #include "gui/controls/picture.hpp"
 #include "gui/graphics/canvas.hpp"
 #include "gui/tree/root_control.hpp"
@@ -15,18 +16,32 @@ namespace vanta::interface {
 namespace {
 
 /// On the top bar, where the fewest controls are that can be learned.
-constexpr float kBubbleTop = 6.0f;
-constexpr float kBubbleHeight = 28.0f;
+constexpr float kBubbleTop = 4.0f;
+constexpr float kBubbleHeight = 32.0f;
+/// Of the plate within the bubble: its shadow lies around it.
+constexpr gui::Rect kPlateInset{4.0f, 3.0f, 4.0f, 5.0f};
 /// Of the bubble's text from its sides, shadow included.
 constexpr float kBubbleMargin = 14.0f;
 constexpr float kBubbleGap = 4.0f;
 constexpr float kCloseWidth = 48.0f;
 constexpr float kCloseHeight = 20.0f;
+constexpr float kCloseInset = 2.0f;  ///< from the plate's edges
 constexpr float kRemoveSize = 12.0f;
 constexpr float kRemoveGap = 2.0f;
 constexpr float kFrameDistance = 2.0f;
 constexpr float kFrameWidth = 1.0f;
 constexpr int kMarkAlpha = 110;
+
+/// A button that `room` would cover in part it covers altogether: half a caption is nothing to look at.
+void coverWhole(const gui::Control& tree, const gui::Control* ownTree, gui::Rect& room) {
+    for (const gui::Control* control : tree.children()) {
+        if (control == ownTree || !control->visible) continue;
+        coverWhole(*control, ownTree, room);
+        const gui::Rect at = control->windowBounds();
+        if (dynamic_cast<const gui::Button*>(control) && !at.intersected(room).isEmpty())
+            room = {std::min(room.left, at.left), room.top, std::max(room.right, at.right), room.bottom};
+    }
+}
 
 }  // namespace
 
@@ -67,11 +82,15 @@ float MidiLearnController::promptLeft(float width) const {
 
 void MidiLearnController::placeParts() {
     promptText_->text = prompt();
-    const float width = std::ceil(promptText_->width()) + 2.0f * kBubbleMargin;
-    const float all = width + kCloseWidth;
-    const float left = promptLeft(all);
-    bubble_ = gui::Rect::ofSize(left, kBubbleTop, width, kBubbleHeight);
-    close_->bounds = gui::Rect::ofSize(bubble_.right, kBubbleTop + 3.0f, kCloseWidth, kCloseHeight);
+    const float width = std::ceil(promptText_->width()) + 2.0f * kBubbleMargin + kCloseWidth + kCloseInset;
+    bubble_ = gui::Rect::ofSize(promptLeft(width), kBubbleTop, width, kBubbleHeight);
+    gui::Rect plate{bubble_.left + kPlateInset.left, bubble_.top + kPlateInset.top,
+                    bubble_.right - kPlateInset.right, bubble_.bottom - kPlateInset.bottom};
+    coverWhole(ui().rootControl(), this, plate);
+    bubble_.left = plate.left - kPlateInset.left;
+    bubble_.right = plate.right + kPlateInset.right;
+    close_->bounds = gui::Rect::ofSize(plate.right - kCloseInset - kCloseWidth, plate.top + kCloseInset,
+                                       kCloseWidth, kCloseHeight);
     const bool removable = assignedController_ >= 0 && selected_ >= 0;
     remove_->visible = removable;
     if (!removable) return;
@@ -109,9 +128,13 @@ void MidiLearnController::paint(gui::Canvas& canvas) {
     if (chosen && chosen->isShown()) paintFrame(canvas, *chosen, 255);
     paintLabels(canvas);
     canvas.drawStretched(*bubblePicture_, bubble_, bubblePicture_->logicalRect());
-    // The shadow below belongs to the picture's height.
-    const float top = bubble_.top + 3.0f;
-    canvas.drawText(*promptText_, {bubble_.left + kBubbleMargin, top + gui::centredTop(*promptText_, 20.0f)});
+    // In the middle of what the button leaves.
+    const float room = close_->bounds.value().left - bubble_.left - kPlateInset.left;
+    canvas.drawText(
+        *promptText_,
+        {bubble_.left + kPlateInset.left + std::round((room - promptText_->width()) / 2.0f),
+         bubble_.top + kPlateInset.top +
+             gui::centredTop(*promptText_, kBubbleHeight - kPlateInset.top - kPlateInset.bottom)});
 }
 
 }  // namespace vanta::interface

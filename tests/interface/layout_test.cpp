@@ -238,6 +238,11 @@ TEST_F(LayoutTest, AdvancedPanelCoversNoControlOfAnyLayout) {
                 for (const gui::Rect& area : regular().advanced().covered())
                     EXPECT_TRUE(area.intersected(other->windowBounds()).isEmpty());
             }
+            const LevelMeterDisplay& output = panel.meter(VantaMeterPanel::Output);
+            const gui::Rect bars = output.windowBounds(), over = others.back()->windowBounds();
+            if (regular().card().isOverMeters()) {
+                EXPECT_LT(bars.bottom - output.labelInset, over.top) << "the card covers letters";
+            }
             set(plugin->showAdvanced, 0.0f);
             EXPECT_TRUE(gui::isSame(others.front()->windowBounds(), meter));
             EXPECT_TRUE(gui::isSame(others.back()->windowBounds(), card));

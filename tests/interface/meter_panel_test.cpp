@@ -280,7 +280,7 @@ TEST_F(MeterPanel, FollowsOutputLevelAndBypass) {
     ui.advance(400);
     EXPECT_EQ(label.textColor.value(), label.targetColor.value());
     set(p.truePeakMetering, 0.0f);
-    EXPECT_EQ(label.textColor.value(), (gui::Color{255, 255, 255, 100}));
+    EXPECT_EQ(label.textColor.value(), (gui::Color{255, 255, 255, 128}));
     set(p.bypass, 1.0f);
     ui.advance(100);
     EXPECT_GT(panel.meter(Panel::Output).barAlpha.value(), 0);

@@ -43,7 +43,12 @@ bool ConverterStyle::designed() const {
 }
 
 void ConverterStyle::update() {
-    if (designed()) return;
+    if (!designed()) design();
+    lines_.resize(FIRStage::mostPast(factor(), longestLength(NarrowFull)),
+                  environment().maxBlockSize() * factor());
+}
+
+void ConverterStyle::design() {
     designRate_ = environment().sampleRate();
     designAttenuation_ = attenuation;
     designPassband_ = passband;

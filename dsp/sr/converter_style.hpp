@@ -4,6 +4,7 @@
 
 #include "dsp/sr/converter_style_base.hpp"
 #include "dsp/sr/half_band_design.hpp"
+#include "dsp/sr/stage_lines.hpp"
 #include "foundation/property.hpp"
 
 namespace vanta::sr {
@@ -35,9 +36,11 @@ public:
     int factor() const override { return subEnvironment_ ? subEnvironment_->factor() : factor_; }
     void setFactor(int factor) override;
 
-    /// Designs the tables unless they are made for the present sample rate. Allocates when it does. No other
-    /// thread may convert meanwhile.
+    /// Designs the tables unless they are made for the present sample rate, and makes room for the present
+    /// factor and block size. Allocates when it does. No other thread may convert meanwhile.
     void update();
+    /// Where the converters compute, one after the other.
+    StageLines& lines() { return lines_; }
     const CoefficientSet& set(int index) const { return sets_[static_cast<std::size_t>(index)]; }
     /// The length beyond which no sample rate makes this set grow.
     int longestLength(int index) const;
@@ -51,10 +54,12 @@ protected:
 
 private:
     bool designed() const;
+    void design();
 
     wave::SubEnvironment* subEnvironment_ = nullptr;
     int factor_ = 1;
     std::array<CoefficientSet, SetCount> sets_;
+    StageLines lines_;
     float designRate_ = 0.0f;
     float designAttenuation_ = 0.0f;
     float designPassband_ = 0.0f;

@@ -1,5 +1,7 @@
 #include "dsp/sr/decimator.hpp"
 
+#include <algorithm>
+
 namespace vanta::sr {
 
 Decimator::Decimator(ConverterStyle& style)
@@ -7,13 +9,15 @@ Decimator::Decimator(ConverterStyle& style)
     update();
 }
 
-// A stage copies its input into its ring before it computes, so input and output may be the same block.
+// Each stage lays its output in front of the next one. The input is copied first, so input and output may be
+// the same block.
 bool Decimator::convert(const float* in, float* out, int count) {
-    if (stages().empty()) return false;
-    for (std::size_t i = stages().size(); i-- > 0;) {
-        float* target = i == 0 ? out : workBlock();
-        stages()[i]->decimate(in, target, count << i);
-        in = target;
+    std::size_t i = stages().size();
+    if (i == 0) return false;
+    std::copy_n(in, count << i, lines().line(i - 1).input());
+    while (i-- > 0) {
+        float* target = i == 0 ? out : lines().line(i - 1).input();
+        stages()[i]->decimate(lines().line(i), lines().scratch(), target, count << i);
     }
     return true;
 }

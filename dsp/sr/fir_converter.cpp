@@ -1,6 +1,5 @@
 #include "dsp/sr/fir_converter.hpp"
 
-#include <algorithm>
 #include <bit>
 
 namespace vanta::sr {
@@ -10,12 +9,9 @@ FIRConverter::FIRConverter(ConverterStyle& style, int firstSet, int otherSets)
 
 void FIRConverter::update() {
     const int factor = style_.factor();
-    const int maxBlock = environment().maxBlockSize();
     const auto stageCount = static_cast<std::size_t>(std::bit_width(static_cast<unsigned>(factor)) - 1);
     style_.update();
-    workBlock_.resize(maxBlock * std::max(1, factor / 2));
-    if (stageCount != stages_.size() || maxBlock != maxBlock_) stages_.clear();
-    maxBlock_ = maxBlock;
+    if (stageCount != stages_.size()) stages_.clear();
     stages_.resize(stageCount);
     memory_ = 0;
     for (std::size_t i = 0; i < stageCount; ++i) {
@@ -23,7 +19,7 @@ void FIRConverter::update() {
         const int longest = style_.longestLength(index);
         auto& stage = stages_[i];
         if (!stage || stage->longestLength() != longest) {
-            stage = std::make_unique<FIRStage>(2 << i, longest, maxBlock);
+            stage = std::make_unique<FIRStage>(2 << i, longest);
         }
         stage->prepare(style_.set(index));
         memory_ += stage->memory();

@@ -20,14 +20,12 @@ protected:
     FIRConverter(ConverterStyle& style, int firstSet, int otherSets);
 
     std::vector<std::unique_ptr<FIRStage>>& stages() { return stages_; }
-    /// Room for the output of every stage but the last one.
-    float* workBlock() { return workBlock_.data(); }
+    /// Where the stages compute.
+    StageLines& lines() { return style_.lines(); }
 
 private:
     ConverterStyle& style_;
     std::vector<std::unique_ptr<FIRStage>> stages_;
-    wave::AlignedBuffer<float> workBlock_;
-    int maxBlock_ = 0;
     int memory_ = 0;
     int firstSet_;
     int otherSets_;

@@ -1,5 +1,7 @@
 #include "dsp/sr/fir_stage.hpp"
 
+#include <algorithm>
+
 #include "kernel/fir_kernels.hpp"
 
 namespace vanta::sr {
@@ -12,39 +14,42 @@ constexpr std::size_t size(int count) {
 
 }  // namespace
 
-// The pad is below the ratio.
-FIRStage::FIRStage(int ratio, int longestLength, int maxBlock)
-    : ring_(longestLength - 1 + ratio + maxBlock * ratio),
-      scratch_(static_cast<int>(kernel::decimatorScratch(size(longestLength)))),
-      longestLength_(longestLength),
-      ratio_(ratio) {}
+FIRStage::FIRStage(int ratio, int longestLength)
+    : past_(mostPast(ratio, longestLength)), longestLength_(longestLength), ratio_(ratio) {}
 
 void FIRStage::prepare(const CoefficientSet& set) {
     set_ = &set;
     const bool branch = set.length % 2 == 0;
     const int delay = branch ? set.length : (set.length - 1) / 2;
     const int missing = stageDelay(branch ? 2 * set.length + 1 : set.length, ratio_) - delay;
-    // A branch reads the lower of the two rates; the delay and the ratio are even.
-    pad_ = branch ? missing / 2 : missing;
+    // It reads late, so that its delay is a whole number of samples of the base rate. A branch reads the
+    // lower of the two rates; the delay and the ratio are even.
+    const int pad = branch ? missing / 2 : missing;
+    reach_ = set.length - 1 + pad;
     reset();
 }
 
-const float* FIRStage::write(const float* in, int count) {
-    ring_.write(in, count);
-    return ring_.newest(set_->length - 1 + count, pad_);
+/// Puts the past in front of the input, and keeps what will be the past of the next. Returns the window of
+/// the first output.
+const float* FIRStage::continueIn(StageLine line, int count) {
+    float* window = line.input() - reach_;
+    std::copy_n(past_.data(), reach_, window);
+    std::copy_n(window + count, reach_, past_.data());
+    return window;
 }
 
-void FIRStage::interpolate(const float* in, float* out, int count) {
-    kernel::interpolateHalfBand(write(in, count), set_->taps.data(), size(set_->length), out, size(count));
+void FIRStage::interpolate(StageLine line, float* out, int count) {
+    kernel::interpolateHalfBand(continueIn(line, count), set_->taps.data(), size(set_->length), out,
+                                size(count));
 }
 
-void FIRStage::interpolatePeaks(const float* in, float* out, int count) {
-    kernel::peaksOfHalfBand(write(in, count), set_->taps.data(), size(set_->length), out, size(count));
+void FIRStage::interpolatePeaks(StageLine line, float* out, int count) {
+    kernel::peaksOfHalfBand(continueIn(line, count), set_->taps.data(), size(set_->length), out, size(count));
 }
 
-void FIRStage::decimate(const float* in, float* out, int count) {
-    kernel::decimateHalfBand(write(in, 2 * count), set_->taps.data(), size(set_->length), scratch_.data(),
-                             out, size(count));
+void FIRStage::decimate(StageLine line, float* scratch, float* out, int count) {
+    kernel::decimateHalfBand(continueIn(line, 2 * count), set_->taps.data(), size(set_->length), scratch, out,
+                             size(count));
 }
 
 }  // namespace vanta::sr

@@ -1,45 +1,51 @@
 #pragma once
 
 #include "dsp/sr/half_band_design.hpp"
-#include "wave/mirrored_ring.hpp"
+#include "dsp/sr/stage_lines.hpp"
+#include "foundation/realtime.hpp"
 
 namespace vanta::sr {
 
-/// One doubling or halving of the rate: the newest samples of its input and the taps that it reads. The
+/// One doubling or halving of the rate: what it needs of its past input, and the taps that it reads. The
 /// higher of its two rates is `ratio` times the base rate.
 class FIRStage {
 public:
-    /// Room for filters of up to `longestLength` taps and blocks of `maxBlock` samples of the base rate.
-    FIRStage(int ratio, int longestLength, int maxBlock);
+    /// Room for filters of up to `longestLength` taps.
+    FIRStage(int ratio, int longestLength);
 
     /// Takes the taps, which the caller keeps alive, and starts anew from silence.
     void prepare(const CoefficientSet& set);
     /// Starts anew from silence.
-    VANTA_REALTIME void reset() { ring_.clear(); }
+    VANTA_REALTIME void reset() { past_.clear(); }
+
+    // The input stands in a line, from its `input()` on. What the line holds in front of it is overwritten.
+
     /// `count` samples in, twice as many out. Taps are a polyphase branch.
-    VANTA_REALTIME void interpolate(const float* in, float* out, int count);
+    VANTA_REALTIME void interpolate(StageLine line, float* out, int count);
     /// As `interpolate`, but only the larger magnitude of each pair comes out.
-    VANTA_REALTIME void interpolatePeaks(const float* in, float* out, int count);
-    /// Twice `count` samples in, `count` samples out. Taps are a full filter.
-    VANTA_REALTIME void decimate(const float* in, float* out, int count);
+    VANTA_REALTIME void interpolatePeaks(StageLine line, float* out, int count);
+    /// Twice `count` samples in, `count` samples out. Taps are a full filter. The scratch holds
+    /// kernel::decimatorScratch floats.
+    VANTA_REALTIME void decimate(StageLine line, float* scratch, float* out, int count);
 
     int ratio() const { return ratio_; }
-    /// Samples of the stage's input by which it reads late, so that its delay is a whole number of samples of
-    /// the base rate.
-    int pad() const { return pad_; }
     int longestLength() const { return longestLength_; }
+    /// Samples of past input, at most, that a stage of this kind puts in front of its input.
+    static int mostPast(int ratio, int longestLength) {
+        // It reads late by less than its ratio.
+        return longestLength - 1 + ratio;
+    }
     /// Samples of the base rate, at most, that are remembered of the input.
-    int memory() const { return 2 * ring_.size() / ratio_ + 1; }
+    int memory() const { return 2 * past_.size() / ratio_ + 1; }
 
 private:
-    VANTA_REALTIME const float* write(const float* in, int count);
+    VANTA_REALTIME const float* continueIn(StageLine line, int count);
 
-    wave::MirroredRing ring_;
-    wave::AlignedBuffer<float> scratch_;
+    wave::AlignedBuffer<float> past_;  ///< the newest input, oldest first
     const CoefficientSet* set_ = nullptr;
     int longestLength_;
     int ratio_;
-    int pad_ = 0;
+    int reach_ = 0;  ///< how many samples in front of an input its output depends on
 };
 
 }  // namespace vanta::sr

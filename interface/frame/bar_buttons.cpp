@@ -58,6 +58,8 @@ HotspotButton& QuillmarkPluginInterface::addPresetsButton(const gui::Rect& at) {
     auto& button = addMenuButton(at, ButtonStyle::Hotspots, "Presets", presetsMenu_);
     button.setIcon("IconSelect.png");
     button.overlayAlignment = gui::Alignment::Right;
+    button.lineCount = 2;
+    button.text().lineStyle = gui::Text::LineStyle::Ellipsis;
     presetsButton_.set(&button);
     presetChanged();
     return button;

@@ -110,10 +110,13 @@ void GenericPluginInterface::tellDelegates() {
     channelLayoutChanged();
 }
 
-std::string GenericPluginInterface::presetCaption() const {
-    const PresetState::Values preset = model_.presetState().values();
-    const std::string name = preset.name.empty() ? "(No Preset)" : preset.name;
-    return preset.modified ? name + " *" : name;
+std::string GenericPluginInterface::presetName() const {
+    const std::string name = model_.presetState().values().name;
+    return name.empty() ? "(No Preset)" : name;
+}
+
+bool GenericPluginInterface::isPresetModified() const {
+    return model_.presetState().values().modified;
 }
 
 void GenericPluginInterface::interfaceEvent(int key, int value) {

@@ -62,8 +62,9 @@ public:
     void postEvent(int key, int value = 0);
     /// Told of each new channel layout, and of the present one at once. The interface keeps it.
     void addChannelDelegate(std::unique_ptr<ChannelLayoutDelegate> delegate);
-    /// The name of the current preset as a button shows it, with a mark if it was changed.
-    std::string presetCaption() const;
+    /// Of the current preset, as a button shows it.
+    std::string presetName() const;
+    bool isPresetModified() const;
 
     void interfaceEvent(int key, int value) override;
     void hintChanged(const std::string& /*text*/) override {}

@@ -109,7 +109,11 @@ void QuillmarkPluginInterface::showAbout() {
 }
 
 void QuillmarkPluginInterface::presetChanged() {
-    if (HotspotButton* button = presetsButton_.get()) button->setCaption(presetCaption());
+    HotspotButton* button = presetsButton_.get();
+    if (!button) return;
+    // Apart, so that a name that is cut short keeps the mark.
+    button->setCaption(presetName());
+    button->text(1).text = std::string(isPresetModified() ? " *" : "");
 }
 
 void QuillmarkPluginInterface::windowResized(void*) {

@@ -17,6 +17,8 @@ constexpr float kLogoTile = 100.0f;
 constexpr float kLeastPresets = 166.0f;
 constexpr float kLeastPresetsInCompact = 120.0f;
 constexpr float kMostPresets = 400.0f;
+/// Margins, caret and the mark of a preset that has been changed.
+constexpr float kBesideName = 36.0f;
 
 Rect sized(float width) {
     return Rect::ofSize(0.0f, 0.0f, width, 20.0f);
@@ -49,7 +51,7 @@ TopBar::TopBar(const LayoutContext& context)
     frame.addCommandButton(Command::PreviousPreset, sized(20.0f));
     HotspotButton& presets = frame.addPresetsButton(sized(kLeastPresets));
     presets.textOffset = kBesideCaret;
-    presets.text().color = kValueColor;
+    for (int part = 0; part < presets.lineCount; ++part) presets.text(part).color = kValueColor;
     presets_ = &presets;
     frame.addCommandButton(Command::NextPreset, sized(20.0f));
     row_.addGap(20.0f);
@@ -76,6 +78,7 @@ void TopBar::layOut(bool isCompact) {
     // What the controls of Compact need leaves less to the logo.
     const float logo = isCompact ? std::max(band.width - row_.leastWidth(), 0.0f) : kLogoWidth;
     row_.place(band.left + logo, kTop, band.width - logo);
+    presets_->text().maxWidth = presets_->bounds.value().width() - kBesideName;
 }
 
 }  // namespace vanta::interface

@@ -31,7 +31,7 @@ private:
     gui::Image* picture_;
     gui::Control* ground_;  ///< takes what is clicked beside the buttons
     BarRow row_;
-    gui::Control* presets_;
+    HotspotButton* presets_;
     gui::Control* lastGap_;  ///< before Full Screen
     gui::Button* fullScreen_;
 };

@@ -40,11 +40,11 @@ LoudnessDisplay::LoudnessDisplay(gui::UserInterface& interface, gui::Animator* a
     labelText_->text = "LRA";
 }
 
-void LoudnessDisplay::setPlaces(const gui::Rect& lines, float bracket, float highest, float lowest) {
+void LoudnessDisplay::setPlaces(const gui::Rect& lines, float bracket, float first, float last) {
     lines_ = lines;
     bracket_ = bracket;
-    highest_ = highest;
-    lowest_ = lowest;
+    first_ = first;
+    last_ = last;
     linesChanged();
 }
 
@@ -79,14 +79,14 @@ void LoudnessDisplay::paintUpright(gui::Canvas& canvas, float start, float end) 
     const float width = rangeImage_->logicalRect().width();
     const gui::Rect band{bracket_, std::round(start), bracket_ + width, std::round(end)};
     const gui::Canvas::State saved = canvas.state();
-    canvas.clip = canvas.clip.value().intersected({0.0f, highest_, localBounds().right, lowest_});
+    canvas.clip = canvas.clip.value().intersected({0.0f, first_, localBounds().right, last_});
     for (const gui::Bitmap* image : {rangeShadow_.get(), rangeImage_.get()}) {
         canvas.drawStretched(*image, band, image->logicalRect());
     }
     canvas.setState(saved);
     numberText_->text = signedNumber("%.1f", range_);
-    const float middle = std::clamp((std::max(start, highest_) + std::min(end, lowest_)) / 2.0f,
-                                    highest_ + kTextRise, lowest_ - kTextRise);
+    const float middle = std::clamp((std::max(start, first_) + std::min(end, last_)) / 2.0f,
+                                    first_ + kTextRise, last_ - kTextRise);
     const float left = bracket_ + kTextGap + 3.0f;
     write(canvas, *labelText_, {left, middle - kTextRise});
     write(canvas, *numberText_, {left, middle - 2.0f});
@@ -95,9 +95,12 @@ void LoudnessDisplay::paintUpright(gui::Canvas& canvas, float start, float end) 
 /// A line with its text above, over whatever numbers stand there.
 void LoudnessDisplay::paintLying(gui::Canvas& canvas, float start, float end) {
     const gui::Rect band{std::round(start), bracket_, std::round(end), bracket_ + 1.0f};
+    const gui::Canvas::State saved = canvas.state();
+    canvas.clip = canvas.clip.value().intersected({first_, 0.0f, last_, localBounds().bottom});
     canvas.fillRect(band, kRangeColor);
     canvas.fillRect({band.left, band.top, band.left + 1.0f, band.top + 3.0f}, kRangeColor);
     canvas.fillRect({band.right - 1.0f, band.top, band.right, band.top + 3.0f}, kRangeColor);
+    canvas.setState(saved);
     labelText_->text = signedNumber("LRA %.1f", range_);
     const float width = labelText_->width(), height = labelText_->height();
     const float left = besideTarget((start + end - width) / 2.0f, width);
@@ -108,13 +111,13 @@ void LoudnessDisplay::paintLying(gui::Canvas& canvas, float start, float end) {
 
 /// The number of the target stays in sight.
 float LoudnessDisplay::besideTarget(float left, float width) const {
-    const float last = std::max(localBounds().width() - width, 0.0f);
+    const float last = std::max(last_ - width, first_);
     const std::optional<float> target = toGrid()->exemptLevel;
-    if (!target) return std::clamp(left, 0.0f, last);
+    if (!target) return std::clamp(left, first_, last);
     const float middle = farPosition(*target);
     const bool meets = left < middle + kTargetClearance && left + width > middle - kTargetClearance;
     if (meets) left = middle - kTargetClearance - width;
-    if (left < 0.0f) left = meets ? middle + kTargetClearance : 0.0f;
+    if (left < first_) left = meets ? middle + kTargetClearance : first_;
     return std::min(left, last);
 }
 

@@ -17,8 +17,8 @@ public:
     /// Gives the loudness range, whichever source the meter's own line follows.
     wave::LevelSource* rangeSource = nullptr;
     /// The part of the control that the lines cross, and where the bracket lies across the scale: its left,
-    /// or its top. One that stands is cut at `highest` and `lowest`, where its range goes on.
-    void setPlaces(const gui::Rect& lines, float bracket, float highest = 0.0f, float lowest = 0.0f);
+    /// or its top. Along the scale it is cut at `first` and `last`, where its range goes on.
+    void setPlaces(const gui::Rect& lines, float bracket, float first, float last);
 
     void animate() override;
     void paint(gui::Canvas& canvas) override;
@@ -35,8 +35,8 @@ private:
 
     gui::Rect lines_;
     float bracket_ = 0.0f;
-    float highest_ = 0.0f;
-    float lowest_ = 0.0f;
+    float first_ = 0.0f;
+    float last_ = 0.0f;
     float range_ = 0.0f;
     float low_ = -180.0f;
     std::unique_ptr<gui::Text> labelText_;

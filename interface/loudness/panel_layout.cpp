@@ -143,8 +143,10 @@ void VantaMeterPanel::layOutCompactLoudness() {
     }
     meters_[Loudness]->setBounds(Rect::ofSize(kLyingLeft, 213.0f, length, LoudnessMeterDisplay::kBreadth));
     setLying(*loudnessGrid_, 200.0f, 13.0f, {kLyingSpare, 10.0f, kLyingSpare, 0.0f}, 0.0f);
-    loudnessDisplay_->setBounds(Rect::ofSize(kLyingLeft, 198.0f, length, 15.0f));
-    loudnessDisplay_->setPlaces({}, 13.0f);
+    // As wide as the scale: where the range is written, it clears the numbers at the ends as well.
+    loudnessDisplay_->setBounds(
+        Rect::ofSize(kLyingLeft - kLyingSpare, 198.0f, length + 2.0f * kLyingSpare, 15.0f));
+    loudnessDisplay_->setPlaces({}, 13.0f, kLyingSpare, kLyingSpare + length);
     pauseButton_->setBounds(Rect::ofSize(3.0f, 174.0f, 18.0f, 18.0f));
     resetButton_->setBounds(Rect::ofSize(3.0f, 191.0f, 18.0f, 18.0f));
     scaleButton_->setBounds(Rect::ofSize(2.0f, 238.0f, 49.0f, 20.0f));

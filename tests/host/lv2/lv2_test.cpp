@@ -263,7 +263,7 @@ TEST_F(Lv2, FactoryPresetsAreInTheBrowserWithValuesAndName) {
     }
     const int scale = host.table().meterScale.index();
     host.setValue(scale, 5.0);
-    host.run(kBlock);
+    ASSERT_TRUE(eventually(host, [&] { return held(host)[static_cast<std::size_t>(scale)] == 5.0f; }));
     const Owned<LilvNodes> presets(lilv_plugin_get_related(Lv2Host::pluginOf(kStereoLayout), kind.get()),
                                    lilv_nodes_free);
     std::map<std::string, const LilvNode*> byName;

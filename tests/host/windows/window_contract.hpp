@@ -116,9 +116,25 @@ protected:
         if (release) server.release();
         settle();
     }
+    /// Windows without a parent.
+    static int shownOnScreen(Display* display) {
+        Window root = 0;
+        Window parent = 0;
+        Window* all = nullptr;
+        unsigned count = 0;
+        XQueryTree(display, DefaultRootWindow(display), &root, &parent, &all, &count);
+        const auto isShown = [&](Window window) {
+            XWindowAttributes attributes{};
+            return XGetWindowAttributes(display, window, &attributes) && attributes.map_state == IsViewable;
+        };
+        const auto shown = std::count_if(all, all + count, isShown);
+        if (all) XFree(all);
+        return static_cast<int>(shown);
+    }
     /// A user picks a row of the menu of sizes, from Compact, 0, on.
     void chooseSize(FormatHost& host, int row) {
         const Size size = host.windowSize();
+        const int before = shownOnScreen(server.display());
         // The menu has a loop of its own, so that somebody else has to type.
         std::thread user([&, row] {
             Display* const other = XOpenDisplay(server.name().c_str());
@@ -128,6 +144,8 @@ protected:
                 XSync(other, false);
                 std::this_thread::sleep_for(100ms);
             };
+            // What is typed before the menu has the keyboard is lost, and the menu would wait for ever.
+            for (int n = 0; n < 600 && shownOnScreen(other) == before; ++n) std::this_thread::sleep_for(50ms);
             std::this_thread::sleep_for(500ms);
             for (int i = 0; i < row; ++i) key(XK_Down);
             key(XK_Return);

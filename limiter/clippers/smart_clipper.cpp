@@ -4,16 +4,19 @@
 #include <bit>
 #include <cmath>
 #include <limits>
-#include <utility>
 
 #include "foundation/fast_exponential.hpp"
 #include "foundation/numbers.hpp"
 #include "kernel/scan.hpp"
+#include "kernel/signal_steps.hpp"
 
 namespace vanta {
 namespace {
 
-constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
+/// Later than any sample, and still something to compute with.
+constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max() / 2;
+/// Samples whose steps fit one word.
+constexpr int kPiece = 64;
 
 /// Directions of the signal are 0 rising, 1 level and 2 falling: a peak has passed where they go up.
 constexpr int kFlat = 1;
@@ -69,27 +72,58 @@ void SmartClipper::process(const wave::BasicBlock<float>& in, wave::BasicBlock<f
     delay_.write(excess_.data(), samples);
     float* result = out->data();
     delay_.read(windowSamples_, result, samples);
-    int direction = direction_;
-    for (int i = 0; i < samples; ++i) {
-        const float before = std::exchange(previousInput_, in[i]);
-        const int last = direction;
-        // Without branches: whether audio rises or falls cannot be foretold.
-        direction = int{in[i] - before <= kEqualWithin} + int{in[i] < before};
-        const bool peakPassed = direction > last;
-        const std::int64_t time = position_ + i - windowSamples_;
-        if (peakPassed || time > lineEnd_) {
-            moveLine(time, peakPassed, {position_ + i - 1, i > 0 ? excess_[i - 1] : previousExcess_});
-        }
-        const float line = lineValue_ + slope_ * static_cast<float>(time - lineStart_);
-        result[i] = std::max(result[i], line);
+    for (int first = 0; first < samples; first += kPiece) {
+        const int end = std::min(first + kPiece, samples);
+        followLines(result, first, end, peaksPassed(in.data() + first, end - first));
     }
-    direction_ = direction;
     previousExcess_ = excess_[samples - 1];
     const bool still = source->holdsOneValue() && threshold.source().holdsOneValue();
     const bool quiet = still && previousExcess_ == 0.0f;
     quietSamples_ = quiet ? quietSamples_ + samples : 0;
     position_ += samples;
     if (kernel::highestMagnitude(result, static_cast<std::size_t>(samples)) == 0.0f) publishSilence();
+}
+
+/// Bit i: a peak has passed at the sample before sample i. All steps of the piece are looked at together, as
+/// whether audio rises or falls cannot be foretold, and a branch a sample would cost more than all else.
+std::uint64_t SmartClipper::peaksPassed(const float* in, int count) {
+    const kernel::SignalSteps steps =
+        kernel::signalSteps(in, previousInput_, kEqualWithin, static_cast<std::size_t>(count));
+    const auto begins = [](std::uint64_t now, bool before) {
+        return now & ~(now << 1 | std::uint64_t{before});
+    };
+    const std::uint64_t peaks =
+        begins(steps.notRising, direction_ >= kFlat) | begins(steps.falling, direction_ > kFlat);
+    const auto last = [&](std::uint64_t bits) { return static_cast<int>(bits >> (count - 1) & 1); };
+    direction_ = last(steps.notRising) + last(steps.falling);
+    previousInput_ = in[count - 1];
+    return peaks;
+}
+
+/// Raises the samples of a piece to the lines, from one place where the line changes to the next.
+void SmartClipper::followLines(float* result, int first, int end, std::uint64_t peaks) {
+    for (int from = first, next = first;; next = from + 1) {
+        const int peak = peaks != 0 ? first + std::countr_zero(peaks) : end;
+        const std::int64_t beyond = lineEnd_ + 1 - position_ + windowSamples_;
+        const int change = std::min(peak, static_cast<int>(std::clamp<std::int64_t>(beyond, next, end)));
+        raiseToLine(result, from, change);
+        if (change == end) return;
+        const bool peakPassed = change == peak;
+        if (peakPassed) peaks &= peaks - 1;
+        moveLine(position_ + change - windowSamples_, peakPassed,
+                 {position_ + change - 1, change > 0 ? excess_[change - 1] : previousExcess_});
+        from = change;
+    }
+}
+
+void SmartClipper::raiseToLine(float* result, int from, int end) const {
+    // Excess is never negative.
+    if (lineValue_ == 0.0f && slope_ == 0.0f) return;
+    const auto passed = static_cast<int>(position_ + from - windowSamples_ - lineStart_);
+    for (int i = from; i < end; ++i) {
+        const float line = lineValue_ + slope_ * static_cast<float>(passed + (i - from));
+        result[i] = std::max(result[i], line);
+    }
 }
 
 void SmartClipper::computeExcess(const float* in, float* excess, int samples) {
@@ -117,7 +151,10 @@ void SmartClipper::moveLine(std::int64_t time, bool peakPassed, Point last) {
     if (keep || peakPassed) {
         // With nothing between this peak and the window's beginning the line rises from 0.
         if (count_ == 0 && peakPassed) point(-1) = {time - 1, 0.0f};
-        point(count_++) = last;
+        // Peaks below the threshold lie on one line, which goes on.
+        const bool goesOn = count_ > 0 && last.value == 0.0f && point(count_ - 1).value == 0.0f &&
+                            point(count_ - 2).value == 0.0f;
+        point(goesOn ? count_ - 1 : count_++) = last;
     }
     takeLine();
 }

@@ -42,6 +42,9 @@ private:
     };
 
     VANTA_REALTIME void computeExcess(const float* in, float* excess, int samples);
+    VANTA_REALTIME std::uint64_t peaksPassed(const float* in, int count);
+    VANTA_REALTIME void followLines(float* result, int first, int end, std::uint64_t peaks);
+    VANTA_REALTIME void raiseToLine(float* result, int from, int end) const;
     VANTA_REALTIME void moveLine(std::int64_t time, bool peakPassed, Point last);
     VANTA_REALTIME void takeLine();
     Point& point(int index) { return points_[static_cast<std::size_t>((head_ + index) & mask_)]; }

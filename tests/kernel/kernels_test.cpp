@@ -25,6 +25,7 @@
 #include "kernel/mixer_kernels.hpp"
 #include "kernel/running_mean.hpp"
 #include "kernel/scan.hpp"
+#include "kernel/signal_steps.hpp"
 #include "kernel/sliding_maximum.hpp"
 #include "kernel/wave_shaper_kernels.hpp"
 #include "tests/support/instruction_sets.hpp"
@@ -215,6 +216,30 @@ TEST(ScanKernels, FindTheExtremesOfAnyBlock) {
             EXPECT_EQ(kernel::highestMagnitude(in, count), std::abs(*large));
         }
     }
+}
+
+TEST(SignalSteps, TellRisingLevelAndFallingApart) {
+    auto in = whiteNoise(9, 200);
+    // Steps of nothing, of just what counts as nothing, and of no number.
+    for (std::size_t i = 1; i < in.size(); i += 5) in[i] = in[i - 1];
+    in[7] = in[6] + 2e-7f;
+    in[40] = std::numeric_limits<float>::quiet_NaN();
+    in[77] = in[78] = std::numeric_limits<float>::infinity();
+    constexpr float kWithin = 1e-6f;
+    forEachInstructionSet([&](const char* set) {
+        for (std::size_t count = 1; count <= 64; ++count) {
+            SCOPED_TRACE(fmt::format("{}, {} samples", set, count));
+            for (const std::size_t start : {1u, 2u, 7u, 39u, 70u}) {
+                const kernel::SignalSteps steps =
+                    kernel::signalSteps(in.data() + start, in[start - 1], kWithin, count);
+                for (std::size_t i = 0; i < 64; ++i) {
+                    const float now = in[start + i], before = in[start + i - 1];
+                    ASSERT_EQ(steps.notRising >> i & 1, i < count && now - before <= kWithin) << i;
+                    ASSERT_EQ(steps.falling >> i & 1, i < count && now < before) << i;
+                }
+            }
+        }
+    });
 }
 
 TEST(SlidingMaximum, IsTheLargestOfEveryWindow) {

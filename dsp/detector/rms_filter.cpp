@@ -50,10 +50,20 @@ void RMSFilter::process(const wave::BasicBlock<float>& in, wave::BasicBlock<floa
         passSingle(in.data(), out->data(), samples);
         return;
     }
+    if (restsFor(samples)) return publishSilence();
     slide(in.data(), out->data(), samples);
     if (domain == Amplitude) {
         kernel::squareRoot(out->data(), out->data(), static_cast<std::size_t>(samples));
     }
+}
+
+/// Whether all that the window holds is silence, and so is what comes. The ring stands still then, as it
+/// would store what it holds; the sums go on to take turns, so that it does not matter when the rest began.
+bool RMSFilter::restsFor(int samples) {
+    const bool silent = silence_.outlasts(*source, samples, length_);
+    if (!silent || !full_ || sum_.window != 0.0 || sum_.entered != 0.0) return false;
+    enteredCount_ = (enteredCount_ + samples) % length_;
+    return true;
 }
 
 // What was added and taken away again leaves its rounding in the sum: little of music, much of a sample far

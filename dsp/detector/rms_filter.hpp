@@ -2,6 +2,7 @@
 
 #include "kernel/running_mean.hpp"
 #include "wave/float_parameter_source.hpp"
+#include "wave/silence_watch.hpp"
 
 namespace vanta {
 
@@ -31,6 +32,7 @@ protected:
 
 private:
     VANTA_REALTIME void setLength(int samples);
+    VANTA_REALTIME bool restsFor(int samples);
     VANTA_REALTIME void slide(const float* in, float* out, int samples);
     VANTA_REALTIME int slidePiece(const float* in, float* out, int samples);
     VANTA_REALTIME void passSingle(const float* in, float* out, int samples);
@@ -41,7 +43,8 @@ private:
     kernel::RunningSum sum_;
     int enteredCount_ = 0;  ///< squares since the sum was last made anew
     bool full_ = false;     ///< the window has filled
-    int length_ = 0;        ///< samples; 0 means not yet known
+    wave::SilenceWatch silence_;
+    int length_ = 0;  ///< samples; 0 means not yet known
     double norm_ = 0.0;
 };
 

@@ -86,6 +86,23 @@ TEST(RMSFilter, LeavesNothingBehindALoudSample) {
     for (std::size_t i = 1500; i < out.size(); ++i) ASSERT_NEAR(out[i], expected[i], 1e-6 * expected[i]) << i;
 }
 
+TEST(RMSFilter, RestsOnSilenceAndGoesOnAsIfItHadNot) {
+    Signal in = whiteNoise(5, 6000);
+    std::fill(in.begin() + 1500, in.begin() + 4000, 0.0f);
+    RmsRig rig(Signal{}, 5.0f);
+    VectorSource source(rig.environment, in, ConstantFlag::WhereTrue);
+    rig.element.source = &source;
+    RmsRig::set(rig.element.window, 5.0);
+    Signal out = rig.run(randomBlocks(3800, 128, 6));
+    EXPECT_TRUE(rig.element.holdsOneValue());
+    const Signal rest = rig.run(randomBlocks(2200, 128, 7));
+    out.insert(out.end(), rest.begin(), rest.end());
+    const auto expected = meanSquares(in, 241, 1.0);
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        ASSERT_NEAR(out[i], expected[i], 1e-6 * expected[i] + 1e-12) << i;
+    }
+}
+
 // --- DBConverter ---
 
 TEST(DBConverter, ConvertsEachWay) {

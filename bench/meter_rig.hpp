@@ -23,6 +23,7 @@ public:
         for (int c = 0; c < 2; ++c) {
             channels_.push_back(std::make_unique<Channel>(environment_, style_));
             channels_.back()->exposer.enabled = withTruePeak;
+            channels_.back()->exposer.detail = sr::TruePeakExposer::Highest;
             loudness_.setChannel(c, c == 0 ? 0x21E : 0x41E, channels_.back()->weighting);
         }
     }

@@ -1,5 +1,7 @@
 #include "kernel/scan.hpp"
 
+#include <algorithm>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernel/scan.cpp"
 #include <hwy/foreach_target.h>
@@ -53,6 +55,28 @@ float lowest(const float* samples, std::size_t count) {
         [](auto a, auto b) { return hn::Min(a, b); }, [](auto d, auto v) { return hn::MinOfLanes(d, v); });
 }
 
+template <typename Read>
+HWY_INLINE void highestOfGroups(const float* samples, std::size_t count, float* out, Read read) {
+    for (std::size_t done = 0; done < count; done += kScanGroup) {
+        *out++ = reduce(
+            samples + done, std::min(kScanGroup, count - done), read,
+            [](auto a, auto b) { return hn::Max(a, b); },
+            [](auto d, auto v) { return hn::MaxOfLanes(d, v); });
+    }
+}
+
+void highestMagnitudeOfGroups(const float* samples, std::size_t count, float* out) {
+    highestOfGroups(samples, count, out, [](auto d, const float* at) { return hn::Abs(hn::LoadU(d, at)); });
+}
+
+void sharpestBendOfGroups(const float* samples, std::size_t count, float* out) {
+    highestOfGroups(samples, count, out, [](auto d, const float* at) {
+        const auto middle = hn::LoadU(d, at - 1);
+        const auto after = hn::Sub(hn::LoadU(d, at), middle);
+        return hn::Abs(hn::Sub(after, hn::Sub(middle, hn::LoadU(d, at - 2))));
+    });
+}
+
 }  // namespace HWY_NAMESPACE
 }  // namespace vanta::kernel
 HWY_AFTER_NAMESPACE();
@@ -64,6 +88,8 @@ VANTA_KERNEL(highestMagnitude);
 VANTA_KERNEL(lowestMagnitude);
 VANTA_KERNEL(highest);
 VANTA_KERNEL(lowest);
+VANTA_KERNEL(highestMagnitudeOfGroups);
+VANTA_KERNEL(sharpestBendOfGroups);
 
 }  // namespace vanta::kernel
 #endif

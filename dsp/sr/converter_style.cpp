@@ -45,7 +45,7 @@ bool ConverterStyle::designed() const {
 void ConverterStyle::update() {
     if (!designed()) design();
     lines_.resize(FIRStage::mostPast(factor(), longestLength(NarrowFull)),
-                  environment().maxBlockSize() * factor());
+                  environment().maxBlockSize() * factor() + kRoundingRoom);
 }
 
 void ConverterStyle::design() {

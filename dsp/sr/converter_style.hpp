@@ -53,6 +53,9 @@ protected:
     void replaceFactor(int factor) { factor_ = factor; }
 
 private:
+    /// Who converts in whole vectors goes a little beyond a block.
+    static constexpr int kRoundingRoom = 64;
+
     bool designed() const;
     void design();
 

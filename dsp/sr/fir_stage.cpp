@@ -19,14 +19,18 @@ FIRStage::FIRStage(int ratio, int longestLength)
 
 void FIRStage::prepare(const CoefficientSet& set) {
     set_ = &set;
+    reach_ = reachOf(set, ratio_);
+    reset();
+}
+
+int FIRStage::reachOf(const CoefficientSet& set, int ratio) {
     const bool branch = set.length % 2 == 0;
     const int delay = branch ? set.length : (set.length - 1) / 2;
-    const int missing = stageDelay(branch ? 2 * set.length + 1 : set.length, ratio_) - delay;
+    const int missing = stageDelay(branch ? 2 * set.length + 1 : set.length, ratio) - delay;
     // It reads late, so that its delay is a whole number of samples of the base rate. A branch reads the
     // lower of the two rates; the delay and the ratio are even.
     const int pad = branch ? missing / 2 : missing;
-    reach_ = set.length - 1 + pad;
-    reset();
+    return set.length - 1 + pad;
 }
 
 /// Puts the past in front of the input, and keeps what will be the past of the next. Returns the window of
@@ -41,10 +45,6 @@ const float* FIRStage::continueIn(StageLine line, int count) {
 void FIRStage::interpolate(StageLine line, float* out, int count) {
     kernel::interpolateHalfBand(continueIn(line, count), set_->taps.data(), size(set_->length), out,
                                 size(count));
-}
-
-void FIRStage::interpolatePeaks(StageLine line, float* out, int count) {
-    kernel::peaksOfHalfBand(continueIn(line, count), set_->taps.data(), size(set_->length), out, size(count));
 }
 
 void FIRStage::decimate(StageLine line, float* scratch, float* out, int count) {

@@ -22,8 +22,6 @@ public:
 
     /// `count` samples in, twice as many out. Taps are a polyphase branch.
     VANTA_REALTIME void interpolate(StageLine line, float* out, int count);
-    /// As `interpolate`, but only the larger magnitude of each pair comes out.
-    VANTA_REALTIME void interpolatePeaks(StageLine line, float* out, int count);
     /// Twice `count` samples in, `count` samples out. Taps are a full filter. The scratch holds
     /// kernel::decimatorScratch floats.
     VANTA_REALTIME void decimate(StageLine line, float* scratch, float* out, int count);
@@ -35,6 +33,8 @@ public:
         // It reads late by less than its ratio.
         return longestLength - 1 + ratio;
     }
+    /// How many samples in front of an input the output of a stage with that set depends on.
+    static int reachOf(const CoefficientSet& set, int ratio);
     /// Samples of the base rate, at most, that are remembered of the input.
     int memory() const { return 2 * past_.size() / ratio_ + 1; }
 
@@ -45,7 +45,7 @@ private:
     const CoefficientSet* set_ = nullptr;
     int longestLength_;
     int ratio_;
-    int reach_ = 0;  ///< how many samples in front of an input its output depends on
+    int reach_ = 0;
 };
 
 }  // namespace vanta::sr

@@ -19,21 +19,25 @@ void TruePeakExposer::Style::updateFactor() {
 }
 
 TruePeakExposer::TruePeakExposer(wave::Environment& owner, Style& style)
-    : Filter(owner), enabled(nullptr, true), warmUpSamples(nullptr, 0), style_(style), interpolator_(style) {
+    : Filter(owner),
+      enabled(nullptr, true),
+      warmUpSamples(nullptr, 0),
+      detail(nullptr, Whole),
+      style_(style),
+      finder_(style) {
     makeResettable();
     prepare();
 }
 
 void TruePeakExposer::prepare() {
     style_.updateFactor();
-    workBlock_.resize(environment().maxBlockSize());
-    interpolator_.update();
-    history_.assign(static_cast<std::size_t>(style_.reach()), 0.0f);
+    finder_.update();
+    front_ = std::max(finder_.reach(), style_.reach());
+    line_.resize(front_ + environment().maxBlockSize() + PeakFinder::kReadBeyond);
 }
 
 void TruePeakExposer::reset() {
-    interpolator_.reset();
-    std::fill(history_.begin(), history_.end(), 0.0f);
+    line_.clear();
     warmUpLeft_ = 0;
     silence_.restart();
 }
@@ -44,28 +48,9 @@ void TruePeakExposer::noteBlock(int samples) {
     if (warmUpSamples > 0) warmUpLeft_ = warmUpSamples + style_.reach();
 }
 
-void TruePeakExposer::remember(const float* in, int samples) {
-    const int kept = std::max(static_cast<int>(history_.size()) - samples, 0);
-    std::copy(history_.end() - kept, history_.end(), history_.begin());
-    const auto fresh = static_cast<int>(history_.size()) - kept;
-    std::copy_n(in + samples - fresh, fresh, history_.begin() + kept);
-}
-
-// Filters that started empty in the middle of a signal would take it for an edge, and show a peak there.
-void TruePeakExposer::catchUp() {
-    interpolator_.reset();
-    const auto size = static_cast<int>(history_.size());
-    for (int done = 0; done < size;) {
-        const int count = std::min(size - done, environment().maxBlockSize());
-        interpolator_.convertToPeaks(history_.data() + done, workBlock_.data(), count);
-        done += count;
-    }
-}
-
-// Neither the filters nor the history hold anything but silence.
+// Nothing that is remembered is anything but silence.
 bool TruePeakExposer::outlastedBySilence(int samples) {
-    const int memory = std::max(interpolator_.memory(), static_cast<int>(history_.size()));
-    if (running_ == enabled && warmUpLeft_ == 0) return silence_.outlasts(*source, samples, memory);
+    if (warmUpLeft_ == 0) return silence_.outlasts(*source, samples, front_);
     silence_.restart();
     return false;
 }
@@ -77,19 +62,39 @@ void TruePeakExposer::process(const wave::BasicBlock<float>& in, wave::BasicBloc
         publishSilence();
         return;
     }
+    std::copy_n(in.data(), samples, newest());
     const int muted = std::min(warmUpLeft_, samples);
-    if (enabled) {
-        if (!running_) catchUp();
-        interpolator_.convertToPeaks(in.data(), out->data(), samples);
-    } else if (muted > 0) {
+    if (muted > 0) {
         std::copy_n(in.data(), samples, out->data());
+        if (enabled) finder_.find(newest(), out->data(), samples);
+        std::fill_n(out->data(), muted, 0.0f);
+        warmUpLeft_ -= muted;
+    } else if (enabled) {
+        expose(out->data(), samples);
     } else {
         publishInput();
     }
-    std::fill_n(out->data(), muted, 0.0f);
-    running_ = enabled;
-    remember(in.data(), samples);
-    warmUpLeft_ -= muted;
+    std::copy_n(newest() + samples - front_, front_, line_.data());
+}
+
+void TruePeakExposer::expose(float* out, int samples) {
+    const float silent = silentUpTo(samples);
+    if (detail == Highest) {
+        if (!finder_.find(newest(), out, samples, PeakFinder::Highest, silent)) publishSilence();
+    } else if (silent > 0.0f) {
+        if (!finder_.find(newest(), out, samples, PeakFinder::Above, silent)) publishSilence();
+    } else {
+        finder_.find(newest(), out, samples);
+    }
+}
+
+/// The floor, where it stands still, else 0.
+float TruePeakExposer::silentUpTo(int samples) const {
+    if (!floor) return 0.0f;
+    const float* values = floor->pullData(samples);
+    // The reader may come to it by another way, which rounds differently.
+    constexpr float kMargin = 1e-5f;
+    return floor->isConstant() ? values[0] * (1.0f - kMargin) : 0.0f;
 }
 
 }  // namespace vanta::sr

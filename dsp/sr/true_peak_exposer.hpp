@@ -1,9 +1,7 @@
 #pragma once
 
-#include <vector>
-
 #include "dsp/sr/converter_style.hpp"
-#include "dsp/sr/interpolator.hpp"
+#include "dsp/sr/peak_finder.hpp"
 #include "foundation/property.hpp"
 #include "wave/producer.hpp"
 #include "wave/silence_watch.hpp"
@@ -48,6 +46,15 @@ public:
     /// and the filters have, the output is silent, for the edge at which the signal comes back is no peak of
     /// it. 0: what comes is a stream of its own, which begins there.
     Property<int> warmUpSamples;
+    /// Readers that ask for less than the whole envelope save most of the work.
+    enum Detail : int {
+        Whole,
+        Highest  ///< the highest value of each block; no other exceeds it, or is below its sample
+    };
+    Property<int> detail;
+    /// An amplitude that readers do not look below, while it stands still: what does not exceed it comes out
+    /// as anything that does not either. Null: they look at everything.
+    wave::Producer* floor = nullptr;
 
 protected:
     bool settled() const override { return silence_.outlasting(); }
@@ -56,15 +63,16 @@ protected:
 
 private:
     VANTA_REALTIME void noteBlock(int samples);
-    VANTA_REALTIME void remember(const float* in, int samples);
-    VANTA_REALTIME void catchUp();
     VANTA_REALTIME bool outlastedBySilence(int samples);
+    VANTA_REALTIME void expose(float* out, int samples);
+    VANTA_REALTIME float silentUpTo(int samples) const;
+
+    float* newest() { return line_.data() + front_; }
 
     Style& style_;
-    Interpolator interpolator_;
-    wave::AlignedBuffer<float> workBlock_;  ///< what catching up puts out
-    std::vector<float> history_;            ///< the newest input, as far as the filters reach, oldest first
-    bool running_ = true;                   ///< the filters hold what came last
+    PeakFinder finder_;
+    wave::AlignedBuffer<float> line_;  ///< the block, and in front of it what the filters reach of the past
+    int front_ = 0;
     int warmUpLeft_ = 0;
     wave::StreamWatch stream_;
     wave::SilenceWatch silence_;

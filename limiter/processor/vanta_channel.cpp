@@ -95,12 +95,14 @@ void VantaChannel::wireOutput(const VantaChannelShared& shared) {
 
 void VantaChannel::wireOvershootStage(const VantaChannelShared& shared) {
     overshootPeaks_.source = &downsamplers_[kMain];
+    overshootPeaks_.floor = &shared.levels.ceiling();
     overshootLimiter_.source = &overshootPeaks_;
     overshootLimiter_.movingCeiling = &shared.levels.ceiling();
     overshootDelay_.source = &outputRouter_;
     limitedVolume_.source = &overshootDelay_;
     limitedVolume_.gain.setSource(&overshootLimiter_);
     outputPeaks_.source = &limitedVolume_;
+    outputPeaks_.detail = sr::TruePeakExposer::Highest;
     outputVolume_.source = &limitedVolume_;
     outputVolume_.gain.setSource(&shared.levels.trim());
     dither_.movingCeiling = &shared.levels.target();

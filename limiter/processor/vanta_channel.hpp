@@ -91,7 +91,7 @@ public:
     wave::Producer& signalBeforeDither() { return auditionRouter_; }
     /// The limited signal in front of the Unity Gain trim.
     wave::Producer& limitedSignal() { return limitedVolume_; }
-    /// Its inter-sample envelope, or itself with True Peak Metering off.
+    /// The highest of its inter-sample envelope, or itself with True Peak Metering off.
     wave::Producer& outputEnvelope() { return outputPeaks_; }
 
 private:

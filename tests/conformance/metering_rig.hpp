@@ -95,6 +95,7 @@ inline double exposedPeak(const Signal& signal) {
     VectorSource source(environment, signal);
     sr::TruePeakExposer exposer(environment, style);
     exposer.source = &source;
+    exposer.detail = sr::TruePeakExposer::Highest;
     return peak(runElement(environment, exposer, evenBlocks(static_cast<int>(signal.size()), 256)));
 }
 

@@ -266,5 +266,46 @@ TEST(TruePeakExposer, IsNeverBelowASample) {
     }
 }
 
+// What may be left out depends on the signal: all kinds, at all levels, in blocks of all lengths.
+TEST(TruePeakExposer, LeavesOutOnlyWhatNobodyAskedFor) {
+    for (const float rate : {8000.0f, 44100.0f, 96000.0f, 192000.0f}) {
+        Signal signal = pinkNoise(3, 20000, 0.25);
+        const Signal tones[] = {sine(0.01 * double{rate}, double{rate}, 5000, 0.9),
+                                sine(0.249 * double{rate}, double{rate}, 5000, 0.8), whiteNoise(9, 3000),
+                                square(0.004 * double{rate}, double{rate}, 5000, 0.7)};
+        for (const Signal& tone : tones) signal.insert(signal.end(), tone.begin(), tone.end());
+        const auto count = static_cast<int>(signal.size());
+        const auto blocks = randomBlocks(count, 256, 17);
+        Rig whole(rate, signal), highest(rate, signal), above(rate, signal);
+        highest.exposer.detail = sr::TruePeakExposer::Highest;
+        wave::FloatParameterSource floor(above.environment, 0.6f);
+        above.exposer.floor = &floor;
+        const Signal peaks = runElement(whole.environment, whole.exposer, blocks);
+        const Signal highs = runElement(highest.environment, highest.exposer, blocks);
+        const Signal heights = runElement(above.environment, above.exposer, blocks);
+        std::size_t leftOut = 0;
+        for (std::size_t i = 0; i < peaks.size(); ++i) {
+            ASSERT_LE(highs[i], peaks[i]) << i << " at " << rate;
+            if (peaks[i] > 0.6f) {
+                ASSERT_EQ(heights[i], peaks[i]) << i << " at " << rate;
+            } else {
+                ASSERT_LE(heights[i], 0.6f) << i << " at " << rate;
+            }
+            leftOut += heights[i] != peaks[i] ? 1 : 0;
+        }
+        EXPECT_GT(leftOut, peaks.size() / 4);
+        std::size_t begin = 0;
+        for (const int length : blocks) {
+            const std::size_t end = begin + static_cast<std::size_t>(length);
+            const auto highestOf = [&](const Signal& s) {
+                return *std::max_element(s.begin() + static_cast<std::ptrdiff_t>(begin),
+                                         s.begin() + static_cast<std::ptrdiff_t>(end));
+            };
+            ASSERT_EQ(highestOf(highs), highestOf(peaks)) << begin << " at " << rate;
+            begin = end;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace vanta::test

@@ -218,6 +218,32 @@ TEST(ScanKernels, FindTheExtremesOfAnyBlock) {
     }
 }
 
+TEST(ScanKernels, FindTheExtremesOfEachGroup) {
+    const auto noise = whiteNoise(8, 200);
+    const std::size_t group = kernel::kScanGroup;
+    forEachInstructionSet([&](const char* set) {
+        SCOPED_TRACE(set);
+        for (std::size_t count = 1; count < 190; count += 7) {
+            const float* in = noise.data() + 2 + count % 3;
+            std::vector<float> high(7, kCanary), bend(7, kCanary);
+            kernel::highestMagnitudeOfGroups(in, count, high.data());
+            kernel::sharpestBendOfGroups(in, count, bend.data());
+            const std::size_t groups = (count + group - 1) / group;
+            for (std::size_t g = 0; g < groups; ++g) {
+                float magnitude = 0.0f, sharpest = 0.0f;
+                for (std::size_t i = g * group; i < std::min(count, (g + 1) * group); ++i) {
+                    magnitude = std::max(magnitude, std::abs(in[i]));
+                    sharpest = std::max(sharpest, std::abs(in[i] - 2.0f * *(in + i - 1) + *(in + i - 2)));
+                }
+                ASSERT_EQ(high[g], magnitude);
+                ASSERT_NEAR(bend[g], sharpest, 1e-6f);
+            }
+            ASSERT_EQ(high[groups], kCanary);
+            ASSERT_EQ(bend[groups], kCanary);
+        }
+    });
+}
+
 TEST(SignalSteps, TellRisingLevelAndFallingApart) {
     auto in = whiteNoise(9, 200);
     // Steps of nothing, of just what counts as nothing, and of no number.

@@ -1,6 +1,7 @@
 #include "wave/environment.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <utility>
 
@@ -39,6 +40,7 @@ void Environment::runProcessList(int samples) {
 }
 
 void Environment::advanceTick() {
+    root_->checkedGates_ = 0;
     if (std::exchange(root_->changed_, false)) ++root_->latestEpoch_;
     beginTick(root_->latestEpoch_);
 }
@@ -50,6 +52,55 @@ void Environment::beginTick(std::uint32_t epoch) {
         epochStart_ = position_;
     }
     for (SubEnvironment* child : children_) child->beginTick(epoch);
+}
+
+GateSet Environment::addGate(Producer* gate) {
+    for (std::size_t i = 0; i < root_->gates_.size(); ++i) {
+        if (root_->gates_[i].node) continue;
+        root_->gates_[i].node = gate;
+        return GateSet{1} << i;
+    }
+    return 0;
+}
+
+void Environment::removeGate(GateSet gate) {
+    if (gate == 0) return;
+    // Whoever still counts on it must not.
+    noteChange();
+    root_->gates_[static_cast<std::size_t>(std::countr_zero(gate))].node = nullptr;
+}
+
+void Environment::checkAnew(GateSet gates, int rootSamples) {
+    for (GateSet left = gates & ~checkedGates_; left != 0; left = gates & ~checkedGates_) {
+        checkedGates_ |= left & (~left + 1);
+        Producer* gate = gates_[static_cast<std::size_t>(std::countr_zero(left))].node;
+        if (gate && !gate->produced()) {
+            gate->bringUpToDate(rootSamples * gate->environment().wholeFactor());
+        }
+    }
+}
+
+void Environment::noteOpening(GateSet gate) {
+    if (gate == 0) return;
+    Gate& entry = root_->gates_[static_cast<std::size_t>(std::countr_zero(gate))];
+    entry.opening = ++root_->openings_;
+    entry.openingTick = root_->tick_;
+}
+
+std::uint64_t Environment::lastOpening(GateSet gates) const {
+    std::uint64_t last = 0;
+    for (; gates != 0; gates &= gates - 1) {
+        last = std::max(last, gates_[static_cast<std::size_t>(std::countr_zero(gates))].opening);
+    }
+    return last;
+}
+
+bool Environment::stayedClosedUntilNow(GateSet gates, std::uint64_t openings) const {
+    for (; gates != 0; gates &= gates - 1) {
+        const Gate& gate = root_->gates_[static_cast<std::size_t>(std::countr_zero(gates))];
+        if (gate.opening > openings && gate.openingTick != root_->tick_) return false;
+    }
+    return true;
 }
 
 void Environment::resetGraph(ResetMode mode) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -22,6 +23,10 @@ public:
     virtual ~DynamicMaxBlockSizeListener() = default;
     virtual void maxBlockSizeChanged() = 0;
 };
+
+/// Some of the gates of a graph, a bit for each.
+using GateSet = std::uint64_t;
+inline constexpr int kMostGates = 64;
 
 enum class ResetMode {
     ResetActive,        ///< nodes that are active and not kept through resets, here and in all children
@@ -83,15 +88,45 @@ public:
     bool restedSince(std::uint32_t epoch) const {
         return epoch == epoch_ || (epoch + 1 == epoch_ && epochStart_ == position_);
     }
-    /// Tells the node that computes now whether something that it reads stands still.
-    VANTA_REALTIME void noteRead(bool atRest) { root_->readsRest_ = root_->readsRest_ && atRest; }
-    /// Whether all that `compute` reads stands still.
-    template <typename Compute>
-    VANTA_REALTIME bool readsRest(Compute&& compute) {
-        const bool before = std::exchange(root_->readsRest_, true);
-        compute();
-        return std::exchange(root_->readsRest_, before);
+    /// Tells the node that computes now whether something that it reads stands still, and as long as which
+    /// gates are closed.
+    VANTA_REALTIME void noteRead(bool atRest, GateSet gates = 0) {
+        root_->reads_.rest = root_->reads_.rest && atRest;
+        root_->reads_.gates |= gates;
     }
+    /// What a computation has read.
+    struct Reads {
+        bool rest = true;   ///< all of it stands still
+        GateSet gates = 0;  ///< as long as these are closed
+
+        /// Until somebody notes a change.
+        bool restForGood() const { return rest && gates == 0; }
+    };
+    template <typename Compute>
+    VANTA_REALTIME Reads readsOf(Compute&& compute) {
+        const Reads before = std::exchange(root_->reads_, Reads{});
+        compute();
+        return std::exchange(root_->reads_, before);
+    }
+
+    // Gates, see Producer.
+
+    /// The set of nothing but this gate; of nothing if there are too many already.
+    GateSet addGate(Producer* gate);
+    void removeGate(GateSet gate);
+    /// Computes those gates for this tick, for a reader of `samples`.
+    VANTA_REALTIME void checkGates(GateSet gates, int samples) {
+        if ((gates & ~root_->checkedGates_) != 0) root_->checkAnew(gates, samples / wholeFactor());
+    }
+    VANTA_REALTIME void noteOpening(GateSet gate);
+    /// How often gates have opened so far.
+    std::uint64_t openings() const { return root_->openings_; }
+    /// Whether none of them has opened since `openings`.
+    bool stayedClosed(GateSet gates, std::uint64_t openings) const {
+        return gates == 0 || openings == root_->openings_ || root_->lastOpening(gates) <= openings;
+    }
+    /// Whether none has before this tick.
+    bool stayedClosedUntilNow(GateSet gates, std::uint64_t openings) const;
 
     void setMeteringActive(bool active);
     bool meteringActive() const { return meteringActive_; }
@@ -130,6 +165,10 @@ private:
     static constexpr std::uint32_t kFirstEpoch = 2;
 
     virtual int rateFactor() const { return 1; }
+    /// The rate in multiples of the root's.
+    virtual int wholeFactor() const { return 1; }
+    VANTA_REALTIME void checkAnew(GateSet gates, int rootSamples);
+    std::uint64_t lastOpening(GateSet gates) const;
     void runProcessList(int samples);
     void beginTick(std::uint32_t epoch);
     void registerNode();
@@ -149,8 +188,16 @@ private:
     std::int64_t epochStart_ = 0;  ///< the position at which it began
     Environment* root_ = this;     ///< the top one, which keeps what follows for all
     std::uint32_t latestEpoch_ = kFirstEpoch;
-    bool changed_ = false;   ///< since the last sub-block began
-    bool readsRest_ = true;  ///< all that the computing node has read so far
+    bool changed_ = false;  ///< since the last sub-block began
+    Reads reads_;           ///< of the computing node so far
+    struct Gate {
+        Producer* node = nullptr;
+        std::uint64_t opening = 0;      ///< the number of its last opening
+        std::uint32_t openingTick = 0;  ///< and the root's tick then
+    };
+    std::array<Gate, kMostGates> gates_;
+    GateSet checkedGates_ = 0;  ///< in this tick
+    std::uint64_t openings_ = 0;
     bool destroying_ = false;
     bool meteringActive_ = false;
     std::atomic<int> hostBlockSamples_{0};
@@ -178,6 +225,7 @@ public:
 
 private:
     int rateFactor() const override { return factor_; }
+    int wholeFactor() const override { return factor_ * parent_.wholeFactor(); }
 
     Environment& parent_;
     std::vector<DynamicMaxBlockSizeListener*> blockListeners_;

@@ -35,11 +35,12 @@ Producer& MultiProducer::output(int index) {
 
 void MultiProducer::runFor(int samples, int flags) {
     for (std::size_t i = 0; i < blocks_.size(); ++i) current_[i] = {blocks_[i], 0};
-    const bool atRest = environment().readsRest([&] { produce(blocks_, samples, flags); }) && settled();
-    environment().noteRead(atRest);
+    Environment::Reads reads = environment().readsOf([&] { produce(blocks_, samples, flags); });
+    reads.rest = reads.rest && settled();
+    environment().noteRead(reads.rest, reads.gates);
     for (std::size_t i = 0; i < outputs_.size(); ++i) {
         outputs_[i]->publish(*current_[i].block, current_[i].flags);
-        outputs_[i]->markProduced(samples, atRest);
+        outputs_[i]->markProduced(samples, reads);
     }
 }
 

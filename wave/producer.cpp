@@ -33,6 +33,7 @@ Producer::Producer(Environment& owner, OwnBlock ownBlock)
 Producer::~Producer() {
     if (scheduled_ && active_) environment().unschedule(this);
     if (resettable_) environment().removeResettable(this);
+    environment().removeGate(gate_);
 }
 
 void Producer::setScheduled(int group) {
@@ -60,9 +61,49 @@ void Producer::makeResettable() {
     environment().addResettable(this);
 }
 
-void Producer::beginRest(int samples) {
+void Producer::bringUpToDate(int samples) {
+    if (rests(samples)) {
+        stamp_ = environment().tick();
+    } else {
+        compute(samples, 0);
+    }
+}
+
+void Producer::compute(int samples, int flags) {
+    current_ = ownBlock_.get();
+    blockFlags_ = 0;
+    const Environment::Reads reads = environment().readsOf([&] { produce(ownBlock_.get(), samples, flags); });
+    stamp_ = environment().tick();
+    restEpoch_ = 0;
+    if (reads.rest && settled()) beginRest(samples, reads.gates);
+    if (gate_ != 0) moveGate(samples);
+}
+
+bool Producer::rests(int samples) {
+    if (restEpoch_ != environment().epoch() || samples > restSamples_) return false;
+    if (restGates_ == 0) return true;
+    if (restGates_ == gate_) return false;
+    environment().checkGates(restGates_, samples);
+    return isResting();
+}
+
+void Producer::makeGate() {
+    if (gate_ == 0) gate_ = environment().addGate(this);
+}
+
+/// After a block that was computed.
+void Producer::moveGate(int samples) {
+    const bool silent = isConstant() && (*current_)[0] == 0.0f;
+    if (closed_ && !silent) environment().noteOpening(gate_);
+    closed_ = silent;
+    if (silent && restEpoch_ == 0) beginRest(samples, gate_);
+}
+
+void Producer::beginRest(int samples, GateSet gates) {
     restEpoch_ = environment().epoch();
     restSamples_ = samples;
+    restGates_ = gates;
+    restOpenings_ = environment().openings();
     if (!isConstant() && isEven(current_->data(), samples)) blockFlags_ |= kOneValue;
 }
 

@@ -34,6 +34,9 @@ enum class OwnBlock { Yes, No };
 /// block rests itself, the node says that it has settled, and nobody has noted a change since. What it reads
 /// are other nodes and FloatParameters. Where that is not all, at the sources of signals, a node does not
 /// settle unless it notes its changes.
+///
+/// A gate is a node that is mostly silent though what it reads is not. While it is, it is closed: its readers
+/// may rest, and only it is computed, before anybody relies on that.
 class Producer : public Component {
 public:
     /// Bit 0 of the block flags: every sample of the current block equals its first sample.
@@ -46,14 +49,8 @@ public:
 
     /// Computes `samples` samples unless that was done in this tick. The result is `current()`.
     VANTA_REALTIME const BasicBlock<float>& pull(int samples) {
-        if (stamp_ != environment().tick()) {
-            if (rests(samples)) {
-                stamp_ = environment().tick();
-            } else {
-                compute(samples, 0);
-            }
-        }
-        environment().noteRead(isResting());
+        if (stamp_ != environment().tick()) bringUpToDate(samples);
+        noteRead();
         return *current_;
     }
     /// The same as a pointer to the first sample.
@@ -73,11 +70,16 @@ public:
     /// differently.
     bool holdsOneValue() const { return (blockFlags_ & (kConstant | kOneValue)) != 0; }
 
-    /// Whether the current block stands until something changes.
-    bool isResting() const { return restEpoch_ == environment().epoch(); }
+    /// Whether the current block stands until something changes, or a gate opens.
+    bool isResting() const {
+        return restEpoch_ == environment().epoch() && environment().stayedClosed(restGates_, restOpenings_);
+    }
+    bool isRestingForGood() const { return isResting() && restGates_ == 0; }
     /// Whether this block follows the last one, which ended at `expected`, or the node has rested in between.
     bool continues(std::int64_t expected) const {
-        return expected == environment().position() || environment().restedSince(restEpoch_);
+        return expected == environment().position() ||
+               (environment().restedSince(restEpoch_) &&
+                environment().stayedClosedUntilNow(restGates_, restOpenings_));
     }
 
     /// Lets the node run every block by itself, in a group of Environment.
@@ -90,6 +92,8 @@ public:
     /// For what outlives a restart of the signal path: from now on only ResetAll, another sample rate and the
     /// node's owner reset it. It is prepared as before.
     void keepThroughResets() { kept_ = true; }
+    /// Makes the node a gate. Set-up; in a graph with very many the latest are none.
+    void makeGate();
 
 protected:
     /// Fills `block`, which is the node's own block or null, or publishes another.
@@ -113,9 +117,9 @@ protected:
         restEpoch_ = 0;
     }
     /// The same of a node that rests if the other does, whose block has `samples`.
-    void markProduced(int samples, bool atRest) {
+    void markProduced(int samples, const Environment::Reads& reads) {
         markProduced();
-        if (atRest) beginRest(samples);
+        if (reads.rest) beginRest(samples, reads.gates);
     }
     /// Whether the current block is this tick's.
     bool produced() const { return stamp_ == environment().tick(); }
@@ -124,23 +128,26 @@ protected:
 private:
     friend class Environment;
 
-    VANTA_REALTIME void compute(int samples, int flags) {
-        current_ = ownBlock_.get();
-        blockFlags_ = 0;
-        const bool atRest =
-            environment().readsRest([&] { produce(ownBlock_.get(), samples, flags); }) && settled();
-        stamp_ = environment().tick();
-        restEpoch_ = 0;
-        if (atRest) beginRest(samples);
+    /// Tells the node that computes now what it reads here.
+    VANTA_REALTIME void noteRead() const {
+        const bool atRest = isResting();
+        if (!atRest || restGates_ != 0) environment().noteRead(atRest, restGates_);
     }
-    bool rests(int samples) const { return isResting() && samples <= restSamples_; }
-    VANTA_REALTIME void beginRest(int samples);
+    VANTA_REALTIME void bringUpToDate(int samples);
+    VANTA_REALTIME void compute(int samples, int flags);
+    VANTA_REALTIME bool rests(int samples);
+    VANTA_REALTIME void beginRest(int samples, GateSet gates);
+    VANTA_REALTIME void moveGate(int samples);
 
     std::unique_ptr<BasicBlock<float>> ownBlock_;
     const BasicBlock<float>* current_;
     std::uint32_t stamp_ = 0;
-    std::uint32_t restEpoch_ = 0;  ///< in which the node came to rest; 0 for none
-    int restSamples_ = 0;          ///< the block's length then
+    std::uint32_t restEpoch_ = 0;     ///< in which the node came to rest; 0 for none
+    int restSamples_ = 0;             ///< the block's length then
+    GateSet restGates_ = 0;           ///< on which the rest depends; a closed gate depends on itself
+    std::uint64_t restOpenings_ = 0;  ///< the environment's when it began
+    GateSet gate_ = 0;                ///< the node itself, if it is a gate
+    bool closed_ = false;
     int blockFlags_ = 0;
     int scheduleGroup_ = 0;
     bool active_ = true;

@@ -73,7 +73,7 @@ void ConvolverKernel::updateInTick(int samples) {
         position_ = origin_ = lastChange_ = now;
         if (!schedule_.finished()) dirty_ = true;
     }
-    const bool still = environment().readsRest([&] { update(samples); });
+    const bool still = environment().readsOf([&] { update(samples); }).restForGood();
     restEpoch_ = still && !dirty_ && schedule_.finished() ? environment().epoch() : 0;
 }
 

@@ -1,12 +1,14 @@
 #include "dsp/detector/detector.hpp"
 
 #include <algorithm>
+#include <cmath>
 
 #include "dsp/detector/detector_curve.hpp"
 #include "foundation/numbers.hpp"
 #include "kernel/detector_kernels.hpp"
 #include "kernel/level_math.hpp"
 #include "kernel/mix.hpp"
+#include "kernel/scan.hpp"
 
 namespace vanta {
 
@@ -14,6 +16,8 @@ namespace {
 
 constexpr float kInfiniteRatio = 100.0f;
 constexpr float kNoLimitDb = 180.0f;
+/// How far below the bend of the curve nothing is certain to happen.
+constexpr double kSafeDb = 0.001;
 
 }  // namespace
 
@@ -44,7 +48,7 @@ struct Detector::Controls {
 };
 
 Detector::Detector(wave::Environment& owner)
-    : Filter(owner),
+    : Source(owner),
       domain(this, GainChangeDomain::Amplitude),
       purpose(this, Compress),
       kneeStyle(this, Normal),
@@ -56,15 +60,19 @@ Detector::Detector(wave::Environment& owner)
     makeResettable();
 }
 
-void Detector::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples, int) {
+void Detector::produce(wave::BasicBlock<float>* block, int samples, int) {
     const Controls c(*this, samples);
     if (kneeStyle != Clipping && c.ratio.isConstantly(1.0f)) {
-        publishNeutral(*out, samples);
+        publishNeutral(*block, samples);
+        return;
+    }
+    if (staysBelow(c, samples)) {
+        publishSilence();
         return;
     }
     const auto count = static_cast<std::size_t>(samples);
-    const float* level = in.data();
-    float* result = out->data();
+    const float* level = source->pullData(samples);
+    float* result = block->data();
     const bool done = kneeStyle == Clipping   ? clip(c, level, result, count)
                       : purpose == ExpandDown ? expandDown(c, level, result, count)
                       : purpose == ExpandUp   ? expandUp(c, level, result, count)
@@ -79,6 +87,25 @@ void Detector::publishNeutral(wave::BasicBlock<float>& out, int samples) {
     }
     kernel::fill(1.0f, out.data(), static_cast<std::size_t>(samples));
     setConstant(true);
+}
+
+/// Whether the block is certain to change no gain, by much more than the roundings on the way.
+bool Detector::staysBelow(const Controls& c, int samples) {
+    const bool decibels = domain != GainChangeDomain::Amplitude;
+    if (kneeStyle == Clipping || purpose == ExpandDown || (purpose == ExpandUp && !decibels)) return false;
+    const auto count = static_cast<std::size_t>(samples);
+    const auto low = [&](const Control& x) { return x.constant ? x.data[0] : kernel::lowest(x.data, count); };
+    const auto high = [&](const Control& x) {
+        return x.constant ? x.data[0] : kernel::highest(x.data, count);
+    };
+    // Below 1 a ratio turns the curve round.
+    if (low(c.ratio) < 1.0f) return false;
+    const double edgeDb = double{low(c.threshold)} - 0.5 * double{high(c.knee)} - kSafeDb;
+    const bool converted = decibels && !amplitude;
+    const auto edge = static_cast<float>(converted ? edgeDb : kernel::limitedExp(edgeDb * kDbToLog));
+    const float* level = (decibels && amplitude ? amplitude : source)->pullData(samples);
+    if (converted) return level[0] < edge && kernel::highest(level, count) < edge;
+    return std::abs(level[0]) < edge && kernel::highestMagnitude(level, count) < edge;
 }
 
 // Each of the following runs the vector form for its settings, or returns false if there is none.
@@ -124,15 +151,15 @@ bool Detector::expandUp(const Controls& c, const float* in, float* out, std::siz
 }
 
 bool Detector::clip(const Controls& c, const float* in, float* out, std::size_t count) const {
-    const bool amplitude = domain == GainChangeDomain::Amplitude;
-    if (!amplitude || purpose != Compress || !c.threshold.constant || !c.limit.constant) return false;
+    const bool inAmplitude = domain == GainChangeDomain::Amplitude;
+    if (!inAmplitude || purpose != Compress || !c.threshold.constant || !c.limit.constant) return false;
     kernel::clipAmplitude(in, c.threshold.data[0], c.limit.data[0], out, count);
     return true;
 }
 
 void Detector::computeEach(const Controls& c, const float* in, float* out, std::size_t count) {
     namespace curve = detector_curve;
-    const bool amplitude = domain == GainChangeDomain::Amplitude;
+    const bool inAmplitude = domain == GainChangeDomain::Amplitude;
     const bool clips = kneeStyle == Clipping;
     const bool lifts = !clips && purpose == ExpandUp;
     const bool isGain = !clips && purpose != Compress;
@@ -141,15 +168,15 @@ void Detector::computeEach(const Controls& c, const float* in, float* out, std::
         const double x = in[i];
         double change = 0.0;
         if (clips) {
-            change = curve::clipping(amplitude ? x : kernel::limitedExp(x * kDbToLog), point.threshold);
+            change = curve::clipping(inAmplitude ? x : kernel::limitedExp(x * kDbToLog), point.threshold);
         } else {
-            const double level = amplitude ? dbFromGain(x) : x;
+            const double level = inAmplitude ? dbFromGain(x) : x;
             change = lifts                   ? curve::upwardExpansion(level, point)
                      : purpose == ExpandDown ? curve::downwardExpansion(level, point, open_)
                                              : curve::compression(level, point);
         }
         change = std::max(std::min(change, point.limit), 0.0);
-        if (amplitude) {
+        if (inAmplitude) {
             const double gain = kernel::limitedExp((lifts ? change : -change) * kDbToLog);
             change = isGain ? gain : 1.0 - gain;
         }

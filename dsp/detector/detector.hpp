@@ -7,8 +7,9 @@ namespace vanta {
 
 /// The gain computer: turns a level into a gain change, sample by sample, without time constants or latency.
 /// Ratio 1 is neutral: the output is the silent block, or a gain of 1 from an expander in amplitude. A limit
-/// bounds every gain change, and none is negative.
-class Detector final : public wave::Filter, public PropertyOwner {
+/// bounds every gain change, and none is negative. A block that stays below the threshold gives the silent
+/// block, but from an expander in amplitude or downward.
+class Detector final : public wave::Source, public wave::Consumer, public PropertyOwner {
 public:
     /// What the element does where.
     enum Purpose : int {
@@ -34,13 +35,16 @@ public:
     wave::FloatParameterBus ratio;  ///< n of n:1, 1 to 100; a compressor's 100 is infinite
     wave::FloatParameterBus limit;  ///< dB, 0 to 180, the largest gain change
 
+    /// The level as an amplitude, where the source is a conversion of that to dB: as long as it stays below
+    /// the threshold the conversion is not asked for. May be null.
+    wave::Producer* amplitude = nullptr;
+
     void reset() override { open_ = false; }
 
 protected:
     /// Only a gate remembers.
     bool settled() const override { return purpose != ExpandDown; }
-    void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
-                 int flags) override;
+    void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
     void propertyChanged(AbstractProperty&) override {}
 
 private:
@@ -48,6 +52,7 @@ private:
     struct Controls;
 
     VANTA_REALTIME void publishNeutral(wave::BasicBlock<float>& out, int samples);
+    VANTA_REALTIME bool staysBelow(const Controls& c, int samples);
     VANTA_REALTIME bool compress(const Controls& c, const float* in, float* out, std::size_t count) const;
     VANTA_REALTIME bool expandDown(const Controls& c, const float* in, float* out, std::size_t count);
     VANTA_REALTIME bool expandUp(const Controls& c, const float* in, float* out, std::size_t count) const;

@@ -20,8 +20,8 @@ public:
     /// Allocates.
     void prepare(const std::vector<double>& filter, int factor, int delay, int reach, int mostSamples);
 
-    /// Takes in `count` samples, in[0] being the newest that counts for peak 0. `reach` samples in front of it
-    /// are read.
+    /// Takes in `count` samples, in[0] being the newest that counts for peak 0. `reach` samples in front of
+    /// it are read.
     VANTA_REALTIME void look(const float* in, int count);
     /// What none of the peaks from `group` * kGroup on, kGroup of them, exceeds.
     float operator[](int group) const { return bounds_[static_cast<std::size_t>(group)]; }

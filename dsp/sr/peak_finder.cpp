@@ -75,8 +75,8 @@ void PeakFinder::find(const float* in, float* out, int count) {
     finish(raise(in, 0, style_.lines().line(0).input(), count), 1, out, count, 2);
 }
 
-/// A few samples more than are needed, in whole vectors, cost less than a few by themselves. Returns where the
-/// first sample's successors stand.
+/// A few samples more than are needed, in whole vectors, cost less than a few by themselves. Returns where
+/// the first sample's successors stand.
 const float* PeakFinder::raise(const float* in, std::size_t stage, float* out, int count) const {
     const auto [set, reach, lead] = stages_[stage];
     kernel::interpolateHalfBand(in - lead - reach, set->taps.data(), size(set->length), out - 2 * lead,

@@ -28,6 +28,9 @@ DetectorChain::DetectorChain(wave::Environment& environment, wave::Producer& inp
     domainRouter.setInput(1, toDb);
 
     detector.source = &domainRouter;
+    detector.amplitude = &modeRouter;
+    // Programme is mostly below the threshold.
+    output.makeGate();
     output.setInput(Peak, detector);
     output.setInput(Rms, detector);
     output.setInput(SmartClipping, detector);

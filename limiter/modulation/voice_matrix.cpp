@@ -173,7 +173,7 @@ bool ModulationMatrix::VoiceMatrix::TargetController::publishSingleSlot(int samp
     source->pull(samples);
     publish(*source);
     plain_ = source;
-    plainEpoch_ = level.isResting() ? environment().epoch() : 0;
+    plainEpoch_ = level.isRestingForGood() ? environment().epoch() : 0;
     return true;
 }
 

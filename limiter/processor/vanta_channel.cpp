@@ -96,6 +96,7 @@ void VantaChannel::wireOutput(const VantaChannelShared& shared) {
 void VantaChannel::wireOvershootStage(const VantaChannelShared& shared) {
     overshootPeaks_.source = &downsamplers_[kMain];
     overshootPeaks_.floor = &shared.levels.ceiling();
+    overshootPeaks_.makeGate();
     overshootLimiter_.source = &overshootPeaks_;
     overshootLimiter_.movingCeiling = &shared.levels.ceiling();
     overshootDelay_.source = &outputRouter_;

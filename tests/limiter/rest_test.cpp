@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "plugin/processor/processor_channel.hpp"
 #include "tests/support/limiter_rig.hpp"
@@ -10,14 +11,16 @@
 namespace vanta::test {
 namespace {
 
-/// Silence at first, sound, silence for longer than any window, faint sound, silence again, sound.
+/// Silence at first, sound, silence for longer than any window, faint sound with a single hit, sound.
 Signal programme(unsigned seed) {
     Signal signal = pinkNoise(seed, 44100 * 13, 0.3);
+    // The channels are hit in turn.
+    const double hit = 10.0 + 0.1 * seed;
     for (std::size_t i = 0; i < signal.size(); ++i) {
         const double seconds = static_cast<double>(i) / 44100.0;
-        const bool silent =
-            seconds < 3.0 || (seconds > 4.0 && seconds < 9.0) || (seconds > 10.0 && seconds < 12.0);
-        signal[i] *= silent ? 0.0f : seconds > 9.0 && seconds < 10.0 ? 0.01f : 1.0f;
+        const bool silent = seconds < 3.0 || (seconds > 4.0 && seconds < 9.0);
+        const bool faint = seconds > 9.0 && seconds < 12.0 && std::abs(seconds - hit) > 0.002;
+        signal[i] *= silent ? 0.0f : faint ? 0.01f : 1.0f;
     }
     return signal;
 }

@@ -319,5 +319,63 @@ TEST(Rest, IsNoGapForADelay) {
     }
 }
 
+/// Lets pass what is loud, by the block.
+class Door final : public Filter {
+public:
+    explicit Door(Environment& owner) : Filter(owner) { makeGate(); }
+
+protected:
+    bool settled() const override { return true; }
+    void process(const BasicBlock<float>& in, BasicBlock<float>*, int, int) override {
+        if (in[0] > 0.5f) {
+            publishInput();
+        } else {
+            publishSilence();
+        }
+    }
+};
+
+// Two gates, one behind the other and in another environment: each is asked before anybody relies on it.
+TEST(Rest, BehindAGateLastsAsLongAsItIsClosed) {
+    Environment environment(64);
+    SubEnvironment twice(environment);
+    twice.setFactor(2);
+    Ramp ramp(twice);
+    Door door(twice);
+    Counter between(twice);
+    DelayFilter delay(twice);
+    Door second(twice);
+    Counter reader(twice);
+    door.source = &ramp;
+    between.source = &door;
+    delay.source = &between;
+    delay.setMaxDelay(100);
+    delay.setDelay(100);
+    second.source = &delay;
+    reader.source = &second;
+    const auto play = [&](float first, int blocks) {
+        for (int i = 0; i < blocks; ++i) {
+            ramp.next = first;
+            environment.advanceTick();
+            reader.pull(128);
+            environment.run(64, 0);
+        }
+    };
+    play(-1000.0f, 20);
+    EXPECT_EQ(ramp.runs, 20) << "the gate itself has to look";
+    EXPECT_LT(between.runs, 5);
+    EXPECT_EQ(reader.runs, 1);
+    play(1.0f, 1);
+    EXPECT_EQ(reader.current()[0], 0.0f) << "the second gate saw the first sample of the delay alone";
+    play(-1000.0f, 1);
+    EXPECT_EQ(reader.current()[0], 29.0f) << "no sample was lost by the rest";
+    EXPECT_EQ(reader.current()[99], 128.0f);
+    EXPECT_EQ(reader.current()[100], 0.0f);
+    const int runs = reader.runs;
+    play(-1000.0f, 20);
+    EXPECT_EQ(reader.runs, runs + 1);
+    EXPECT_EQ(reader.current()[0], 0.0f);
+}
+
 }  // namespace
 }  // namespace vanta::test

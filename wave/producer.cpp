@@ -10,15 +10,16 @@ namespace vanta::wave {
 
 namespace {
 
-/// Each sample is the same as the next, bit by bit: of sound this reads no more than the beginning.
-bool isEven(const float* data, int samples) {
-    return std::memcmp(data, data + 1, static_cast<std::size_t>(samples - 1) * sizeof(float)) == 0;
-}
-
 /// Of either sign. Sound mostly shows at its first sample.
 bool isSilent(const float* data, int samples) {
     return samples == 0 ||
            (data[0] == 0.0f && kernel::highestMagnitude(data, static_cast<std::size_t>(samples)) == 0.0f);
+}
+
+/// Each sample is the same as the next: of sound this reads no more than the beginning.
+bool isEven(const float* data, int samples) {
+    return std::memcmp(data, data + 1, static_cast<std::size_t>(samples - 1) * sizeof(float)) == 0 ||
+           isSilent(data, samples);
 }
 
 }  // namespace
@@ -99,12 +100,16 @@ void Producer::moveGate(int samples) {
     if (silent && restEpoch_ == 0) beginRest(samples, gate_);
 }
 
+// What has come to rest within the block has not stood still from its beginning: the next one will.
 void Producer::beginRest(int samples, GateSet gates) {
+    if (!isConstant()) {
+        if (!isEven(current_->data(), samples)) return;
+        blockFlags_ |= kOneValue;
+    }
     restEpoch_ = environment().epoch();
     restSamples_ = samples;
     restGates_ = gates;
     restOpenings_ = environment().openings();
-    if (!isConstant() && isEven(current_->data(), samples)) blockFlags_ |= kOneValue;
 }
 
 void Input::setBuffer(const float* data, int samples) {

@@ -1,12 +1,14 @@
 #include "limiter/clippers/smart_clipper.hpp"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <limits>
 
 #include "foundation/fast_exponential.hpp"
 #include "foundation/numbers.hpp"
+#include "kernel/level_math.hpp"
 #include "kernel/scan.hpp"
 #include "kernel/signal_steps.hpp"
 
@@ -15,6 +17,8 @@ namespace {
 
 /// Later than any sample, and still something to compute with.
 constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max() / 2;
+/// dB: how far below the threshold there is certainly no excess.
+constexpr float kSafeDb = 0.001f;
 /// Samples whose steps fit one word.
 constexpr int kPiece = 64;
 
@@ -26,14 +30,14 @@ float amplitudeOf(float db) {
 }
 
 /// The part of a level that must go for it to be the threshold.
-float reduction(float level, float amplitude) {
-    return 1.0f - amplitude / std::max(std::abs(level), amplitude);
+float reduction(float level, float ceiling) {
+    return 1.0f - ceiling / std::max(std::abs(level), ceiling);
 }
 
 }  // namespace
 
 SmartClipper::SmartClipper(wave::Environment& owner)
-    : Filter(owner),
+    : Source(owner),
       domain(this, GainChangeDomain::Amplitude),
       threshold(owner, 0.0f, -180.0f, 180.0f),
       excess_(owner),
@@ -62,26 +66,113 @@ void SmartClipper::reset() {
     previousInput_ = kSilenceDb;
     direction_ = kFlat;
     position_ = 0;
-    quietSamples_ = 0;
+    // The window holds silence without end.
+    quietSamples_ = delay_.ringSize();
+    evenSamples_ = 0;
     takeLine();
 }
 
-void SmartClipper::process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
-                           int) {
-    computeExcess(in.data(), excess_.data(), samples);
+void SmartClipper::produce(wave::BasicBlock<float>* block, int samples, int) {
+    if (passQuietly(samples)) {
+        publishSilence();
+        return;
+    }
+    const float* in = source->pullData(samples);
+    computeExcess(in, excess_.data(), samples);
     delay_.write(excess_.data(), samples);
-    float* result = out->data();
+    float* result = block->data();
     delay_.read(windowSamples_, result, samples);
     for (int first = 0; first < samples; first += kPiece) {
         const int end = std::min(first + kPiece, samples);
-        followLines(result, first, end, peaksPassed(in.data() + first, end - first));
+        followLines(result, first, end, peaksPassed(in + first, end - first));
     }
     previousExcess_ = excess_[samples - 1];
+    const auto count = static_cast<std::size_t>(samples);
+    const bool quiet = previousExcess_ == 0.0f && kernel::highestMagnitude(excess_.data(), count) == 0.0f;
     const bool still = source->holdsOneValue() && threshold.source().holdsOneValue();
-    const bool quiet = still && previousExcess_ == 0.0f;
     quietSamples_ = quiet ? quietSamples_ + samples : 0;
+    evenSamples_ = quiet && still ? evenSamples_ + samples : 0;
     position_ += samples;
-    if (kernel::highestMagnitude(result, static_cast<std::size_t>(samples)) == 0.0f) publishSilence();
+    if (kernel::highestMagnitude(result, count) == 0.0f) publishSilence();
+}
+
+/// Where neither the window nor the block holds any excess, all lines are 0 and only the last peak will ever
+/// matter: the next line begins there. The window stands still meanwhile, as it would store what it holds.
+/// False, and nothing has happened, where that is not so.
+bool SmartClipper::passQuietly(int samples) {
+    const bool decibels = domain == GainChangeDomain::Decibels;
+    wave::Producer* level = decibels ? amplitude : source;
+    const bool empty = quietSamples_ >= delay_.ringSize() && lineValue_ == 0.0f && slope_ == 0.0f;
+    if (!empty || !level || samples < 2 || samples > windowSamples_) return false;
+    const auto count = static_cast<std::size_t>(samples);
+    const float* thresholds = threshold.pullData(samples);
+    const float thresholdDb = threshold.isConstant() ? thresholds[0] : kernel::lowest(thresholds, count);
+    const float* in = level->pullData(samples);
+    // Further below than the conversion rounds.
+    const float highest = amplitudeOf(decibels ? thresholdDb - kSafeDb : thresholdDb);
+    if (level->isConstant() || kernel::highestMagnitude(in, count) > highest) return false;
+    const std::int64_t peak = lastPeak(in, samples);
+    dropLinesBefore(position_ + samples - 1 - windowSamples_);
+    if (peak >= position_ - 1) {
+        if (count_ == 0) point(count_++ - 1) = {position_ - windowSamples_ - 1, 0.0f};
+        point(count_ - 1) = {peak, 0.0f};
+        takeLine();
+    }
+    previousExcess_ = 0.0f;
+    quietSamples_ += samples;
+    evenSamples_ = 0;
+    position_ += samples;
+    return true;
+}
+
+/// The place of the block's last peak, or one before the block. Looks at pieces from the last one on, each of
+/// which needs to know the two samples before it.
+std::int64_t SmartClipper::lastPeak(const float* level, int samples) {
+    const int beforeDirection = direction_;
+    const float beforeInput = previousInput_;
+    std::int64_t place = position_ - 2;
+    int endDirection = 0;
+    float endInput = 0.0f;
+    for (int end = samples; end > 0;) {
+        const int first = (end - 1) / kPiece * kPiece;
+        std::array<float, kPiece + 2> piece;
+        const int before = std::min(first, 2);
+        const auto count = static_cast<std::size_t>(before + end - first);
+        if (domain == GainChangeDomain::Decibels) {
+            kernel::decibelsFromAmplitude(level + first - before, piece.data(), count);
+        } else {
+            std::copy_n(level + first - before, count, piece.data());
+        }
+        direction_ = beforeDirection;
+        previousInput_ = beforeInput;
+        if (before > 0) {
+            previousInput_ = piece[0];
+            peaksPassed(piece.data() + 1, 1);
+        }
+        const std::uint64_t peaks = peaksPassed(piece.data() + before, end - first);
+        if (end == samples) {
+            endDirection = direction_;
+            endInput = previousInput_;
+        }
+        if (peaks != 0) {
+            place = position_ + first + std::bit_width(peaks) - 2;
+            break;
+        }
+        end = first;
+    }
+    direction_ = endDirection;
+    previousInput_ = endInput;
+    return place;
+}
+
+/// Of lines that are 0.
+void SmartClipper::dropLinesBefore(std::int64_t time) {
+    if (count_ == 0 || point(0).time >= time) return;
+    while (count_ > 0 && point(0).time < time) {
+        head_ = (head_ + 1) & mask_;
+        --count_;
+    }
+    takeLine();
 }
 
 /// Bit i: a peak has passed at the sample before sample i. All steps of the piece are looked at together, as
@@ -131,8 +222,8 @@ void SmartClipper::computeExcess(const float* in, float* excess, int samples) {
     if (domain == GainChangeDomain::Decibels) {
         for (int i = 0; i < samples; ++i) excess[i] = std::max(in[i] - thresholds[i], 0.0f);
     } else if (threshold.isConstant()) {
-        const float amplitude = amplitudeOf(thresholds[0]);
-        for (int i = 0; i < samples; ++i) excess[i] = reduction(in[i], amplitude);
+        const float ceiling = amplitudeOf(thresholds[0]);
+        for (int i = 0; i < samples; ++i) excess[i] = reduction(in[i], ceiling);
     } else {
         for (int i = 0; i < samples; ++i) excess[i] = reduction(in[i], amplitudeOf(thresholds[i]));
     }

@@ -14,7 +14,7 @@ namespace vanta {
 /// Turns the excess of a level over a threshold into a gain change that leads from peak to peak in straight
 /// lines, over a window of 50 ms, instead of following the waveform. It is never below the excess itself, so
 /// it clips what passes the threshold. Latency: the window.
-class SmartClipper final : public wave::Filter, public PropertyOwner {
+class SmartClipper final : public wave::Source, public wave::Consumer, public PropertyOwner {
 public:
     static constexpr double kWindowSeconds = 0.05;
 
@@ -28,12 +28,15 @@ public:
     Property<int> domain;               ///< GainChangeDomain of input and output
     wave::FloatParameterBus threshold;  ///< dB, -180 to 180
 
+    /// The level as an amplitude, where the source is a conversion of that to dB: far from any excess the
+    /// conversion is not asked for. May be null.
+    wave::Producer* amplitude = nullptr;
+
 protected:
     /// Without a line, and with nothing but silence in the window.
-    bool settled() const override { return quietSamples_ >= delay_.ringSize() && count_ == 0; }
+    bool settled() const override { return evenSamples_ >= delay_.ringSize() && count_ == 0; }
     void propertyChanged(AbstractProperty&) override { environment().noteChange(); }
-    VANTA_REALTIME void process(const wave::BasicBlock<float>& in, wave::BasicBlock<float>* out, int samples,
-                                int flags) override;
+    VANTA_REALTIME void produce(wave::BasicBlock<float>* block, int samples, int flags) override;
 
 private:
     struct Point {
@@ -41,6 +44,9 @@ private:
         float value;
     };
 
+    VANTA_REALTIME bool passQuietly(int samples);
+    VANTA_REALTIME std::int64_t lastPeak(const float* level, int samples);
+    VANTA_REALTIME void dropLinesBefore(std::int64_t time);
     VANTA_REALTIME void computeExcess(const float* in, float* excess, int samples);
     VANTA_REALTIME std::uint64_t peaksPassed(const float* in, int count);
     VANTA_REALTIME void followLines(float* result, int first, int end, std::uint64_t peaks);
@@ -63,6 +69,7 @@ private:
     float previousExcess_ = 0.0f;
     float previousInput_ = 0.0f;
     int direction_ = 1;
+    std::int64_t evenSamples_ = 0;   ///< how many of the newest have no excess and stand still
     std::int64_t quietSamples_ = 0;  ///< how many of the newest have no excess
     std::int64_t position_ = 0;
 };

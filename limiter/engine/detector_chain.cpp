@@ -36,6 +36,7 @@ DetectorChain::DetectorChain(wave::Environment& environment, wave::Producer& inp
     output.setInput(SmartClipping, detector);
     if (clipper) {
         clipper->source = &domainRouter;
+        clipper->amplitude = &modeRouter;
         output.setInput(SmartClipping, *clipper);
     }
 }

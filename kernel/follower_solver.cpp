@@ -3,8 +3,8 @@
 // guess at all levels follow step and slope of each sample, in all lanes; the linearised chain is a recursion
 // of the first order, which a scan solves (affine_scan.hpp); the solution is the next guess. Round k leaves
 // at least the first k samples exact, as each depends on earlier ones only, so it ends; near the solution the
-// error is squared each round. On music one round does for most groups, as the guess that the level goes on
-// as it went in the group before is near.
+// error is squared each round. Where that takes too long the chain is stepped through after all. On music one
+// round does for most groups, as the guess that the level goes on as it went in the group before is near.
 //
 // Lim et al., Parallelizing Non-linear Sequential Models over the Sequence Length, ICLR 2024; Gonzalez et
 // al., Towards Scalable and Stable Parallelization of Nonlinear RNNs, NeurIPS 2024.
@@ -12,6 +12,7 @@
 #include "kernel/follower_solver.hpp"
 
 #include <algorithm>
+#include <span>
 
 #include "kernel/follower.hpp"
 
@@ -52,6 +53,13 @@ constexpr float kSettled = 0x1p-20f;
 HWY_INLINE GroupPart all(float value) {
     return hn::Set(GroupTag(), value);
 }
+
+/// In every second lane.
+HWY_INLINE GroupPart both(float even, float odd) {
+    return hn::OddEven(all(odd), all(even));
+}
+
+using GroupRow = std::array<float, kGroupSamples>;
 
 /// How the level moves at each sample.
 struct Motion {
@@ -101,6 +109,20 @@ struct Controls {
         if constexpr (kSmoothed) {
             attackSmoothing = hn::LoadU(d, track.attackSmoothing + at);
             releaseSmoothing = hn::LoadU(d, track.releaseSmoothing + at);
+        }
+    }
+
+    /// Of one sample of each track, in the first lanes.
+    HWY_INLINE void loadSamples(const FollowerTrack& one, const FollowerTrack& other, std::size_t at) {
+        attack = both(one.attack[at], other.attack[at]);
+        release = both(one.release[at], other.release[at]);
+        if constexpr (kCurved) {
+            attackCurve = both(one.attackCurve[at], other.attackCurve[at]);
+            releaseCurve = both(one.releaseCurve[at], other.releaseCurve[at]);
+        }
+        if constexpr (kSmoothed) {
+            attackSmoothing = both(one.attackSmoothing[at], other.attackSmoothing[at]);
+            releaseSmoothing = both(one.releaseSmoothing[at], other.releaseSmoothing[at]);
         }
     }
 
@@ -164,29 +186,107 @@ HWY_INLINE auto unsettled(const Motion& motion, GroupPart distance, GroupPart mo
     }
 }
 
-using GroupRow = std::array<float, kGroupSamples>;
-
 HWY_INLINE auto groupLanesFrom(std::size_t first, std::size_t part) {
     return lanesFrom(static_cast<int>(first) - static_cast<int>(part) * kPartLanes);
 }
 
-/// Follows the samples from `first` on through a group, and returns the level after the first `count`.
-/// `course` is the guess and becomes what was found. No sample depends on later ones, down to its last digit:
-/// its value stays as it is from the round on in which it and all before it have settled.
+/// Where attack and release alternate from sample to sample, each round settles hardly more than one. From
+/// the third round on it has to settle as many as would be stepped through in its time.
+constexpr std::size_t kRoundsInAnyCase = 3;
+constexpr std::size_t kSamplesOfRound = 4;
+
+/// A group that is stepped through from `begin` on.
+struct Steps {
+    const FollowerTrack* track;
+    std::size_t at;  ///< of the group's first sample
+    double base;     ///< the level before it
+    std::size_t begin = kGroupSamples;
+    float* course;
+    GroupRow targets;
+};
+
+/// The chain itself, one sample after the other, of one group or of two at once, which takes no longer. What
+/// a sample depends on lies before it, so it does not matter that later ones of the group may not be there
+/// yet.
+template <FollowerLaw law>
+HWY_NOINLINE void stepThrough(Controls<law> controls, const Steps& one, const Steps& other) {
+    const auto levelBefore = [](const Steps& steps, std::size_t place) {
+        return place > 0 ? steps.course[place - 1] : 0.0f;
+    };
+    std::size_t i = std::min(one.begin, other.begin);
+    auto level = both(levelBefore(one, i), levelBefore(other, i));
+    for (; i < kGroupSamples; ++i) {
+        controls.loadSamples(*one.track, *other.track, one.at + i);
+        const auto target = both(one.targets[i], other.targets[i]);
+        const auto distance = hn::Sub(target, level);
+        const auto share = controls.at(distance).share;
+        level = hn::IfThenElse(hn::Eq(share, all(1.0f)), target, hn::MulAdd(share, distance, level));
+        // Up to where its steps begin a course has been found.
+        if (i >= one.begin) {
+            one.course[i] = hn::GetLane(level);
+        } else {
+            level = both(one.course[i], hn::ExtractLane(level, 1));
+        }
+        if (i >= other.begin) {
+            other.course[i] = hn::ExtractLane(level, 1);
+        } else {
+            level = both(hn::GetLane(level), other.course[i]);
+        }
+    }
+}
+
+/// Writes a group and its course, and returns the level after the first `count` samples.
+HWY_INLINE double conclude(const float* samples, double base, const Group& target, const Group& course,
+                           float* guess, float* out, std::size_t count) {
+    const GroupTag d;
+    const auto high = static_cast<float>(base);
+    const auto low = static_cast<float>(base - static_cast<double>(high));
+    alignas(64) GroupRow targets;
+    for (std::size_t part = 0; part < 2; ++part) {
+        const auto in = hn::LoadU(d, samples + part * kPartLanes);
+        const auto level = hn::Add(all(high), hn::Add(all(low), course[part]));
+        const auto arrived = hn::Eq(course[part], target[part]);
+        hn::StoreU(hn::IfThenElse(arrived, in, level), d, out + part * kPartLanes);
+        hn::StoreU(course[part], d, guess + part * kPartLanes);
+        hn::StoreU(target[part], d, targets.data() + part * kPartLanes);
+    }
+    // What has arrived is there, whatever the difference was rounded to.
+    const std::size_t last = count - 1;
+    const double level = guess[last] == targets[last] ? static_cast<double>(samples[last])
+                                                      : base + static_cast<double>(guess[last]);
+    return (level + 1e-16) - 1e-16;
+}
+
+/// The same after its steps.
+HWY_NOINLINE double conclude(const Steps& steps, float* out, std::size_t count) {
+    const GroupTag d;
+    Group target, course;
+    for (std::size_t part = 0; part < 2; ++part) {
+        target[part] = hn::LoadU(d, steps.targets.data() + part * kPartLanes);
+        course[part] = hn::LoadU(d, steps.course + part * kPartLanes);
+    }
+    return conclude(steps.track->in + steps.at, steps.base, target, course, steps.course, out, count);
+}
+
+/// Follows the samples from `first` on through a group, and returns the level after the first `count`, or
+/// leaves what is to be stepped through in `steps`. `guess` becomes what was found. No sample depends on
+/// later ones, down to its last digit: its value stays as it is from the round on in which it and all before
+/// it have settled.
 ///
 /// Levels are differences from the level before the group, so that single precision does: its rounding is in
 /// proportion to what the level moves, and the level itself stays a double.
 template <FollowerLaw law>
-HWY_INLINE double followGroup(const float* samples, const std::array<Controls<law>, 2>& controls, double base,
-                              float* guess, float* out, std::size_t first = 0,
+HWY_INLINE double followGroup(const FollowerTrack& track, std::size_t at,
+                              const std::array<Controls<law>, 2>& controls, double base, float* guess,
+                              float* out, Steps& steps, std::size_t first = 0,
                               std::size_t count = kGroupSamples) {
     const GroupTag d;
     const auto high = static_cast<float>(base);
     const auto low = static_cast<float>(base - static_cast<double>(high));
-    Group in, target, course;
+    Group target, course;
     for (std::size_t part = 0; part < 2; ++part) {
-        in[part] = hn::LoadU(d, samples + part * kPartLanes);
-        target[part] = hn::Sub(hn::Sub(in[part], all(high)), all(low));
+        const auto in = hn::LoadU(d, track.in + at + part * kPartLanes);
+        target[part] = hn::Sub(hn::Sub(in, all(high)), all(low));
         course[part] =
             hn::IfThenElseZero(groupLanesFrom(first, part), hn::LoadU(d, guess + part * kPartLanes));
     }
@@ -222,20 +322,18 @@ HWY_INLINE double followGroup(const float* samples, const std::array<Controls<la
         if (hn::AllFalse(d, hn::Or(open, openLater))) break;
         const auto place = hn::FindFirstTrue(d, open);
         settled = static_cast<std::size_t>(place >= 0 ? place : kPartLanes + hn::FindFirstTrue(d, openLater));
+        if constexpr (!Controls<law>::kPlain) {
+            const std::size_t rounds = round + 1;
+            if (rounds < kRoundsInAnyCase || settled >= first + rounds * kSamplesOfRound) continue;
+            steps = {&track, at, base, settled, guess, {}};
+            for (std::size_t part = 0; part < 2; ++part) {
+                hn::StoreU(course[part], d, guess + part * kPartLanes);
+                hn::StoreU(target[part], d, steps.targets.data() + part * kPartLanes);
+            }
+            return base;
+        }
     }
-    alignas(64) GroupRow targets;
-    for (std::size_t part = 0; part < 2; ++part) {
-        const auto level = hn::Add(all(high), hn::Add(all(low), course[part]));
-        const auto arrived = hn::Eq(course[part], target[part]);
-        hn::StoreU(hn::IfThenElse(arrived, in[part], level), d, out + part * kPartLanes);
-        hn::StoreU(course[part], d, guess + part * kPartLanes);
-        hn::StoreU(target[part], d, targets.data() + part * kPartLanes);
-    }
-    // What has arrived is there, whatever the difference was rounded to.
-    const std::size_t last = count - 1;
-    const double level = guess[last] == targets[last] ? static_cast<double>(samples[last])
-                                                      : base + static_cast<double>(guess[last]);
-    return (level + 1e-16) - 1e-16;
+    return conclude(track.in + at, base, target, course, guess, out, count);
 }
 
 template <FollowerLaw law>
@@ -270,13 +368,30 @@ void followPiece(const Controls<law>& fresh, const FollowerTrack& track, std::si
     }
     auto course = state.course;
     alignas(64) GroupRow out;
-    state.level = followGroup(group.in, controlsAt(fresh, group, 0), begun.level, course.data(), out.data(),
-                              begun.first, place + count);
+    Steps steps;
+    state.level = followGroup(group, 0, controlsAt(fresh, group, 0), begun.level, course.data(), out.data(),
+                              steps, begun.first, place + count);
+    if (steps.begin < kGroupSamples) {
+        stepThrough<law>(fresh, steps, steps);
+        state.level = conclude(steps, out.data(), place + count);
+    }
     std::copy_n(out.begin() + static_cast<std::ptrdiff_t>(place), count, track.out + at);
     begun.next = position + static_cast<std::int64_t>(count);
     if (place + count == kGroupSamples) {
         state.course = course;
         begun.next = -1;
+    }
+}
+
+/// Of those tracks that have steps to go.
+template <FollowerLaw law>
+HWY_NOINLINE void stepTracks(const Controls<law>& fresh, std::span<const Steps> tracks) {
+    const auto waits = [](const Steps& steps) { return steps.begin < kGroupSamples; };
+    const Steps& one = *std::ranges::find_if(tracks, waits);
+    stepThrough<law>(fresh, one, waits(tracks.back()) ? tracks.back() : one);
+    for (const Steps& steps : tracks) {
+        if (waits(steps))
+            steps.track->state->level = conclude(steps, steps.track->out + steps.at, kGroupSamples);
     }
 }
 
@@ -304,17 +419,22 @@ void followBy(const FollowerTrack* tracks, std::size_t trackCount, float sampleR
     }
     // One group of each track in turn: their chains overlap in the processor.
     for (; at + kGroupSamples <= count; at += kGroupSamples) {
+        std::array<Steps, kMostTracks> steps;
+        bool anySteps = false;
         for (std::size_t t = 0; t < trackCount; ++t) {
             FollowerState& state = *tracks[t].state;
-            const float* in = tracks[t].in + at;
             float* out = tracks[t].out + at;
+            steps[t].begin = kGroupSamples;
             if constexpr (law == FollowerLaw::Steady) {
-                state.level = followGroup(in, still[t], state.level, state.course.data(), out);
-            } else {
                 state.level =
-                    followGroup(in, controlsAt(fresh, tracks[t], at), state.level, state.course.data(), out);
+                    followGroup(tracks[t], at, still[t], state.level, state.course.data(), out, steps[t]);
+            } else {
+                state.level = followGroup(tracks[t], at, controlsAt(fresh, tracks[t], at), state.level,
+                                          state.course.data(), out, steps[t]);
             }
+            anySteps = anySteps || steps[t].begin < kGroupSamples;
         }
+        if (anySteps) stepTracks(fresh, std::span(steps).first(trackCount));
     }
     if (at < count) piece(at, count - at);
 }

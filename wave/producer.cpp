@@ -81,7 +81,7 @@ void Producer::compute(int samples, int flags) {
 }
 
 bool Producer::rests(int samples) {
-    if (restEpoch_ != environment().epoch() || samples > restSamples_) return false;
+    if (!mayRest(samples)) return false;
     if (restGates_ == 0) return true;
     if (restGates_ == gate_) return false;
     environment().checkGates(restGates_, samples);

@@ -49,6 +49,8 @@ public:
 
     /// Computes `samples` samples unless that was done in this tick. The result is `current()`.
     VANTA_REALTIME const BasicBlock<float>& pull(int samples) {
+        // Most of what is pulled are controls that stand still.
+        if (restGates_ == 0 && mayRest(samples)) return *current_;
         if (stamp_ != environment().tick()) bringUpToDate(samples);
         noteRead();
         return *current_;
@@ -122,12 +124,16 @@ protected:
         if (reads.rest) beginRest(samples, reads.gates);
     }
     /// Whether the current block is this tick's.
-    bool produced() const { return stamp_ == environment().tick(); }
+    bool produced() const { return stamp_ == environment().tick() || isRestingForGood(); }
     BasicBlock<float>* ownBlock() const { return ownBlock_.get(); }
 
 private:
     friend class Environment;
 
+    /// Whether nothing but a gate could end the rest.
+    bool mayRest(int samples) const {
+        return restEpoch_ == environment().epoch() && samples <= restSamples_;
+    }
     /// Tells the node that computes now what it reads here.
     VANTA_REALTIME void noteRead() const {
         const bool atRest = isResting();

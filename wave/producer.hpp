@@ -131,9 +131,7 @@ private:
     friend class Environment;
 
     /// Whether nothing but a gate could end the rest.
-    bool mayRest(int samples) const {
-        return restEpoch_ == environment().epoch() && samples <= restSamples_;
-    }
+    bool mayRest(int samples) const { return restEpoch_ == environment().epoch() && samples <= restSamples_; }
     /// Tells the node that computes now what it reads here.
     VANTA_REALTIME void noteRead() const {
         const bool atRest = isResting();

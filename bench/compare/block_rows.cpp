@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <numeric>
 #include <vector>
 
 #include "bench/compare/instance.hpp"
@@ -24,7 +25,13 @@ public:
     BlockTimes(const InstanceSettings& settings, const Music& music)
         : instance_(settings, music),
           fastest_(static_cast<std::size_t>(music.frames() / settings.blockFrames), 1e12),
-          startBlocks_(static_cast<std::ptrdiff_t>(kStart * Music::kRate) / settings.blockFrames) {}
+          startBlocks_(static_cast<std::ptrdiff_t>(kStart * Music::kRate) / settings.blockFrames) {
+        const auto frames = static_cast<std::size_t>(settings.blockFrames);
+        for (std::size_t block = 0; block < fastest_.size(); ++block) {
+            const auto begin = music.channels.front().begin() + static_cast<std::ptrdiff_t>(block * frames);
+            loudness_.push_back(std::inner_product(begin, begin + settings.blockFrames, begin, 0.0));
+        }
+    }
 
     void pass() {
         using Clock = std::chrono::steady_clock;
@@ -40,7 +47,15 @@ public:
         return *std::max_element(fastest_.begin(), fastest_.begin() + startBlocks_);
     }
     double worst() const { return *std::max_element(fastest_.begin() + startBlocks_, fastest_.end()); }
-    double middle() const { return median(fastest_); }
+    /// Of the louder half of the music, in which the limiter works.
+    double middle() const {
+        const double loud = median(loudness_);
+        std::vector<double> times;
+        for (std::size_t block = 0; block < fastest_.size(); ++block) {
+            if (loudness_[block] >= loud) times.push_back(fastest_[block]);
+        }
+        return median(times);
+    }
     /// The ratio that one block in a hundred exceeds.
     double ratioOfHundredth() const {
         std::vector<double> sorted = fastest_;
@@ -51,6 +66,7 @@ public:
 private:
     Instance instance_;
     std::vector<double> fastest_;
+    std::vector<double> loudness_;  ///< of each block's first channel
     std::ptrdiff_t startBlocks_;
 };
 

@@ -17,8 +17,8 @@ namespace {
 constexpr const char* kNsFrame = "ns a frame";
 /// Far below any threshold, and well above what counts as silence.
 constexpr float kQuiet = 0.01f;
-/// After which the slowest release has come to rest.
-constexpr double kSettleSeconds = 12.0;
+/// After which the slowest release has come to rest: Punchy's takes more than half a minute.
+constexpr double kSettleSeconds = 60.0;
 
 /// For what takes long.
 Race::Course shortCourseOver(const Music& music, const Options& options) {

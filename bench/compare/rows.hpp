@@ -16,7 +16,7 @@ void addOversampled(Report& report, const Target& target, const Options& options
 void addHighestRate(Report& report, const Target& target, const Options& options);
 /// Every style in 7.1.2 beside itself in stereo.
 void addSurround(Report& report, const Target& target, const Options& options);
-/// The slowest block of a piece of music beside the median block.
+/// The slowest block of a piece of music beside the median block of its louder half.
 void addWorstBlocks(Report& report, const Target& target, const Options& options);
 /// Fourier transforms beside FFTW, and the same work cut into pieces.
 void addTransforms(Report& report, const Target& target, const Options& options);

@@ -47,6 +47,10 @@ void Delay::write(const float* samples, int count) {
     const int first = std::min(count, ringSize() - writePosition_);
     copySamples(ring_.data() + writePosition_, samples, first);
     copySamples(ring_.data(), samples + first, count - first);
+    advance(count);
+}
+
+void Delay::advance(int count) {
     writePosition_ = (writePosition_ + count) & mask_;
     if (written_ < ringSize()) written_ = std::min(written_ + count, ringSize());
 }
@@ -62,6 +66,18 @@ void Delay::read(int delay, float* out, int count) const {
     copySamples(out + first, ring_.data(), count - first);
 }
 
+void Delay::readThrough(int delay, const float* in, float* out, int count) const {
+    const int past = std::min(delay, count);
+    if (past > 0) read(delay - past, out, past);
+    copySamples(out + past, in, count - past);
+}
+
+void Delay::keep(const float* samples, int count) {
+    const int skipped = std::max(count - maxDelay_, 0);
+    advance(skipped);
+    write(samples + skipped, count - skipped);
+}
+
 void DelayFilterBase::produce(BasicBlock<float>* block, int samples, int flags) {
     if (flags & Environment::kFrontRun) return;
     const std::int64_t position = environment().position();
@@ -73,7 +89,7 @@ void DelayFilterBase::produce(BasicBlock<float>* block, int samples, int flags) 
         streamInterrupted();
     }
     const BasicBlock<float>& in = source ? source->pull(samples) : environment().silentBlock();
-    delay_.write(in.data(), samples);
+    store(in, samples);
     followConstant(in, samples);
     process(in, block, samples, flags);
 }
@@ -106,8 +122,9 @@ void DelayFilter::process(const BasicBlock<float>& in, BasicBlock<float>* out, i
     if (source && (delay == 0 || holdsOneValue(delay, samples))) {
         publish(*source);
     } else {
-        delayLine().read(delay, out->data(), samples);
+        delayLine().readThrough(delay, in.data(), out->data(), samples);
     }
+    delayLine().keep(in.data(), samples);
 }
 
 }  // namespace vanta::wave

@@ -16,6 +16,10 @@ public:
     /// The `count` samples that end `delay` samples before the last one written; `delay` at most `maxDelay`
     /// for a count of one block.
     VANTA_REALTIME void read(int delay, float* out, int count) const;
+    /// The same of the block `in` that comes next and has not been written.
+    VANTA_REALTIME void readThrough(int delay, const float* in, float* out, int count) const;
+    /// Writes no more of it than later reads of that kind can reach.
+    VANTA_REALTIME void keep(const float* samples, int count);
     /// Counts the ring as empty.
     VANTA_REALTIME void clear() { written_ = writePosition_ = 0; }
 
@@ -38,6 +42,7 @@ public:
 
 private:
     void resizeRing();
+    VANTA_REALTIME void advance(int count);
 
     AlignedBuffer<float> ring_;
     float fillValue_;
@@ -48,8 +53,8 @@ private:
     int writePosition_ = 0;
 };
 
-/// A filter that writes its input into a ring before it computes. A block that was missed, or a reset,
-/// empties the ring.
+/// A filter that remembers its input in a ring, where it has been written before `process`. A block that was
+/// missed, or a reset, empties the ring.
 class DelayFilterBase : public FilterBase {
 public:
     explicit DelayFilterBase(Environment& owner, float fill = 0.0f)
@@ -60,6 +65,10 @@ public:
 
 protected:
     VANTA_REALTIME void produce(BasicBlock<float>* block, int samples, int flags) override;
+    /// Writes the block into the ring; who does that in `process` need not here.
+    VANTA_REALTIME virtual void store(const BasicBlock<float>& in, int samples) {
+        delay_.write(in.data(), samples);
+    }
     /// Called when a block was missed or a reset came, before the new block is written.
     VANTA_REALTIME virtual void streamInterrupted() {}
     /// Whether nothing but the newest sample stands in the ring, so that it does not matter where its end is.
@@ -104,6 +113,7 @@ protected:
     /// Once nothing else stands in the ring, wherever its end is.
     bool settled() const override { return holdsOneValue(); }
     void process(const BasicBlock<float>& in, BasicBlock<float>* out, int samples, int flags) override;
+    void store(const BasicBlock<float>&, int) override {}
     void streamInterrupted() override;
 
 private:

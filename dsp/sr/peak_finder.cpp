@@ -71,42 +71,45 @@ std::vector<double> PeakFinder::cascadeFrom(std::size_t first) const {
 }
 
 void PeakFinder::find(const float* in, float* out, int count) {
-    if (stages_.size() == 1) return finish(in, 0, out, count, 1);
-    finish(raise(in, 0, style_.lines().line(0).input(), count), 1, out, count, 2);
+    if (stages_.size() == 1) {
+        findPeaks(in, out, count);
+    } else {
+        finish(raise(in, 0, count), out, count);
+    }
 }
 
-/// A few samples more than are needed, in whole vectors, cost less than a few by themselves. Returns where
-/// the first sample's successors stand.
-const float* PeakFinder::raise(const float* in, std::size_t stage, float* out, int count) const {
+/// Doubles the rate of `count` samples and of those in front of them that the next stage reads, in whole
+/// vectors: a few samples more than are needed cost less than a few by themselves.
+const float* PeakFinder::raise(const float* in, std::size_t stage, int count) {
     const auto [set, reach, lead] = stages_[stage];
+    float* out = style_.lines().line(stage).input();
     kernel::interpolateHalfBand(in - lead - reach, set->taps.data(), size(set->length), out - 2 * lead,
                                 size(roundedUp(lead + count, kVector)));
     return out;
 }
 
-/// From the input of that stage on, which is at `factor` times the base rate. The last stage, which has as
-/// much to store as all others together, stores peaks alone.
-void PeakFinder::finish(const float* in, std::size_t stage, float* out, int count, int factor) {
-    const Stage& last = stages_.back();
-    const auto findPeaks = [&](const float* at, float* peaks, int length) {
-        kernel::peaksOfHalfBand(at - last.reach, last.set->taps.data(), size(last.set->length), peaks,
-                                size(length));
-    };
-    if (factor == 1) return findPeaks(in, out, count);
-    const int lastFactor = style_.factor() / 2;
+/// From what the first stage has raised.
+void PeakFinder::finish(const float* raised, float* out, int count) {
+    const int peaksOfSample = style_.factor() / 2;
     alignas(64) std::array<float, kPiece> peaks;
     for (int done = 0; done < count;) {
-        const int piece = std::min(count - done, kPiece / lastFactor);
-        const float* from = in + factor * done;
-        int length = factor * piece;
-        for (std::size_t i = stage; i + 1 < stages_.size(); ++i) {
-            from = raise(from, i, style_.lines().line(i).input(), length);
+        const int piece = std::min(count - done, kPiece / peaksOfSample);
+        const float* in = raised + 2 * done;
+        int length = 2 * piece;
+        for (std::size_t stage = 1; stage + 1 < stages_.size(); ++stage) {
+            in = raise(in, stage, length);
             length *= 2;
         }
-        findPeaks(from, peaks.data(), length);
-        kernel::largestMagnitudeOfGroups(peaks.data(), size(lastFactor), out + done, size(piece));
+        findPeaks(in, peaks.data(), length);
+        kernel::largestMagnitudeOfGroups(peaks.data(), size(peaksOfSample), out + done, size(piece));
         done += piece;
     }
+}
+
+/// The last stage, which has as much to store as all others together, stores peaks alone.
+void PeakFinder::findPeaks(const float* in, float* out, int count) const {
+    const auto [set, reach, lead] = stages_.back();
+    kernel::peaksOfHalfBand(in - reach, set->taps.data(), size(set->length), out, size(count));
 }
 
 /// One search for what is wanted: what has been found so far may end it.
@@ -149,19 +152,24 @@ bool PeakFinder::find(const float* in, float* out, int count, Wanted wanted, flo
         const float* from = in + search.begin();
         float* to = out + search.begin();
         if (stages_.size() == 1) {
-            finish(from, 0, to, search.length(), 1);
+            findPeaks(from, to, search.length());
             search.found(out);
-            continue;
-        }
-        from = raise(from, 0, style_.lines().line(0).input(), search.length());
-        raisedBound_.look(from, 2 * search.length());
-        Search closer(raisedBound_, search.length(), PeakBound::kGroup / 2, wanted, level);
-        while (closer.next()) {
-            finish(from + 2 * closer.begin(), 1, to + closer.begin(), closer.length(), 2);
-            closer.found(to);
+        } else {
+            lookCloser(raise(from, 0, search.length()), to, search.length(), wanted, level);
         }
     } while (search.next());
     return true;
+}
+
+/// The same within a stretch that the first stage has raised. What has bent at the base rate bends little at
+/// its double, and the bound comes near the peaks.
+void PeakFinder::lookCloser(const float* raised, float* out, int count, Wanted wanted, float& level) {
+    raisedBound_.look(raised, 2 * count);
+    Search search(raisedBound_, count, PeakBound::kGroup / 2, wanted, level);
+    while (search.next()) {
+        finish(raised + 2 * search.begin(), out + search.begin(), search.length());
+        search.found(out);
+    }
 }
 
 }  // namespace vanta::sr

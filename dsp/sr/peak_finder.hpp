@@ -20,7 +20,7 @@ public:
     /// What follows the newest sample must be readable, and does not matter.
     static constexpr int kReadBeyond = 16;
 
-    /// The style's factor is 2 or more.
+    /// The style's factor is 2, 4 or 8.
     explicit PeakFinder(ConverterStyle& style) : style_(style) {}
 
     /// Takes up the style's filters and the largest block. Allocates.
@@ -45,8 +45,10 @@ private:
     class Search;
 
     std::vector<double> cascadeFrom(std::size_t stage) const;
-    VANTA_REALTIME const float* raise(const float* in, std::size_t stage, float* out, int count) const;
-    VANTA_REALTIME void finish(const float* in, std::size_t stage, float* out, int count, int factor);
+    VANTA_REALTIME const float* raise(const float* in, std::size_t stage, int count);
+    VANTA_REALTIME void finish(const float* raised, float* out, int count);
+    VANTA_REALTIME void findPeaks(const float* in, float* out, int count) const;
+    VANTA_REALTIME void lookCloser(const float* raised, float* out, int count, Wanted wanted, float& level);
 
     ConverterStyle& style_;
     std::vector<Stage> stages_;

@@ -126,43 +126,39 @@ bool SmartClipper::passQuietly(int samples) {
 }
 
 /// The place of the block's last peak, or one before the block. Looks at pieces from the last one on, each of
-/// which needs to know the two samples before it.
+/// which needs to know the two samples before it, and leaves behind what the block's end was.
 std::int64_t SmartClipper::lastPeak(const float* level, int samples) {
     const int beforeDirection = direction_;
     const float beforeInput = previousInput_;
-    std::int64_t place = position_ - 2;
-    int endDirection = 0;
-    float endInput = 0.0f;
-    for (int end = samples; end > 0;) {
-        const int first = (end - 1) / kPiece * kPiece;
+    int endDirection = beforeDirection;
+    float endInput = beforeInput;
+    std::uint64_t peaks = 0;
+    int first = samples;
+    for (int end = samples; peaks == 0 && end > 0; end = first) {
+        first = (end - 1) / kPiece * kPiece;
         std::array<float, kPiece + 2> piece;
         const int before = std::min(first, 2);
-        const auto count = static_cast<std::size_t>(before + end - first);
-        if (domain == GainChangeDomain::Decibels) {
-            kernel::decibelsFromAmplitude(level + first - before, piece.data(), count);
-        } else {
-            std::copy_n(level + first - before, count, piece.data());
-        }
+        takeLevels(level + first - before, piece.data(), before + end - first);
         direction_ = beforeDirection;
-        previousInput_ = beforeInput;
-        if (before > 0) {
-            previousInput_ = piece[0];
-            peaksPassed(piece.data() + 1, 1);
-        }
-        const std::uint64_t peaks = peaksPassed(piece.data() + before, end - first);
-        if (end == samples) {
-            endDirection = direction_;
-            endInput = previousInput_;
-        }
-        if (peaks != 0) {
-            place = position_ + first + std::bit_width(peaks) - 2;
-            break;
-        }
-        end = first;
+        previousInput_ = before > 0 ? piece[0] : beforeInput;
+        if (before > 0) peaksPassed(piece.data() + 1, 1);
+        peaks = peaksPassed(piece.data() + before, end - first);
+        if (end < samples) continue;
+        endDirection = direction_;
+        endInput = previousInput_;
     }
     direction_ = endDirection;
     previousInput_ = endInput;
-    return place;
+    return peaks == 0 ? position_ - 2 : position_ + first + std::bit_width(peaks) - 2;
+}
+
+/// As the source would give them.
+void SmartClipper::takeLevels(const float* level, float* out, int count) const {
+    if (domain == GainChangeDomain::Decibels) {
+        kernel::decibelsFromAmplitude(level, out, static_cast<std::size_t>(count));
+    } else {
+        std::copy_n(level, count, out);
+    }
 }
 
 /// Of lines that are 0.

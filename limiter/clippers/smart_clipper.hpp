@@ -46,6 +46,7 @@ private:
 
     VANTA_REALTIME bool passQuietly(int samples);
     VANTA_REALTIME std::int64_t lastPeak(const float* level, int samples);
+    VANTA_REALTIME void takeLevels(const float* level, float* out, int count) const;
     VANTA_REALTIME void dropLinesBefore(std::int64_t time);
     VANTA_REALTIME void computeExcess(const float* in, float* excess, int samples);
     VANTA_REALTIME std::uint64_t peaksPassed(const float* in, int count);

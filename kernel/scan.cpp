@@ -12,6 +12,27 @@ namespace vanta::kernel {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
+#if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
+// Without vectors Highway asks of each operand of a maximum whether it is a number.
+template <class V>
+HWY_INLINE V larger(V a, V b) {
+    return hn::IfThenElse(hn::Gt(a, b), a, b);
+}
+template <class V>
+HWY_INLINE V smaller(V a, V b) {
+    return hn::IfThenElse(hn::Lt(a, b), a, b);
+}
+#else
+template <class V>
+HWY_INLINE V larger(V a, V b) {
+    return hn::Max(a, b);
+}
+template <class V>
+HWY_INLINE V smaller(V a, V b) {
+    return hn::Min(a, b);
+}
+#endif
+
 /// `read` loads a vector, `choose` keeps the more extreme of two, `merge` reduces the lanes of one.
 template <typename Read, typename Choose, typename Merge>
 HWY_INLINE float reduce(const float* samples, std::size_t count, Read read, Choose choose, Merge merge) {
@@ -22,7 +43,20 @@ HWY_INLINE float reduce(const float* samples, std::size_t count, Read read, Choo
     float result = hn::GetLane(read(single, samples));
     if (count >= lanes) {
         auto found = read(wide, samples);
-        for (i = lanes; i + lanes <= count; i += lanes) found = choose(found, read(wide, samples + i));
+        i = lanes;
+        if (count >= 4 * lanes) {
+            // Each choice waits for the one before it: four of them go on side by side.
+            auto second = read(wide, samples + lanes), third = read(wide, samples + 2 * lanes),
+                 fourth = read(wide, samples + 3 * lanes);
+            for (i = 4 * lanes; i + 4 * lanes <= count; i += 4 * lanes) {
+                found = choose(found, read(wide, samples + i));
+                second = choose(second, read(wide, samples + i + lanes));
+                third = choose(third, read(wide, samples + i + 2 * lanes));
+                fourth = choose(fourth, read(wide, samples + i + 3 * lanes));
+            }
+            found = choose(choose(found, second), choose(third, fourth));
+        }
+        for (; i + lanes <= count; i += lanes) found = choose(found, read(wide, samples + i));
         result = hn::GetLane(merge(wide, found));
     }
     for (; i < count; ++i) {
@@ -34,25 +68,25 @@ HWY_INLINE float reduce(const float* samples, std::size_t count, Read read, Choo
 float highestMagnitude(const float* samples, std::size_t count) {
     return reduce(
         samples, count, [](auto d, const float* at) { return hn::Abs(hn::LoadU(d, at)); },
-        [](auto a, auto b) { return hn::Max(a, b); }, [](auto d, auto v) { return hn::MaxOfLanes(d, v); });
+        [](auto a, auto b) { return larger(a, b); }, [](auto d, auto v) { return hn::MaxOfLanes(d, v); });
 }
 
 float lowestMagnitude(const float* samples, std::size_t count) {
     return reduce(
         samples, count, [](auto d, const float* at) { return hn::Abs(hn::LoadU(d, at)); },
-        [](auto a, auto b) { return hn::Min(a, b); }, [](auto d, auto v) { return hn::MinOfLanes(d, v); });
+        [](auto a, auto b) { return smaller(a, b); }, [](auto d, auto v) { return hn::MinOfLanes(d, v); });
 }
 
 float highest(const float* samples, std::size_t count) {
     return reduce(
         samples, count, [](auto d, const float* at) { return hn::LoadU(d, at); },
-        [](auto a, auto b) { return hn::Max(a, b); }, [](auto d, auto v) { return hn::MaxOfLanes(d, v); });
+        [](auto a, auto b) { return larger(a, b); }, [](auto d, auto v) { return hn::MaxOfLanes(d, v); });
 }
 
 float lowest(const float* samples, std::size_t count) {
     return reduce(
         samples, count, [](auto d, const float* at) { return hn::LoadU(d, at); },
-        [](auto a, auto b) { return hn::Min(a, b); }, [](auto d, auto v) { return hn::MinOfLanes(d, v); });
+        [](auto a, auto b) { return smaller(a, b); }, [](auto d, auto v) { return hn::MinOfLanes(d, v); });
 }
 
 template <typename Read>
@@ -60,8 +94,7 @@ HWY_INLINE void highestOfGroups(const float* samples, std::size_t count, float* 
     for (std::size_t done = 0; done < count; done += kScanGroup) {
         *out++ = reduce(
             samples + done, std::min(kScanGroup, count - done), read,
-            [](auto a, auto b) { return hn::Max(a, b); },
-            [](auto d, auto v) { return hn::MaxOfLanes(d, v); });
+            [](auto a, auto b) { return larger(a, b); }, [](auto d, auto v) { return hn::MaxOfLanes(d, v); });
     }
 }
 
